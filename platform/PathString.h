@@ -1,0 +1,35 @@
+// Takes paths apart and puts them together as text, with the answers of the NSString path methods.
+//
+// A path is a string parted by "/"; the file system is never asked. Repeated slashes count as one and a trailing
+// slash counts for nothing, so every result but "/" comes without them. An extension is what follows the last "."
+// of the last component, unless that "." is the component's first character. Bytes are taken as they are, whatever
+// their encoding. All functions are pure and thread-safe.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+//   "/tmp/scratch.tiff" => "scratch.tiff"   "scratch///" => "scratch"   "/" => "/"   "" => ""
+std::string lastPathComponent(std::string_view path);
+
+//   ("/tmp/", "a") => "/tmp/a"   ("", "a") => "a"   ("/tmp", "/a/") => "/tmp/a"   ("/tmp", "") => "/tmp"
+std::string appendingPathComponent(std::string_view path, std::string_view component);
+
+//   "/tmp/lock/" => "/tmp"   "/tmp" => "/"   "/" => "/"   "scratch" => ""
+std::string deletingLastPathComponent(std::string_view path);
+
+//   "name.tar.gz" => "gz"   ".hidden" => ""   "a." => ""   "/x.d/name" => ""
+std::string pathExtension(std::string_view path);
+
+//   "name.tar.gz" => "name.tar"   ".hidden" => ".hidden"   "a." => "a"   "scratch.bundle/" => "scratch"
+std::string deletingPathExtension(std::string_view path);
+
+// Nothing when there is no name to extend ("" and "/") or the extension holds a "/".
+//   ("/tmp/", "tiff") => "/tmp.tiff"   ("a.", "b") => "a..b"   ("a", "") => "a."
+std::optional<std::string> appendingPathExtension(std::string_view path, std::string_view extension);
+
+}  // namespace platform

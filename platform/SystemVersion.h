@@ -1,0 +1,23 @@
+// The version of the running system.
+
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace platform {
+
+struct SystemVersion {
+  int major = 0;
+  int minor = 0;
+  int bugFix = 0;
+};
+
+// Nothing when the system does not tell.
+std::optional<SystemVersion> systemVersion();
+
+// Reads the numbers that a release begins with; a missing one counts as 0.
+//   "6.1.0-18-amd64" => 6, 1, 0    "6.18-rc2" => 6, 18, 0    "next" => nothing
+std::optional<SystemVersion> systemVersionOfRelease(std::string_view release);
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+// Owns a file descriptor and closes it once.
+
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace platform {
+
+class UniqueFd {
+ public:
+  UniqueFd() = default;
+  explicit UniqueFd(int fd) : fd_(fd) {}
+  UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, none)) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
+    reset(std::exchange(other.fd_, none));
+    return *this;
+  }
+  ~UniqueFd() { reset(); }
+
+  // -1 when there is none.
+  int get() const { return fd_; }
+  explicit operator bool() const { return fd_ != none; }
+
+  void reset(int fd = none) {
+    const int former = std::exchange(fd_, fd);
+    if (former != none) (void)::close(former);  // the descriptor is gone, whatever close says
+  }
+
+ private:
+  static constexpr int none = -1;
+  int fd_ = none;
+};
+
+}  // namespace platform
