@@ -1,0 +1,153 @@
+#include "logging/Helpers.h"
+
+#include <libgen.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <optional>
+
+#include "platform/PathString.h"
+#include "platform/SystemVersion.h"
+#include "platform/UserFolders.h"
+
+namespace tarn {
+namespace {
+
+bool makePrivateFolder(const std::string& path) { return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST; }
+
+}  // namespace
+
+int getCurrentTime(timeval& time) { return ::gettimeofday(&time, nullptr); }
+
+bool getDatetime(std::string& out) {
+  timeval now{};
+  if (getCurrentTime(now) != 0) return false;
+  std::tm local{};
+  ::tzset();
+  ::localtime_r(&now.tv_sec, &local);
+
+  char text[256];
+  const std::size_t length = std::strftime(text, sizeof text, "%m-%d-%Y %H-%M-%S", &local);
+  if (length == 0) return false;
+  out.assign(text, length);
+  return true;
+}
+
+int getLogMessage(char* buffer, std::size_t size, const char* format, va_list* arguments) {
+  if (arguments == nullptr || size == 0) return 0;
+  return std::vsnprintf(buffer, size - 1, format, *arguments);
+}
+
+std::string getStringFromInt(int number) { return std::to_string(number); }
+
+bool utilGetCurrentOSVersion(int& major, int& minor, int& bugFix) {
+  const std::optional<platform::SystemVersion> version = platform::systemVersion();
+  if (!version) return false;
+  major = version->major;
+  minor = version->minor;
+  bugFix = version->bugFix;
+  return true;
+}
+
+bool getUserFolderPath(std::string& out) {
+  out = platform::homeFolder();
+  return true;
+}
+
+bool getUserFolder(std::string& out) {
+  const std::optional<uid_t> console = platform::consoleUser();
+  const uid_t self = ::geteuid();
+  if (!console || *console == self) return getUserFolderPath(out);
+
+  if (::seteuid(*console) != 0) return false;
+  const bool found = getUserFolderPath(out);
+  (void)::seteuid(self);  // going back to one's own id is always allowed
+  return found;
+}
+
+bool getTempPath(std::string& out) {
+  std::string home;
+  if (!getUserFolder(home) || home.empty()) return false;
+  const std::string library = home + "/Library";
+  const std::string logs = library + "/Logs";
+  if (!makePrivateFolder(library) || !makePrivateFolder(logs)) return false;
+  out = logs;
+  return true;
+}
+
+bool createDirectoryPath(const std::string& path) {
+  std::error_code failed;
+  std::filesystem::create_directories(path, failed);
+  return !failed && folderExitsAtPath(path);
+}
+
+bool fileExistsAtPath(const std::string& path) {
+  struct stat item {};
+  return ::stat(path.c_str(), &item) == 0 && !S_ISDIR(item.st_mode);
+}
+
+bool folderExitsAtPath(const std::string& path) {
+  struct stat item {};
+  return ::stat(path.c_str(), &item) == 0 && S_ISDIR(item.st_mode);
+}
+
+bool renamePathToPath(const std::string& from, const std::string& to) {
+  return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
+bool getFileSize(const std::string& path, long long& size) {
+  struct stat item {};
+  if (::lstat(path.c_str(), &item) != 0) return false;
+  size = item.st_size;
+  return true;
+}
+
+bool appendPath(std::string& path, const std::string& component) {
+  path = platform::appendingPathComponent(path, component);
+  return true;
+}
+
+bool removeLastPathComponent(std::string& path) {
+  path = platform::deletingLastPathComponent(path);
+  return true;
+}
+
+bool isFileName(const std::string& text) { return text == platform::lastPathComponent(text); }
+
+bool getFilePathBaseName(const std::string& path, std::string& out) {
+  out.clear();
+  std::string copy = path;
+  const char* name = ::basename(copy.data());
+  if (name == nullptr) return false;
+  out = name;
+  return true;
+}
+
+bool getFileExtension(const std::string& path, std::string& extension) {
+  const std::size_t dot = path.rfind('.');
+  if (dot == std::string::npos) return false;
+  extension = path.substr(dot + 1);
+  return true;
+}
+
+bool removeFileExtension(std::string& path) {
+  path = platform::deletingPathExtension(path);
+  return true;
+}
+
+bool addFileExtension(std::string& path, const std::string& extension) {
+  const std::optional<std::string> extended = platform::appendingPathExtension(path, extension);
+  if (!extended) return false;
+  path = *extended;
+  return true;
+}
+
+bool changeFileExtension(std::string& path, const std::string& extension) {
+  return removeFileExtension(path) && addFileExtension(path, extension);
+}
+
+}  // namespace tarn

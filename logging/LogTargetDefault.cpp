@@ -1,0 +1,212 @@
+#include "logging/LogTargetDefault.h"
+
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "logging/Helpers.h"
+#include "platform/PathLock.h"
+#include "platform/Threads.h"
+
+namespace tarn {
+namespace {
+
+constexpr int lockProject = 11;
+constexpr std::int64_t secondsBetweenSizeChecks = 3600;
+constexpr std::size_t messageSize = 4096;
+constexpr std::size_t timeSize = 256;
+
+bool linesCarryThreadId() {
+  int major = 0;
+  int minor = 0;
+  int bugFix = 0;
+  return !utilGetCurrentOSVersion(major, minor, bugFix) || numbersThreads(major, minor);
+}
+
+bool mayHoldToken(const char* message) {
+  const char* first = std::strstr(message, "eyJ");
+  return first != nullptr && std::strstr(first, ".eyJ") != nullptr;
+}
+
+bool isPipe(const std::string& path) {
+  struct stat item {};
+  return ::stat(path.c_str(), &item) == 0 && S_ISFIFO(item.st_mode);
+}
+
+const char* orEmpty(const char* text) { return text == nullptr ? "" : text; }
+
+class Holding {
+ public:
+  explicit Holding(BinaryLock& lock) : lock_(lock), held_(lock.wait()) {}
+  Holding(const Holding&) = delete;
+  Holding& operator=(const Holding&) = delete;
+  ~Holding() {
+    if (held_) lock_.release();
+  }
+  explicit operator bool() const { return held_; }
+
+ private:
+  BinaryLock& lock_;
+  const bool held_;
+};
+
+}  // namespace
+
+LogTargetDefault::LogTargetDefault(const char* identifier)
+    : LogTargetBase(identifier), threadIdEnabled(linesCarryThreadId()) {}
+
+LogTargetDefault::~LogTargetDefault() { dropLock(); }
+
+bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
+  struct stat item {};
+  const bool existed = ::lstat(filePath.c_str(), &item) == 0;
+  if (handle.is_open()) handle.close();
+  if (isPipe(filePath)) return false;
+
+  // Without a buffer a line is one write, and what a full disk refused is not tried again behind the next line's back.
+  handle.clear();
+  handle.rdbuf()->pubsetbuf(nullptr, 0);
+  handle.open(filePath, std::ios::out | std::ios::app);
+  if (!handle.is_open()) return false;
+
+  if (!existed && ::chmod(filePath.c_str(), 0666) != 0) {
+    std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
+  }
+  if (&handle == &stream) fileEnd.open(filePath);
+  return true;
+}
+
+bool LogTargetDefault::SetStreamPath(const char* name) {
+  std::string path;
+  if (!getTempPath(path) || !appendPath(path, name)) return false;
+  filePath = path;
+  return true;
+}
+
+void LogTargetDefault::WriteStream(const char* text) {
+  outgoing.assign(fileEnd.isInsideLine() ? "\n" : "");
+  outgoing += text;
+  outgoing += '\n';
+
+  stream.write(outgoing.data(), static_cast<std::streamsize>(outgoing.size()));
+  stream.flush();
+  if (stream) {
+    fileEnd.movedBy(outgoing.size());
+    return;
+  }
+  fileEnd.forget();
+  stream.clear();
+}
+
+bool LogTargetDefault::onRegisterTarget() {
+  if (!fileUsable) return false;
+  if (filePath.empty() && !SetStreamPath(fileName.c_str())) return false;
+  if (!SetStreamHandle(stream)) return false;
+
+  if (!lock) {
+    lock = std::make_unique<BinaryLock>();
+    (void)lock->create(filePath, lockProject);  // unlocked writing would be worse than none
+  }
+  segmentCheckTime = lastLineTime = std::time(nullptr);
+  if (const Holding held(*lock); held) SegmentLogFile(true);
+  registered = true;
+  return true;
+}
+
+bool LogTargetDefault::onUnregisterTarget() {
+  stream.close();
+  dropLock();
+  registered = false;
+  return true;
+}
+
+void LogTargetDefault::dropLock() {
+  if (!lock) return;
+  const platform::PathLock oneAtATime(filePath);
+  lock->finalize();
+  lock.reset();
+}
+
+bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
+                                const char* component, const char* extra1, const char* extra2, const char* format,
+                                va_list* arguments, unsigned long long timeMs) {
+  if (logLevel > level || !lock) return true;
+  const Holding held(*lock);
+  if (!held) return true;
+  checkSizeWhenDue();
+
+  char formatted[messageSize];
+  formatted[0] = '\0';
+  if (format != nullptr) getLogMessage(formatted, sizeof formatted, format, arguments);
+  const char* message = arguments == nullptr ? format : formatted;
+  line.clear();
+  formatLog(timeMs, level, sessionId, domain, subDomain, component, extra1, extra2, message, line);
+  WriteStream(line.c_str());
+  return true;
+}
+
+void LogTargetDefault::checkSizeWhenDue() {
+  if (lastLineTime - segmentCheckTime < secondsBetweenSizeChecks) return;
+  if (SegmentLogFile(true)) segmentCheckTime = lastLineTime;
+}
+
+void LogTargetDefault::formatLog(unsigned long long timeMs, Log_Level level, const char* sessionId, const char* domain,
+                                 const char* subDomain, const char* component, const char* extra1, const char* extra2,
+                                 const char* message, std::string& out) {
+  char time[timeSize];
+  getTimeStr(timeMs, time);
+  message = orEmpty(message);
+  if (mayHoldToken(message)) {
+    message = "Found access/device token. Log skipped.";
+    level = WARN;
+  }
+
+  out.append(time).append(separator).append("[").append(getLogLevelString(level)).append("]").append(separator);
+  for (const char* text : {sessionId, domain, subDomain, component, extra1, extra2}) {
+    out.append(orEmpty(text)).append(separator);
+  }
+  out.append(getCurrentThreadID()).append(separator).append(message);
+}
+
+void LogTargetDefault::getTimeStr(unsigned long long timeMs, char* buffer) {
+  timeval time{};
+  if (timeMs != 0) {
+    time.tv_sec = static_cast<time_t>(timeMs / 1000);
+    time.tv_usec = static_cast<suseconds_t>(timeMs % 1000 * 1000);
+  } else {
+    getCurrentTime(time);
+  }
+  lastLineTime = time.tv_sec;
+  std::snprintf(buffer, timeSize, "%s:%.3d", secondText.at(time.tv_sec).c_str(), static_cast<int>(time.tv_usec / 1000));
+}
+
+std::string LogTargetDefault::getCurrentThreadID() const {
+  return threadIdEnabled ? std::to_string(platform::currentThreadId()) : std::string();
+}
+
+std::string LogTargetDefault::getLogLevelString(Log_Level level) const {
+  switch (level) {
+    case TRACE:
+      return "TRACE";
+    case DEBUG:
+      return "DEBUG";
+    case INFO:
+      return "INFO";
+    case WARN:
+      return "WARN";
+    case ERROR:
+      return "ERROR";
+    case FATAL:
+      return "FATAL";
+    case NONE:
+      return "NONE";
+    default:
+      return "ALL";
+  }
+}
+
+}  // namespace tarn
