@@ -1,0 +1,177 @@
+#include "applog/Logger.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "logging/LoggingCore.h"
+#include "nativeutils/UserFolder.h"
+
+namespace {
+
+constexpr char logIdentifier[] = "QSU";
+constexpr char logFileName[] = "Kelvo.log";
+constexpr char buildVersion[] = "9.0.0.121";
+constexpr std::size_t messageSize = 1024;
+
+// Without the folder there is no log, and the application runs on.
+void makeLogFolder(const std::string& home) {
+  if (home.empty()) return;
+  const std::string library = home + "/Library";
+  if (::mkdir(library.c_str(), 0700) != 0 && errno != EEXIST) return;
+  (void)::mkdir((library + "/Logs").c_str(), 0700);
+}
+
+}  // namespace
+
+Logger* Logger::pLogger = nullptr;
+
+Logger* Logger::getInstance() {
+  static Logger instance;
+  return &instance;
+}
+
+Logger::Logger() : tarn::Logger(logIdentifier) {
+  std::string home;
+  utilGetUserFolderPath(home);
+  makeLogFolder(home);
+
+  fileFlag.reset(new OVNLoggingFileOperationFlag);
+  fileFlag->semid = -1;
+  fileFlag->held = false;
+  fileFlag->createFlag();
+
+  target = std::make_unique<tarn::LogTargetDefault>(logIdentifier);
+  target->setLogLevel(tarn::INFO);
+  target->setLogFile(logFileName, "");
+  tarn::LoggingCore::getInstance()->registerTarget(target.get());
+  setDomain(logIdentifier);
+}
+
+Logger::~Logger() {
+  pLogger = nullptr;
+  fileFlag->finalizeFlag();
+  fileFlag.reset();
+  tarn::LoggingCore::getInstance()->unregisterTarget(target.get());
+  target.reset();
+}
+
+bool Logger::finalize() { return true; }
+
+void Logger::setLogLevel(Log_Level level, const char* component, const char* context) {
+  if (level >= Log_Level_Fatal && level <= Log_Level_Trace) {
+    target->setLogLevel(static_cast<tarn::Log_Level>(70 - 10 * level));
+  }
+  enableLevelsFrom(target->getLogLevel());
+  setSubDomain(component);
+  setSessionId(context);
+  if (component != nullptr) announce(level);
+}
+
+void Logger::enableLevelsFrom(tarn::Log_Level lowest) {
+  if (lowest <= tarn::TRACE) traceEnabled = true;
+  if (lowest <= tarn::DEBUG) debugEnabled = true;
+  if (lowest <= tarn::INFO) infoEnabled = true;
+  if (lowest <= tarn::WARN) warnEnabled = true;
+  if (lowest <= tarn::ERROR) errorEnabled = true;
+  if (lowest <= tarn::FATAL) fatalEnabled = true;
+}
+
+void Logger::announce(Log_Level level) {
+  char text[messageSize];
+  const char* component = getSubDomain().c_str();
+  const auto sendText = [&] {
+    sendMessageToTARNLogger(tarn::INFO, getSessionId().c_str(), getDomain().c_str(), component, component, "", "", text);
+  };
+  std::snprintf(text, sizeof text, "Build Version - %s", buildVersion);
+  sendText();
+  std::snprintf(text, sizeof text, "Logging Level verbosity Set  to %d", static_cast<int>(level));
+  sendText();
+}
+
+void Logger::logTrace(const char* component, const char* format, ...) {
+  if (!traceEnabled) return;
+  va_list arguments;
+  va_start(arguments, format);
+  send(tarn::TRACE, component, format, &arguments);
+  va_end(arguments);
+}
+
+void Logger::logDebug(const char* component, const char* format, ...) {
+  if (!debugEnabled) return;
+  va_list arguments;
+  va_start(arguments, format);
+  send(tarn::DEBUG, component, format, &arguments);
+  va_end(arguments);
+}
+
+void Logger::logInfo(const char* component, const char* format, ...) {
+  if (!infoEnabled) return;
+  va_list arguments;
+  va_start(arguments, format);
+  send(tarn::INFO, component, format, &arguments);
+  va_end(arguments);
+}
+
+void Logger::logWarn(const char* component, const char* format, ...) {
+  if (!warnEnabled) return;
+  va_list arguments;
+  va_start(arguments, format);
+  send(tarn::WARN, component, format, &arguments);
+  va_end(arguments);
+}
+
+void Logger::logError(const char* component, const char* format, ...) {
+  if (!errorEnabled) return;
+  va_list arguments;
+  va_start(arguments, format);
+  send(tarn::ERROR, component, format, &arguments);
+  va_end(arguments);
+}
+
+void Logger::logFatal(const char* component, const char* format, ...) {
+  if (!fatalEnabled) return;
+  va_list arguments;
+  va_start(arguments, format);
+  send(tarn::FATAL, component, format, &arguments);
+  va_end(arguments);
+}
+
+void Logger::send(tarn::Log_Level level, const char* component, const char* format, va_list* arguments) {
+  char text[messageSize];
+  text[0] = '\0';
+  getLogMessage(text, sizeof text, format, arguments);
+  std::string caller;
+  GetNativeStringFromString(component, caller);
+  sendMessageToTARNLogger(level, getSessionId().c_str(), getDomain().c_str(), getSubDomain().c_str(), caller.c_str(), "",
+                          "", text);
+}
+
+tarn::Log_Level Logger::getCurrentLogLevel() const { return target->getLogLevel(); }
+
+char* Logger::getCurrentTime() {
+  const std::time_t now = std::time(nullptr);
+  char* text = std::ctime(&now);
+  text[std::strcspn(text, "\n")] = '\0';
+  return text;
+}
+
+bool Logger::GetNativeStringFromString(const std::string& in, std::string& out) {
+  out = in;
+  return true;
+}
+
+int Logger::getLogMessage(char* buffer, std::size_t size, const char* format, va_list* arguments) {
+  if (arguments == nullptr || size == 0) return 0;
+  return std::vsnprintf(buffer, size - 1, format, *arguments);
+}
+
+void Logger::sendMessageToTARNLogger(tarn::Log_Level level, const char* c1, const char* c2, const char* c3,
+                                     const char* c4, const char* c5, const char* c6, const char* text) {
+  if (!fileFlag->startFileOperation()) return;
+  tarn::LoggingCore::getInstance()->log(logIdentifier, level, c1, c2, c3, c4, c5, c6, text, 0);
+  fileFlag->endFileOperation();
+}
