@@ -59,7 +59,9 @@ Logger::~Logger() {
   target.reset();
 }
 
-bool Logger::finalize() { return true; }
+bool Logger::finalize() {
+  return true;
+}
 
 void Logger::setLogLevel(Log_Level level, const char* component, const char* context) {
   if (level >= Log_Level_Fatal && level <= Log_Level_Trace) {
@@ -84,7 +86,8 @@ void Logger::announce(Log_Level level) {
   char text[messageSize];
   const char* component = getSubDomain().c_str();
   const auto sendText = [&] {
-    sendMessageToTARNLogger(tarn::INFO, getSessionId().c_str(), getDomain().c_str(), component, component, "", "", text);
+    sendMessageToTARNLogger(tarn::INFO, getSessionId().c_str(), getDomain().c_str(), component, component, "", "",
+                            text);
   };
   std::snprintf(text, sizeof text, "Build Version - %s", buildVersion);
   sendText();
@@ -146,11 +149,13 @@ void Logger::send(tarn::Log_Level level, const char* component, const char* form
   getLogMessage(text, sizeof text, format, arguments);
   std::string caller;
   GetNativeStringFromString(component, caller);
-  sendMessageToTARNLogger(level, getSessionId().c_str(), getDomain().c_str(), getSubDomain().c_str(), caller.c_str(), "",
-                          "", text);
+  sendMessageToTARNLogger(level, getSessionId().c_str(), getDomain().c_str(), getSubDomain().c_str(), caller.c_str(),
+                          "", "", text);
 }
 
-tarn::Log_Level Logger::getCurrentLogLevel() const { return target->getLogLevel(); }
+tarn::Log_Level Logger::getCurrentLogLevel() const {
+  return target->getLogLevel();
+}
 
 char* Logger::getCurrentTime() {
   const std::time_t now = std::time(nullptr);

@@ -1,7 +1,7 @@
 // The application's one log: formats messages and writes them to "Kelvo.log" in the user's log folder.
 //
-// Every line is handed on while a mutex of the user's is held, so lines of several processes never mix; a call waits for
-// it as long as needed. Without the mutex (no home folder, no semaphores left) messages are dropped without a word.
+// Every line is handed on while a mutex of the user's is held, so lines of several processes never mix; a call waits
+// for it as long as needed. Without the mutex (no home folder, no semaphores left) messages are dropped without a word.
 // Logging may be done from any thread once `setLogLevel` has been called; nothing is written before that.
 
 #pragma once

@@ -46,7 +46,9 @@ bool OVNBinarySemaphore::finalize() {
   return true;
 }
 
-int OVNBinarySemaphore::getCount() const { return SemaphoreSet(semid).value(mutex); }
+int OVNBinarySemaphore::getCount() const {
+  return SemaphoreSet(semid).value(mutex);
+}
 
 bool OVNBinarySemaphore::tryWait() {
   if (!SemaphoreSet(semid).take(mutex)) return false;

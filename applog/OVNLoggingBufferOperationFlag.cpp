@@ -19,7 +19,8 @@ bool OVNLoggingBufferOperationFlag::createFlag() {
 
   const auto isTaken = [&](key_t key) { return key == fileFlag || key == reserved; };
   int number = ::getpid();
-  while (isTaken(SemaphoreSet::keyFor(home, number))) ++number;
+  while (isTaken(SemaphoreSet::keyFor(home, number)))
+    ++number;
   return create(home.c_str(), number);
 }
 
@@ -30,6 +31,10 @@ bool OVNLoggingBufferOperationFlag::finalizeFlag() {
   return finalize();
 }
 
-bool OVNLoggingBufferOperationFlag::startBufferOperation() { return tryWait(); }
+bool OVNLoggingBufferOperationFlag::startBufferOperation() {
+  return tryWait();
+}
 
-bool OVNLoggingBufferOperationFlag::endBufferOperation() { return release(); }
+bool OVNLoggingBufferOperationFlag::endBufferOperation() {
+  return release();
+}

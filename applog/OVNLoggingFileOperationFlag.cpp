@@ -19,6 +19,10 @@ bool OVNLoggingFileOperationFlag::finalizeFlag() {
   return finalize();
 }
 
-bool OVNLoggingFileOperationFlag::startFileOperation() { return tryWait(); }
+bool OVNLoggingFileOperationFlag::startFileOperation() {
+  return tryWait();
+}
 
-bool OVNLoggingFileOperationFlag::endFileOperation() { return release(); }
+bool OVNLoggingFileOperationFlag::endFileOperation() {
+  return release();
+}

@@ -60,7 +60,9 @@ bool OVNSemaphoreLock::AcquireLock() {
   return true;
 }
 
-bool OVNSemaphoreLock::isLocked() { return semid != -1 && SemaphoreSet(semid).value(freeSlots) < maxCount; }
+bool OVNSemaphoreLock::isLocked() {
+  return semid != -1 && SemaphoreSet(semid).value(freeSlots) < maxCount;
+}
 
 bool OVNSemaphoreLock::releaseLock() {
   if (!locked) return true;
@@ -70,4 +72,6 @@ bool OVNSemaphoreLock::releaseLock() {
   return true;
 }
 
-int OVNSemaphoreLock::getCurrentLockCount() const { return semid == -1 ? 0 : SemaphoreSet(semid).value(freeSlots); }
+int OVNSemaphoreLock::getCurrentLockCount() const {
+  return semid == -1 ? 0 : SemaphoreSet(semid).value(freeSlots);
+}

@@ -39,8 +39,8 @@ class OVNSemaphoreLock : public OVNLockClass {
 
  private:
   int semid;
-  int id;
+  [[maybe_unused]] int id;
   bool locked = false;
   int maxCount;
-  std::int64_t initialCount;
+  [[maybe_unused]] std::int64_t initialCount;
 };

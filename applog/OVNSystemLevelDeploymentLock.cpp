@@ -23,7 +23,9 @@ int findOrMakeSet(int id) {
 
 }  // namespace
 
-OVNSystemLevelDeploymentLock::~OVNSystemLevelDeploymentLock() { OVNSystemLevelDeploymentLock::releaseLock(); }
+OVNSystemLevelDeploymentLock::~OVNSystemLevelDeploymentLock() {
+  OVNSystemLevelDeploymentLock::releaseLock();
+}
 
 bool OVNSystemLevelDeploymentLock::AcquireLock() {
   if (locked) return true;

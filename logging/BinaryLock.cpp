@@ -43,13 +43,21 @@ bool BinaryLock::create(const std::string& path, int projectId) {
   return identifier != closed;
 }
 
-bool BinaryLock::attach() { return SemaphoreSet(identifier).change(references, +1, IPC_NOWAIT); }
+bool BinaryLock::attach() {
+  return SemaphoreSet(identifier).change(references, +1, IPC_NOWAIT);
+}
 
-bool BinaryLock::wait() { return SemaphoreSet(identifier).take(mutex); }
+bool BinaryLock::wait() {
+  return SemaphoreSet(identifier).take(mutex);
+}
 
-bool BinaryLock::signal() { return SemaphoreSet(identifier).change(mutex, -1, SEM_UNDO | IPC_NOWAIT); }
+bool BinaryLock::signal() {
+  return SemaphoreSet(identifier).change(mutex, -1, SEM_UNDO | IPC_NOWAIT);
+}
 
-bool BinaryLock::release() { return SemaphoreSet(identifier).change(mutex, +1, SEM_UNDO); }
+bool BinaryLock::release() {
+  return SemaphoreSet(identifier).change(mutex, +1, SEM_UNDO);
+}
 
 bool BinaryLock::finalize() {
   if (identifier == closed) return true;
@@ -58,6 +66,8 @@ bool BinaryLock::finalize() {
   return set.value(references) != 0 || set.remove();
 }
 
-int BinaryLock::getReferenceCount() const { return identifier == closed ? -1 : SemaphoreSet(identifier).value(references); }
+int BinaryLock::getReferenceCount() const {
+  return identifier == closed ? -1 : SemaphoreSet(identifier).value(references);
+}
 
 }  // namespace tarn

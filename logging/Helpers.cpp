@@ -17,11 +17,15 @@
 namespace tarn {
 namespace {
 
-bool makePrivateFolder(const std::string& path) { return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST; }
+bool makePrivateFolder(const std::string& path) {
+  return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
+}
 
 }  // namespace
 
-int getCurrentTime(timeval& time) { return ::gettimeofday(&time, nullptr); }
+int getCurrentTime(timeval& time) {
+  return ::gettimeofday(&time, nullptr);
+}
 
 bool getDatetime(std::string& out) {
   timeval now{};
@@ -42,7 +46,9 @@ int getLogMessage(char* buffer, std::size_t size, const char* format, va_list* a
   return std::vsnprintf(buffer, size - 1, format, *arguments);
 }
 
-std::string getStringFromInt(int number) { return std::to_string(number); }
+std::string getStringFromInt(int number) {
+  return std::to_string(number);
+}
 
 bool utilGetCurrentOSVersion(int& major, int& minor, int& bugFix) {
   const std::optional<platform::SystemVersion> version = platform::systemVersion();
@@ -116,7 +122,9 @@ bool removeLastPathComponent(std::string& path) {
   return true;
 }
 
-bool isFileName(const std::string& text) { return text == platform::lastPathComponent(text); }
+bool isFileName(const std::string& text) {
+  return text == platform::lastPathComponent(text);
+}
 
 bool getFilePathBaseName(const std::string& path, std::string& out) {
   out.clear();

@@ -5,11 +5,15 @@
 namespace tarn {
 namespace {
 
-bool isGiven(const char* text) { return text != nullptr && *text != '\0'; }
+bool isGiven(const char* text) {
+  return text != nullptr && *text != '\0';
+}
 
 }  // namespace
 
-LogTargetBase::LogTargetBase() { setDefaultValues(); }
+LogTargetBase::LogTargetBase() {
+  setDefaultValues();
+}
 
 LogTargetBase::LogTargetBase(const char* identifier) {
   setIdentifier(identifier);

@@ -37,7 +37,9 @@ bool isPipe(const std::string& path) {
   return ::stat(path.c_str(), &item) == 0 && S_ISFIFO(item.st_mode);
 }
 
-const char* orEmpty(const char* text) { return text == nullptr ? "" : text; }
+const char* orEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
 
 class Holding {
  public:
@@ -59,7 +61,9 @@ class Holding {
 LogTargetDefault::LogTargetDefault(const char* identifier)
     : LogTargetBase(identifier), threadIdEnabled(linesCarryThreadId()) {}
 
-LogTargetDefault::~LogTargetDefault() { dropLock(); }
+LogTargetDefault::~LogTargetDefault() {
+  dropLock();
+}
 
 bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
   struct stat item {};

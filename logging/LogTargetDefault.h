@@ -1,9 +1,9 @@
 // Writes log lines into a text file that several processes share.
 //
-// Each line, size check and cut is done while the file's `BinaryLock` is held, which orders processes and threads alike;
-// the members below that `writeLog` calls are not thread-safe by themselves. A line is one write and is on its way to
-// the file when `writeLog` returns. A target that has no lock, or cannot take it, drops the line without a word; so does
-// a full disk, for as long as it is full.
+// Each line, size check and cut is done while the file's `BinaryLock` is held, which orders processes and threads
+// alike; the members below that `writeLog` calls are not thread-safe by themselves. A line is one write and is on its
+// way to the file when `writeLog` returns. A target that has no lock, or cannot take it, drops the line without a word;
+// so does a full disk, for as long as it is full.
 //
 //   03/07/14 16:05:09:123 | [ERROR] | 27403 | QSU | Login | Web | 1001 |  | 4873 | Page load failed
 //   time | [level] | session id | domain | sub-domain | component | extra 1 | extra 2 | thread id | message
@@ -22,7 +22,9 @@
 namespace tarn {
 
 // Whether a system of this version numbers its threads.
-constexpr bool numbersThreads(int major, int minor) { return major >= 11 || minor >= 6; }
+constexpr bool numbersThreads(int major, int minor) {
+  return major >= 11 || minor >= 6;
+}
 
 class LogTargetDefault : public LogTargetBase {
  public:

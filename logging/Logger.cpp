@@ -11,7 +11,9 @@ bool assignText(std::string& field, const char* text) {
   return true;
 }
 
-const char* orEmpty(const char* text) { return text == nullptr ? "" : text; }
+const char* orEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
 
 }  // namespace
 
@@ -26,11 +28,21 @@ Logger::Logger(const char* targetIdentifier, const char* sessionId, const char* 
 
 Logger::Logger(const char* targetIdentifier) : Logger(targetIdentifier, nullptr, nullptr, nullptr, nullptr) {}
 
-bool Logger::setTargetIdentifier(const char* text) { return assignText(targetIdentifier, text); }
-bool Logger::setSessionId(const char* text) { return assignText(sessionId, text); }
-bool Logger::setDomain(const char* text) { return assignText(domain, text); }
-bool Logger::setSubDomain(const char* text) { return assignText(subDomain, text); }
-bool Logger::setComponent(const char* text) { return assignText(component, text); }
+bool Logger::setTargetIdentifier(const char* text) {
+  return assignText(targetIdentifier, text);
+}
+bool Logger::setSessionId(const char* text) {
+  return assignText(sessionId, text);
+}
+bool Logger::setDomain(const char* text) {
+  return assignText(domain, text);
+}
+bool Logger::setSubDomain(const char* text) {
+  return assignText(subDomain, text);
+}
+bool Logger::setComponent(const char* text) {
+  return assignText(component, text);
+}
 
 void Logger::trace(const char* format, ...) {
   if (format == nullptr) return;

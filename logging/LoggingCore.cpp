@@ -11,11 +11,14 @@
 namespace tarn {
 namespace {
 
-int randomDigit() { return std::rand() % 10; }
+int randomDigit() {
+  return std::rand() % 10;
+}
 
 int randomLeadingDigit() {
   int digit = randomDigit();
-  for (int redraws = 0; digit == 0 && redraws < 10; ++redraws) digit = randomDigit();
+  for (int redraws = 0; digit == 0 && redraws < 10; ++redraws)
+    digit = randomDigit();
   return digit == 0 ? 2 : digit;
 }
 

@@ -21,11 +21,17 @@ std::atomic<unsigned> handOvers{0};
 
 }  // namespace
 
-key_t SemaphoreSet::keyFor(const std::string& path, int projectNumber) { return ::ftok(path.c_str(), projectNumber); }
+key_t SemaphoreSet::keyFor(const std::string& path, int projectNumber) {
+  return ::ftok(path.c_str(), projectNumber);
+}
 
-int SemaphoreSet::find(key_t key, int members, int permissions) { return ::semget(key, members, permissions); }
+int SemaphoreSet::find(key_t key, int members, int permissions) {
+  return ::semget(key, members, permissions);
+}
 
-int SemaphoreSet::create(key_t key, int members) { return ::semget(key, members, IPC_CREAT | 0666); }
+int SemaphoreSet::create(key_t key, int members) {
+  return ::semget(key, members, IPC_CREAT | 0666);
+}
 
 bool SemaphoreSet::change(int member, int by, int flags) const {
   sembuf operation{};
@@ -49,7 +55,9 @@ bool SemaphoreSet::take(int member) const {
   return change(member, -1, SEM_UNDO);
 }
 
-int SemaphoreSet::value(int member) const { return ::semctl(id_, member, GETVAL); }
+int SemaphoreSet::value(int member) const {
+  return ::semctl(id_, member, GETVAL);
+}
 
 bool SemaphoreSet::setValue(int member, int value) const {
   SemaphoreArgument argument{};
@@ -57,8 +65,12 @@ bool SemaphoreSet::setValue(int member, int value) const {
   return ::semctl(id_, member, SETVAL, argument) != -1;
 }
 
-bool SemaphoreSet::remove() const { return ::semctl(id_, 0, IPC_RMID) != -1; }
+bool SemaphoreSet::remove() const {
+  return ::semctl(id_, 0, IPC_RMID) != -1;
+}
 
-bool SemaphoreSet::wasRemoved(int error) { return error == EIDRM || error == EINVAL; }
+bool SemaphoreSet::wasRemoved(int error) {
+  return error == EIDRM || error == EINVAL;
+}
 
 }  // namespace platform

@@ -24,10 +24,12 @@ class SemaphoreSet {
   // The identifier of an existing set; -1 when there is none, or one with fewer members than asked for.
   static int find(key_t key, int members = 0, int permissions = 0);
 
-  // The identifier of the set, created with permissions 0666 when it does not exist yet. All members of a new set are 0.
+  // The identifier of the set, created with permissions 0666 when it does not exist yet. All members of a new set are
+  // 0.
   static int create(key_t key, int members);
 
-  // One operation: adds `by` to a member with the flags of `semop` (SEM_UNDO, IPC_NOWAIT). A wait goes on after a signal.
+  // One operation: adds `by` to a member with the flags of `semop` (SEM_UNDO, IPC_NOWAIT). A wait goes on after a
+  // signal.
   bool change(int member, int by, int flags) const;
 
   // Takes 1 from a member with SEM_UNDO, waiting as long as needed.

@@ -9,7 +9,9 @@ namespace {
 thread_local std::uint64_t knownId = 0;
 
 // Only the forking thread lives on in the child, under a new number.
-void forgetInChild() { knownId = 0; }
+void forgetInChild() {
+  knownId = 0;
+}
 
 std::uint64_t askSystem() {
   [[maybe_unused]] static const int registered = ::pthread_atfork(nullptr, nullptr, forgetInChild);
