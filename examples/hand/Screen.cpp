@@ -1,0 +1,214 @@
+#include "examples/hand/Screen.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xatom.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/extensions/Xdamage.h>
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace examples {
+namespace {
+
+int ignoreError(Display*, XErrorEvent*) { return 0; }
+
+Window rootOf(Display* display) { return DefaultRootWindow(display); }
+
+std::uint8_t channel(unsigned long pixel, unsigned shift) { return static_cast<std::uint8_t>(pixel >> shift & 0xff); }
+
+}  // namespace
+
+// Events that Xlib has read already do not show on the connection any more: `prepare` looks at both.
+struct Screen::EventSource {
+  GSource base;
+  Screen* screen;
+
+  static gboolean prepare(GSource* source, gint* timeout) {
+    *timeout = -1;
+    Screen* screen = reinterpret_cast<EventSource*>(source)->screen;
+    return XPending(screen->display_.get()) > 0;
+  }
+  static gboolean check(GSource* source) {
+    return XPending(reinterpret_cast<EventSource*>(source)->screen->display_.get()) > 0;
+  }
+  static gboolean dispatch(GSource* source, GSourceFunc, gpointer) {
+    reinterpret_cast<EventSource*>(source)->screen->handleEvents();
+    return G_SOURCE_CONTINUE;
+  }
+};
+
+Screen::Screen(const std::string& display) : display_(XOpenDisplay(display.c_str()), XCloseDisplay) {
+  if (!display_) throw std::runtime_error("no display " + display);
+  XSetErrorHandler(ignoreError);
+
+  int damageError = 0;
+  if (!XDamageQueryExtension(display_.get(), &damageEvent_, &damageError)) throw std::runtime_error("no XDamage");
+  XDamageCreate(display_.get(), rootOf(display_.get()), XDamageReportNonEmpty);
+  XSelectInput(display_.get(), rootOf(display_.get()), SubstructureNotifyMask);
+
+  static GSourceFuncs functions = {EventSource::prepare, EventSource::check, EventSource::dispatch, nullptr, {}, {}};
+  events_ = reinterpret_cast<EventSource*>(g_source_new(&functions, sizeof(EventSource)));
+  events_->screen = this;
+  g_source_add_unix_fd(&events_->base, ConnectionNumber(display_.get()), G_IO_IN);
+  g_source_attach(&events_->base, nullptr);
+}
+
+Screen::~Screen() {
+  g_source_destroy(&events_->base);
+  g_source_unref(&events_->base);
+}
+
+void Screen::handleEvents() {
+  while (XPending(display_.get()) > 0) {
+    XEvent event;
+    XNextEvent(display_.get(), &event);
+    if (event.type == damageEvent_ + XDamageNotify) {
+      const auto* damage = reinterpret_cast<const XDamageNotifyEvent*>(&event);
+      XDamageSubtract(display_.get(), damage->damage, None, None);
+    } else if (event.type == CreateNotify) {
+      XSelectInput(display_.get(), event.xcreatewindow.window, PropertyChangeMask);
+    }
+  }
+}
+
+std::vector<unsigned char> Screen::property(Window window, const char* name) const {
+  Atom type = None;
+  int format = 0;
+  unsigned long count = 0, rest = 0;
+  unsigned char* data = nullptr;
+  const Atom atom = XInternAtom(display_.get(), name, False);
+  if (XGetWindowProperty(display_.get(), window, atom, 0, 1024, False, AnyPropertyType, &type, &format, &count, &rest,
+                         &data) != Success) {
+    return {};
+  }
+  // Xlib hands out 32-bit values as longs.
+  const std::size_t size = count * (format == 32 ? sizeof(long) : static_cast<std::size_t>(format / 8));
+  std::vector<unsigned char> result(data, data + size);
+  XFree(data);
+  return result;
+}
+
+std::optional<ScreenWindow> Screen::describe(Window window) const {
+  XWindowAttributes attributes;
+  if (!XGetWindowAttributes(display_.get(), window, &attributes) || attributes.map_state != IsViewable) return {};
+  const std::vector<unsigned char> pid = property(window, "_NET_WM_PID");
+  if (pid.size() < sizeof(long)) return {};
+  long number = 0;
+  std::memcpy(&number, pid.data(), sizeof number);
+  const std::vector<unsigned char> title = property(window, "_NET_WM_NAME");
+  return ScreenWindow{window,
+                      static_cast<pid_t>(number),
+                      {title.begin(), title.end()},
+                      {attributes.x, attributes.y, attributes.width, attributes.height}};
+}
+
+std::vector<ScreenWindow> Screen::windows() const {
+  Window root = 0, parent = 0, *children = nullptr;
+  unsigned count = 0;
+  std::vector<ScreenWindow> result;
+  if (!XQueryTree(display_.get(), rootOf(display_.get()), &root, &parent, &children, &count)) return result;
+  for (unsigned i = 0; i < count; ++i) {
+    if (const auto window = describe(children[i])) result.push_back(*window);
+  }
+  if (children != nullptr) XFree(children);
+  return result;
+}
+
+std::optional<ScreenWindow> Screen::windowOf(pid_t pid) const {
+  for (const ScreenWindow& window : windows()) {
+    if (window.pid == pid) return window;
+  }
+  return std::nullopt;
+}
+
+SizeLimits Screen::sizeLimitsOf(Window window) const {
+  XSizeHints hints = {};
+  long supplied = 0;
+  if (!XGetWMNormalHints(display_.get(), window, &hints, &supplied)) return {};
+  SizeLimits limits;
+  if ((hints.flags & PMinSize) != 0) limits = {hints.min_width, hints.min_height, false};
+  limits.fixed = (hints.flags & PMinSize) != 0 && (hints.flags & PMaxSize) != 0 &&
+                 hints.max_width == hints.min_width && hints.max_height == hints.min_height;
+  return limits;
+}
+
+Picture Screen::picture(const Area& area) const {
+  const int left = std::max(area.x, 0);
+  const int top = std::max(area.y, 0);
+  const int width = std::min(area.x + area.width, DisplayWidth(display_.get(), 0)) - left;
+  const int height = std::min(area.y + area.height, DisplayHeight(display_.get(), 0)) - top;
+  XImage* image = XGetImage(display_.get(), rootOf(display_.get()), left, top, static_cast<unsigned>(width),
+                            static_cast<unsigned>(height), AllPlanes, ZPixmap);
+  if (image == nullptr) throw std::runtime_error("the screen gives no picture");
+  std::vector<std::uint8_t> pixels;
+  pixels.reserve(3 * static_cast<std::size_t>(width * height));
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const unsigned long pixel = XGetPixel(image, x, y);
+      pixels.insert(pixels.end(), {channel(pixel, 16), channel(pixel, 8), channel(pixel, 0)});
+    }
+  }
+  XDestroyImage(image);
+  return Picture(width, height, std::move(pixels));
+}
+
+void Screen::moveTo(int x, int y) {
+  XTestFakeMotionEvent(display_.get(), -1, x, y, CurrentTime);
+  XFlush(display_.get());
+}
+
+void Screen::click(int x, int y) {
+  moveTo(x, y);
+  XTestFakeButtonEvent(display_.get(), Button1, True, CurrentTime);
+  XTestFakeButtonEvent(display_.get(), Button1, False, CurrentTime);
+  XFlush(display_.get());
+}
+
+void Screen::turnWheel(int clicks) {
+  for (int i = 0; i < clicks; ++i) {
+    XTestFakeButtonEvent(display_.get(), Button5, True, CurrentTime);
+    XTestFakeButtonEvent(display_.get(), Button5, False, CurrentTime);
+  }
+  XFlush(display_.get());
+}
+
+void Screen::key(KeySym key, bool down) {
+  XTestFakeKeyEvent(display_.get(), XKeysymToKeycode(display_.get(), key), down, CurrentTime);
+  XFlush(display_.get());
+}
+
+void Screen::press(KeySym pressed, std::initializer_list<KeySym> held) {
+  for (KeySym each : held) key(each, true);
+  key(pressed, true);
+  key(pressed, false);
+  for (KeySym each : held) key(each, false);
+}
+
+void Screen::type(const std::string& text) {
+  for (const char character : text) {
+    const auto symbol = static_cast<KeySym>(static_cast<unsigned char>(character));
+    const KeyCode code = XKeysymToKeycode(display_.get(), symbol);
+    if (XkbKeycodeToKeysym(display_.get(), code, 0, 0) == symbol) {
+      press(symbol);
+    } else {
+      press(symbol, {XK_Shift_L});
+    }
+  }
+}
+
+void Screen::close(Window window) {
+  XEvent event = {};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = window;
+  event.xclient.message_type = XInternAtom(display_.get(), "WM_PROTOCOLS", False);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = static_cast<long>(XInternAtom(display_.get(), "WM_DELETE_WINDOW", False));
+  event.xclient.data.l[1] = CurrentTime;
+  XSendEvent(display_.get(), window, False, NoEventMask, &event);
+  XFlush(display_.get());
+}
+
+}  // namespace examples

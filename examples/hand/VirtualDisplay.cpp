@@ -1,0 +1,36 @@
+#include "examples/hand/VirtualDisplay.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+namespace examples {
+namespace {
+
+// The server writes the number of its display, with a newline, once it is ready; it writes nothing when it fails.
+std::string readLine(int fd) {
+  std::string line;
+  char character = 0;
+  while (read(fd, &character, 1) == 1 && character != '\n') line += character;
+  return line;
+}
+
+}  // namespace
+
+VirtualDisplay::VirtualDisplay() {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe for the display");
+  server_ = std::make_unique<ChildProcess>(ChildProcess::Setup{
+      {"Xvfb", "-displayfd", "3", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"},
+      {},
+      "/dev/null",
+      ends[1],
+      3});
+  const std::string number = readLine(ends[0]);
+  close(ends[0]);
+  if (number.empty()) throw std::runtime_error("Xvfb does not start");
+  name_ = ":" + number;
+}
+
+}  // namespace examples
