@@ -1,0 +1,48 @@
+#include "app/SpinnerPage.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr char kImageBase64[] =
+#include "SpinnerImage.inc"
+    ;
+
+bool mayStandInPath(char c) {
+  constexpr std::string_view kMarks = "-._~!$&'()*+,;=:@/";
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+         kMarks.find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+// The repeated "center", the sizes without units and the empty container rule are how this page has always read; other
+// programs of the family compare it byte for byte.
+const std::string spinnerHTMLSource =
+    std::string(
+        R"(<html><head><style type="text/css">body{overflow: hidden;margin: 0px!important;padding: 0px!important;})"
+        R"(div.image {width: 680;height: 550;background-repeat: no-repeat;right: 0px;)"
+        R"(background-position: center; center;background-image: url('data:image/gif;base64,)") +
+    kImageBase64 + "');}.container{\t}</style></head><body><div class=\"image\"></div></body></html>";
+
+std::string spinnerHTMLBaseURL;
+
+std::string spinnerPagePath(const std::string& bundlePath) {
+  return bundlePath + "spinner_html.html";
+}
+
+std::string spinnerPageURL(const std::string& path) {
+  constexpr char kHex[] = "0123456789ABCDEF";
+  std::string url = "file://";
+  for (const char c : path) {
+    if (mayStandInPath(c)) {
+      url += c;
+      continue;
+    }
+    const auto byte = static_cast<unsigned char>(c);
+    url += '%';
+    url += kHex[byte >> 4];
+    url += kHex[byte & 15];
+  }
+  return url;
+}

@@ -1,0 +1,41 @@
+// The application on GTK: builds the window, turns the toolkit's signals into calls of the flow, and runs until the
+// flow ends the run. It only translates; every decision is `SignInFlow`'s.
+//
+// SIGTERM, SIGINT and SIGHUP count as closing the window: the launcher still gets its message and nothing stays behind.
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/SignInFlow.h"
+#include "app/gtk/LoadClock.h"
+#include "app/gtk/LoadTracker.h"
+#include "app/gtk/SVOWindow.h"
+
+class AppDelegate : private LoadOutcomes {
+ public:
+  // Needs an initialised GTK.
+  AppDelegate();
+  ~AppDelegate() override;
+
+  AppDelegate(const AppDelegate&) = delete;
+  AppDelegate& operator=(const AppDelegate&) = delete;
+
+  // Shows the spinner page and handles events until the end of the run.
+  void run(const std::string& bundlePath);
+
+ private:
+  void mainFrameFinished(const std::optional<std::string>& address) override { flow_.mainFrameFinished(address); }
+  void loadFailed(const LoadFailure& failure) override { flow_.loadFailed(failure); }
+  void closeWindow();
+
+  static gboolean onDelete(GtkWidget*, GdkEvent*, AppDelegate* self);
+  static GtkWidget* onCreate(WebKitWebView*, WebKitNavigationAction* action, AppDelegate* self);
+  static gboolean onSignal(gpointer self);
+
+  std::unique_ptr<SVOWindow> window_;
+  SignInFlow flow_;
+  LoadClock clock_;
+  LoadTracker tracker_;
+};

@@ -1,0 +1,129 @@
+#include "app/gtk/LoadTracker.h"
+
+#include "app/gtk/LoadErrors.h"
+
+namespace {
+
+constexpr char kBlankPage[] = "about:blank";
+constexpr char kCocoaDomain[] = "NSURLErrorDomain";
+constexpr char kPolicyDomain[] = "WebKitPolicyError";
+
+std::optional<std::string> known(const std::string& address) {
+  if (address.empty()) return std::nullopt;
+  return address;
+}
+
+}  // namespace
+
+void LoadTracker::loadRequested(const std::string& address) {
+  if (state_ != State::kIdle) return;
+  state_ = State::kProvisional;
+  address_ = address;
+  keepTime();
+}
+
+// A page that navigates itself starts under its old address; what was asked for last is where it goes.
+void LoadTracker::loadStarted(const std::string& address) {
+  state_ = State::kProvisional;
+  address_ = lastAsked_.empty() ? address : lastAsked_;
+  mainResource_ = 0;
+  documentComplete_ = false;
+  asked_.clear();
+  keepTime();
+}
+
+void LoadTracker::loadRedirected(const std::string& address) {
+  address_ = address;
+  asked_.erase(address);
+  keepTime();
+}
+
+void LoadTracker::loadCommitted(const std::string& address) {
+  if (address == kBlankPage && address_ != kBlankPage) {
+    return failMainFrame(true, address_, kLoadRestrictedPort, kPolicyDomain);
+  }
+  address_ = address;
+  state_ = State::kCommitted;
+  keepTime();
+}
+
+void LoadTracker::loadFinished(const std::string& address) {
+  if (state_ == State::kCommitted) finishMainFrame(address);
+}
+
+void LoadTracker::loadFailed(bool provisional, const std::string& address, const LoadError& error) {
+  failMainFrame(provisional, address, cocoaErrorCode(error, address), error.domain);
+}
+
+void LoadTracker::navigationAsked(const std::string& address) {
+  lastAsked_ = address;
+  asked_.insert(address);
+}
+
+void LoadTracker::resourceStarted(unsigned id, const std::string& address, bool isMain) {
+  if (isMain) {
+    mainResource_ = id;
+    return;
+  }
+  if (asked_.erase(address) == 0) return;
+  subFrames_[id] = {address};
+  keepTime();
+}
+
+void LoadTracker::resourceAnswered(unsigned id) {
+  const auto subFrame = subFrames_.find(id);
+  if (subFrame != subFrames_.end()) subFrame->second.answered = true;
+  if (subFrame != subFrames_.end() || id == mainResource_) keepTime();
+}
+
+void LoadTracker::resourceFinished(unsigned id) {
+  if (id == mainResource_) documentComplete_ = true;
+  if (subFrames_.erase(id) != 0) keepTime();
+}
+
+void LoadTracker::resourceFailed(unsigned id, const std::string& address, const LoadError& error) {
+  if (subFrames_.count(id) != 0) failSubFrame(id, cocoaErrorCode(error, address), error.domain);
+}
+
+void LoadTracker::progressed() {
+  keepTime();
+}
+
+void LoadTracker::pageProcessEnded() {
+  failMainFrame(state_ == State::kProvisional, address_, kLoadUnknownError, kCocoaDomain);
+}
+
+void LoadTracker::dataTimedOut() {
+  if (state_ != State::kIdle && !documentComplete_) {
+    return failMainFrame(state_ == State::kProvisional, address_, kLoadTimedOut, kCocoaDomain);
+  }
+  if (!subFrames_.empty()) return failSubFrame(subFrames_.begin()->first, kLoadTimedOut, kCocoaDomain);
+  if (state_ == State::kCommitted) finishMainFrame(address_);
+}
+
+void LoadTracker::keepTime() {
+  if (isLoading()) {
+    clock_.wind();
+  } else {
+    clock_.stop();
+  }
+}
+
+void LoadTracker::finishMainFrame(const std::string& address) {
+  state_ = State::kIdle;
+  keepTime();
+  outcomes_.mainFrameFinished(known(address));
+}
+
+void LoadTracker::failMainFrame(bool provisional, const std::string& address, int code, const std::string& domain) {
+  state_ = State::kIdle;
+  keepTime();
+  outcomes_.loadFailed({known(address), code, domainNumber(domain), provisional});
+}
+
+void LoadTracker::failSubFrame(unsigned id, int code, const std::string& domain) {
+  const SubFrame subFrame = subFrames_[id];
+  subFrames_.erase(id);
+  keepTime();
+  outcomes_.loadFailed({known(subFrame.address), code, domainNumber(domain), !subFrame.answered});
+}

@@ -1,0 +1,52 @@
+// The sign-in window on GTK 3: a strip 20 high above the web view, together the whole inside of the window.
+//
+// Frames count from the bottom left of the screen; this class turns them over. Where the platform keeps window
+// positions to itself (Wayland) the origin is always 0, 0 and moving does nothing. The web view's session is ephemeral:
+// no cookie, cache or storage reaches the disk. Main thread only; needs an open display.
+
+#pragma once
+
+#include <gtk/gtk.h>
+#include <webkit2/webkit2.h>
+
+#include <string>
+
+#include "app/SignInWindow.h"
+#include "app/gtk/GtkHandles.h"
+
+class SVOWindow : public SignInWindow {
+ public:
+  // Makes and shows the window, 680 x 570 and not resizable, in the middle of the screen, under the title "Sign In".
+  SVOWindow();
+  ~SVOWindow() override;
+
+  SVOWindow(const SVOWindow&) = delete;
+  SVOWindow& operator=(const SVOWindow&) = delete;
+
+  GtkWindow* window() const { return window_; }
+  WebKitWebView* webView() const { return webView_; }
+
+  // Comes to the front with the keyboard in the page.
+  void activate();
+
+  Frame windowFrame() const override;
+  void setWindowFrame(const Frame& frame) override;
+  Frame webViewFrame() const override;
+  void setWebViewFrame(const Frame& frame) override;
+  void setTitle(const std::string& title) override;
+  void setMinimumSize(double width, double height) override;
+  void enableZoomButton() override;
+  void makeResizable() override;
+  void loadHTML(const std::string& html, const std::string& path) override;
+  void loadAddress(const std::string& address) override;
+  void forbidMainFrameScrolling() override;
+  void openInBrowser(const std::string& address) override;
+  void terminate() override;
+
+ private:
+  ObjectRef<WebKitWebContext> context_;
+  ObjectRef<WebKitUserContentManager> content_;
+  GtkWindow* window_;       // owned by GTK until the destructor destroys it
+  WebKitWebView* webView_;  // owned by the window
+  bool scrollingForbidden_ = false;
+};

@@ -1,0 +1,34 @@
+// The sign-in window's entry point on Linux.
+
+#include <cstdio>
+
+#include "app/CommandLine.h"
+#include "app/gtk/AppDelegate.h"
+#include "applog/Logger.h"
+#include "platform/Bundle.h"
+
+namespace {
+
+constexpr char kProgramName[] = "svo-signin";
+
+// No window will ever be seen: the launcher is told what it is told when the options are missing.
+int reportMissingDisplay() {
+  std::string none;
+  (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(kOptionsMissing, none));
+  std::fprintf(stderr, "%s: cannot open a display; set DISPLAY or WAYLAND_DISPLAY\n", kProgramName);
+  return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
+  CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
+
+  // GTK would take options of its own from the command line, so it gets none.
+  g_set_prgname(kProgramName);
+  if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
+
+  AppDelegate().run(platform::bundlePath());
+  return 0;
+}

@@ -1,0 +1,140 @@
+#include "app/ResultChannel.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+std::string escaped(std::string text) {
+  EncodeXMLData(text);
+  return text;
+}
+
+std::string message(int code, std::string url = {}) {
+  return ConstructOutputString(code, url);
+}
+
+class ResultPipe : public testing::Test {
+ protected:
+  ResultPipe() : path_(std::string(std::getenv("HOME")) + "/pipe") {}
+  ~ResultPipe() override {
+    if (reader_ >= 0) ::close(reader_);
+    ::unlink(path_.c_str());
+  }
+
+  void makePipe() {
+    ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+    reader_ = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader_, 0);
+  }
+
+  std::string received() const {
+    std::string text(1 << 17, '\0');
+    const ssize_t count = ::read(reader_, text.data(), text.size());
+    text.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+    return text;
+  }
+
+  mode_t mode() const {
+    struct stat status {};
+    EXPECT_EQ(::stat(path_.c_str(), &status), 0);
+    return status.st_mode & 0777;
+  }
+
+  std::string path_;
+  int reader_ = -1;
+};
+
+TEST(ResultChannel, EscapesTheFivePredefinedEntities) {
+  EXPECT_EQ(escaped(R"("&'<>)"), "&quot;&amp;&apos;&lt;&gt;");
+}
+
+TEST(ResultChannel, EscapesAmpersandOnce) {
+  EXPECT_EQ(escaped("a&b"), "a&amp;b");
+  EXPECT_EQ(escaped("&amp;"), "&amp;amp;");
+}
+
+TEST(ResultChannel, LeavesEveryOtherByteAlone) {
+  const std::string odd("\x01\t\n\xC3\xA4\xFF\0z", 8);
+  EXPECT_EQ(escaped(odd), odd);
+  EXPECT_EQ(escaped(""), "");
+}
+
+TEST(ResultChannel, SendsTheEscapedAddress) {
+  EXPECT_EQ(message(kSignedIn, "cb:/done?a=1&b='x'"), "<result><URL>cb:/done?a=1&amp;b=&apos;x&apos;</URL></result>");
+}
+
+TEST(ResultChannel, HasAMessageForEachCode) {
+  EXPECT_EQ(message(1), "<errorNo><error>1</error></errorNo>");
+  EXPECT_EQ(message(2), "<errorNo><error>2</error></errorNo>");
+  EXPECT_EQ(message(255), "<errorNo><error>255</error></errorNo>");
+}
+
+TEST(ResultChannel, ReportsEveryOtherCodeAsMissingOptions) {
+  EXPECT_EQ(message(7), "<errorNo><error>255</error></errorNo>");
+  EXPECT_EQ(message(-1), "<errorNo><error>255</error></errorNo>");
+}
+
+TEST(ResultChannel, EscapesTheCallersAddressWhateverTheCode) {
+  std::string url = "a&b";
+  ConstructOutputString(2, url);
+  EXPECT_EQ(url, "a&amp;b");
+}
+
+TEST_F(ResultPipe, ReceivesTheMessageAndNothingElse) {
+  makePipe();
+  EXPECT_TRUE(WriteFIFO(path_, message(1)));
+  EXPECT_EQ(received(), "<errorNo><error>1</error></errorNo>");
+}
+
+TEST_F(ResultPipe, GetsTheMode0644) {
+  makePipe();
+  EXPECT_TRUE(WriteFIFO(path_, "x"));
+  EXPECT_EQ(mode(), 0644u);
+}
+
+TEST_F(ResultPipe, ThatNobodyListensToDoesNotBlock) {
+  ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+  EXPECT_TRUE(WriteFIFO(path_, "x"));
+}
+
+TEST_F(ResultPipe, ThatIsMissingIsNotCreated) {
+  EXPECT_FALSE(WriteFIFO(path_, "x"));
+  EXPECT_NE(::access(path_.c_str(), F_OK), 0);
+  EXPECT_FALSE(WriteFIFO("", "x"));
+}
+
+TEST_F(ResultPipe, MayBeARegularFileAndIsWrittenFromItsStart) {
+  std::ofstream(path_) << "0123456789";
+  ASSERT_EQ(::chmod(path_.c_str(), 0600), 0);
+  EXPECT_TRUE(WriteFIFO(path_, "abc"));
+
+  std::stringstream content;
+  content << std::ifstream(path_).rdbuf();
+  EXPECT_EQ(content.str(), "abc3456789");
+  EXPECT_EQ(mode(), 0644u);
+}
+
+TEST_F(ResultPipe, ThatIsAFolderFails) {
+  EXPECT_FALSE(WriteFIFO(std::getenv("HOME"), "x"));
+}
+
+TEST_F(ResultPipe, TakesAnAddressOf60Kilobytes) {
+  makePipe();
+  const std::string text = message(kSignedIn, "http://host/done?" + std::string(60 * 1024, 'a'));
+  EXPECT_TRUE(WriteFIFO(path_, text));
+  EXPECT_EQ(received(), text);
+}
+
+TEST_F(ResultPipe, SaysSoWhenItCannotTakeTheWholeMessage) {
+  makePipe();
+  EXPECT_FALSE(WriteFIFO(path_, std::string(1 << 20, 'a')));
+}
+
+}  // namespace

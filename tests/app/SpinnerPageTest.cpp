@@ -1,0 +1,121 @@
+#include "app/SpinnerPage.h"
+
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kBefore =
+    "<html><head><style type=\"text/css\">body{overflow: hidden;margin: 0px!important;padding: 0px!important;}"
+    "div.image {width: 680;height: 550;background-repeat: no-repeat;right: 0px;background-position: center; "
+    "center;background-image: url('data:image/gif;base64,";
+constexpr std::string_view kBehind = "');}.container{\t}</style></head><body><div class=\"image\"></div></body></html>";
+
+std::string imageText() {
+  return spinnerHTMLSource.substr(kBefore.size(), spinnerHTMLSource.size() - kBefore.size() - kBehind.size());
+}
+
+std::string decoded(const std::string& base64) {
+  constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string bytes;
+  unsigned bits = 0, count = 0;
+  for (const char c : base64) {
+    const std::size_t value = kAlphabet.find(c);
+    if (value == std::string_view::npos) break;
+    bits = bits << 6 | static_cast<unsigned>(value);
+    count += 6;
+    if (count < 8) continue;
+    count -= 8;
+    bytes += static_cast<char>(bits >> count & 0xFF);
+  }
+  return bytes;
+}
+
+unsigned numberAt(const std::string& bytes, std::size_t at) {
+  return static_cast<unsigned char>(bytes.at(at)) | static_cast<unsigned>(static_cast<unsigned char>(bytes.at(at + 1)))
+                                                        << 8;
+}
+
+std::size_t behindBlocks(const std::string& gif, std::size_t at) {
+  while (gif.at(at) != 0)
+    at += static_cast<unsigned char>(gif.at(at)) + 1u;
+  return at + 1;
+}
+
+struct Animation {
+  int frames = 0;
+  bool everyDelayIsAFifth = true;
+  bool everyFrameIsTransparentAtTwo = true;
+  bool repeatsForEver = false;
+  bool endsWithTrailer = false;
+};
+
+Animation walked(const std::string& gif) {
+  Animation found;
+  std::size_t at = 13 + 12;
+  while (gif.at(at) != ';') {
+    if (gif.at(at) == '\x2C') {
+      ++found.frames;
+      at = behindBlocks(gif, at + 11);
+      continue;
+    }
+    const char label = gif.at(at + 1);
+    if (label == '\xF9') {
+      found.everyDelayIsAFifth &= numberAt(gif, at + 4) == 20;
+      found.everyFrameIsTransparentAtTwo &= (gif.at(at + 3) & 1) == 1 && gif.at(at + 6) == 2;
+    }
+    if (label == '\xFF')
+      found.repeatsForEver = gif.compare(at + 3, 11, "NETSCAPE2.0") == 0 && numberAt(gif, at + 16) == 0;
+    at = behindBlocks(gif, at + 2);
+  }
+  found.endsWithTrailer = at + 1 == gif.size();
+  return found;
+}
+
+TEST(SpinnerPage, ReadsByteForByteAsItAlwaysDid) {
+  EXPECT_EQ(spinnerHTMLSource.compare(0, kBefore.size(), kBefore), 0);
+  EXPECT_EQ(spinnerHTMLSource.compare(spinnerHTMLSource.size() - kBehind.size(), kBehind.size(), kBehind), 0);
+  EXPECT_EQ(imageText().size(), 2600u);
+}
+
+TEST(SpinnerPage, ImageHas1949Bytes) {
+  EXPECT_EQ(decoded(imageText()).size(), 1949u);
+}
+
+TEST(SpinnerPage, ImageIs64By64WithFourColoursGreyAndBlueFirst) {
+  const std::string gif = decoded(imageText());
+  EXPECT_EQ(gif.substr(0, 6), "GIF89a");
+  EXPECT_EQ(numberAt(gif, 6), 64u);
+  EXPECT_EQ(numberAt(gif, 8), 64u);
+  EXPECT_EQ(gif.at(10) & 0x87, 0x81);  // a global table of four
+  EXPECT_EQ(gif.substr(13, 6), "\x65\x65\x65" + std::string("\x00\x8B\xD9", 3));
+}
+
+TEST(SpinnerPage, ImageHasTwelveFramesOfAFifthOfASecondForEver) {
+  const Animation found = walked(decoded(imageText()));
+  EXPECT_EQ(found.frames, 12);
+  EXPECT_TRUE(found.everyDelayIsAFifth);
+  EXPECT_TRUE(found.everyFrameIsTransparentAtTwo);
+  EXPECT_TRUE(found.repeatsForEver);
+  EXPECT_TRUE(found.endsWithTrailer);
+}
+
+TEST(SpinnerPage, LiesBesideTheBundleNotInIt) {
+  EXPECT_EQ(spinnerPagePath("/opt/kelvo"), "/opt/kelvospinner_html.html");
+}
+
+TEST(SpinnerPage, AddressEscapesEachBlank) {
+  EXPECT_EQ(spinnerPageURL("/Program Files/My App"), "file:///Program%20Files/My%20App");
+}
+
+TEST(SpinnerPage, AddressEscapesWhatAWebViewWouldTakeForSomethingElse) {
+  EXPECT_EQ(spinnerPageURL("/a#b?c%d[e]\"f|g\\h"), "file:///a%23b%3Fc%25d%5Be%5D%22f%7Cg%5Ch");
+  EXPECT_EQ(spinnerPageURL("/ä\xFF"), "file:///%C3%A4%FF");
+}
+
+TEST(SpinnerPage, AddressKeepsTheMarksOfAPath) {
+  EXPECT_EQ(spinnerPageURL("/a-b._~!$&'()*+,;=:@"), "file:///a-b._~!$&'()*+,;=:@");
+}
+
+}  // namespace
