@@ -1,0 +1,133 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+
+#include <optional>
+
+#include "platform/FileCopy.h"
+#include "platform/PathLock.h"
+#include "platform/UniqueFd.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+using platform::PathLock;
+using platform::UniqueFd;
+
+bool isOpen(int fd) {
+  return ::fcntl(fd, F_GETFD) != -1;
+}
+
+TEST(UniqueFd, ClosesItsDescriptorOnce) {
+  int number = -1;
+  {
+    UniqueFd first(::open("/dev/null", O_RDONLY));
+    number = first.get();
+    const UniqueFd second(std::move(first));
+    EXPECT_FALSE(first);
+    EXPECT_EQ(second.get(), number);
+    EXPECT_TRUE(isOpen(number));
+  }
+  EXPECT_FALSE(isOpen(number));
+}
+
+TEST(UniqueFd, ClosesTheFormerDescriptorWhenItGetsAnother) {
+  UniqueFd fd(::open("/dev/null", O_RDONLY));
+  const int former = fd.get();
+  fd = UniqueFd(::open("/dev/zero", O_RDONLY));
+  EXPECT_FALSE(isOpen(former) && former != fd.get());
+  EXPECT_TRUE(fd);
+}
+
+bool turnIsTaken(const std::string& path) {
+  const UniqueFd fd(::open(path.c_str(), O_RDONLY));
+  return ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0;
+}
+
+TEST(PathLock, IsHeldForTheLengthOfAScope) {
+  const support::TemporaryFolder folder;
+  {
+    const PathLock turn(folder.path());
+    EXPECT_TRUE(turnIsTaken(folder.path()));
+  }
+  EXPECT_FALSE(turnIsTaken(folder.path()));
+}
+
+TEST(PathLock, IsGivenBackByAKilledHolder) {
+  const support::TemporaryFolder folder;
+  support::Child holder([&] {
+    const PathLock turn(folder.path());
+    return ::pause();
+  });
+  ASSERT_TRUE(support::comesTrue([&] { return turnIsTaken(folder.path()); }));
+  holder.kill();
+  holder.wait();
+  EXPECT_FALSE(turnIsTaken(folder.path()));
+}
+
+TEST(PathLock, DoesNotWaitForeverForSomebodyWhoKeepsTheTurn) {
+  const support::TemporaryFolder folder;
+  const PathLock keeper(folder.path());
+  const auto before = std::chrono::steady_clock::now();
+  { const PathLock turn(folder.path()); }
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+}
+
+TEST(PathLock, DoesNotMindAPathThatCannotBeOpened) {
+  const support::TemporaryFolder folder;
+  const PathLock missing(folder / "missing");
+}
+
+TEST(PathLock, DoesNotWaitForTheWriterOfAPipe) {
+  const support::TemporaryFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  const PathLock pipe(folder / "pipe");
+}
+
+TEST(FileCopy, HoldsExactlyTheBytesOfTheOriginal) {
+  const support::TemporaryFolder folder;
+  std::string bytes(1000003, '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i)
+    bytes[i] = static_cast<char>(i * 7 + i / 251);
+  support::writeFile(folder / "from", bytes);
+  EXPECT_TRUE(platform::copyFileContents(folder / "from", folder / "to"));
+  EXPECT_EQ(support::contentsOf(folder / "to"), bytes);
+}
+
+TEST(FileCopy, ReplacesWhatStoodThere) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "from", "new");
+  support::writeFile(folder / "to", "old and longer");
+  EXPECT_TRUE(platform::copyFileContents(folder / "from", folder / "to"));
+  EXPECT_EQ(support::contentsOf(folder / "to"), "new");
+}
+
+TEST(FileCopy, FailsWithoutAnOriginalAndLeavesTheOtherFileAlone) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "to", "old");
+  EXPECT_FALSE(platform::copyFileContents(folder / "missing", folder / "to"));
+  EXPECT_EQ(support::contentsOf(folder / "to"), "old");
+}
+
+TEST(FileCopy, FailsWhereNoFileCanBeMade) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "from", "text");
+  EXPECT_FALSE(platform::copyFileContents(folder / "from", folder / "missing/to"));
+}
+
+TEST(FileCopy, RemovesACopyThatItCouldNotFinish) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "from", std::string(300000, 'x'));
+  const int copied = support::inChild([&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{150000, 150000};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    return platform::copyFileContents(folder / "from", folder / "to") ? 1 : 0;
+  });
+  EXPECT_EQ(copied, 0);
+  EXPECT_FALSE(std::filesystem::exists(folder / "to"));
+}
+
+}  // namespace

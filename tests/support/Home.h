@@ -1,0 +1,64 @@
+// The home folder that tests/support/in-own-home has made for this run.
+
+#pragma once
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+namespace support {
+
+// Throws rather than let a test near the home folder of a person.
+inline std::string ownHome() {
+  const passwd* user = ::getpwuid(::geteuid());
+  if (std::getenv("NSS_WRAPPER_PASSWD") == nullptr || user == nullptr) {
+    throw std::runtime_error("run this test through tests/support/in-own-home");
+  }
+  return user->pw_dir;
+}
+
+inline std::string ownLogFolder() {
+  return ownHome() + "/Library/Logs";
+}
+
+// Empties the home folder, so that a test begins as the first one did.
+inline std::string freshHome() {
+  const std::string home = ownHome();
+  for (const auto& entry : std::filesystem::directory_iterator(home))
+    std::filesystem::remove_all(entry.path());
+  return home;
+}
+
+// Replaces the password database of this run until the end of the scope.
+class PasswordDatabase {
+ public:
+  explicit PasswordDatabase(const std::string& entries) : path_(std::getenv("NSS_WRAPPER_PASSWD")) {
+    std::ifstream file(path_);
+    former_.assign(std::istreambuf_iterator<char>(file), {});
+    replace(entries);
+  }
+  PasswordDatabase(const PasswordDatabase&) = delete;
+  PasswordDatabase& operator=(const PasswordDatabase&) = delete;
+  ~PasswordDatabase() { replace(former_); }
+
+ private:
+  // The wrapper notices a change by the second in which the file was modified.
+  void replace(const std::string& entries) {
+    const auto former = std::filesystem::last_write_time(path_);
+    std::ofstream(path_) << entries;
+    std::filesystem::last_write_time(path_, former + std::chrono::seconds(2));
+  }
+
+  std::string path_;
+  std::string former_;
+};
+
+}  // namespace support

@@ -1,0 +1,46 @@
+// A look at semaphore sets from outside, as another program would have.
+
+#pragma once
+
+#include <sys/ipc.h>
+#include <sys/sem.h>
+
+#include <string>
+#include <utility>
+
+namespace support {
+
+inline int setOf(const std::string& path, int projectNumber) {
+  return ::semget(::ftok(path.c_str(), projectNumber), 0, 0);
+}
+
+inline bool setExists(int id) {
+  return ::semctl(id, 0, GETVAL) != -1;
+}
+
+inline int valueOf(int id, int member) {
+  return ::semctl(id, member, GETVAL);
+}
+
+// How many processes sleep until the member grows.
+inline int sleepersOn(int id, int member) {
+  return ::semctl(id, member, GETNCNT);
+}
+
+// Removes, at the end of the scope, the set that its users leave behind by rule or because they were killed.
+class SetRemover {
+ public:
+  SetRemover(std::string path, int projectNumber) : path_(std::move(path)), number_(projectNumber) {}
+  SetRemover(const SetRemover&) = delete;
+  SetRemover& operator=(const SetRemover&) = delete;
+  ~SetRemover() {
+    const int id = setOf(path_, number_);
+    if (id != -1) ::semctl(id, 0, IPC_RMID);
+  }
+
+ private:
+  std::string path_;
+  int number_;
+};
+
+}  // namespace support
