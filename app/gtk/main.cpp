@@ -25,6 +25,10 @@ int main(int argc, char** argv) {
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
+  // The graphics drivers of the page process would keep compiled shaders in the user's cache folder.
+  g_setenv("MESA_SHADER_CACHE_DISABLE", "true", TRUE);
+  g_setenv("__GL_SHADER_DISK_CACHE", "0", TRUE);
+
   // GTK would take options of its own from the command line, so it gets none.
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
