@@ -13,11 +13,17 @@
 namespace examples {
 namespace {
 
-int ignoreError(Display*, XErrorEvent*) { return 0; }
+int ignoreError(Display*, XErrorEvent*) {
+  return 0;
+}
 
-Window rootOf(Display* display) { return DefaultRootWindow(display); }
+Window rootOf(Display* display) {
+  return DefaultRootWindow(display);
+}
 
-std::uint8_t channel(unsigned long pixel, unsigned shift) { return static_cast<std::uint8_t>(pixel >> shift & 0xff); }
+std::uint8_t channel(unsigned long pixel, unsigned shift) {
+  return static_cast<std::uint8_t>(pixel >> shift & 0xff);
+}
 
 }  // namespace
 
@@ -130,8 +136,8 @@ SizeLimits Screen::sizeLimitsOf(Window window) const {
   if (!XGetWMNormalHints(display_.get(), window, &hints, &supplied)) return {};
   SizeLimits limits;
   if ((hints.flags & PMinSize) != 0) limits = {hints.min_width, hints.min_height, false};
-  limits.fixed = (hints.flags & PMinSize) != 0 && (hints.flags & PMaxSize) != 0 &&
-                 hints.max_width == hints.min_width && hints.max_height == hints.min_height;
+  limits.fixed = (hints.flags & PMinSize) != 0 && (hints.flags & PMaxSize) != 0 && hints.max_width == hints.min_width &&
+                 hints.max_height == hints.min_height;
   return limits;
 }
 
@@ -181,10 +187,12 @@ void Screen::key(KeySym key, bool down) {
 }
 
 void Screen::press(KeySym pressed, std::initializer_list<KeySym> held) {
-  for (KeySym each : held) key(each, true);
+  for (KeySym each : held)
+    key(each, true);
   key(pressed, true);
   key(pressed, false);
-  for (KeySym each : held) key(each, false);
+  for (KeySym each : held)
+    key(each, false);
 }
 
 void Screen::type(const std::string& text) {

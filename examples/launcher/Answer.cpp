@@ -37,7 +37,9 @@ std::string unescaped(const std::string& text) {
 
 }  // namespace
 
-bool isComplete(const std::string& message) { return endsWith(message, "</result>") || endsWith(message, "</errorNo>"); }
+bool isComplete(const std::string& message) {
+  return endsWith(message, "</result>") || endsWith(message, "</errorNo>");
+}
 
 Answer read(const std::string& message) {
   std::string inside;

@@ -11,9 +11,12 @@
 namespace launcher {
 namespace {
 
-[[noreturn]] void fail(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
+[[noreturn]] void fail(const std::string& what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
 
-// mkdtemp makes the folder with mode 0700: nobody else reaches what lies in it, whatever mode the window gives the pipe.
+// mkdtemp makes the folder with mode 0700: nobody else reaches what lies in it, whatever mode the window gives the
+// pipe.
 std::string makePrivateFolder() {
   const char* parent = std::getenv("TMPDIR");
   std::string folder = std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") + "/sign-in.XXXXXX";

@@ -13,26 +13,34 @@ extern char** environ;
 namespace launcher {
 namespace {
 
-void wakeUp(int) {}
+constexpr int kSignals[] = {SIGCHLD, SIGINT, SIGTERM};
 
-// SIGCHLD stays blocked but inside pselect(): the window's end can then not slip in between a look at the process and
-// the wait that follows. Returns the signal mask as it was.
-sigset_t watchForChildren() {
-  struct sigaction action = {};
-  action.sa_handler = wakeUp;
-  sigaction(SIGCHLD, &action, nullptr);
+volatile sig_atomic_t toldToStop = 0;
 
-  sigset_t childSignal;
-  sigemptyset(&childSignal);
-  sigaddset(&childSignal, SIGCHLD);
+void onSignal(int number) {
+  if (number != SIGCHLD) toldToStop = 1;
+}
+
+// The signals stay blocked but inside pselect(): none can slip in between a look at the window and the wait that
+// follows. Returns the signal mask as it was.
+sigset_t watchForSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int number : kSignals) {
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    sigaction(number, &action, nullptr);
+    sigaddset(&signals, number);
+  }
   sigset_t before;
-  sigprocmask(SIG_BLOCK, &childSignal, &before);
+  sigprocmask(SIG_BLOCK, &signals, &before);
   return before;
 }
 
 pid_t start(const std::vector<std::string>& command, const sigset_t& mask) {
   std::vector<char*> arguments;
-  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  for (const std::string& argument : command)
+    arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
 
   posix_spawnattr_t attributes;
@@ -48,7 +56,7 @@ pid_t start(const std::vector<std::string>& command, const sigset_t& mask) {
 
 }  // namespace
 
-WindowProcess::WindowProcess(const std::vector<std::string>& command) : pid_(start(command, watchForChildren())) {}
+WindowProcess::WindowProcess(const std::vector<std::string>& command) : pid_(start(command, watchForSignals())) {}
 
 WindowProcess::~WindowProcess() {
   while (pid_ > 0 && waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
@@ -58,8 +66,10 @@ WindowProcess::~WindowProcess() {
 bool WindowProcess::waitForDataOrEnd(int fd) {
   sigset_t open;
   sigprocmask(SIG_SETMASK, nullptr, &open);
-  sigdelset(&open, SIGCHLD);
+  for (const int number : kSignals)
+    sigdelset(&open, number);
   while (!hasEnded()) {
+    if (toldToStop) kill(pid_, SIGTERM);
     fd_set readable;
     FD_ZERO(&readable);
     FD_SET(fd, &readable);

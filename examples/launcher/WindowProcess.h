@@ -9,7 +9,8 @@
 
 namespace launcher {
 
-// One at a time: it watches for SIGCHLD, of which a process has only one.
+// One at a time: it handles SIGCHLD, and SIGINT and SIGTERM too, which close the window. The window then answers as if
+// the user had closed it.
 class WindowProcess {
  public:
   // Starts the program command[0]. Throws std::system_error when it cannot be started.

@@ -24,7 +24,8 @@ int launch(const std::vector<std::string>& arguments) {
                                   "--type3WindowTitle=Example Product for Enterprises", "--pipeName=" + pipe.path()});
 
   std::string message;
-  while (!launcher::isComplete(message) && window.waitForDataOrEnd(pipe.fd())) message += pipe.readWhatIsThere();
+  while (!launcher::isComplete(message) && window.waitForDataOrEnd(pipe.fd()))
+    message += pipe.readWhatIsThere();
   // The window may have written its message and ended between two looks at the pipe.
   message += pipe.readWhatIsThere();
 

@@ -41,16 +41,21 @@ std::string targetOf(SoupServerMessage* message) {
 void send(SoupServerMessage* message, const Answer& answer) {
   soup_server_message_set_status(message, answer.status, nullptr);
   SoupMessageHeaders* headers = soup_server_message_get_response_headers(message);
-  for (const auto& [name, value] : answer.headers) soup_message_headers_replace(headers, name.c_str(), value.c_str());
+  for (const auto& [name, value] : answer.headers)
+    soup_message_headers_replace(headers, name.c_str(), value.c_str());
   SoupMessageBody* body = soup_server_message_get_response_body(message);
   soup_message_body_append(body, SOUP_MEMORY_COPY, answer.body.data(), answer.body.size());
 }
 
 }  // namespace
 
-Answer page(std::string html) { return {200, std::move(html), {{"Content-Type", "text/html; charset=utf-8"}}}; }
+Answer page(std::string html) {
+  return {200, std::move(html), {{"Content-Type", "text/html; charset=utf-8"}}};
+}
 
-Answer redirectTo(const std::string& address) { return {302, "", {{"Location", address}}}; }
+Answer redirectTo(const std::string& address) {
+  return {302, "", {{"Location", address}}};
+}
 
 LoopbackServer::LoopbackServer(GTlsCertificate* certificate)
     : server_(soup_server_new("tls-certificate", certificate, nullptr)) {
@@ -68,7 +73,9 @@ LoopbackServer::LoopbackServer(GTlsCertificate* certificate)
   soup_server_add_handler(server_.get(), nullptr, &LoopbackServer::onRequest, this, nullptr);
 }
 
-LoopbackServer::~LoopbackServer() { soup_server_disconnect(server_.get()); }
+LoopbackServer::~LoopbackServer() {
+  soup_server_disconnect(server_.get());
+}
 
 void LoopbackServer::serve(const std::string& path, const Answer& answer) {
   serve(path, [answer](const Request&) { return answer; });
@@ -83,7 +90,8 @@ void LoopbackServer::release(const std::string& path) {
 
 std::vector<std::string> LoopbackServer::asked() const {
   std::vector<std::string> result;
-  for (const Request& request : requests_) result.push_back(request.method + " " + request.target);
+  for (const Request& request : requests_)
+    result.push_back(request.method + " " + request.target);
   return result;
 }
 

@@ -19,9 +19,9 @@ label { display: block; margin-bottom: 16px; font-size: 13px; color: #455061; }
 input { display: block; width: 100%; margin-top: 5px; padding: 9px 12px; font: inherit; color: inherit;
         border: 1px solid #c6cdd8; border-radius: 8px; outline: none; }
 input:focus { border-color: #45506a; }
-button { width: 100%; margin-top: 6px; padding: 11px; font: inherit; font-weight: bold; color: #fff;
-         border: 0; border-radius: 8px; }
-a { display: block; margin-top: 18px; text-align: center; font-size: 13px; color: #455061; }
+button, a { display: block; width: 100%; margin-top: 6px; padding: 11px; font: inherit; font-weight: bold;
+            text-align: center; text-decoration: none; color: #fff; border: 0; border-radius: 8px; }
+a { margin-top: 12px; font-weight: normal; color: #3b2a68; }
 .wide { display: flex; width: 680px; padding: 0; overflow: hidden; }
 .wide aside { width: 260px; padding: 40px 32px; color: #fff; background: #32245a; }
 .wide aside p { color: #d5cbee; }
@@ -45,10 +45,18 @@ std::string document(const std::string& title, const std::string& body) {
          "</style></head><body>" + body + "</body></html>";
 }
 
+std::string background(unsigned colour) {
+  char style[40];
+  std::snprintf(style, sizeof style, " style=\"background: #%06x\"", colour);
+  return style;
+}
+
 std::string button(const char* text, unsigned colour) {
-  char style[32];
-  std::snprintf(style, sizeof style, "background: #%06x", colour);
-  return "<button style=\"" + std::string(style) + "\">" + text + "</button>";
+  return "<button" + background(colour) + ">" + text + "</button>";
+}
+
+std::string link(const char* text, unsigned colour, const std::string& address) {
+  return "<a" + background(colour) + " href=\"" + escaped(address) + "\">" + text + "</a>";
 }
 
 }  // namespace
@@ -56,8 +64,9 @@ std::string button(const char* text, unsigned colour) {
 std::string signInPage(const std::string& state, const std::string& enterpriseAddress) {
   return document("Sign in", "<main><h1>Welcome back</h1><p>Sign in to go on.</p><form method=\"post\">" +
                                  std::string(kFields) + "<input type=\"hidden\" name=\"state\" value=\"" +
-                                 escaped(state) + "\">" + button("Sign in", kSignInColour) + "</form><a href=\"" +
-                                 escaped(enterpriseAddress) + "\">Sign in with your organisation</a></main>");
+                                 escaped(state) + "\">" + button("Sign in", kSignInColour) + "</form>" +
+                                 link("Sign in with your organisation", kOrganisationColour, enterpriseAddress) +
+                                 "</main>");
 }
 
 std::string enterprisePage() {

@@ -16,7 +16,8 @@ int main() try {
   const examples::SignInSite site;
   std::cout << "sign-in " << site.signInAddress() << "\nredirect " << site.redirectAddress() << "\nenterprise "
             << site.enterpriseAddress() << std::endl;
-  while (true) g_main_context_iteration(nullptr, TRUE);
+  while (true)
+    g_main_context_iteration(nullptr, TRUE);
 } catch (const std::exception& problem) {
   std::cerr << "signin-site: " << problem.what() << '\n';
   return 1;

@@ -9,7 +9,9 @@ namespace examples {
 namespace {
 
 // A test or a demo that is killed must not leave its children behind.
-void endWithTheParent(gpointer) { (void)prctl(PR_SET_PDEATHSIG, SIGTERM); }
+void endWithTheParent(gpointer) {
+  (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
+}
 
 Owned<GSubprocessLauncher> makeLauncher(const ChildProcess::Setup& setup) {
   Owned<GSubprocessLauncher> launcher(g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
@@ -24,7 +26,8 @@ Owned<GSubprocessLauncher> makeLauncher(const ChildProcess::Setup& setup) {
 
 Owned<GSubprocess> start(const ChildProcess::Setup& setup) {
   std::vector<const char*> arguments;
-  for (const std::string& argument : setup.command) arguments.push_back(argument.c_str());
+  for (const std::string& argument : setup.command)
+    arguments.push_back(argument.c_str());
   arguments.push_back(nullptr);
 
   g_autoptr(GError) error = nullptr;
@@ -48,9 +51,13 @@ ChildProcess::~ChildProcess() {
   (void)g_subprocess_wait(process_.get(), nullptr, nullptr);
 }
 
-bool ChildProcess::ended() const { return g_subprocess_get_identifier(process_.get()) == nullptr; }
+bool ChildProcess::ended() const {
+  return g_subprocess_get_identifier(process_.get()) == nullptr;
+}
 
-void ChildProcess::signal(int number) { g_subprocess_send_signal(process_.get(), number); }
+void ChildProcess::signal(int number) {
+  g_subprocess_send_signal(process_.get(), number);
+}
 
 std::optional<int> ChildProcess::exitStatus() const {
   if (!ended() || !g_subprocess_get_if_exited(process_.get())) return std::nullopt;

@@ -1,0 +1,42 @@
+// Shows the main job from end to end: the example site, the launcher, the sign-in window, an answer.
+//
+//   demo BUILD_FOLDER [sign-in|enterprise|fail|close]
+//
+// On a display a person does the rest. Without one an automated hand acts like a person, and its pictures lie in
+// BUILD_FOLDER/demo. Exits with 0 when the launcher got the answer that belongs to the word.
+
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "examples/demo/Stage.h"
+
+namespace {
+
+int play(const std::string& build, const std::string& word) {
+  examples::Stage stage(build);
+  const std::vector<examples::Scene> scenes = examples::scenesFor(word, stage.byHand());
+  if (scenes.empty()) {
+    std::cerr << "demo: there is no \"" << word << "\"; try sign-in, enterprise, fail or close\n";
+    return 64;
+  }
+  for (const examples::Scene& scene : scenes) {
+    if (stage.play(scene)) continue;
+    std::cerr << "demo: the launcher got another answer than it should\n";
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  if (argc < 2 || argc > 3) {
+    std::cerr << "usage: demo BUILD_FOLDER [sign-in|enterprise|fail|close]\n";
+    return 64;
+  }
+  return play(argv[1], argc == 3 ? argv[2] : "");
+} catch (const std::exception& problem) {
+  std::cerr << "demo: " << problem.what() << '\n';
+  return 1;
+}
