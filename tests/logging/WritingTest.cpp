@@ -1,0 +1,238 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <thread>
+
+#include "tests/logging/FileTargetFixture.h"
+#include "tests/support/Child.h"
+
+namespace {
+
+using WritingTest = RegisteredTargetTest;
+
+// How many times this thread has called the system to write; -1 when the system does not count.
+long writeCalls() {
+  std::ifstream counts("/proc/thread-self/io");
+  std::string name;
+  for (long value = 0; counts >> name >> value;) {
+    if (name == "syscw:") return value;
+  }
+  return -1;
+}
+
+TEST_F(FileTargetTest, AnUnregisteredTargetNeverWrites) {
+  log(tarn::FATAL, "text");
+  EXPECT_EQ(support::contentsOf(file), "");
+}
+
+TEST_F(FileTargetTest, ATargetWithoutAPathGoesToTheLogFolder) {
+  tarn::LogTargetDefault other("other");
+  ASSERT_TRUE(other.onRegisterTarget());
+  EXPECT_TRUE(std::filesystem::exists(support::ownLogFolder() + "/TARN.log"));
+  other.onUnregisterTarget();
+}
+
+TEST_F(FileTargetTest, ATargetWithoutAPathNeedsALogFolder) {
+  const support::PasswordDatabase nobody("");
+  tarn::LogTargetDefault other("other");
+  EXPECT_FALSE(other.SetStreamPath("a.log"));
+  EXPECT_FALSE(other.onRegisterTarget());
+}
+
+TEST_F(FileTargetTest, ANewLogFileMayBeWrittenByEverybody) {
+  std::filesystem::remove(file);
+  const mode_t former = ::umask(077);
+  ASSERT_TRUE(target.onRegisterTarget());
+  ::umask(former);
+  EXPECT_EQ(support::modeOf(file), 0666u);
+  target.onUnregisterTarget();
+}
+
+TEST_F(FileTargetTest, AnExistingLogFileKeepsItsMode) {
+  ::chmod(file.c_str(), 0640);
+  ASSERT_TRUE(target.onRegisterTarget());
+  EXPECT_EQ(support::modeOf(file), 0640u);
+  target.onUnregisterTarget();
+}
+
+TEST_F(FileTargetTest, ATargetWhoseLockCouldNotBeMadeWritesNothing) {
+  const int foreign = ::semget(::ftok(file.c_str(), 11), 1, IPC_CREAT | 0600);  // too small to be a lock
+  ASSERT_TRUE(target.onRegisterTarget());
+  ::semctl(foreign, 0, IPC_RMID);
+  log(tarn::FATAL, "text");
+  EXPECT_EQ(support::contentsOf(file), "");
+  target.onUnregisterTarget();
+}
+
+TEST_F(FileTargetTest, NothingIsWrittenAfterUnregistration) {
+  target.onRegisterTarget();
+  log(tarn::FATAL, "one");
+  EXPECT_TRUE(target.onUnregisterTarget());
+  log(tarn::FATAL, "two");
+  EXPECT_EQ(support::linesOf(file).size(), 1u);
+  EXPECT_EQ(support::setOf(file, 11), -1);
+}
+
+TEST_F(FileTargetTest, RegisteringAgainKeepsTheOneLock) {
+  target.onRegisterTarget();
+  target.onRegisterTarget();
+  EXPECT_EQ(support::valueOf(support::setOf(file, 11), 0), 1);
+  log(tarn::INFO, "text");
+  EXPECT_EQ(lastMessage(), "text");
+  target.onUnregisterTarget();
+}
+
+TEST_F(FileTargetTest, ATargetThatIsDestroyedDetachesFromItsLock) {
+  {
+    tarn::LogTargetDefault other("other");
+    other.setLogFile("Kelvo.log", folder.path().c_str());
+    other.onRegisterTarget();
+    EXPECT_NE(support::setOf(file, 11), -1);
+  }
+  EXPECT_EQ(support::setOf(file, 11), -1);
+}
+
+TEST_F(WritingTest, ALineIsInTheFileWhenTheCallReturns) {
+  log(tarn::INFO, "text");
+  EXPECT_EQ(lastMessage(), "text");
+  EXPECT_EQ(support::contentsOf(file).back(), '\n');
+}
+
+TEST_F(WritingTest, LinesAreAppendedToWhatIsThere) {
+  support::writeFile(file, "former\n");
+  log(tarn::INFO, "text");
+  EXPECT_EQ(support::linesOf(file).front(), "former");
+  EXPECT_EQ(lastMessage(), "text");
+}
+
+TEST_F(WritingTest, AMessageBelowTheLevelIsNotWritten) {
+  target.setLogLevel(tarn::WARN);
+  log(tarn::INFO, "below");
+  log(tarn::WARN, "equal");
+  log(static_cast<tarn::Log_Level>(41), "above");
+  EXPECT_EQ(support::linesOf(file).size(), 2u);
+}
+
+TEST_F(WritingTest, AtLevelNoneOnlyMessagesOfThatLevelAreWritten) {
+  target.setLogLevel(tarn::NONE);
+  log(tarn::FATAL, "below");
+  EXPECT_EQ(support::contentsOf(file), "");
+  log(tarn::NONE, "equal");
+  EXPECT_NE(lastLine().find("[NONE]"), std::string::npos);
+}
+
+TEST_F(WritingTest, TheLevelIsTestedBeforeATokenMakesItAWarning) {
+  target.setLogLevel(tarn::INFO);
+  log(tarn::DEBUG, "a eyJhbGc.eyJzdWI b");
+  EXPECT_EQ(support::contentsOf(file), "");
+  target.setLogLevel(tarn::DEBUG);
+  log(tarn::DEBUG, "a eyJhbGc.eyJzdWI b");
+  EXPECT_NE(lastLine().find("[WARN]"), std::string::npos);
+  EXPECT_EQ(lastMessage(), "Found access/device token. Log skipped.");
+}
+
+TEST_F(WritingTest, AFormattedMessageIsCutTo4094Characters) {
+  const std::string text(5000, 'x');
+  logFormatted("%s", text.c_str());
+  EXPECT_EQ(lastMessage(), std::string(4094, 'x'));
+}
+
+TEST_F(WritingTest, AFinishedMessageIsWrittenWholeAndUnformatted) {
+  const std::string text = "100%s%n" + std::string(20000, 'x');
+  log(tarn::INFO, text.c_str());
+  EXPECT_EQ(lastMessage(), text);
+}
+
+TEST_F(WritingTest, ANullMessageIsEmpty) {
+  log(tarn::INFO, nullptr);
+  EXPECT_EQ(lastMessage(), "");
+  logFormatted(nullptr);
+  EXPECT_EQ(lastMessage(), "");
+  EXPECT_EQ(support::linesOf(file).size(), 2u);
+}
+
+TEST_F(WritingTest, ALineIsOneWrite) {
+  const std::string longText(20000, 'x');
+  if (writeCalls() < 0) GTEST_SKIP() << "this system does not count write calls";
+  for (const char* text : {"", "short", longText.c_str()}) {
+    const long before = writeCalls();
+    log(tarn::INFO, text);
+    EXPECT_EQ(writeCalls() - before, 1) << std::string(text).size();
+  }
+}
+
+TEST_F(WritingTest, ALineThatAKilledWriterLeftUnfinishedIsEnded) {
+  log(tarn::INFO, "one");
+  std::ofstream(file, std::ios::app) << "torn";
+  log(tarn::INFO, "two");
+  log(tarn::INFO, "three");
+  const std::vector<std::string> lines = support::linesOf(file);
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[1], "torn");
+  EXPECT_EQ(lastMessage(), "three");
+}
+
+TEST_F(WritingTest, WritingGoesOnInAFileThatSomebodyEmptied) {
+  log(tarn::INFO, "one");
+  std::filesystem::resize_file(file, 0);
+  log(tarn::INFO, "two");
+  EXPECT_EQ(support::linesOf(file).size(), 1u);
+  EXPECT_EQ(lastMessage(), "two");
+}
+
+TEST_F(WritingTest, LinesAreDroppedWhileThereIsNoRoomAndNoLonger) {
+  log(tarn::INFO, "one");
+  const rlim_t size = std::filesystem::file_size(file);
+  support::Child writer([&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit full{size + 10, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &full);
+    log(tarn::INFO, "two");
+    log(tarn::INFO, "three");
+    const rlimit roomy{RLIM_INFINITY, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &roomy);
+    log(tarn::INFO, "four");
+    log(tarn::INFO, "five");
+    return 0;
+  });
+  EXPECT_EQ(writer.wait(), 0);
+  const std::vector<std::string> lines = support::linesOf(file);
+  ASSERT_EQ(lines.size(), 4u) << support::contentsOf(file);
+  EXPECT_EQ(lines[1].size(), 10u);
+  EXPECT_NE(lines[2].find(" | four"), std::string::npos);
+  EXPECT_EQ(lastMessage(), "five");
+}
+
+TEST_F(WritingTest, ThreadsOfOneProcessDoNotMixTheirLines) {
+  const auto write = [&](char letter) {
+    for (int i = 0; i < 2000; ++i)
+      log(tarn::INFO, std::string(100, letter).c_str());
+  };
+  std::thread one(write, 'a');
+  std::thread other(write, 'b');
+  one.join();
+  other.join();
+  int whole = 0;
+  for (const std::string& line : support::linesOf(file)) {
+    const std::string message = line.substr(line.rfind(" | ") + 3);
+    if (message == std::string(100, 'a') || message == std::string(100, 'b')) ++whole;
+  }
+  EXPECT_EQ(whole, 4000);
+}
+
+TEST_F(WritingTest, ASleepingWriterWritesItsLineWhenTheLockIsFreed) {
+  const int set = support::setOf(file, 11);
+  tarn::BinaryLock holder;
+  ASSERT_TRUE(holder.create(file, 11));
+  ASSERT_TRUE(holder.wait());
+  std::thread writer([&] { log(tarn::INFO, "text"); });
+  EXPECT_TRUE(support::comesTrue([&] { return support::sleepersOn(set, 1) == 1; }));
+  EXPECT_EQ(support::contentsOf(file), "");
+  holder.release();
+  writer.join();
+  EXPECT_EQ(lastMessage(), "text");
+  holder.finalize();
+}
+
+}  // namespace
