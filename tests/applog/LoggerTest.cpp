@@ -1,0 +1,290 @@
+#include "applog/Logger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <ctime>
+#include <thread>
+
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/Home.h"
+#include "tests/support/Semaphores.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr int flagNumber = 2147483547;
+
+Log_Level level(int verbosity) {
+  return static_cast<Log_Level>(verbosity);
+}
+
+class LoggerTest : public testing::Test {
+ protected:
+  // The lines that a process writes which has this body; every logger lives in a process of its own.
+  std::vector<std::string> linesAfter(const std::function<void(Logger&)>& body) {
+    const int status = support::inChild([&] {
+      body(*Logger::getInstance());
+      return HasFailure() ? 1 : 0;
+    });
+    EXPECT_EQ(status, 0);
+    return support::linesOf(file);
+  }
+
+  // The same without the two lines of the announcement.
+  std::vector<std::string> linesAt(int verbosity, const std::function<void(Logger&)>& body) {
+    std::vector<std::string> lines = linesAfter([&](Logger& logger) {
+      logger.setLogLevel(level(verbosity), "SVO", nullptr);
+      body(logger);
+    });
+    lines.erase(lines.begin(), lines.begin() + std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(lines.size())));
+    return lines;
+  }
+
+  static void logEachLevel(Logger& logger) {
+    logger.logTrace("SVO", "message %d", 6);
+    logger.logDebug("SVO", "message %d", 5);
+    logger.logInfo("SVO", "message %d", 4);
+    logger.logWarn("SVO", "message %d", 3);
+    logger.logError("SVO", "message %d", 2);
+    logger.logFatal("SVO", "message %d", 1);
+  }
+
+  const std::string home = support::freshHome();
+  const std::string file = home + "/Library/Logs/Kelvo.log";
+};
+
+// The fields between the time and the thread id, and the message.
+std::string withoutTimeAndThread(const std::string& line) {
+  const std::size_t afterTime = line.find(" | ") + 3;
+  const std::size_t message = line.rfind(" | ");
+  const std::size_t thread = line.rfind(" | ", message - 1);
+  return line.substr(afterTime, thread - afterTime) + line.substr(message);
+}
+
+TEST_F(LoggerTest, MakesTheLogFolderForItsUserAlone) {
+  linesAfter([](Logger&) {});
+  EXPECT_EQ(support::modeOf(home + "/Library"), 0700u);
+  EXPECT_EQ(support::modeOf(home + "/Library/Logs"), 0700u);
+}
+
+TEST_F(LoggerTest, WritesNothingBeforeTheLevelIsSet) {
+  EXPECT_THAT(linesAfter(logEachLevel), IsEmpty());
+}
+
+TEST_F(LoggerTest, AnnouncesTheBuildAndTheLevel) {
+  const auto lines = linesAfter([](Logger& logger) { logger.setLogLevel(level(4), "SVO", nullptr); });
+  ASSERT_THAT(lines, SizeIs(2));
+  EXPECT_EQ(withoutTimeAndThread(lines[0]), "[INFO] |  | QSU | SVO | SVO |  |  | Build Version - 9.0.0.121");
+  EXPECT_EQ(withoutTimeAndThread(lines[1]), "[INFO] |  | QSU | SVO | SVO |  |  | Logging Level verbosity Set  to 4");
+}
+
+TEST_F(LoggerTest, EachVerbosityWritesItsLevelAndTheGraverOnes) {
+  for (int verbosity = 1; verbosity <= 6; ++verbosity) {
+    support::freshHome();
+    std::vector<std::string> messages;
+    for (const std::string& line : linesAfter([&](Logger& logger) {
+           logger.setLogLevel(level(verbosity), nullptr, nullptr);
+           logEachLevel(logger);
+         })) {
+      messages.push_back(line.substr(line.rfind(' ') + 1));
+    }
+    std::vector<std::string> expected;
+    for (int grave = verbosity; grave >= 1; --grave)
+      expected.push_back(std::to_string(grave));
+    EXPECT_EQ(messages, expected) << verbosity;
+  }
+}
+
+TEST_F(LoggerTest, EachLevelFunctionPrintsItsLevel) {
+  std::string levels;
+  for (const std::string& line : linesAt(6, logEachLevel)) {
+    levels += line.substr(line.find('['), line.find(']') + 1 - line.find('['));
+  }
+  EXPECT_EQ(levels, "[TRACE][DEBUG][INFO][WARN][ERROR][FATAL]");
+}
+
+TEST_F(LoggerTest, ALineCarriesTheTextsInTheirOrder) {
+  const auto lines = linesAt(4, [](Logger& logger) { logger.logInfo("Native-Utils", "text"); });
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_EQ(withoutTimeAndThread(lines[0]), "[INFO] |  | QSU | SVO | Native-Utils |  |  | text");
+}
+
+TEST_F(LoggerTest, TheContextIsTheFirstText) {
+  const auto lines = linesAfter([](Logger& logger) {
+    logger.setLogLevel(level(4), "SVO", "context");
+    logger.setLogLevel(level(4), nullptr, nullptr);
+    logger.logInfo("SVO", "text");
+  });
+  EXPECT_EQ(withoutTimeAndThread(lines.back()), "[INFO] | context | QSU | SVO | SVO |  |  | text");
+}
+
+TEST_F(LoggerTest, WithoutAComponentNothingIsAnnouncedOrStored) {
+  const auto lines = linesAfter([](Logger& logger) {
+    logger.setLogLevel(level(4), nullptr, nullptr);
+    logger.logInfo("SVO", "text");
+  });
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_EQ(withoutTimeAndThread(lines[0]), "[INFO] |  | QSU |  | SVO |  |  | text");
+}
+
+TEST_F(LoggerTest, AFormerLevelStaysEnabledHereAndIsFilteredByTheTarget) {
+  const auto lines = linesAfter([](Logger& logger) {
+    logger.setLogLevel(level(6), nullptr, nullptr);
+    logger.setLogLevel(level(1), nullptr, nullptr);
+    EXPECT_EQ(logger.getCurrentLogLevel(), tarn::FATAL);
+    logEachLevel(logger);
+  });
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], HasSubstr("[FATAL]"));
+}
+
+TEST_F(LoggerTest, AnUnknownVerbosityKeepsTheLevelAndIsAnnounced) {
+  const auto lines = linesAfter([](Logger& logger) {
+    logger.setLogLevel(level(3), nullptr, nullptr);
+    logger.setLogLevel(level(9), nullptr, nullptr);
+    EXPECT_EQ(logger.getCurrentLogLevel(), tarn::WARN);
+  });
+  const auto announced = linesAfter([](Logger& logger) { logger.setLogLevel(level(9), "SVO", nullptr); });
+  EXPECT_THAT(lines, IsEmpty());
+  EXPECT_THAT(announced.back(), EndsWith("Logging Level verbosity Set  to 9"));
+}
+
+TEST_F(LoggerTest, AFlagFileRaisesTheVerbosity) {
+  std::filesystem::create_directories(home + "/Library/Logs");
+  support::writeFile(home + "/Library/Logs/Kelvo.trace", "");
+  EXPECT_THAT(linesAt(4, logEachLevel), SizeIs(6));
+}
+
+TEST_F(LoggerTest, AMessageIsCutTo1022Characters) {
+  const std::string text(2000, 'x');
+  const auto lines = linesAt(4, [&](Logger& logger) { logger.logInfo("SVO", "%s", text.c_str()); });
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_THAT(lines[0], EndsWith(" | " + std::string(1022, 'x')));
+}
+
+TEST_F(LoggerTest, AMessageWithATokenIsReplaced) {
+  const auto lines = linesAt(4, [](Logger& logger) { logger.logError("SVO", "token %s.%s", "eyJhbGc", "eyJzdWI"); });
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_EQ(withoutTimeAndThread(lines[0]),
+            "[WARN] |  | QSU | SVO | SVO |  |  | Found access/device token. Log skipped.");
+}
+
+TEST_F(LoggerTest, FormattedTextIsNotFormattedAgain) {
+  const auto lines = linesAt(4, [](Logger& logger) { logger.logInfo("SVO", "%s", "100%s%d%n"); });
+  EXPECT_THAT(lines.back(), EndsWith(" | 100%s%d%n"));
+}
+
+TEST_F(LoggerTest, AFinishedTextOfAnyLengthGoesOutWhole) {
+  const std::string text(20000, 'x');
+  const auto lines = linesAt(4, [&](Logger& logger) {
+    logger.sendMessageToTARNLogger(tarn::INFO, "1", "2", "3", "4", "5", "6", text.c_str());
+  });
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_EQ(withoutTimeAndThread(lines[0]), "[INFO] | 1 | 2 | 3 | 4 | 5 | 6 | " + text);
+}
+
+TEST_F(LoggerTest, LeavesNoSemaphoreSetBehind) {
+  linesAt(4, logEachLevel);
+  EXPECT_EQ(support::setOf(home, flagNumber), -1);
+  EXPECT_EQ(support::setOf(file, 11), -1);
+}
+
+TEST_F(LoggerTest, WritesUnderTheMutexOfTheUser) {
+  OVNLoggingFileOperationFlag flag;
+  flag.semid = -1;
+  flag.held = false;
+  ASSERT_TRUE(flag.createFlag());
+  ASSERT_TRUE(flag.startFileOperation());
+  support::Child writer(
+      [] {
+        Logger::getInstance()->setLogLevel(level(4), "SVO", nullptr);
+        return 0;
+      },
+      support::Child::Ending::orderly);
+  EXPECT_TRUE(support::comesTrue([&] { return support::sleepersOn(flag.semid, 1) == 1; }));
+  EXPECT_THAT(support::linesOf(file), IsEmpty());
+  flag.endFileOperation();
+  EXPECT_EQ(writer.wait(), 0);
+  EXPECT_THAT(support::linesOf(file), SizeIs(2));
+  flag.finalizeFlag();
+}
+
+TEST_F(LoggerTest, WithoutAHomeEverythingIsDroppedAndTheProgramRunsOn) {
+  const support::PasswordDatabase nobody("");
+  EXPECT_THAT(linesAt(4, logEachLevel), IsEmpty());
+  EXPECT_FALSE(std::filesystem::exists("Kelvo.log"));
+}
+
+TEST_F(LoggerTest, WithoutALogFolderEverythingIsDroppedAndTheProgramRunsOn) {
+  support::writeFile(home + "/Library", "a file");
+  EXPECT_THAT(linesAt(4, logEachLevel), IsEmpty());
+  EXPECT_FALSE(std::filesystem::exists("Kelvo.log"));
+}
+
+TEST_F(LoggerTest, APipeInTheFilesPlaceDoesNotStopTheProgram) {
+  std::filesystem::create_directories(home + "/Library/Logs");
+  ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+  EXPECT_EQ(support::inChild([] {
+              Logger::getInstance()->setLogLevel(level(4), "SVO", nullptr);
+              return 0;
+            }),
+            0);
+}
+
+TEST_F(LoggerTest, AFolderInTheFilesPlaceDoesNotStopTheProgram) {
+  std::filesystem::create_directories(file);
+  EXPECT_EQ(support::inChild([] {
+              Logger::getInstance()->setLogLevel(level(4), "SVO", nullptr);
+              return 0;
+            }),
+            0);
+}
+
+TEST_F(LoggerTest, MayBeUsedFromManyThreads) {
+  const auto lines = linesAt(4, [](Logger& logger) {
+    const auto write = [&](const char* name) {
+      for (int i = 0; i < 1000; ++i)
+        logger.logInfo(name, "%d", i);
+    };
+    std::thread one(write, "one");
+    std::thread other(write, "other");
+    one.join();
+    other.join();
+  });
+  EXPECT_THAT(lines, SizeIs(2000));
+}
+
+TEST_F(LoggerTest, SmallFunctionsAnswerAsTheyAlwaysDid) {
+  linesAfter([](Logger& logger) {
+    std::string copy;
+    char buffer[8] = "former";
+    EXPECT_TRUE(logger.finalize());
+    EXPECT_TRUE(logger.GetNativeStringFromString("text", copy));
+    EXPECT_EQ(copy, "text");
+    EXPECT_EQ(logger.getLogMessage(buffer, sizeof buffer, "text", nullptr), 0);
+    EXPECT_STREQ(buffer, "former");
+    EXPECT_EQ(Logger::getInstance(), &logger);
+  });
+}
+
+TEST_F(LoggerTest, TheCurrentTimeIsThatOfTheClockWithoutANewline) {
+  std::time_t before = 0;
+  std::string text;
+  std::string expected;
+  do {
+    before = std::time(nullptr);
+    text = Logger::getCurrentTime();
+    expected = std::ctime(&before);
+  } while (std::time(nullptr) != before);
+  EXPECT_EQ(text + "\n", expected);
+}
+
+}  // namespace

@@ -1,0 +1,196 @@
+#include "applog/OVNBinarySemaphore.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <vector>
+
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/Semaphores.h"
+
+namespace {
+
+constexpr int number = 2147483547;
+constexpr int attached = 0;
+constexpr int mutex = 1;
+
+OVNBinarySemaphore notCreated() {
+  OVNBinarySemaphore semaphore;
+  semaphore.semid = -1;
+  semaphore.held = false;
+  return semaphore;
+}
+
+class OVNBinarySemaphoreTest : public testing::Test {
+ protected:
+  ~OVNBinarySemaphoreTest() override { one.finalize(); }
+
+  bool create(OVNBinarySemaphore& semaphore) const { return semaphore.create(folder.path().c_str(), number); }
+  int set() const { return support::setOf(folder.path(), number); }
+
+  const support::TemporaryFolder folder;
+  const support::SetRemover remover{folder.path(), number};
+  OVNBinarySemaphore one = notCreated();
+};
+
+std::atomic<int>* caughtSignals = nullptr;
+
+TEST_F(OVNBinarySemaphoreTest, EveryTakeFailsBeforeItIsCreated) {
+  EXPECT_FALSE(one.tryWait());
+  EXPECT_FALSE(one.signal());
+  EXPECT_EQ(one.getCount(), -1);
+  EXPECT_TRUE(one.finalize());
+  EXPECT_FALSE(one.held);
+}
+
+TEST_F(OVNBinarySemaphoreTest, IsNotCreatedOnAPathThatDoesNotExist) {
+  EXPECT_FALSE(one.create((folder / "missing").c_str(), number));
+  EXPECT_EQ(one.semid, -1);
+}
+
+TEST_F(OVNBinarySemaphoreTest, IsFreeWhenItIsCreated) {
+  ASSERT_TRUE(create(one));
+  EXPECT_EQ(one.getCount(), 1);
+  EXPECT_FALSE(one.held);
+}
+
+TEST_F(OVNBinarySemaphoreTest, CreatingTwiceAttachesOnce) {
+  ASSERT_TRUE(create(one));
+  EXPECT_TRUE(create(one));
+  EXPECT_EQ(support::valueOf(one.semid, attached), 1);
+}
+
+TEST_F(OVNBinarySemaphoreTest, TakingAndReleasingIsSeenInTheCount) {
+  ASSERT_TRUE(create(one));
+  EXPECT_TRUE(one.tryWait());
+  EXPECT_TRUE(one.held);
+  EXPECT_EQ(one.getCount(), 0);
+  EXPECT_TRUE(one.release());
+  EXPECT_FALSE(one.held);
+  EXPECT_EQ(one.getCount(), 1);
+}
+
+TEST_F(OVNBinarySemaphoreTest, ReleasingWithoutATakeChangesNothing) {
+  ASSERT_TRUE(create(one));
+  EXPECT_TRUE(one.release());
+  EXPECT_EQ(one.getCount(), 1);
+}
+
+TEST_F(OVNBinarySemaphoreTest, AFailedReleaseStillHolds) {
+  ASSERT_TRUE(create(one));
+  ASSERT_TRUE(one.tryWait());
+  ::semctl(one.semid, 0, IPC_RMID);
+  EXPECT_FALSE(one.release());
+  EXPECT_TRUE(one.held);
+  EXPECT_FALSE(one.finalize());
+  EXPECT_NE(one.semid, -1);
+  one.semid = -1;
+}
+
+TEST_F(OVNBinarySemaphoreTest, TwoObjectsOfOneProcessExcludeEachOther) {
+  OVNBinarySemaphore other = notCreated();
+  ASSERT_TRUE(create(one));
+  ASSERT_TRUE(create(other));
+  EXPECT_EQ(one.semid, other.semid);
+  EXPECT_EQ(support::valueOf(one.semid, attached), 2);
+  ASSERT_TRUE(one.tryWait());
+  EXPECT_FALSE(other.signal());
+  EXPECT_FALSE(other.held);
+  one.release();
+  EXPECT_TRUE(other.signal());
+  other.release();
+  EXPECT_TRUE(other.finalize());
+}
+
+TEST_F(OVNBinarySemaphoreTest, ATakeWaitsForTheOtherToReleaseAndGoesOnAfterSignals) {
+  const support::Shared<std::atomic<int>> caught;
+  ASSERT_TRUE(create(one));
+  ASSERT_TRUE(one.tryWait());
+  support::Child waiting([&] {
+    caughtSignals = &*caught;
+    struct sigaction action {};
+    action.sa_handler = [](int) { ++*caughtSignals; };
+    ::sigaction(SIGUSR1, &action, nullptr);
+    OVNBinarySemaphore theirs = notCreated();
+    return create(theirs) && theirs.tryWait() && theirs.release() && theirs.finalize() ? 0 : 1;
+  });
+  for (int signals = 0; signals < 3; ++signals) {
+    ASSERT_TRUE(support::comesTrue([&] { return support::sleepersOn(one.semid, mutex) == 1; }));
+    waiting.send(SIGUSR1);
+    ASSERT_TRUE(support::comesTrue([&] { return *caught == signals + 1; }));
+  }
+  one.release();
+  EXPECT_EQ(waiting.wait(), 0);
+}
+
+TEST_F(OVNBinarySemaphoreTest, TheLastToFinalizeRemovesTheSetAndTheNextOneIsFree) {
+  OVNBinarySemaphore other = notCreated();
+  ASSERT_TRUE(create(one));
+  ASSERT_TRUE(create(other));
+  EXPECT_TRUE(other.finalize());
+  EXPECT_NE(set(), -1);
+  ASSERT_TRUE(one.tryWait());
+  EXPECT_TRUE(one.finalize());
+  EXPECT_EQ(set(), -1);
+  EXPECT_EQ(one.semid, -1);
+
+  one.held = false;
+  ASSERT_TRUE(create(one));
+  EXPECT_EQ(one.getCount(), 1);
+}
+
+TEST_F(OVNBinarySemaphoreTest, FinalizingDoesNotGiveBackTheMutex) {
+  OVNBinarySemaphore other = notCreated();
+  ASSERT_TRUE(create(one));
+  ASSERT_TRUE(create(other));
+  ASSERT_TRUE(other.tryWait());
+  EXPECT_TRUE(other.finalize());
+  EXPECT_EQ(one.getCount(), 0);
+}
+
+TEST_F(OVNBinarySemaphoreTest, AKilledHolderIsDetachedAndItsMutexFreed) {
+  ASSERT_TRUE(create(one));
+  support::Child holder([&] {
+    OVNBinarySemaphore theirs = notCreated();
+    create(theirs);
+    theirs.tryWait();
+    return ::pause();
+  });
+  ASSERT_TRUE(support::comesTrue([&] { return one.getCount() == 0; }));
+  EXPECT_EQ(support::valueOf(one.semid, attached), 2);
+  holder.kill();
+  EXPECT_TRUE(one.tryWait());
+  holder.wait();
+  EXPECT_EQ(support::valueOf(one.semid, attached), 1);
+  one.release();
+}
+
+TEST_F(OVNBinarySemaphoreTest, ManyWhoCreateAtOnceMakeOneFreeMutex) {
+  for (int round = 0; round < 30; ++round) {
+    const support::Shared<std::atomic<int>> arrived;
+    const auto meet = [&](int everybody) {
+      ++*arrived;
+      while (*arrived < everybody)
+        ::sched_yield();
+    };
+    std::vector<support::Child> makers;
+    for (int maker = 0; maker < 8; ++maker) {
+      makers.emplace_back([&] {
+        OVNBinarySemaphore theirs = notCreated();
+        meet(8);
+        const bool created = create(theirs);
+        meet(16);
+        const bool free = theirs.getCount() == 1;
+        meet(24);
+        theirs.finalize();
+        return created && free ? 0 : 1;
+      });
+    }
+    for (support::Child& maker : makers)
+      ASSERT_EQ(maker.wait(), 0);
+    support::SetRemover leftover(folder.path(), number);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,20 @@
+#include "tests/support/FakeConsoleUser.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "platform/UserFolders.h"
+
+namespace platform {
+
+std::optional<uid_t> consoleUser() {
+  return support::fakeConsoleUser;
+}
+
+}  // namespace platform
+
+// Takes the place of the C library's.
+extern "C" int seteuid(uid_t user) noexcept {
+  ++support::switches;
+  return static_cast<int>(::syscall(SYS_setresuid, static_cast<uid_t>(-1), user, static_cast<uid_t>(-1)));
+}
