@@ -31,7 +31,7 @@ class CommandLine {
   // with an option's name and holds a "=" gives its value. A second call replaces every field. Always true.
   bool InitCommandLine(unsigned long argc, const char** argv);
 
-  // Every byte through the C library's `tolower`. The program never sets the character locale, so only the 26 ASCII
+  // Every byte through the C library's `tolower`. Options are parsed before any locale is set, so only the 26 ASCII
   // letters change and the bytes of a multi-byte character stay as they are.
   std::string ToLowerCase(std::string s);
 

@@ -1,5 +1,6 @@
 // The sign-in window's entry point on Linux.
 
+#include <clocale>
 #include <cstdio>
 
 #include "app/CommandLine.h"
@@ -28,6 +29,12 @@ int main(int argc, char** argv) {
   // The graphics drivers of the page process would keep compiled shaders in the user's cache folder.
   g_setenv("MESA_SHADER_CACHE_DISABLE", "true", TRUE);
   g_setenv("__GL_SHADER_DISK_CACHE", "0", TRUE);
+
+  // Letters and words as the person has them, but numbers and times in the C locale: the log file is shared, and its
+  // lines read the same whoever writes them.
+  gtk_disable_setlocale();
+  std::setlocale(LC_CTYPE, "");
+  std::setlocale(LC_MESSAGES, "");
 
   // GTK would take options of its own from the command line, so it gets none.
   g_set_prgname(kProgramName);
