@@ -46,10 +46,13 @@ void Hand::click(const Area& area) {
   screen_.click(area.x + area.width / 2, area.y + area.height / 2);
 }
 
-void Hand::fillInTheForm() {
+Area Hand::fillInTheForm(const Area& page, unsigned buttonColour) {
+  // Without a window manager the keys go to the window under the pointer.
+  screen_.moveTo(page.x, page.y);
   screen_.type("ada");
   screen_.press(XK_Tab);
   screen_.type("Correct-Horse-7");
+  return look(buttonColour, "the button of the form");
 }
 
 void Hand::watchTheSpinner() {
@@ -60,25 +63,22 @@ void Hand::watchTheSpinner() {
 }
 
 void Hand::signIn() {
-  const Area button = look(kSignInColour, "the sign-in page");
+  const Area page = look(kOrganisationLink, "the sign-in page");
+  const Area button = fillInTheForm(page, kSignInButton);
   takePicture("sign-in");
-  // Without a window manager the keys go to the window under the pointer.
-  screen_.moveTo(button.x, button.y);
-  fillInTheForm();
   click(button);
 }
 
 void Hand::signInWithTheOrganisation() {
-  click(look(kOrganisationColour, "the link to the organisation"));
-  const Area button = look(kEnterpriseColour, "the enterprise page");
+  click(look(kOrganisationLink, "the link to the organisation"));
+  const Area page = look(kEnterpriseBanner, "the enterprise page");
+  const Area button = fillInTheForm(page, kEnterpriseButton);
   takePicture("enterprise");
-  screen_.moveTo(button.x, button.y);
-  fillInTheForm();
   click(button);
 }
 
 void Hand::closeTheWindow() {
-  look(kSignInColour, "the sign-in page");
+  look(kOrganisationLink, "the sign-in page");
   screen_.close(theWindow().id);
 }
 

@@ -20,10 +20,12 @@ input { display: block; width: 100%; margin-top: 5px; padding: 9px 12px; font: i
         border: 1px solid #c6cdd8; border-radius: 8px; outline: none; }
 input:focus { border-color: #45506a; }
 button, a { display: block; width: 100%; margin-top: 6px; padding: 11px; font: inherit; font-weight: bold;
-            text-align: center; text-decoration: none; color: #fff; border: 0; border-radius: 8px; }
+            text-align: center; text-decoration: none; color: #fff; background: var(--colour);
+            border: 0; border-radius: 8px; }
+form:invalid button { background: #a9b3c2; }
 a { margin-top: 12px; font-weight: normal; color: #3b2a68; }
 .wide { display: flex; width: 680px; padding: 0; overflow: hidden; }
-.wide aside { width: 260px; padding: 40px 32px; color: #fff; background: #32245a; }
+.wide aside { width: 260px; padding: 40px 32px; color: #fff; background: var(--colour); }
 .wide aside p { color: #d5cbee; }
 .wide section { flex: 1; padding: 40px; }
 )";
@@ -45,18 +47,18 @@ std::string document(const std::string& title, const std::string& body) {
          "</style></head><body>" + body + "</body></html>";
 }
 
-std::string background(unsigned colour) {
-  char style[40];
-  std::snprintf(style, sizeof style, " style=\"background: #%06x\"", colour);
-  return style;
+std::string style(unsigned colour) {
+  char text[40];
+  std::snprintf(text, sizeof text, " style=\"--colour: #%06x\"", colour);
+  return text;
 }
 
 std::string button(const char* text, unsigned colour) {
-  return "<button" + background(colour) + ">" + text + "</button>";
+  return "<button" + style(colour) + ">" + text + "</button>";
 }
 
 std::string link(const char* text, unsigned colour, const std::string& address) {
-  return "<a" + background(colour) + " href=\"" + escaped(address) + "\">" + text + "</a>";
+  return "<a" + style(colour) + " href=\"" + escaped(address) + "\">" + text + "</a>";
 }
 
 }  // namespace
@@ -64,16 +66,17 @@ std::string link(const char* text, unsigned colour, const std::string& address) 
 std::string signInPage(const std::string& state, const std::string& enterpriseAddress) {
   return document("Sign in", "<main><h1>Welcome back</h1><p>Sign in to go on.</p><form method=\"post\">" +
                                  std::string(kFields) + "<input type=\"hidden\" name=\"state\" value=\"" +
-                                 escaped(state) + "\">" + button("Sign in", kSignInColour) + "</form>" +
-                                 link("Sign in with your organisation", kOrganisationColour, enterpriseAddress) +
+                                 escaped(state) + "\">" + button("Sign in", kSignInButton) + "</form>" +
+                                 link("Sign in with your organisation", kOrganisationLink, enterpriseAddress) +
                                  "</main>");
 }
 
 std::string enterprisePage() {
   return document("Enterprise sign-in",
-                  "<main class=\"wide\"><aside><h1>Northwind Mills</h1><p>Your organisation signs you in.</p></aside>"
-                  "<section><h1>Staff sign-in</h1><p>Use the account of your workplace.</p><form method=\"post\">" +
-                      std::string(kFields) + button("Go on", kEnterpriseColour) + "</form></section></main>");
+                  "<main class=\"wide\"><aside" + style(kEnterpriseBanner) +
+                      "><h1>Northwind Mills</h1><p>Your organisation signs you in.</p></aside>"
+                      "<section><h1>Staff sign-in</h1><p>Use the account of your workplace.</p><form method=\"post\">" +
+                      std::string(kFields) + button("Go on", kEnterpriseButton) + "</form></section></main>");
 }
 
 std::string notePage(const std::string& title, const std::string& text) {

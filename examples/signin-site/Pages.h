@@ -6,10 +6,12 @@
 
 namespace examples {
 
-// The colours of the buttons, 0xRRGGBB. Nothing else on a page has them, so that a button can be found by eye.
-constexpr unsigned kSignInColour = 0x1f6feb;
-constexpr unsigned kOrganisationColour = 0xe6e0f4;
-constexpr unsigned kEnterpriseColour = 0x6f42c1;
+// Colours by which a page and its parts can be found by eye, 0xRRGGBB: nothing else on a page has them. The button of a
+// form is grey until the form is filled in.
+constexpr unsigned kSignInButton = 0x1f6feb;
+constexpr unsigned kOrganisationLink = 0xe6e0f4;
+constexpr unsigned kEnterpriseBanner = 0x32245a;
+constexpr unsigned kEnterpriseButton = 0x6f42c1;
 
 // A form for user name and password that is posted to the page's own address, together with `state`. Below it a link,
 // drawn as a button, leads to `enterpriseAddress`.
