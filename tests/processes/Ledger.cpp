@@ -1,0 +1,66 @@
+#include "tests/processes/Ledger.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <string_view>
+
+#include "tests/support/Files.h"
+
+namespace processes {
+namespace {
+
+constexpr char liveFile[] = "Kelvo.log";
+
+void enter(Ledger& ledger, std::string_view line) {
+  const std::size_t start = line.rfind(" | ");
+  const std::string_view message = start == std::string_view::npos ? line : line.substr(start + 3);
+  const std::size_t colon = message.find(':');
+  const std::string writer(message.substr(0, colon));
+  const int sequence =
+      colon == std::string_view::npos ? 0 : std::atoi(std::string(message.substr(colon + 1, 10)).c_str());
+  if (sequence == 0 || message != messageOf(writer, sequence)) {
+    ++ledger.torn;
+    return;
+  }
+
+  Account& account = ledger.writers[writer];
+  if (sequence <= account.last) {
+    ++account.repeated;
+    return;
+  }
+  account.skipped += sequence - account.last - 1;
+  account.last = sequence;
+}
+
+void enterFile(Ledger& ledger, const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  for (std::string line; std::getline(file, line);)
+    enter(ledger, line);
+}
+
+}  // namespace
+
+std::string messageOf(const std::string& writer, int sequence) {
+  const std::size_t size = sequence % 10 == 0 ? 20000 : 60;
+  std::string text = writer + ":" + std::to_string(sequence) + ":";
+  text.append(size, static_cast<char>('a' + sequence % 26));
+  return text + "." + std::to_string(sequence) + ".";
+}
+
+Account Ledger::of(const std::string& writer) const {
+  const auto entry = writers.find(writer);
+  return entry == writers.end() ? Account() : entry->second;
+}
+
+Ledger readLedger(const std::string& folder) {
+  Ledger ledger;
+  for (const std::string& name : support::namesIn(folder)) {
+    if (name == liveFile) continue;
+    ++ledger.archives;
+    enterFile(ledger, folder + "/" + name);
+  }
+  enterFile(ledger, folder + "/" + liveFile);
+  return ledger;
+}
+
+}  // namespace processes
