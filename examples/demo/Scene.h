@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "examples/demo/Hand.h"
+#include "examples/hand/Hand.h"
 
 namespace examples {
 

@@ -181,12 +181,12 @@ void Screen::turnWheel(int clicks) {
   XFlush(display_.get());
 }
 
-void Screen::key(KeySym key, bool down) {
+void Screen::key(KeySymbol key, bool down) {
   XTestFakeKeyEvent(display_.get(), XKeysymToKeycode(display_.get(), key), down, CurrentTime);
   XFlush(display_.get());
 }
 
-void Screen::press(KeySym pressed, std::initializer_list<KeySym> held) {
+void Screen::press(KeySymbol pressed, std::initializer_list<KeySymbol> held) {
   for (KeySym each : held)
     key(each, true);
   key(pressed, true);
@@ -205,6 +205,12 @@ void Screen::type(const std::string& text) {
       press(symbol, {XK_Shift_L});
     }
   }
+}
+
+void Screen::place(Window window, const Area& frame) {
+  XMoveResizeWindow(display_.get(), window, frame.x, frame.y, static_cast<unsigned>(frame.width),
+                    static_cast<unsigned>(frame.height));
+  XFlush(display_.get());
 }
 
 void Screen::close(Window window) {

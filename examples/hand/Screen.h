@@ -5,7 +5,6 @@
 
 #pragma once
 
-#include <X11/Xlib.h>
 #include <X11/keysym.h>
 #include <glib.h>
 #include <sys/types.h>
@@ -18,10 +17,15 @@
 
 #include "examples/hand/Picture.h"
 
+struct _XDisplay;  // Xlib's own header defines words like None and Bool, which nobody else bears
+
 namespace examples {
 
+using WindowId = unsigned long;
+using KeySymbol = unsigned long;  // XK_a, XK_Tab, …
+
 struct ScreenWindow {
-  Window id = 0;
+  WindowId id = 0;
   pid_t pid = 0;
   std::string title;
   Area frame;
@@ -46,7 +50,7 @@ class Screen {
   // The windows that are shown and say which process they belong to.
   std::vector<ScreenWindow> windows() const;
   std::optional<ScreenWindow> windowOf(pid_t pid) const;
-  SizeLimits sizeLimitsOf(Window window) const;
+  SizeLimits sizeLimitsOf(WindowId window) const;
 
   // What the screen shows there; parts beyond its edges are left out.
   Picture picture(const Area& area) const;
@@ -56,21 +60,24 @@ class Screen {
   void turnWheel(int clicks);  // towards the user
 
   // Presses a key while the others are held down: press(XK_a, {XK_Control_L}).
-  void press(KeySym key, std::initializer_list<KeySym> held = {});
+  void press(KeySymbol key, std::initializer_list<KeySymbol> held = {});
   void type(const std::string& text);  // printable ASCII
 
+  // What a user does who drags a window and its corner elsewhere.
+  void place(WindowId window, const Area& frame);
+
   // What the close button of a window's title bar does.
-  void close(Window window);
+  void close(WindowId window);
 
  private:
   struct EventSource;
 
-  std::vector<unsigned char> property(Window window, const char* name) const;
-  std::optional<ScreenWindow> describe(Window window) const;
-  void key(KeySym key, bool down);
+  std::vector<unsigned char> property(WindowId window, const char* name) const;
+  std::optional<ScreenWindow> describe(WindowId window) const;
+  void key(KeySymbol key, bool down);
   void handleEvents();
 
-  std::unique_ptr<Display, int (*)(Display*)> display_;
+  std::unique_ptr<_XDisplay, int (*)(_XDisplay*)> display_;
   EventSource* events_ = nullptr;
   int damageEvent_ = 0;
 };

@@ -1,4 +1,4 @@
-#include "examples/demo/Hand.h"
+#include "examples/hand/Hand.h"
 
 #include <iostream>
 #include <stdexcept>

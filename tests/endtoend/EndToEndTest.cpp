@@ -1,0 +1,96 @@
+#include "tests/endtoend/EndToEndTest.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace endtoend {
+namespace {
+
+std::filesystem::path makeFolder() {
+  std::string folder = std::filesystem::temp_directory_path() / "endtoend.XXXXXX";
+  if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no folder for the test");
+  return folder;
+}
+
+}  // namespace
+
+std::string result(const std::string& escapedAddress) {
+  return "<result><URL>" + escapedAddress + "</URL></result>";
+}
+
+examples::Answer pageThatGoesTo(const std::string& address) {
+  return page("<script>onload = () => setTimeout(() => { location.href = '" + address + "' })</script>");
+}
+
+examples::Answer pageThatWaitsForAClick(const std::string& address) {
+  return page("<script>onclick = () => { location.href = '" + address +
+              "' }; onload = () => fetch('/clickable')</script>");
+}
+
+examples::Answer pageThatTells(const std::string& body) {
+  return page(body + "<script>onload = () => fetch('/loaded')</script>");
+}
+
+EndToEndTest::EndToEndTest()
+    : folder_(makeFolder()), logs_(logFile().parent_path()), screen(display.name()), pipe(folder_ / "answer") {
+  for (const char* path : {"/signin", "/done", "/start"})
+    site.serve(path, page(path));
+  options.signIn = site.address("/signin");
+  options.redirect = site.address("/done");
+  options.enterprise = site.address("/start");
+  options.product = "Example Product";
+  options.enterpriseTitle = "Example Enterprise";
+  options.pipe = pipe.path();
+  options.program = SVO_SIGNIN_PROGRAM;
+  options.environment = {{"DISPLAY", display.name()}};
+}
+
+EndToEndTest::~EndToEndTest() {
+  run.reset();
+  std::error_code ignored;  // the whole home goes a moment later
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+void EndToEndTest::start() {
+  run = std::make_unique<SignInRun>(options, temporary("errors"));
+}
+
+void EndToEndTest::until(const std::string& what, const std::function<bool()>& condition) {
+  if (!examples::waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what);
+}
+
+void EndToEndTest::untilAsked(const std::string& target) {
+  until("the request for " + target, [&] { return site.wasAsked("GET " + target); });
+}
+
+void EndToEndTest::untilLogSays(const std::string& message) {
+  until("the log line " + message, [&] { return logSays(message); });
+}
+
+std::string EndToEndTest::message() {
+  EXPECT_EQ(run->exitStatus(), 0) << run->standardError();
+  return pipe.text();
+}
+
+std::string EndToEndTest::messageOfARun() {
+  start();
+  return message();
+}
+
+std::string EndToEndTest::messageAfterClosing() {
+  screen.close(window().id);
+  return message();
+}
+
+ScreenWindow EndToEndTest::window() {
+  std::optional<ScreenWindow> found;
+  until("the window", [&] { return (found = screen.windowOf(run->pid())).has_value(); });
+  return *found;
+}
+
+void EndToEndTest::click() {
+  const Area frame = window().frame;
+  screen.click(frame.x + frame.width / 2, frame.y + frame.height / 2);
+}
+
+}  // namespace endtoend

@@ -1,0 +1,96 @@
+// What every test of the real window has: a home, a screen, a site and a pipe of its own.
+//
+// A test scripts the site, starts the program and looks at what came out:
+//
+//   site.serve("/signin", redirectTo(site.address("/done?code=1")));
+//   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
+
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "examples/hand/Screen.h"
+#include "examples/hand/VirtualDisplay.h"
+#include "examples/signin-site/LoopbackServer.h"
+#include "examples/support/EventLoop.h"
+#include "tests/endtoend/Home.h"
+#include "tests/endtoend/MessagePipe.h"
+#include "tests/endtoend/SignInRun.h"
+#include "tests/endtoend/WatchedFolder.h"
+
+namespace endtoend {
+
+using examples::Area;
+using examples::LoopbackServer;
+using examples::page;
+using examples::Picture;
+using examples::redirectTo;
+using examples::Request;
+using examples::Screen;
+using examples::ScreenWindow;
+
+inline const std::string kWindowClosed = "<errorNo><error>1</error></errorNo>";
+inline const std::string kLoadFailed = "<errorNo><error>2</error></errorNo>";
+inline const std::string kOptionsMissing = "<errorNo><error>255</error></errorNo>";
+
+//   result("http://h/?a&amp;b")  => "<result><URL>http://h/?a&amp;b</URL></result>"
+std::string result(const std::string& escapedAddress);
+
+// A page that, once it has loaded, goes to an address.
+examples::Answer pageThatGoesTo(const std::string& address);
+
+// A page that goes to an address when it is clicked, and asks the site for "/clickable" once that works.
+examples::Answer pageThatWaitsForAClick(const std::string& address);
+
+// A page that asks the site for "/loaded" once it has loaded. `body` stands on it.
+examples::Answer pageThatTells(const std::string& body = "");
+
+class EndToEndTest : public testing::Test {
+ protected:
+  // The site has an ordinary page at "/signin", "/done" and "/start"; the options name them. No option is missing.
+  EndToEndTest();
+  ~EndToEndTest() override;
+
+  void start();
+
+  // Waits for a condition that an event makes true, at most kPatience, and fails the test otherwise.
+  void until(const std::string& what, const std::function<bool()>& condition);
+  void untilAsked(const std::string& target);  // by GET
+  void untilLogSays(const std::string& message);
+
+  // Waits for the end of the run, which must be a clean one, and gives what it wrote into the pipe.
+  std::string message();
+
+  // start(), then message().
+  std::string messageOfARun();
+
+  // Closes the window as a user does and waits for the answer: kWindowClosed, unless the run had ended before.
+  std::string messageAfterClosing();
+
+  ScreenWindow window();
+  void click();  // into the middle of the window
+
+  // A new folder or file of this test's, gone with its home.
+  std::filesystem::path temporary(const std::string& name) const { return folder_ / name; }
+
+ private:
+  std::filesystem::path folder_;
+  WatchedFolder logs_;
+
+ protected:
+  examples::VirtualDisplay display;
+  Screen screen;
+  LoopbackServer site;
+  MessagePipe pipe;
+  Options options;
+  std::unique_ptr<SignInRun> run;
+};
+
+}  // namespace endtoend

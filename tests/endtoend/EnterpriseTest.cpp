@@ -1,0 +1,118 @@
+// The enterprise sign-in: the larger window, and the address that it follows.
+
+#include "examples/hand/Hand.h"
+#include "examples/signin-site/SignInSite.h"
+#include "tests/endtoend/EndToEndTest.h"
+
+namespace endtoend {
+namespace {
+
+using testing::ElementsAre;
+
+class EnterpriseTest : public EndToEndTest {
+ protected:
+  EnterpriseTest() {
+    site.serve("/signin", redirectTo(startWith("/staff")));
+    site.serve("/staff", page("staff"));
+  }
+
+  // The enterprise address that has a page of the site followed.
+  std::string startWith(const std::string& target) const {
+    return site.address("/start?redirect_uri=" + site.address(target));
+  }
+
+  ScreenWindow windowOfSize(int width, int height) {
+    ScreenWindow found;
+    until("the size of the window", [&] {
+      found = window();
+      return found.frame.width == width && found.frame.height == height;
+    });
+    return found;
+  }
+};
+
+TEST_F(EnterpriseTest, APersonSignsInWithTheOrganisation) {
+  examples::SignInSite example;
+  options.signIn = example.signInAddress();
+  options.redirect = example.redirectAddress();
+  options.enterprise = example.enterpriseAddress();
+
+  start();
+  examples::Hand(example, display.name(), temporary("")).signInWithTheOrganisation();
+
+  EXPECT_THAT(message(), testing::StartsWith("<result><URL>" + example.redirectAddress() + "?code="));
+  EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=enterprise</URL></result>"));
+}
+
+TEST_F(EnterpriseTest, TheAddressBehindRedirectUriIsFollowedToItsVeryEnd) {
+  site.serve("/staff", pageThatGoesTo(site.address("/done?code=1")));
+  site.serve("/signin", redirectTo(startWith("/staff?a=%41&b=2")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
+  EXPECT_TRUE(site.wasAsked("GET /staff?a=%41&b=2"));
+}
+
+TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
+  site.hold("/signin");
+  start();
+  const ScreenWindow before = windowOfSize(680, 570);
+  site.release("/signin");
+  const ScreenWindow after = windowOfSize(800, 620);
+  EXPECT_EQ(after.frame.x, before.frame.x);
+  until("the new place", [&] { return window().frame.y == before.frame.y - 20; });
+}
+
+TEST_F(EnterpriseTest, TheWindowGetsTheEnterpriseTitleAndMayBeResizedFromThenOn) {
+  start();
+  untilAsked("/staff");
+  until("the title", [&] { return window().title == "Example Enterprise"; });
+  windowOfSize(800, 620);
+  until("the limits", [&] { return !screen.sizeLimitsOf(window().id).fixed; });
+  EXPECT_EQ(screen.sizeLimitsOf(window().id).minWidth, 800);
+  EXPECT_EQ(screen.sizeLimitsOf(window().id).minHeight, 620);
+}
+
+TEST_F(EnterpriseTest, WithoutAnEnterpriseTitleTheTitleStays) {
+  options.enterpriseTitle.reset();
+  start();
+  untilAsked("/staff");
+  windowOfSize(800, 620);
+  EXPECT_EQ(window().title, "Example Product");
+}
+
+TEST_F(EnterpriseTest, ASecondEnterprisePageIsFollowedToo) {
+  site.serve("/staff", pageThatGoesTo(startWith("/second")));
+  site.serve("/second", pageThatGoesTo(site.address("/done?code=2")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
+}
+
+TEST_F(EnterpriseTest, ASecondEnterprisePageLeavesTheWindowWhereTheUserPutIt) {
+  site.serve("/staff", pageThatWaitsForAClick(startWith("/second")));
+  site.serve("/second", pageThatTells());
+  start();
+  untilAsked("/clickable");
+  screen.place(windowOfSize(800, 620).id, {40, 60, 900, 700});
+  windowOfSize(900, 700);
+  click();
+  untilAsked("/loaded");
+  const Area frame = window().frame;
+  EXPECT_THAT((std::vector<int>{frame.x, frame.y, frame.width, frame.height}), ElementsAre(40, 60, 900, 700));
+}
+
+TEST_F(EnterpriseTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
+  options.redirect = site.address("/start");
+  site.serve("/staff", pageThatTells());
+  start();
+  untilAsked("/loaded");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(EnterpriseTest, AnEnterprisePageWithoutAnAddressToFollowGoesNowhere) {
+  site.serve("/signin", redirectTo(site.address("/start?redirect_uri=x")));
+  start();
+  windowOfSize(800, 620);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /start?redirect_uri=x"));
+}
+
+}  // namespace
+}  // namespace endtoend

@@ -1,0 +1,187 @@
+// Pages that do not load, and what of it ends the run.
+
+#include <signal.h>
+
+#include "examples/support/ClosedPort.h"
+#include "tests/endtoend/Certificate.h"
+#include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/Processes.h"
+#include "tests/endtoend/RawServer.h"
+
+namespace endtoend {
+namespace {
+
+using examples::ClosedPort;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class LoadFailureTest : public EndToEndTest {
+ protected:
+  // The three lines of a failure before the page showed.
+  void expectFailureInTheLog(const std::string& address, int code) {
+    const std::vector<std::string> messages = logMessages();
+    EXPECT_THAT(messages, Contains("didFailProvisionalLoadWithError for URL " + address));
+    EXPECT_THAT(messages, Contains("didFailProvisionalLoadWithError Error code " + std::to_string(code)));
+    EXPECT_THAT(messages, Contains(StartsWith("didFailProvisionalLoadWithError Error domain ")));
+  }
+
+  const ClosedPort nobody;
+};
+
+TEST_F(LoadFailureTest, ARefusedConnectionEndsTheRun) {
+  options.signIn = nobody.address("/signin");
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(nobody.address("/signin"), -1004);
+}
+
+TEST_F(LoadFailureTest, ARefusedRedirectAddressIsAFailureAndNoResult) {
+  options.redirect = nobody.address("/done");
+  site.serve("/signin", redirectTo(nobody.address("/done?code=1")));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(nobody.address("/done?code=1"), -1004);
+}
+
+TEST_F(LoadFailureTest, AnUnknownHostEndsTheRun) {
+  options.signIn = "http://nowhere.invalid/signin";
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog("http://nowhere.invalid/signin", -1003);
+}
+
+TEST_F(LoadFailureTest, ADroppedConnectionIsLoggedAndTheRunGoesOn) {
+  const RawServer server("");
+  options.signIn = server.address("/signin");
+  start();
+  untilLogSays("didFailProvisionalLoadWithError Error code -1005");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  expectFailureInTheLog(server.address("/signin"), -1005);
+}
+
+TEST_F(LoadFailureTest, ATruncatedPageIsLoggedAndTheRunGoesOn) {
+  const RawServer server("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 9999\r\n\r\n<p>half a page");
+  options.signIn = server.address("/signin");
+  start();
+  untilLogSays("didFailLoadWithError Error code -1005");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(logMessages(), Contains("didFailLoadWithError for URL " + server.address("/signin")));
+}
+
+TEST_F(LoadFailureTest, AnAnswerThatIsNotHttpEndsTheRun) {
+  const RawServer server("good morning\r\n\r\n");
+  options.signIn = server.address("/signin");
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+}
+
+TEST_F(LoadFailureTest, ALoadThatAnotherReplacesIsLoggedAndTheOtherCounts) {
+  site.serve("/signin", page("<script>location.href = '/slow'; fetch('/turn').then(() => {"
+                             "location.href = '/done?code=1' })</script>"));
+  site.hold("/slow");
+  site.hold("/turn");
+  start();
+  untilAsked("/slow");
+  untilAsked("/turn");
+  site.release("/turn");
+  EXPECT_EQ(message(), result(site.address("/done?code=1")));
+  expectFailureInTheLog(site.address("/slow"), -999);
+}
+
+TEST_F(LoadFailureTest, ARedirectLoopEndsTheRun) {
+  site.serve("/signin", redirectTo(site.address("/signin")));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(site.address("/signin"), -1007);
+}
+
+TEST_F(LoadFailureTest, ASchemeThatCannotBeLoadedIsAFailureEvenAtTheRedirectAddress) {
+  options.redirect = "cb:/done";
+  site.serve("/signin", redirectTo("cb:/done?code=1"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog("cb:/done?code=1", -1002);
+}
+
+TEST_F(LoadFailureTest, APageThatGoesToASchemeThatCannotBeLoadedEndsTheRun) {
+  options.redirect = "cb:/done";
+  site.serve("/signin", pageThatGoesTo("cb:/done?code=1"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+}
+
+TEST_F(LoadFailureTest, APortThatNoBrowserOpensEndsTheRun) {
+  options.signIn = "http://127.0.0.1:1/signin";
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+}
+
+TEST_F(LoadFailureTest, AnAnswerWithoutContentEndsTheRun) {
+  site.serve("/signin", {204, "", {}});
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_THAT(logMessages(), Contains(HasSubstr("Error code ")));
+}
+
+TEST_F(LoadFailureTest, ADownloadEndsTheRunAndReachesNoFolder) {
+  site.serve("/signin", {200, "secret", {{"Content-Disposition", "attachment; filename=secret.txt"}}});
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_THAT(filesInHome(), Not(Contains(HasSubstr("secret"))));
+}
+
+TEST_F(LoadFailureTest, AnUntrustedCertificateEndsTheRun) {
+  const Certificate selfSigned(temporary("certificate.pem"));
+  LoopbackServer secure(selfSigned.get());
+  secure.serve("/signin", page("signin"));
+  options.signIn = secure.address("/signin");
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(secure.address("/signin"), -1203);
+  EXPECT_THAT(secure.requests(), testing::IsEmpty());
+}
+
+TEST_F(LoadFailureTest, AnUntrustedRedirectAddressIsAFailureAndNoResult) {
+  const Certificate selfSigned(temporary("certificate.pem"));
+  LoopbackServer secure(selfSigned.get());
+  options.redirect = secure.address("/done");
+  site.serve("/signin", redirectTo(secure.address("/done?code=1")));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+}
+
+TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
+  site.serve("/signin", page("<iframe src='" + nobody.address("/advert") + "'></iframe>"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(nobody.address("/advert"), -1004);
+}
+
+TEST_F(LoadFailureTest, AnUntrustedSubFrameEndsTheRun) {
+  const Certificate selfSigned(temporary("certificate.pem"));
+  LoopbackServer secure(selfSigned.get());
+  site.serve("/signin", page("<iframe src='" + secure.address("/advert") + "'></iframe>"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+}
+
+TEST_F(LoadFailureTest, ASubFrameThatIsNotFoundIsNoFailure) {
+  site.serve("/signin", page("<iframe src='/nowhere' onload=\"location.href = '/done'\"></iframe>"));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done")));
+}
+
+TEST_F(LoadFailureTest, AFailedImageAndAFailedRequestOfAScriptAreNoFailures) {
+  const std::string away = nobody.address("/image.png");
+  site.serve("/signin", page("<img src='" + away + "'><script>onload = () => fetch('" + away +
+                             "').catch(() => { location.href = '/done' })</script>"));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done")));
+  EXPECT_THAT(logMessages(), Not(Contains(HasSubstr("didFail"))));
+}
+
+TEST_F(LoadFailureTest, AKilledPageProcessEndsTheRun) {
+  site.serve("/signin", pageThatTells());
+  start();
+  untilAsked("/loaded");
+  const auto pageProcess = descendantNamed(run->pid(), "WebKitWebProces");
+  ASSERT_TRUE(pageProcess);
+  kill(*pageProcess, SIGKILL);
+  EXPECT_EQ(message(), kLoadFailed);
+}
+
+TEST_F(LoadFailureTest, AnAddressWithATokenIsNotLogged) {
+  options.signIn = nobody.address("/signin?token=eyJhbGc.eyJzdWI");
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_THAT(logLines(), Not(Contains(HasSubstr("eyJ"))));
+  EXPECT_THAT(logLines(), Contains(testing::AllOf(HasSubstr("[WARN]"), HasSubstr("Log skipped."))));
+}
+
+}  // namespace
+}  // namespace endtoend

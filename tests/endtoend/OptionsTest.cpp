@@ -1,0 +1,127 @@
+// What the window is given at its start: the six options, the pipe, and arguments that are nobody's.
+
+#include <sys/stat.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "tests/endtoend/EndToEndTest.h"
+
+namespace endtoend {
+namespace {
+
+using testing::IsEmpty;
+
+class OptionsTest : public EndToEndTest {
+ protected:
+  OptionsTest() { site.serve("/signin", redirectTo(site.address("/done"))); }
+
+  std::string textOf(const std::filesystem::path& path) const {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  static mode_t modeOf(const std::filesystem::path& path) {
+    struct stat status = {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    return status.st_mode & 07777;
+  }
+};
+
+TEST_F(OptionsTest, WithoutASignInAddressTheRunEnds) {
+  options.signIn.reset();
+  EXPECT_EQ(messageOfARun(), kOptionsMissing);
+  EXPECT_THAT(site.asked(), IsEmpty());
+}
+
+TEST_F(OptionsTest, WithoutARedirectAddressTheRunEnds) {
+  options.redirect.reset();
+  EXPECT_EQ(messageOfARun(), kOptionsMissing);
+  EXPECT_THAT(site.asked(), IsEmpty());
+}
+
+TEST_F(OptionsTest, WithoutAnEnterpriseAddressTheRunEnds) {
+  options.enterprise.reset();
+  EXPECT_EQ(messageOfARun(), kOptionsMissing);
+  EXPECT_THAT(site.asked(), IsEmpty());
+}
+
+TEST_F(OptionsTest, AnEmptyAddressIsAMissingOne) {
+  options.enterprise = "";
+  EXPECT_EQ(messageOfARun(), kOptionsMissing);
+}
+
+TEST_F(OptionsTest, WithoutAnyOptionTheRunEndsWithoutAMessage) {
+  const Options none;
+  options = {none.signIn, none.redirect,   none.enterprise,    none.product, none.enterpriseTitle, none.pipe,
+             {},          options.program, options.environment};
+  EXPECT_EQ(messageOfARun(), "");
+}
+
+TEST_F(OptionsTest, WithoutAPipeTheSignInEndsAllTheSame) {
+  options.pipe.reset();
+  EXPECT_EQ(messageOfARun(), "");
+  EXPECT_TRUE(site.wasAsked("GET /done"));
+}
+
+TEST_F(OptionsTest, APipeThatDoesNotExistIsNotMade) {
+  options.pipe = temporary("nowhere");
+  EXPECT_EQ(messageOfARun(), "");
+  EXPECT_FALSE(std::filesystem::exists(temporary("nowhere")));
+}
+
+TEST_F(OptionsTest, ARegularFileGetsTheMessageAtItsStart) {
+  const std::string sent = result(site.address("/done"));
+  const std::string before(100, '.');
+  options.pipe = temporary("file");
+  std::ofstream(*options.pipe) << before;
+  std::filesystem::permissions(*options.pipe, std::filesystem::perms::owner_all);
+  EXPECT_EQ(messageOfARun(), "");
+  EXPECT_EQ(textOf(*options.pipe), sent + before.substr(sent.size()));
+  EXPECT_EQ(modeOf(*options.pipe), 0644u);
+}
+
+TEST_F(OptionsTest, APipeThatNobodyMayReadIsMadeReadableAndGetsTheMessage) {
+  std::filesystem::permissions(pipe.path(), std::filesystem::perms::none);
+  EXPECT_EQ(messageOfARun(), result(site.address("/done")));
+  EXPECT_EQ(modeOf(pipe.path()), 0644u);
+}
+
+TEST_F(OptionsTest, AFolderInThePlaceOfThePipeEndsTheSignInAllTheSame) {
+  std::filesystem::create_directory(temporary("folder"));
+  options.pipe = temporary("folder");
+  EXPECT_EQ(messageOfARun(), "");
+}
+
+TEST_F(OptionsTest, ArgumentsThatAToolkitKnowsAreIgnored) {
+  options.before = {"--display=:999",    "--gtk-debug=all", "--class=other", "--name=other", "--g-fatal-warnings",
+                    "--gtk-module=none", "--help",          "--version",     "--",           "stray"};
+  EXPECT_EQ(messageOfARun(), result(site.address("/done")));
+}
+
+TEST_F(OptionsTest, AValueInAnArgumentOfItsOwnIsNotUnderstood) {
+  options.signIn.reset();
+  options.before = {"--zelURL", site.address("/signin")};
+  EXPECT_EQ(messageOfARun(), kOptionsMissing);
+}
+
+TEST_F(OptionsTest, TheFirstOfTwoEqualOptionsCounts) {
+  options.before = {"--zelURL=" + site.address("/first")};
+  site.serve("/first", redirectTo(site.address("/done?code=first")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=first")));
+}
+
+TEST_F(OptionsTest, WithoutADisplayTheRunEndsAtOnceAndSaysWhy) {
+  options.environment.clear();
+  const auto begin = std::chrono::steady_clock::now();
+  start();
+  EXPECT_EQ(run->exitStatus(), 1);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_EQ(pipe.text(), kOptionsMissing);
+  const std::string said = run->standardError();
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  EXPECT_THAT(said, testing::HasSubstr("display"));
+}
+
+}  // namespace
+}  // namespace endtoend

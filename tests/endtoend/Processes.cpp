@@ -1,0 +1,85 @@
+#include "tests/endtoend/Processes.h"
+
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace endtoend {
+namespace {
+
+std::vector<pid_t> childrenOf(pid_t pid) {
+  std::vector<pid_t> children;
+  std::error_code gone;
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/task", gone)) {
+    std::ifstream file(thread.path() / "children");
+    for (pid_t child = 0; file >> child;)
+      children.push_back(child);
+  }
+  return children;
+}
+
+std::string nameOf(pid_t pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/comm");
+  std::string name;
+  std::getline(file, name);
+  return name;
+}
+
+}  // namespace
+
+std::vector<pid_t> descendantsOf(pid_t pid) {
+  std::vector<pid_t> all;
+  for (const pid_t child : childrenOf(pid)) {
+    all.push_back(child);
+    const std::vector<pid_t> below = descendantsOf(child);
+    all.insert(all.end(), below.begin(), below.end());
+  }
+  return all;
+}
+
+std::optional<pid_t> descendantNamed(pid_t pid, const std::string& name) {
+  for (const pid_t each : descendantsOf(pid)) {
+    if (nameOf(each).rfind(name, 0) == 0) return each;
+  }
+  return std::nullopt;
+}
+
+void adoptOrphans() {
+  (void)prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+std::vector<pid_t> childrenOfThisProcess() {
+  return childrenOf(getpid());
+}
+
+bool outlive(pid_t orphan) {
+  const auto fd = static_cast<int>(syscall(SYS_pidfd_open, orphan, 0));
+  if (fd < 0) return true;
+  pollfd end = {fd, POLLIN, 0};
+  const bool ended = poll(&end, 1, 5000) == 1;
+  close(fd);
+  if (ended) (void)waitpid(orphan, nullptr, 0);
+  return ended;
+}
+
+std::vector<std::string> semaphoreSets() {
+  std::ifstream file("/proc/sysvipc/sem");
+  std::string line;
+  std::getline(file, line);  // the heading
+  std::vector<std::string> sets;
+  while (std::getline(file, line)) {
+    std::istringstream fields(line);
+    std::string key, id;
+    fields >> key >> id;
+    sets.push_back(id);
+  }
+  return sets;
+}
+
+}  // namespace endtoend

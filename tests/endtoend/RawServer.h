@@ -1,0 +1,34 @@
+// A server on the loopback that answers every connection's first request with the same bytes and hangs up: for answers
+// that no honest server gives.
+
+#pragma once
+
+#include <gio/gio.h>
+
+#include <string>
+
+#include "examples/support/Owned.h"
+
+namespace endtoend {
+
+class RawServer {
+ public:
+  // Throws std::runtime_error when it cannot listen.
+  explicit RawServer(std::string answer);
+
+  RawServer(const RawServer&) = delete;
+  RawServer& operator=(const RawServer&) = delete;
+
+  //   address("/done")  => "http://127.0.0.1:40123/done"
+  std::string address(const std::string& target = "") const { return base_ + target; }
+
+ private:
+  static gboolean onConnection(GSocketService*, GSocketConnection* connection, GObject*, gpointer self);
+  static void onRequest(GObject* input, GAsyncResult* result, gpointer exchange);
+
+  examples::Owned<GSocketService> service_;
+  std::string base_;
+  std::string answer_;
+};
+
+}  // namespace endtoend

@@ -1,0 +1,109 @@
+// Sign-ins that end at the redirect address.
+
+#include <regex>
+
+#include "examples/hand/Hand.h"
+#include "examples/signin-site/SignInSite.h"
+#include "tests/endtoend/EndToEndTest.h"
+
+namespace endtoend {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+class SignInTest : public EndToEndTest {};
+
+TEST_F(SignInTest, APersonSignsInAndTheWholeAddressIsSent) {
+  examples::SignInSite example;
+  options.signIn = example.signInAddress();
+  options.redirect = example.redirectAddress();
+  options.enterprise = example.enterpriseAddress();
+
+  start();
+  examples::Hand(example, display.name(), temporary("")).signIn();
+
+  EXPECT_THAT(message(), StartsWith("<result><URL>" + example.redirectAddress() + "?code="));
+  EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=7f3a</URL></result>"));
+  const std::vector<Request>& requests = example.server().requests();
+  ASSERT_EQ(requests.size(), 3u);
+  EXPECT_EQ(requests[0].target, "/signin?state=7f3a");
+  EXPECT_EQ(requests[1].method, "POST");
+  EXPECT_EQ(requests[1].fields.at("user"), "ada");
+  EXPECT_THAT(requests[2].target, StartsWith("/done?code="));
+}
+
+TEST_F(SignInTest, TheSiteIsAskedForEachPageOnceAndForNothingElse) {
+  site.serve("/signin", redirectTo(site.address("/done?code=1&state=2")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1&amp;state=2")));
+  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /done?code=1&state=2"));
+}
+
+TEST_F(SignInTest, TheAddressIsSentAsTheBrowserWritesItWithMarkupEscapedOnce) {
+  site.serve("/signin", redirectTo(site.address("/done?a='b'&amp=%26amp;#part")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?a=%27b%27&amp;amp=%26amp;#part")));
+}
+
+TEST_F(SignInTest, AnUpperCasePageIsNotTheLowerCasedRedirectAddress) {
+  options.redirect = site.address("/Done");
+  site.serve("/signin", redirectTo(site.address("/Done?code=1")));
+  site.serve("/Done", pageThatGoesTo(site.address("/done?code=2")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
+}
+
+TEST_F(SignInTest, APageThatAnswersNotFoundIsAPageLikeAnyOther) {
+  examples::Answer missing = pageThatGoesTo(site.address("/done?code=1"));
+  missing.status = 404;
+  site.serve("/signin", missing);
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
+}
+
+TEST_F(SignInTest, ARedirectAddressThatAnswersNotFoundEndsTheSignInAllTheSame) {
+  site.serve("/signin", redirectTo(site.address("/done/nowhere?code=1")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done/nowhere?code=1")));
+}
+
+TEST_F(SignInTest, TheRedirectAddressInASubFrameEndsNothing) {
+  site.serve("/signin", page("<iframe src='/done?code=1' onload=\"location.href = '/done?code=2'\"></iframe>"));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
+  EXPECT_TRUE(site.wasAsked("GET /done?code=1"));
+}
+
+TEST_F(SignInTest, AFragmentOfTheSamePageIsNoFinishedLoad) {
+  options.redirect = site.address("/signin#done");
+  site.serve("/signin", page("<script>onload = () => { location.hash = 'done'; fetch('/loaded') }</script>"));
+  start();
+  untilAsked("/loaded");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SignInTest, AnAddressOfSixtyKilobytesArrivesWhole) {
+  const std::string code(60'000, 'x');
+  site.serve("/signin", pageThatGoesTo(site.address("/done?code=" + code)));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=" + code)));
+}
+
+TEST_F(SignInTest, ATokenInTheAddressReachesTheLauncherAndNotTheLog) {
+  site.serve("/signin", redirectTo(site.address("/done?token=eyJhbGc.eyJzdWI.sig")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?token=eyJhbGc.eyJzdWI.sig")));
+  EXPECT_THAT(logLines(), testing::Each(testing::Not(HasSubstr("eyJ"))));
+}
+
+TEST_F(SignInTest, TheLogOfAGoodRunIsTheTwoLinesOfTheStart) {
+  site.serve("/signin", redirectTo(site.address("/done")));
+  messageOfARun();
+  EXPECT_THAT(logMessages(), ElementsAre("Build Version - 9.0.0.121", "Logging Level verbosity Set  to 4"));
+}
+
+TEST_F(SignInTest, ALogLineHasItsTenFields) {
+  site.serve("/signin", redirectTo(site.address("/done")));
+  messageOfARun();
+  ASSERT_FALSE(logLines().empty());
+  const std::regex line(R"(\S+ \S+:\d{3} \| \[INFO\] \|  \| QSU \| SVO \| SVO \|  \|  \| \d+ \| Build Version - .*)");
+  EXPECT_TRUE(std::regex_match(logLines().front(), line)) << logLines().front();
+}
+
+}  // namespace
+}  // namespace endtoend

@@ -1,0 +1,136 @@
+// The window itself: what it shows, how it is closed, what it opens elsewhere.
+
+#include <signal.h>
+
+#include "tests/endtoend/EndToEndTest.h"
+
+namespace endtoend {
+namespace {
+
+constexpr unsigned kSpinnerBlue = 0x008bd9;
+constexpr int kStripHeight = 20;
+
+class WindowTest : public EndToEndTest {
+ protected:
+  Picture picture() { return screen.picture(window().frame); }
+
+  void untilSeen(unsigned colour) {
+    until("the colour", [&] { return picture().find(colour).has_value(); });
+  }
+};
+
+TEST_F(WindowTest, TheSpinnerTurnsInTheMiddleUntilThePageComes) {
+  site.hold("/signin");
+  start();
+  untilAsked("/signin");
+  untilSeen(kSpinnerBlue);
+  const Area spinner = *picture().find(kSpinnerBlue);
+  EXPECT_NEAR(spinner.x + spinner.width / 2, 680 / 2, 32);
+  EXPECT_NEAR(spinner.y + spinner.height / 2, kStripHeight + 550 / 2, 32);
+  const Picture before = picture();
+  until("the next picture", [&] { return picture().find(kSpinnerBlue)->x != before.find(kSpinnerBlue)->x; });
+}
+
+TEST_F(WindowTest, ItIs680Times570AndHasTheProductsName) {
+  options.product = "My Product \xC3\xBC";
+  site.hold("/signin");
+  start();
+  untilAsked("/signin");
+  EXPECT_EQ(window().title, "My Product \xC3\xBC");
+  EXPECT_EQ(window().frame.width, 680);
+  EXPECT_EQ(window().frame.height, 570);
+  EXPECT_TRUE(screen.sizeLimitsOf(window().id).fixed);
+}
+
+TEST_F(WindowTest, WithoutAProductNameItHasATitleOfItsOwn) {
+  options.product.reset();
+  start();
+  untilAsked("/signin");
+  EXPECT_FALSE(window().title.empty());
+}
+
+TEST_F(WindowTest, ThePageFillsAllButTheStripAtTheTop) {
+  site.serve("/signin", page("<style>body{background:#123456;margin:0}</style>"));
+  start();
+  untilSeen(0x123456);
+  const Area shown = *picture().find(0x123456);
+  EXPECT_EQ(shown.y, kStripHeight);
+  EXPECT_EQ(shown.height, 550);
+  EXPECT_EQ(shown.width, 680);
+}
+
+TEST_F(WindowTest, ALongPageHasNoScrollBarsAndStandsStillUnderTheWheel) {
+  site.serve("/signin",
+             page("<style>body{background:#123456;margin:0}div{height:4000px;width:4000px}</style><div></div><script>"
+                  "onload = () => fetch('/loaded'); onclick = () => location.href = `/done?x=${scrollX}&y=${scrollY}`"
+                  "</script>"));
+  start();
+  untilAsked("/loaded");
+  untilSeen(0x123456);
+  const Area frame = window().frame;
+  screen.moveTo(frame.x + frame.width - 3, frame.y + 300);
+  screen.turnWheel(10);
+  EXPECT_EQ(picture().find(0x123456, 680 * 550)->width, 680);
+  click();
+  EXPECT_EQ(message(), result(site.address("/done?x=0&amp;y=0")));
+}
+
+TEST_F(WindowTest, ClosingItWhileTheSpinnerTurnsIsReported) {
+  site.hold("/signin");
+  start();
+  untilAsked("/signin");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(WindowTest, ClosingItOnTheSignInPageIsReported) {
+  site.serve("/signin", pageThatTells());
+  start();
+  untilAsked("/loaded");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(WindowTest, ClosingItOnTheEnterprisePageIsReported) {
+  site.serve("/signin", redirectTo(site.address("/start?redirect_uri=" + site.address("/staff"))));
+  site.serve("/staff", pageThatTells());
+  start();
+  untilAsked("/loaded");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(WindowTest, APageThatAsksBeforeItIsLeftCannotKeepItOpen) {
+  site.serve("/signin", pageThatTells("<script>onbeforeunload = (event) => event.preventDefault()</script>"));
+  start();
+  untilAsked("/loaded");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+class SignalTest : public WindowTest, public testing::WithParamInterface<int> {};
+
+TEST_P(SignalTest, ASignalToEndIsReportedLikeAClosedWindow) {
+  start();
+  untilAsked("/signin");
+  run->signal(GetParam());
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Endings, SignalTest, testing::Values(SIGTERM, SIGINT, SIGHUP),
+                         [](const auto& each) { return sigabbrev_np(each.param); });
+
+class OddFolderTest : public WindowTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(OddFolderTest, TheSignInStartsFromThere) {
+  const std::filesystem::path folder = temporary(GetParam());
+  std::filesystem::create_directory(folder);
+  std::filesystem::copy(options.program, folder);
+  options.program = folder / "svo-signin";
+  site.serve("/signin", redirectTo(site.address("/done")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done")));
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, OddFolderTest,
+                         testing::Values("two words", "#hash", "what?", "100%", "%20", "[square] {curly} (round)",
+                                         "it's", "\"quoted\"", "gr\xC3\xBC\xC3\x9F\x65 \xE6\x97\xA5\xE6\x9C\xAC",
+                                         "back\\slash", "Upper.Case", "a;b&c=d+e,f:g@h", "<tag>", "~"));
+
+}  // namespace
+}  // namespace endtoend
