@@ -1,0 +1,31 @@
+#include "bench/window/BenchSite.h"
+
+#include "examples/signin-site/Pages.h"
+
+namespace bench {
+namespace {
+
+constexpr char kPicture[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="96" height="96" viewBox="0 0 96 96">
+<circle cx="48" cy="48" r="44" fill="#32245a"/><path d="M28 52l14 14 28-34" fill="none" stroke="#fff" stroke-width="9"/>
+</svg>)";
+
+// The second frame begins when the first one, the page with everything that it has loaded, is drawn.
+constexpr char kPictureAndBeacon[] = R"(<img src="/picture" alt=""><script>
+addEventListener("load", () =>
+  requestAnimationFrame(() => requestAnimationFrame(() => navigator.sendBeacon("/shown"))));
+</script>)";
+
+}  // namespace
+
+BenchSite::BenchSite() {
+  server_.serve("/redirecting", examples::redirectTo(redirectAddress() + "?code=4711"));
+  server_.serve("/done", examples::page(examples::notePage("Signed in", "You may close this window.")));
+  server_.serve("/signin", examples::page(examples::signInPage("7f3a", enterpriseAddress()) + kPictureAndBeacon));
+  server_.serve("/picture", examples::Answer{200, kPicture, {{"Content-Type", "image/svg+xml"}}});
+  server_.serve("/shown", [this](const examples::Request&) {
+    ++shown_;
+    return examples::Answer{204, "", {}};
+  });
+}
+
+}  // namespace bench

@@ -1,0 +1,108 @@
+// Measures the sign-in window against the bare one, in pairs: how long it takes from the start of the program to its
+// message, and how much memory all its processes take while they show a sign-in page.
+//
+// Has to be run through tests/support/in-own-home, so that no window touches the home folder of a person. The windows
+// appear on a virtual display of the bench's own. Exits with 0 when everything was measured, whatever came out.
+
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "bench/Report.h"
+#include "bench/window/BenchSite.h"
+#include "bench/window/WindowRun.h"
+#include "examples/hand/VirtualDisplay.h"
+#include "examples/launcher/Answer.h"
+#include "platform/Bundle.h"
+#include "tests/support/Home.h"
+
+namespace {
+
+using bench::BenchSite;
+using bench::Pairs;
+using bench::WindowRun;
+
+constexpr std::size_t kPairsOfStarts = 15;
+constexpr std::size_t kPairsOfMemory = 7;
+
+enum class Side { kOurs, kPeer };
+
+class WindowBench {
+ public:
+  Pairs start() { return inPairs(kPairsOfStarts, &WindowBench::millisecondsToMessage); }
+  Pairs memory() { return inPairs(kPairsOfMemory, &WindowBench::memoryOfSignIn); }
+
+ private:
+  using Measurement = double (WindowBench::*)(Side);
+
+  // The first pair only fills the caches of the disk and of the fonts.
+  Pairs inPairs(std::size_t count, Measurement measure) {
+    (void)(this->*measure)(Side::kOurs);
+    (void)(this->*measure)(Side::kPeer);
+
+    Pairs pairs;
+    while (pairs.size() < count) {
+      const double ours = (this->*measure)(Side::kOurs);
+      pairs.add(ours, (this->*measure)(Side::kPeer));
+    }
+    return pairs;
+  }
+
+  double millisecondsToMessage(Side side) {
+    const auto begin = std::chrono::steady_clock::now();
+    WindowRun run(command(side, site_.redirectingAddress()), display_.name());
+    const std::string message = run.message();
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
+
+    if (launcher::read(message).code != launcher::kSignedIn) throw std::runtime_error("not signed in: " + message);
+    run.waitForEnd();
+    return time.count();
+  }
+
+  double memoryOfSignIn(Side side) {
+    const int shownBefore = site_.shown();
+    WindowRun run(command(side, site_.signInAddress()), display_.name());
+    run.waitFor([&] { return site_.shown() > shownBefore; });
+    const double memory = run.memory();
+    if (!(memory > 0)) throw std::runtime_error("the system does not tell the memory of processes");
+    run.close();
+    run.waitForEnd();
+    return memory;
+  }
+
+  WindowRun::Command command(Side side, const std::string& signIn) const {
+    const std::string folder = platform::bundlePath();
+    const std::string redirect = site_.redirectAddress();
+    if (side == Side::kPeer) {
+      return [=](const std::string& pipe) {
+        return std::vector<std::string>{folder + "/bare-window", signIn, redirect, pipe};
+      };
+    }
+    const std::string enterprise = site_.enterpriseAddress();
+    return [=](const std::string& pipe) {
+      return std::vector<std::string>{folder + "/svo-signin",      "--zelURL=" + signIn,
+                                      "--redirectURL=" + redirect, "--redirectType3URL=" + enterprise,
+                                      "--productName=Example",     "--pipeName=" + pipe};
+    };
+  }
+
+  examples::VirtualDisplay display_;
+  BenchSite site_;
+};
+
+}  // namespace
+
+int main() try {
+  (void)support::ownHome();
+  WindowBench bench;
+  bench::printHead();
+  bench::print("start of the program to its message", bench.start(), "ms", bench::atMost(1.05));
+  bench::print("memory with the sign-in page shown", bench.memory(), "MB", bench::atMost(0.85));
+  return 0;
+} catch (const std::exception& problem) {
+  std::fprintf(stderr, "bench-window: %s\n", problem.what());
+  return 1;
+}
