@@ -25,7 +25,7 @@ using bench::BenchSite;
 using bench::Pairs;
 using bench::WindowRun;
 
-constexpr std::size_t kPairsOfStarts = 15;
+constexpr std::size_t kPairsOfStarts = 25;
 constexpr std::size_t kPairsOfMemory = 7;
 
 enum class Side { kOurs, kPeer };
