@@ -1,7 +1,5 @@
 #include "app/gtk/AppDelegate.h"
 
-#include <glib-unix.h>
-
 #include "app/gtk/LoadSignals.h"
 
 AppDelegate::AppDelegate()
@@ -20,16 +18,13 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::run(const std::string& bundlePath) {
-  const guint signals[] = {g_unix_signal_add(SIGTERM, onSignal, this), g_unix_signal_add(SIGINT, onSignal, this),
-                           g_unix_signal_add(SIGHUP, onSignal, this)};
   window_->activate();
   flow_.launch(bundlePath);
   gtk_main();
-  for (const guint signal : signals)
-    g_source_remove(signal);
 }
 
 void AppDelegate::closeWindow() {
+  if (flow_.hasEnded()) return;
   flow_.lastWindowClosed();
   window_->terminate();
 }
@@ -45,9 +40,4 @@ GtkWidget* AppDelegate::onCreate(WebKitWebView*, WebKitNavigationAction* action,
   const char* const address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
   if (address != nullptr && *address != '\0') self->flow_.newWindowRequested(address);
   return nullptr;
-}
-
-gboolean AppDelegate::onSignal(gpointer self) {
-  static_cast<AppDelegate*>(self)->closeWindow();
-  return G_SOURCE_CONTINUE;
 }

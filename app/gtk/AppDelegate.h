@@ -25,14 +25,15 @@ class AppDelegate : private LoadOutcomes {
   // Shows the spinner page and handles events until the end of the run.
   void run(const std::string& bundlePath);
 
+  // Ends the run as when the user closes the window.
+  void closeWindow();
+
  private:
   void mainFrameFinished(const std::optional<std::string>& address) override { flow_.mainFrameFinished(address); }
   void loadFailed(const LoadFailure& failure) override { flow_.loadFailed(failure); }
-  void closeWindow();
 
   static gboolean onDelete(GtkWidget*, GdkEvent*, AppDelegate* self);
   static GtkWidget* onCreate(WebKitWebView*, WebKitNavigationAction* action, AppDelegate* self);
-  static gboolean onSignal(gpointer self);
 
   std::unique_ptr<SVOWindow> window_;
   SignInFlow flow_;

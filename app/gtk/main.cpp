@@ -5,6 +5,7 @@
 
 #include "app/CommandLine.h"
 #include "app/gtk/AppDelegate.h"
+#include "app/gtk/TerminationSignals.h"
 #include "applog/Logger.h"
 #include "platform/Bundle.h"
 
@@ -23,6 +24,9 @@ int reportMissingDisplay() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Before the log: a process that a signal ends in the middle leaves its place in the log's locks behind.
+  static TerminationSignals signals;
+
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
@@ -40,6 +44,9 @@ int main(int argc, char** argv) {
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
 
-  AppDelegate().run(platform::bundlePath());
+  // A signal counts as closing the window: the launcher still gets its message.
+  AppDelegate delegate;
+  signals.deliverTo([&delegate] { delegate.closeWindow(); });
+  delegate.run(platform::bundlePath());
   return 0;
 }
