@@ -31,7 +31,7 @@ inline std::string ownLogFolder() {
 
 // Empties the home folder, so that a test begins as the first one did.
 inline std::string freshHome() {
-  const std::string home = ownHome();
+  std::string home = ownHome();
   for (const auto& entry : std::filesystem::directory_iterator(home))
     std::filesystem::remove_all(entry.path());
   return home;
