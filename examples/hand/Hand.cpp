@@ -46,13 +46,15 @@ void Hand::click(const Area& area) {
   screen_.click(area.x + area.width / 2, area.y + area.height / 2);
 }
 
-Area Hand::fillInTheForm(const Area& page, unsigned buttonColour) {
+void Hand::fillInTheForm(const Area& button) {
   // Without a window manager the keys go to the window under the pointer.
-  screen_.moveTo(page.x, page.y);
+  screen_.moveTo(button.x, button.y);
   screen_.type("ada");
   screen_.press(XK_Tab);
   screen_.type("Correct-Horse-7");
-  return look(buttonColour, "the button of the form");
+  // A page takes keys one after another while a click overtakes them: it has to wait for the last of them to show.
+  screen_.press(XK_Tab);
+  look(kFocusRing, "the focus on the button");
 }
 
 void Hand::watchTheSpinner() {
@@ -63,22 +65,22 @@ void Hand::watchTheSpinner() {
 }
 
 void Hand::signIn() {
-  const Area page = look(kOrganisationLink, "the sign-in page");
-  const Area button = fillInTheForm(page, kSignInButton);
+  const Area button = look(kSignInButton, "the sign-in page");
+  fillInTheForm(button);
   takePicture("sign-in");
   click(button);
 }
 
 void Hand::signInWithTheOrganisation() {
   click(look(kOrganisationLink, "the link to the organisation"));
-  const Area page = look(kEnterpriseBanner, "the enterprise page");
-  const Area button = fillInTheForm(page, kEnterpriseButton);
+  const Area button = look(kEnterpriseButton, "the enterprise page");
+  fillInTheForm(button);
   takePicture("enterprise");
   click(button);
 }
 
 void Hand::closeTheWindow() {
-  look(kOrganisationLink, "the sign-in page");
+  look(kSignInButton, "the sign-in page");
   screen_.close(theWindow().id);
 }
 

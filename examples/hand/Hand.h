@@ -27,7 +27,7 @@ class Hand {
   ScreenWindow theWindow();
   Area look(unsigned colour, const std::string& what);
   void takePicture(const std::string& name);
-  Area fillInTheForm(const Area& page, unsigned buttonColour);
+  void fillInTheForm(const Area& button);
   void click(const Area& area);
 
   SignInSite& site_;

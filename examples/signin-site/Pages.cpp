@@ -16,16 +16,16 @@ main { width: 360px; padding: 36px 40px; background: #fff; border-radius: 14px;
 h1 { margin: 0 0 4px; font-size: 22px; }
 p { margin: 0 0 22px; color: #667082; }
 label { display: block; margin-bottom: 16px; font-size: 13px; color: #455061; }
-input { display: block; width: 100%; margin-top: 5px; padding: 9px 12px; font: inherit; color: inherit;
-        border: 1px solid #c6cdd8; border-radius: 8px; outline: none; }
-input:focus { border-color: #45506a; }
+label input { display: block; width: 100%; margin-top: 5px; padding: 9px 12px; font: inherit; color: inherit;
+              border: 1px solid #c6cdd8; border-radius: 8px; outline: none; }
+label input:focus { border-color: #45506a; }
 button, a { display: block; width: 100%; margin-top: 6px; padding: 11px; font: inherit; font-weight: bold;
             text-align: center; text-decoration: none; color: #fff; background: var(--colour);
             border: 0; border-radius: 8px; }
-form:invalid button { background: #a9b3c2; }
+button:focus, a:focus { outline: 3px solid var(--focus); outline-offset: 2px; }
 a { margin-top: 12px; font-weight: normal; color: #3b2a68; }
 .wide { display: flex; width: 680px; padding: 0; overflow: hidden; }
-.wide aside { width: 260px; padding: 40px 32px; color: #fff; background: var(--colour); }
+.wide aside { width: 260px; padding: 40px 32px; color: #fff; background: #32245a; }
 .wide aside p { color: #d5cbee; }
 .wide section { flex: 1; padding: 40px; }
 )";
@@ -42,15 +42,19 @@ std::string escaped(const std::string& text) {
   return result;
 }
 
-std::string document(const std::string& title, const std::string& body) {
-  return "<!DOCTYPE html><html lang=\"en\"><head><meta charset=\"utf-8\"><title>" + title + "</title><style>" + kStyle +
-         "</style></head><body>" + body + "</body></html>";
+std::string notation(unsigned colour) {
+  char text[8];
+  std::snprintf(text, sizeof text, "#%06x", colour & 0xffffffu);
+  return text;
 }
 
 std::string style(unsigned colour) {
-  char text[40];
-  std::snprintf(text, sizeof text, " style=\"--colour: #%06x\"", colour);
-  return text;
+  return " style=\"--colour: " + notation(colour) + "\"";
+}
+
+std::string document(const std::string& title, const std::string& body) {
+  return "<!DOCTYPE html><html lang=\"en\"><head><meta charset=\"utf-8\"><title>" + title + "</title><style>" + kStyle +
+         ":root { --focus: " + notation(kFocusRing) + "; }</style></head><body>" + body + "</body></html>";
 }
 
 std::string button(const char* text, unsigned colour) {
@@ -73,9 +77,9 @@ std::string signInPage(const std::string& state, const std::string& enterpriseAd
 
 std::string enterprisePage() {
   return document("Enterprise sign-in",
-                  "<main class=\"wide\"><aside" + style(kEnterpriseBanner) +
-                      "><h1>Northwind Mills</h1><p>Your organisation signs you in.</p></aside>"
-                      "<section><h1>Staff sign-in</h1><p>Use the account of your workplace.</p><form method=\"post\">" +
+                  "<main class=\"wide\"><aside>"
+                  "<h1>Northwind Mills</h1><p>Your organisation signs you in.</p></aside>"
+                  "<section><h1>Staff sign-in</h1><p>Use the account of your workplace.</p><form method=\"post\">" +
                       std::string(kFields) + button("Go on", kEnterpriseButton) + "</form></section></main>");
 }
 

@@ -6,12 +6,11 @@
 
 namespace examples {
 
-// Colours by which a page and its parts can be found by eye, 0xRRGGBB: nothing else on a page has them. The button of a
-// form is grey until the form is filled in.
+// Colours by which a page and its parts can be found by eye, 0xRRGGBB: nothing else on a page has them.
 constexpr unsigned kSignInButton = 0x1f6feb;
 constexpr unsigned kOrganisationLink = 0xe6e0f4;
-constexpr unsigned kEnterpriseBanner = 0x32245a;
 constexpr unsigned kEnterpriseButton = 0x6f42c1;
+constexpr unsigned kFocusRing = 0xf0a020;  // around the button or link that the Tab key has reached
 
 // A form for user name and password that is posted to the page's own address, together with `state`. Below it a link,
 // drawn as a button, leads to `enterpriseAddress`.

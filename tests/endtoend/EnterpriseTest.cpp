@@ -46,9 +46,9 @@ TEST_F(EnterpriseTest, APersonSignsInWithTheOrganisation) {
 
 TEST_F(EnterpriseTest, TheAddressBehindRedirectUriIsFollowedToItsVeryEnd) {
   site.serve("/staff", pageThatGoesTo(site.address("/done?code=1")));
-  site.serve("/signin", redirectTo(startWith("/staff?a=%41&b=2")));
+  site.serve("/signin", redirectTo(startWith("/staff?a=%26&b=2")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
-  EXPECT_TRUE(site.wasAsked("GET /staff?a=%41&b=2"));
+  EXPECT_THAT(site.asked(), testing::Contains("GET /staff?a=%26&b=2"));
 }
 
 TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {

@@ -58,8 +58,17 @@ TEST_F(LoadFailureTest, ADroppedConnectionIsLoggedAndTheRunGoesOn) {
   expectFailureInTheLog(server.address("/signin"), -1005);
 }
 
-TEST_F(LoadFailureTest, ATruncatedPageIsLoggedAndTheRunGoesOn) {
+TEST_F(LoadFailureTest, APageThatBreaksOffBeforeItShowsIsLoggedAndTheRunGoesOn) {
   const RawServer server("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 9999\r\n\r\n<p>half a page");
+  options.signIn = server.address("/signin");
+  start();
+  untilLogSays("didFailProvisionalLoadWithError Error code -1005");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(LoadFailureTest, APageThatBreaksOffInTheMiddleIsLoggedAndTheRunGoesOn) {
+  const RawServer server("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 99999\r\n\r\n<p>half a page" +
+                         std::string(20'000, '.'));
   options.signIn = server.address("/signin");
   start();
   untilLogSays("didFailLoadWithError Error code -1005");
@@ -74,14 +83,12 @@ TEST_F(LoadFailureTest, AnAnswerThatIsNotHttpEndsTheRun) {
 }
 
 TEST_F(LoadFailureTest, ALoadThatAnotherReplacesIsLoggedAndTheOtherCounts) {
-  site.serve("/signin", page("<script>location.href = '/slow'; fetch('/turn').then(() => {"
-                             "location.href = '/done?code=1' })</script>"));
+  site.serve("/signin", page("<script>onload = () => setTimeout(() => { location.href = '/slow' });"
+                             "onclick = () => { location.href = '/done?code=1' }</script>"));
   site.hold("/slow");
-  site.hold("/turn");
   start();
   untilAsked("/slow");
-  untilAsked("/turn");
-  site.release("/turn");
+  click();
   EXPECT_EQ(message(), result(site.address("/done?code=1")));
   expectFailureInTheLog(site.address("/slow"), -999);
 }

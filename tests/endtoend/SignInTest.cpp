@@ -32,6 +32,7 @@ TEST_F(SignInTest, APersonSignsInAndTheWholeAddressIsSent) {
   EXPECT_EQ(requests[0].target, "/signin?state=7f3a");
   EXPECT_EQ(requests[1].method, "POST");
   EXPECT_EQ(requests[1].fields.at("user"), "ada");
+  EXPECT_EQ(requests[1].fields.at("password"), "Correct-Horse-7");
   EXPECT_THAT(requests[2].target, StartsWith("/done?code="));
 }
 
@@ -73,7 +74,8 @@ TEST_F(SignInTest, TheRedirectAddressInASubFrameEndsNothing) {
 
 TEST_F(SignInTest, AFragmentOfTheSamePageIsNoFinishedLoad) {
   options.redirect = site.address("/signin#done");
-  site.serve("/signin", page("<script>onload = () => { location.hash = 'done'; fetch('/loaded') }</script>"));
+  site.serve("/signin",
+             page("<script>onload = () => setTimeout(() => { location.hash = 'done'; fetch('/loaded') })</script>"));
   start();
   untilAsked("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
