@@ -92,14 +92,21 @@ bool LogTargetDefault::SetStreamPath(const char* name) {
 }
 
 void LogTargetDefault::WriteStream(const char* text) {
-  outgoing.assign(fileEnd.isInsideLine() ? "\n" : "");
-  outgoing += text;
-  outgoing += '\n';
+  beginLine();
+  line += text;
+  endLine();
+}
 
-  stream.write(outgoing.data(), static_cast<std::streamsize>(outgoing.size()));
+void LogTargetDefault::beginLine() {
+  line.assign(fileEnd.isInsideLine() ? "\n" : "");
+}
+
+void LogTargetDefault::endLine() {
+  line += '\n';
+  stream.write(line.data(), static_cast<std::streamsize>(line.size()));
   stream.flush();
   if (stream) {
-    fileEnd.movedBy(outgoing.size());
+    fileEnd.movedBy(line.size());
     return;
   }
   fileEnd.forget();
@@ -147,9 +154,9 @@ bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const ch
   formatted[0] = '\0';
   if (format != nullptr) getLogMessage(formatted, sizeof formatted, format, arguments);
   const char* message = arguments == nullptr ? format : formatted;
-  line.clear();
+  beginLine();
   formatLog(timeMs, level, sessionId, domain, subDomain, component, extra1, extra2, message, line);
-  WriteStream(line.c_str());
+  endLine();
   return true;
 }
 
@@ -171,7 +178,8 @@ void LogTargetDefault::formatLog(unsigned long long timeMs, Log_Level level, con
 
   out.append(time).append(separator).append("[").append(getLogLevelString(level)).append("]").append(separator);
   for (const char* text : {sessionId, domain, subDomain, component, extra1, extra2}) {
-    out.append(orEmpty(text)).append(separator);
+    if (text != nullptr) out.append(text);
+    out.append(separator);
   }
   out.append(getCurrentThreadID()).append(separator).append(message);
 }
@@ -185,7 +193,14 @@ void LogTargetDefault::getTimeStr(unsigned long long timeMs, char* buffer) {
     getCurrentTime(time);
   }
   lastLineTime = time.tv_sec;
-  std::snprintf(buffer, timeSize, "%s:%.3d", secondText.at(time.tv_sec).c_str(), static_cast<int>(time.tv_usec / 1000));
+
+  const std::string& text = secondText.at(time.tv_sec);
+  const auto milliseconds = static_cast<unsigned>(time.tv_usec / 1000);
+  buffer += text.copy(buffer, timeSize - sizeof ":000");
+  *buffer++ = ':';
+  for (const unsigned place : {100u, 10u, 1u})
+    *buffer++ = static_cast<char>('0' + milliseconds / place % 10);
+  *buffer = '\0';
 }
 
 std::string LogTargetDefault::getCurrentThreadID() const {

@@ -80,6 +80,8 @@ class LogTargetDefault : public LogTargetBase {
 
  private:
   void checkSizeWhenDue();
+  void beginLine();
+  void endLine();
   void dropLock();
 
   std::unique_ptr<BinaryLock> lock;
@@ -90,8 +92,7 @@ class LogTargetDefault : public LogTargetBase {
 
   FileEnd fileEnd;
   SecondText secondText;
-  std::string line;
-  std::string outgoing;
+  std::string line;  // being written; kept for its memory
 };
 
 }  // namespace tarn

@@ -12,18 +12,25 @@ namespace tarn {
 
 class SecondText {
  public:
-  // "%x %X" of strftime in local time, at most 255 bytes; follows the locale and the TZ variable as they are now.
+  // "%x %X" of strftime in local time, at most 250 bytes. Follows the locale at once, and the zone as soon as anybody
+  // has called tzset or localtime, or else with the next second.
   //   in the "C" locale  => "03/07/14 16:05:09"
   const std::string& at(std::time_t second);
 
  private:
-  bool isStillTrue(std::time_t second, const char* zone) const;
+  // What a text depends on besides its second. The addresses are only compared: what they point to may be gone.
+  struct Setting {
+    const void* dateForm;
+    const void* zoneName;
+    long secondsWest;
+  };
+
+  static Setting presentSetting();
+  bool isStillTrue(std::time_t second) const;
 
   std::string text_;
   std::time_t second_ = 0;
-  std::string zone_;
-  bool zoneIsSet_ = false;
-  const char* dateForm_ = nullptr;  // only compared: the text itself may have been freed with its locale
+  Setting setting_{};
 };
 
 }  // namespace tarn

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <thread>
 
 namespace platform {
 namespace {
@@ -12,9 +13,10 @@ union SemaphoreArgument {
   unsigned short* values;
 };
 
-// Falling asleep costs a context switch on both sides, while a log line is written within a few microseconds. More
-// tries than these gain nothing, and keep a processor from the holder when there are more processes than processors.
-constexpr int triesBeforeSleeping = 20;
+// Falling asleep costs a context switch on both sides, and as long as somebody sleeps every release hands the member
+// over to a sleeper; a log line is written within a few microseconds. Giving way between the tries lets a holder run
+// that was interrupted, and so keeps the slowest lines fast when there are more processes than processors.
+constexpr int triesBeforeSleeping = 100;
 
 // The kernel orders the threads that meet at a semaphore, and the language knows nothing of it; this tells.
 std::atomic<unsigned> handOvers{0};
@@ -51,6 +53,7 @@ bool SemaphoreSet::take(int member) const {
   for (int tries = 0; tries < triesBeforeSleeping; ++tries) {
     if (change(member, -1, SEM_UNDO | IPC_NOWAIT)) return true;
     if (errno != EAGAIN) return false;
+    std::this_thread::yield();
   }
   return change(member, -1, SEM_UNDO);
 }

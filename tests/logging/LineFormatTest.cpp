@@ -33,8 +33,14 @@ class LineFormatTest : public FileTargetTest {
 // The zone of the process until the end of the scope.
 class TimeZone {
  public:
-  explicit TimeZone(const char* zone) { ::setenv("TZ", zone, 1); }
-  ~TimeZone() { ::unsetenv("TZ"); }
+  explicit TimeZone(const char* zone) {
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+  }
+  ~TimeZone() {
+    ::unsetenv("TZ");
+    ::tzset();
+  }
 };
 
 TEST_F(LineFormatTest, FieldsStandInOrderBetweenSeparators) {
