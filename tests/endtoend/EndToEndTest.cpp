@@ -33,6 +33,7 @@ examples::Answer pageThatTells(const std::string& body) {
 
 EndToEndTest::EndToEndTest()
     : folder_(makeFolder()), logs_(logFile().parent_path()), screen(display.name()), pipe(folder_ / "answer") {
+  std::filesystem::remove(logFile());  // of an earlier test in the same home
   for (const char* path : {"/signin", "/done", "/start"})
     site.serve(path, page(path));
   options.signIn = site.address("/signin");

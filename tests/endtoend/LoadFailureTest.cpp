@@ -80,6 +80,7 @@ TEST_F(LoadFailureTest, AnAnswerThatIsNotHttpEndsTheRun) {
   const RawServer server("good morning\r\n\r\n");
   options.signIn = server.address("/signin");
   EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(server.address("/signin"), -1017);
 }
 
 TEST_F(LoadFailureTest, ALoadThatAnotherReplacesIsLoggedAndTheOtherCounts) {
@@ -110,22 +111,25 @@ TEST_F(LoadFailureTest, APageThatGoesToASchemeThatCannotBeLoadedEndsTheRun) {
   options.redirect = "cb:/done";
   site.serve("/signin", pageThatGoesTo("cb:/done?code=1"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog("cb:/done?code=1", 101);
 }
 
 TEST_F(LoadFailureTest, APortThatNoBrowserOpensEndsTheRun) {
   options.signIn = "http://127.0.0.1:1/signin";
   EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog("http://127.0.0.1:1/signin", 103);
 }
 
 TEST_F(LoadFailureTest, AnAnswerWithoutContentEndsTheRun) {
   site.serve("/signin", {204, "", {}});
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  EXPECT_THAT(logMessages(), Contains(HasSubstr("Error code ")));
+  expectFailureInTheLog(site.address("/signin"), 102);
 }
 
 TEST_F(LoadFailureTest, ADownloadEndsTheRunAndReachesNoFolder) {
   site.serve("/signin", {200, "secret", {{"Content-Disposition", "attachment; filename=secret.txt"}}});
   EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(site.address("/signin"), 102);
   EXPECT_THAT(filesInHome(), Not(Contains(HasSubstr("secret"))));
 }
 
@@ -145,6 +149,7 @@ TEST_F(LoadFailureTest, AnUntrustedRedirectAddressIsAFailureAndNoResult) {
   options.redirect = secure.address("/done");
   site.serve("/signin", redirectTo(secure.address("/done?code=1")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(secure.address("/done?code=1"), -1203);
 }
 
 TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
@@ -153,11 +158,18 @@ TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
   expectFailureInTheLog(nobody.address("/advert"), -1004);
 }
 
+TEST_F(LoadFailureTest, ASubFrameOnAnUnknownHostEndsTheRun) {
+  site.serve("/signin", page("<iframe src='http://nowhere.invalid/advert'></iframe>"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog("http://nowhere.invalid/advert", -1003);
+}
+
 TEST_F(LoadFailureTest, AnUntrustedSubFrameEndsTheRun) {
   const Certificate selfSigned(temporary("certificate.pem"));
   LoopbackServer secure(selfSigned.get());
   site.serve("/signin", page("<iframe src='" + secure.address("/advert") + "'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(secure.address("/advert"), -1203);
 }
 
 TEST_F(LoadFailureTest, ASubFrameThatIsNotFoundIsNoFailure) {
@@ -181,6 +193,7 @@ TEST_F(LoadFailureTest, AKilledPageProcessEndsTheRun) {
   ASSERT_TRUE(pageProcess);
   kill(*pageProcess, SIGKILL);
   EXPECT_EQ(message(), kLoadFailed);
+  EXPECT_TRUE(logSays("didFailLoadWithError for URL " + site.address("/signin")));
 }
 
 TEST_F(LoadFailureTest, AnAddressWithATokenIsNotLogged) {

@@ -87,6 +87,12 @@ TEST_F(SignInTest, AnAddressOfSixtyKilobytesArrivesWhole) {
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=" + code)));
 }
 
+TEST_F(SignInTest, AnAddressThatIsTooLongForThePipeIsCutAndTheRunEnds) {
+  const std::string address = site.address("/done#" + std::string(80'000, 'x'));
+  site.serve("/signin", pageThatGoesTo(address));
+  EXPECT_EQ(messageOfARun(), result(address).substr(0, 65'536));
+}
+
 TEST_F(SignInTest, ATokenInTheAddressReachesTheLauncherAndNotTheLog) {
   site.serve("/signin", redirectTo(site.address("/done?token=eyJhbGc.eyJzdWI.sig")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?token=eyJhbGc.eyJzdWI.sig")));

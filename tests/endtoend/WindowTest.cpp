@@ -57,11 +57,18 @@ TEST_F(WindowTest, ThePageFillsAllButTheStripAtTheTop) {
   EXPECT_EQ(shown.width, 680);
 }
 
+// A click makes the page tell how far it has been scrolled, thirty frames later: a smooth scroll takes its time.
+constexpr char kLongPage[] = R"(
+<style>body { background: #123456; margin: 0 } div { height: 4000px; width: 4000px }</style><div></div>
+<script>
+  const tell = (frames) => frames ? requestAnimationFrame(() => tell(frames - 1))
+                                  : location.href = `/done?x=${scrollX}&y=${scrollY}`;
+  onclick = () => tell(30);
+  onload = () => fetch('/loaded');
+</script>)";
+
 TEST_F(WindowTest, ALongPageHasNoScrollBarsAndStandsStillUnderTheWheel) {
-  site.serve("/signin",
-             page("<style>body{background:#123456;margin:0}div{height:4000px;width:4000px}</style><div></div><script>"
-                  "onload = () => fetch('/loaded'); onclick = () => location.href = `/done?x=${scrollX}&y=${scrollY}`"
-                  "</script>"));
+  site.serve("/signin", page(kLongPage));
   start();
   untilAsked("/loaded");
   untilSeen(0x123456);
