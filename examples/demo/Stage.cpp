@@ -21,6 +21,7 @@ bool isSet(const char* variable) {
 }  // namespace
 
 Stage::Stage(std::string build) : build_(std::move(build)) {
+  if (!std::filesystem::is_directory(build_)) throw std::runtime_error("there is no folder " + build_);
   if (isSet("DISPLAY") || isSet("WAYLAND_DISPLAY")) return;
   display_ = std::make_unique<VirtualDisplay>();
   std::filesystem::create_directories(build_ + "/demo");
