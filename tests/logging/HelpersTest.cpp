@@ -1,9 +1,9 @@
 #include "logging/Helpers.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <ctime>
-#include <regex>
 
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"
@@ -27,7 +27,7 @@ TEST(Helpers, TheCurrentTimeIsTheSystems) {
 TEST(Helpers, ADatetimeHasNineteenCharactersThatAFileNameCanHold) {
   std::string stamp;
   ASSERT_TRUE(tarn::getDatetime(stamp));
-  EXPECT_TRUE(std::regex_match(stamp, std::regex(R"(\d\d-\d\d-\d{4} \d\d-\d\d-\d\d)"))) << stamp;
+  EXPECT_THAT(stamp, testing::MatchesRegex("[0-9]{2}-[0-9]{2}-[0-9]{4} [0-9]{2}-[0-9]{2}-[0-9]{2}"));
 }
 
 TEST(Helpers, AMessageLeavesRoomForTwoBytes) {

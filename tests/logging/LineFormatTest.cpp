@@ -4,7 +4,6 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <regex>
 #include <thread>
 
 #include "logging/Helpers.h"

@@ -83,6 +83,14 @@ class Shared {
   T* object_;
 };
 
+// Whether a signal reaches a process that sleeps in a system call: the thread sanitizer holds it back until the call
+// has ended.
+#if defined(__SANITIZE_THREAD__)
+constexpr bool signalsInterrupt = false;
+#else
+constexpr bool signalsInterrupt = true;
+#endif
+
 // Looks again and again until it is true; false when that has not come after half a minute.
 inline bool comesTrue(const std::function<bool()>& condition) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
