@@ -135,9 +135,8 @@ void measureFourProcesses() {
   measureThroughput("four processes, against a logger with a lock file", locked(folder / "peer.log"), atLeast(1.1));
   measureThroughput("four processes, against bare appending writes", bare(folder / "bare"), atLeast(0.30));
 
-  std::vector<double> worst;
-  for (int i = 0; i < repetitions; ++i)
-    worst.push_back(worstOfAThousandInMilliseconds());
+  std::vector<double> worst(repetitions);
+  std::generate(worst.begin(), worst.end(), worstOfAThousandInMilliseconds);
   print("99.9 % of lines of four processes take at most", median(worst), "ms", atMost(1));
 }
 
