@@ -26,6 +26,13 @@ constexpr int fileFlagNumber = 2147483547;
 constexpr int fileLockNumber = 11;
 constexpr std::uintmax_t sizeToCutAt = 10 * 1024 * 1024;
 
+// The system takes a dead process's memory apart before its locks, and a sanitizer's memory is large.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr double longestDeathInMilliseconds = 200;
+#else
+constexpr double longestDeathInMilliseconds = 5;
+#endif
+
 class ManyProcessesTest : public testing::Test {
  protected:
   ManyProcessesTest() {
@@ -158,7 +165,7 @@ TEST_F(ManyProcessesTest, AKilledHolderFreesBothLocksWithinMilliseconds) {
   }
   std::sort(milliseconds.begin(), milliseconds.end());
   RecordProperty("medianMilliseconds", std::to_string(milliseconds[15]));
-  EXPECT_LT(milliseconds[15], 5);
+  EXPECT_LT(milliseconds[15], longestDeathInMilliseconds);
   flag.finalizeFlag();
 }
 
