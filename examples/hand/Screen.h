@@ -6,7 +6,6 @@
 #pragma once
 
 #include <X11/keysym.h>
-#include <glib.h>
 #include <sys/types.h>
 
 #include <initializer_list>

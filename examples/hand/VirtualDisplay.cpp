@@ -22,12 +22,12 @@ std::string readLine(int fd) {
 VirtualDisplay::VirtualDisplay() {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe for the display");
-  server_ = std::make_unique<ChildProcess>(
-      ChildProcess::Setup{{"Xvfb", "-displayfd", "3", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"},
-                          {},
-                          "/dev/null",
-                          ends[1],
-                          3});
+  ChildProcess::Setup setup;
+  setup.command = {"Xvfb", "-displayfd", "3", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"};
+  setup.errorFile = "/dev/null";
+  setup.fd = ends[1];
+  setup.fdInChild = 3;
+  server_ = std::make_unique<ChildProcess>(setup);
   const std::string number = readLine(ends[0]);
   close(ends[0]);
   if (number.empty()) throw std::runtime_error("Xvfb does not start");

@@ -19,6 +19,7 @@ Owned<GSubprocessLauncher> makeLauncher(const ChildProcess::Setup& setup) {
   for (const auto& [name, value] : setup.environment) {
     g_subprocess_launcher_setenv(launcher.get(), name.c_str(), value.c_str(), TRUE);
   }
+  if (!setup.outputFile.empty()) g_subprocess_launcher_set_stdout_file_path(launcher.get(), setup.outputFile.c_str());
   if (!setup.errorFile.empty()) g_subprocess_launcher_set_stderr_file_path(launcher.get(), setup.errorFile.c_str());
   if (setup.fd >= 0) g_subprocess_launcher_take_fd(launcher.get(), setup.fd, setup.fdInChild);
   return launcher;

@@ -20,7 +20,8 @@ class ChildProcess {
   struct Setup {
     std::vector<std::string> command;                // [0] is the program: a path, or a name that is looked up in PATH
     std::map<std::string, std::string> environment;  // on top of this process's own
-    std::string errorFile;                           // takes standard error; empty: it goes where this process's goes
+    std::string outputFile;                          // takes standard output; empty: it goes where this process's goes
+    std::string errorFile;                           // the same for standard error
     int fd = -1;                                     // handed to the child as `fdInChild` and closed here
     int fdInChild = -1;
   };

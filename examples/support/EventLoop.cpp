@@ -42,9 +42,4 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
   return true;
 }
 
-void handleWhatIsReady() {
-  while (g_main_context_iteration(nullptr, FALSE)) {
-  }
-}
-
 }  // namespace examples

@@ -12,7 +12,4 @@ namespace examples {
 // Returns false when `deadline` passes first.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline);
 
-// Lets every event that is ready now be handled, and returns.
-void handleWhatIsReady();
-
 }  // namespace examples

@@ -31,8 +31,6 @@ std::string nameOf(pid_t pid) {
   return name;
 }
 
-}  // namespace
-
 std::vector<pid_t> descendantsOf(pid_t pid) {
   std::vector<pid_t> all;
   for (const pid_t child : childrenOf(pid)) {
@@ -42,6 +40,8 @@ std::vector<pid_t> descendantsOf(pid_t pid) {
   }
   return all;
 }
+
+}  // namespace
 
 std::optional<pid_t> descendantNamed(pid_t pid, const std::string& name) {
   for (const pid_t each : descendantsOf(pid)) {

@@ -10,10 +10,8 @@
 
 namespace endtoend {
 
-// Children, their children, and so on, of a process that still runs.
-std::vector<pid_t> descendantsOf(pid_t pid);
-
-// The one of them whose name begins so; a name has at most 15 letters in the process table.
+// The child of a process, or its child's child and so on, whose name begins so. A name has at most 15 letters in the
+// process table.
 std::optional<pid_t> descendantNamed(pid_t pid, const std::string& name);
 
 // From now on a process whose parent ends becomes a child of this one, and shows in childrenOfThisProcess().
