@@ -39,6 +39,7 @@ sigset_t watchForSignals() {
 
 pid_t start(const std::vector<std::string>& command, const sigset_t& mask) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& argument : command)
     arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
