@@ -42,9 +42,11 @@ void enterFile(Ledger& ledger, const std::string& path) {
 
 std::string messageOf(const std::string& writer, int sequence) {
   const std::size_t size = sequence % 10 == 0 ? 20000 : 60;
-  std::string text = writer + ":" + std::to_string(sequence) + ":";
+  const std::string number = std::to_string(sequence);
+  std::string text = writer;
+  text.append(":").append(number).append(":");
   text.append(size, static_cast<char>('a' + sequence % 26));
-  return text + "." + std::to_string(sequence) + ".";
+  return text.append(".").append(number).append(".");
 }
 
 Account Ledger::of(const std::string& writer) const {

@@ -46,7 +46,8 @@ class ManyProcessesTest : public testing::Test {
 
   // How many more lines each of four writers may write to bring the file well over that size.
   int linesToCut() const {
-    const auto missing = static_cast<double>(sizeToCutAt + sizeToCutAt / 4 - std::filesystem::file_size(file));
+    const auto missing =
+        1.25 * static_cast<double>(sizeToCutAt) - static_cast<double>(std::filesystem::file_size(file));
     return static_cast<int>(missing / 4 / processes::meanLineSize);
   }
 
