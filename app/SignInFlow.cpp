@@ -1,6 +1,7 @@
 #include "app/SignInFlow.h"
 
 #include <string_view>
+#include <utility>
 
 #include "app/CommandLine.h"
 #include "app/SpinnerPage.h"
@@ -79,6 +80,12 @@ void SignInFlow::lastWindowClosed() {
 void SignInFlow::newWindowRequested(const std::string& address) {
   if (ended_) return;
   window_.openInBrowser(address);
+}
+
+bool SignInFlow::linkClicked(const std::string& address) {
+  if (!beginsWith(address, "mailto:") && !beginsWith(address, "tel:")) return false;
+  newWindowRequested(address);
+  return true;
 }
 
 void SignInFlow::startSignIn() {

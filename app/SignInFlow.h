@@ -42,6 +42,10 @@ class SignInFlow {
   // The user has closed the window; the shell ends the application itself.
   void lastWindowClosed();
 
+  // The user has clicked a link. One that writes a mail or calls a number opens outside and the page stays; true then.
+  // Every other link is the page's own affair.
+  bool linkClicked(const std::string& address);
+
   // A link with a target or a script asks for a window of its own: it opens in the user's browser.
   void newWindowRequested(const std::string& address);
 

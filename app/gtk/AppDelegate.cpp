@@ -1,5 +1,6 @@
 #include "app/gtk/AppDelegate.h"
 
+#include "app/gtk/GtkHandles.h"
 #include "app/gtk/LoadSignals.h"
 
 AppDelegate::AppDelegate()
@@ -7,8 +8,9 @@ AppDelegate::AppDelegate()
       flow_(*window_),
       clock_([this] { tracker_.dataTimedOut(); }),
       tracker_(*this, clock_) {
-  connectLoadSignals(window_->webView(), tracker_);
+  g_signal_connect(window_->webView(), "decide-policy", G_CALLBACK(onDecidePolicy), this);
   g_signal_connect(window_->webView(), "create", G_CALLBACK(onCreate), this);
+  connectLoadSignals(window_->webView(), tracker_);
   g_signal_connect(window_->window(), "delete-event", G_CALLBACK(onDelete), this);
 }
 
@@ -19,7 +21,7 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::run(const std::string& bundlePath) {
   window_->activate();
-  flow_.launch(bundlePath);
+  flow_.launch(validUtf8(bundlePath));  // WebKit loads nothing at all under an address that is no UTF-8
   gtk_main();
 }
 
@@ -32,6 +34,22 @@ void AppDelegate::closeWindow() {
 // TRUE: the window goes when the application does, after its message.
 gboolean AppDelegate::onDelete(GtkWidget*, GdkEvent*, AppDelegate* self) {
   self->closeWindow();
+  return TRUE;
+}
+
+// Asked before the tracker hears of a navigation: one that goes outside is none.
+gboolean AppDelegate::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                                     AppDelegate* self) {
+  if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
+  WebKitNavigationAction* const action =
+      webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+  if (webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_LINK_CLICKED ||
+      !webkit_navigation_action_is_user_gesture(action)) {
+    return FALSE;
+  }
+  const char* const address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+  if (address == nullptr || !self->flow_.linkClicked(address)) return FALSE;
+  webkit_policy_decision_ignore(decision);
   return TRUE;
 }
 

@@ -33,6 +33,8 @@ class AppDelegate : private LoadOutcomes {
   void loadFailed(const LoadFailure& failure) override { flow_.loadFailed(failure); }
 
   static gboolean onDelete(GtkWidget*, GdkEvent*, AppDelegate* self);
+  static gboolean onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                                 AppDelegate* self);
   static GtkWidget* onCreate(WebKitWebView*, WebKitNavigationAction* action, AppDelegate* self);
 
   std::unique_ptr<SVOWindow> window_;

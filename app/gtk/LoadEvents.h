@@ -9,8 +9,8 @@
 #include <string>
 
 struct LoadError {
-  std::string
-      domain;  // of the GError; "tls-certificate" for a refused certificate, whose code is its GTlsCertificateFlags
+  // Of the GError; "tls-certificate" for a refused certificate, whose code is its GTlsCertificateFlags.
+  std::string domain;
   int code = 0;
 };
 
@@ -35,9 +35,17 @@ class LoadEvents {
   virtual void navigationAsked(const std::string& address) = 0;
 
   virtual void resourceStarted(unsigned id, const std::string& address, bool isMain) = 0;
+  virtual void resourceRedirected(unsigned id, const std::string& address) = 0;
   virtual void resourceAnswered(unsigned id) = 0;
   virtual void resourceFinished(unsigned id) = 0;
   virtual void resourceFailed(unsigned id, const std::string& address, const LoadError& error) = 0;
+
+  // A navigation that was asked for has become a download, which this program cancels.
+  virtual void downloadStarted(const std::string& address) = 0;
+
+  // A dialog waits for a person, not for a server; and has been answered, as far as WebKit says so.
+  virtual void personAsked() = 0;
+  virtual void personAnswered() = 0;
 
   // Some data of a page that is loading has arrived.
   virtual void progressed() = 0;

@@ -76,16 +76,47 @@ void onResourceFailedWithTlsErrors(WebKitWebResource* resource, GTlsCertificate*
   events->resourceFailed(numberOf(resource), text(webkit_web_resource_get_uri(resource)), errorOf(flags));
 }
 
+void onResourceSent(WebKitWebResource* resource, WebKitURIRequest* request, WebKitURIResponse* redirect,
+                    LoadEvents* events) {
+  if (redirect == nullptr) return;
+  events->resourceRedirected(numberOf(resource), text(webkit_uri_request_get_uri(request)));
+}
+
 void onResourceStarted(WebKitWebView* view, WebKitWebResource* resource, WebKitURIRequest* request,
                        LoadEvents* events) {
   static unsigned lastNumber = 0;
   g_object_set_data(G_OBJECT(resource), kResourceNumber, GUINT_TO_POINTER(++lastNumber));
+  g_signal_connect(resource, "sent-request", G_CALLBACK(onResourceSent), events);
   g_signal_connect(resource, "notify::response", G_CALLBACK(onResourceAnswered), events);
   g_signal_connect(resource, "finished", G_CALLBACK(onResourceFinished), events);
   g_signal_connect(resource, "failed", G_CALLBACK(onResourceFailed), events);
   g_signal_connect(resource, "failed-with-tls-errors", G_CALLBACK(onResourceFailedWithTlsErrors), events);
   events->resourceStarted(lastNumber, text(webkit_uri_request_get_uri(request)),
                           webkit_web_view_get_main_resource(view) == resource);
+}
+
+void onDownloadStarted(WebKitWebContext*, WebKitDownload* download, LoadEvents* events) {
+  events->downloadStarted(text(webkit_uri_request_get_uri(webkit_download_get_request(download))));
+}
+
+gboolean onScriptDialog(WebKitWebView*, WebKitScriptDialog*, LoadEvents* events) {
+  events->personAsked();
+  return FALSE;
+}
+
+void onAuthenticated(WebKitAuthenticationRequest*, WebKitCredential*, LoadEvents* events) {
+  events->personAnswered();
+}
+
+void onAuthenticationCancelled(WebKitAuthenticationRequest*, LoadEvents* events) {
+  events->personAnswered();
+}
+
+gboolean onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, LoadEvents* events) {
+  g_signal_connect(request, "authenticated", G_CALLBACK(onAuthenticated), events);
+  g_signal_connect(request, "cancelled", G_CALLBACK(onAuthenticationCancelled), events);
+  events->personAsked();
+  return FALSE;
 }
 
 void onProgress(WebKitWebView*, GParamSpec*, LoadEvents* events) {
@@ -110,5 +141,8 @@ void connectLoadSignals(WebKitWebView* view, LoadEvents& events) {
   g_signal_connect(view, "resource-load-started", G_CALLBACK(onResourceStarted), &events);
   g_signal_connect(view, "notify::estimated-load-progress", G_CALLBACK(onProgress), &events);
   g_signal_connect(view, "notify::is-loading", G_CALLBACK(onIsLoading), &events);
+  g_signal_connect(view, "script-dialog", G_CALLBACK(onScriptDialog), &events);
+  g_signal_connect(view, "authenticate", G_CALLBACK(onAuthenticate), &events);
+  g_signal_connect(webkit_web_view_get_context(view), "download-started", G_CALLBACK(onDownloadStarted), &events);
   g_signal_connect(view, "web-process-terminated", G_CALLBACK(onPageProcessEnded), &events);
 }

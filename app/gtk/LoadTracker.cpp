@@ -1,5 +1,7 @@
 #include "app/gtk/LoadTracker.h"
 
+#include <utility>
+
 #include "app/gtk/LoadErrors.h"
 
 namespace {
@@ -17,24 +19,19 @@ std::optional<std::string> known(const std::string& address) {
 
 void LoadTracker::loadRequested(const std::string& address) {
   if (state_ != State::kIdle) return;
-  state_ = State::kProvisional;
-  address_ = address;
-  keepTime();
+  beginLoad(address);
 }
 
 // A page that navigates itself starts under its old address; what was asked for last is where it goes.
 void LoadTracker::loadStarted(const std::string& address) {
-  state_ = State::kProvisional;
-  address_ = lastAsked_.empty() ? address : lastAsked_;
-  mainResource_ = 0;
-  documentComplete_ = false;
+  tellHeldFinish();
   asked_.clear();
-  keepTime();
+  beginLoad(lastAsked_.empty() ? address : lastAsked_);
 }
 
 void LoadTracker::loadRedirected(const std::string& address) {
   address_ = address;
-  asked_.erase(address);
+  forgetAsked(address);
   keepTime();
 }
 
@@ -48,7 +45,10 @@ void LoadTracker::loadCommitted(const std::string& address) {
 }
 
 void LoadTracker::loadFinished(const std::string& address) {
-  if (state_ == State::kCommitted) finishMainFrame(address);
+  if (state_ != State::kCommitted) return;
+  if (subFrames_.empty()) return finishMainFrame(address);
+  state_ = State::kIdle;
+  heldFinish_ = address;
 }
 
 void LoadTracker::loadFailed(bool provisional, const std::string& address, const LoadError& error) {
@@ -65,8 +65,16 @@ void LoadTracker::resourceStarted(unsigned id, const std::string& address, bool 
     mainResource_ = id;
     return;
   }
-  if (asked_.erase(address) == 0) return;
+  const auto asked = asked_.find(address);
+  if (asked == asked_.end()) return;
+  asked_.erase(asked);
   subFrames_[id] = {address};
+  keepTime();
+}
+
+void LoadTracker::resourceRedirected(unsigned id, const std::string& address) {
+  if (subFrames_.count(id) == 0) return;
+  forgetAsked(address);
   keepTime();
 }
 
@@ -78,11 +86,24 @@ void LoadTracker::resourceAnswered(unsigned id) {
 
 void LoadTracker::resourceFinished(unsigned id) {
   if (id == mainResource_) documentComplete_ = true;
-  if (subFrames_.erase(id) != 0) keepTime();
+  if (subFrames_.count(id) == 0) return;
+  dropSubFrame(id);
 }
 
 void LoadTracker::resourceFailed(unsigned id, const std::string& address, const LoadError& error) {
   if (subFrames_.count(id) != 0) failSubFrame(id, cocoaErrorCode(error, address), error.domain);
+}
+
+void LoadTracker::downloadStarted(const std::string& address) {
+  forgetAsked(address);
+}
+
+void LoadTracker::personAsked() {
+  clock_.stop();
+}
+
+void LoadTracker::personAnswered() {
+  keepTime();
 }
 
 void LoadTracker::progressed() {
@@ -109,6 +130,31 @@ void LoadTracker::keepTime() {
   }
 }
 
+void LoadTracker::beginLoad(const std::string& address) {
+  state_ = State::kProvisional;
+  address_ = address;
+  mainResource_ = 0;
+  documentComplete_ = false;
+  keepTime();
+}
+
+void LoadTracker::forgetAsked(const std::string& address) {
+  const auto asked = asked_.find(address);
+  if (asked != asked_.end()) asked_.erase(asked);
+}
+
+void LoadTracker::dropSubFrame(unsigned id) {
+  subFrames_.erase(id);
+  keepTime();
+  if (subFrames_.empty()) tellHeldFinish();
+}
+
+void LoadTracker::tellHeldFinish() {
+  if (!heldFinish_) return;
+  const std::string address = *std::exchange(heldFinish_, std::nullopt);
+  outcomes_.mainFrameFinished(known(address));
+}
+
 void LoadTracker::finishMainFrame(const std::string& address) {
   state_ = State::kIdle;
   keepTime();
@@ -116,14 +162,16 @@ void LoadTracker::finishMainFrame(const std::string& address) {
 }
 
 void LoadTracker::failMainFrame(bool provisional, const std::string& address, int code, const std::string& domain) {
+  tellHeldFinish();
   state_ = State::kIdle;
   keepTime();
   outcomes_.loadFailed({known(address), code, domainNumber(domain), provisional});
 }
 
 void LoadTracker::failSubFrame(unsigned id, int code, const std::string& domain) {
+  // An answer that the policy refuses is never committed.
   const SubFrame subFrame = subFrames_[id];
-  subFrames_.erase(id);
-  keepTime();
-  outcomes_.loadFailed({known(subFrame.address), code, domainNumber(domain), !subFrame.answered});
+  const bool provisional = !subFrame.answered || domain == kPolicyDomain;
+  outcomes_.loadFailed({known(subFrame.address), code, domainNumber(domain), provisional});
+  dropSubFrame(id);
 }

@@ -6,8 +6,11 @@
 //   - Failures are told of the main frame only. A sub-frame's document is a resource, not the main one, for whose
 //   address
 //     a navigation was asked before; its failure is the sub-frame's. Images and scripts fail in silence.
+//   - A page finishes before the failures of its sub-frames are told: its finish is held back until they have been.
 //   - A restricted port commits "about:blank" instead of failing: a failure.
-//   - Nothing is told of a server that falls silent: `dataTimedOut` is called by a clock that this class winds.
+//   - Nothing is told of a server that falls silent: `dataTimedOut` is called by a clock that this class winds, and
+//   that
+//     stands still while a dialog waits for a person.
 //   - A page process that ends is a failure.
 // Plain C++, main thread.
 
@@ -49,9 +52,13 @@ class LoadTracker : public LoadEvents {
   void loadFailed(bool provisional, const std::string& address, const LoadError& error) override;
   void navigationAsked(const std::string& address) override;
   void resourceStarted(unsigned id, const std::string& address, bool isMain) override;
+  void resourceRedirected(unsigned id, const std::string& address) override;
   void resourceAnswered(unsigned id) override;
   void resourceFinished(unsigned id) override;
   void resourceFailed(unsigned id, const std::string& address, const LoadError& error) override;
+  void downloadStarted(const std::string& address) override;
+  void personAsked() override;
+  void personAnswered() override;
   void progressed() override;
   void pageProcessEnded() override;
 
@@ -68,7 +75,11 @@ class LoadTracker : public LoadEvents {
   };
 
   bool isLoading() const { return state_ != State::kIdle || !subFrames_.empty(); }
+  void beginLoad(const std::string& address);
   void keepTime();
+  void forgetAsked(const std::string& address);
+  void dropSubFrame(unsigned id);
+  void tellHeldFinish();
   void finishMainFrame(const std::string& address);
   void failMainFrame(bool provisional, const std::string& address, int code, const std::string& domain);
   void failSubFrame(unsigned id, int code, const std::string& domain);
@@ -81,7 +92,9 @@ class LoadTracker : public LoadEvents {
   unsigned mainResource_ = 0;
   bool documentComplete_ = false;
 
+  std::optional<std::string> heldFinish_;  // of a page whose sub-frames have not been heard of yet
+
   std::string lastAsked_;
-  std::set<std::string> asked_;  // navigations that no load has taken up yet
+  std::multiset<std::string> asked_;  // navigations that no load has taken up yet
   std::map<unsigned, SubFrame> subFrames_;
 };

@@ -77,6 +77,10 @@ SVOWindow::SVOWindow()
   gtk_box_pack_start(GTK_BOX(content), GTK_WIDGET(webView_), TRUE, TRUE, 0);
   gtk_container_add(GTK_CONTAINER(window_), content);
 
+  // Nobody prints a sign-in page, and WebKit's print dialog would outlive the run. Nor are chosen files remembered.
+  g_signal_connect(webView_, "print", G_CALLBACK(gtk_true), nullptr);
+  g_object_set(gtk_settings_get_default(), "gtk-recent-files-enabled", FALSE, nullptr);
+
   gtk_window_set_title(window_, kInitialTitle);
   gtk_window_set_position(window_, GTK_WIN_POS_CENTER);
   gtk_window_set_resizable(window_, FALSE);
@@ -84,7 +88,9 @@ SVOWindow::SVOWindow()
   setFunctions(window_, static_cast<GdkWMFunction>(GDK_FUNC_MOVE | GDK_FUNC_MINIMIZE | GDK_FUNC_CLOSE));
 }
 
+// A page that hangs its process would keep it after the window is gone.
 SVOWindow::~SVOWindow() {
+  webkit_web_view_terminate_web_process(webView_);
   gtk_widget_destroy(GTK_WIDGET(window_));
 }
 
@@ -122,9 +128,7 @@ void SVOWindow::setWebViewFrame(const Frame& frame) {
 }
 
 void SVOWindow::setTitle(const std::string& title) {
-  char* const valid = g_utf8_make_valid(title.data(), static_cast<gssize>(title.size()));
-  gtk_window_set_title(window_, valid);
-  g_free(valid);
+  gtk_window_set_title(window_, validUtf8(title).c_str());
 }
 
 void SVOWindow::setMinimumSize(double width, double height) {

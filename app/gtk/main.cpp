@@ -1,10 +1,11 @@
 // The sign-in window's entry point on Linux.
 
-#include <clocale>
 #include <cstdio>
 
 #include "app/CommandLine.h"
+#include "app/ResultChannel.h"
 #include "app/gtk/AppDelegate.h"
+#include "app/gtk/Environment.h"
 #include "app/gtk/TerminationSignals.h"
 #include "applog/Logger.h"
 #include "platform/Bundle.h"
@@ -24,29 +25,23 @@ int reportMissingDisplay() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  settleStandardStreams();
+
   // Before the log: a process that a signal ends in the middle leaves its place in the log's locks behind.
   static TerminationSignals signals;
 
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
-  // The graphics drivers of the page process would keep compiled shaders in the user's cache folder.
-  g_setenv("MESA_SHADER_CACHE_DISABLE", "true", TRUE);
-  g_setenv("__GL_SHADER_DISK_CACHE", "0", TRUE);
-
-  // Letters and words as the person has them, but numbers and times in the C locale: the log file is shared, and its
-  // lines read the same whoever writes them.
-  gtk_disable_setlocale();
-  std::setlocale(LC_CTYPE, "");
-  std::setlocale(LC_MESSAGES, "");
-
   // GTK would take options of its own from the command line, so it gets none.
+  settleLibraries();
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
 
-  // A signal counts as closing the window: the launcher still gets its message.
+  // A signal and the end of the session count as closing the window: the launcher still gets its message.
   AppDelegate delegate;
   signals.deliverTo([&delegate] { delegate.closeWindow(); });
+  settleDisplay([&delegate] { delegate.closeWindow(); });
   delegate.run(platform::bundlePath());
   return 0;
 }

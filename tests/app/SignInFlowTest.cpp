@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "app/CommandLine.h"
@@ -272,6 +274,20 @@ TEST_F(SignInFlowTest, ARequestForAWindowGoesToTheBrowser) {
   signIn();
   flow.newWindowRequested("http://host/help");
   EXPECT_EQ(window.taken(), (Asked{"browser http://host/help"}));
+}
+
+TEST_F(SignInFlowTest, AClickedMailAddressOpensOutsideAndThePageStays) {
+  signIn();
+  EXPECT_TRUE(flow.linkClicked("mailto:help@host"));
+  EXPECT_TRUE(flow.linkClicked("tel:+4912345"));
+  EXPECT_EQ(window.taken(), (Asked{"browser mailto:help@host", "browser tel:+4912345"}));
+}
+
+TEST_F(SignInFlowTest, EveryOtherClickedLinkIsThePagesOwnAffair) {
+  signIn();
+  EXPECT_FALSE(flow.linkClicked("http://host/"));
+  EXPECT_FALSE(flow.linkClicked("cb:/done"));
+  EXPECT_EQ(window.taken(), Asked{});
 }
 
 TEST_F(SignInFlowTest, NothingFollowsTheMessageOfTheRun) {

@@ -46,6 +46,9 @@ void replayLine(const std::string& line, LoadTracker& tracker) {
   if (event == "committed") return tracker.loadCommitted(rest);
   if (event == "finished") return tracker.loadFinished(rest);
   if (event == "progressed") return tracker.progressed();
+  if (event == "download") return tracker.downloadStarted(rest);
+  if (event == "person-asked") return tracker.personAsked();
+  if (event == "person-answered") return tracker.personAnswered();
   if (event == "page-process-ended") return tracker.pageProcessEnded();
 
   const bool failed = event.rfind("failed", 0) == 0;
@@ -65,6 +68,7 @@ void replayLine(const std::string& line, LoadTracker& tracker) {
   const std::string address = blank == std::string::npos ? "" : rest.substr(blank + 1);
   if (event == "main-resource") return tracker.resourceStarted(id, address, true);
   if (event == "resource") return tracker.resourceStarted(id, address, false);
+  if (event == "resource-redirected") return tracker.resourceRedirected(id, address);
   if (event == "resource-answered") return tracker.resourceAnswered(id);
   if (event == "resource-finished") return tracker.resourceFinished(id);
   if (event == "resource-failed") return tracker.resourceFailed(id, address, error);
@@ -88,6 +92,15 @@ class LoadTrackerTest : public testing::Test {
     EXPECT_TRUE(clock.runs);
     tracker.dataTimedOut();
     return outcomes.noted;
+  }
+
+  // A committed page with a frame, whose document is resource 2.
+  void replayPageWithFrame() {
+    tracker.loadStarted("http://site/page");
+    tracker.resourceStarted(1, "http://site/page", true);
+    tracker.loadCommitted("http://site/page");
+    tracker.navigationAsked("http://site/frame");
+    tracker.resourceStarted(2, "http://site/frame", false);
   }
 
   NotedOutcomes outcomes;
@@ -193,6 +206,8 @@ TEST_F(LoadTrackerTest, ATextThatIsNoAddressFails) {
 }
 
 TEST_F(LoadTrackerTest, AnAddressThatNothingIsHeardOfTimesOut) {
+  replayed("ordinary");
+  outcomes.noted.clear();
   EXPECT_EQ(replayedUntilTheClockRings("script-address"), (Outcomes{"failed-provisional javascript:1 -1001"}));
 }
 
@@ -215,11 +230,67 @@ TEST_F(LoadTrackerTest, ASubFrameNeverFinishesForTheMainFrame) {
 
 TEST_F(LoadTrackerTest, AFailedSubFrameIsAFailure) {
   EXPECT_EQ(replayed("failed-frame"),
-            (Outcomes{"finished http://site/frame-unknown", "failed-provisional http://no.such.host.invalid/ -1003"}));
+            (Outcomes{"failed-provisional http://no.such.host.invalid/ -1003", "finished http://site/frame-unknown"}));
 }
 
 TEST_F(LoadTrackerTest, ATruncatedSubFrameFailsAfterItsCommit) {
-  EXPECT_EQ(replayed("truncated-frame").back(), "failed http://site/trunc -1005");
+  EXPECT_EQ(replayed("truncated-frame"),
+            (Outcomes{"failed http://site/trunc -1005", "finished http://site/frame-trunc"}));
+}
+
+TEST_F(LoadTrackerTest, AHeldFinishIsToldBeforeTheNextLoad) {
+  replayPageWithFrame();
+  tracker.loadFinished("http://site/page");
+  EXPECT_EQ(outcomes.noted, Outcomes{});
+  tracker.loadStarted("http://site/page");
+  EXPECT_EQ(outcomes.noted, (Outcomes{"finished http://site/page"}));
+  tracker.resourceFinished(2);
+  EXPECT_EQ(outcomes.noted.size(), 1u);
+}
+
+TEST_F(LoadTrackerTest, OneOfTwoFramesWithTheSameAddressMayFail) {
+  replayPageWithFrame();
+  tracker.navigationAsked("http://site/frame");
+  tracker.navigationAsked("http://site/frame");
+  tracker.resourceStarted(3, "http://site/frame", false);
+  tracker.resourceStarted(4, "http://site/frame", false);
+  tracker.resourceFailed(4, "http://site/frame", {"soup-session-error-quark", 0});
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional http://site/frame -1017"}));
+}
+
+TEST_F(LoadTrackerTest, WhereAFrameWasRedirectedIsNoNavigationOfAnother) {
+  replayPageWithFrame();
+  tracker.navigationAsked("http://site/target");
+  tracker.resourceRedirected(2, "http://site/target");
+  tracker.resourceFinished(2);
+  tracker.resourceStarted(3, "http://site/target", false);
+  tracker.resourceFailed(3, "http://site/target", {"g-io-error-quark", 39});
+  EXPECT_EQ(outcomes.noted, Outcomes{});
+}
+
+TEST_F(LoadTrackerTest, ADownloadedAddressIsNoNavigation) {
+  replayed("ordinary");
+  outcomes.noted.clear();
+  tracker.navigationAsked("http://site/file");
+  tracker.downloadStarted("http://site/file");
+  tracker.resourceStarted(3, "http://site/file", false);
+  tracker.resourceFailed(3, "http://site/file", {"g-io-error-quark", 39});
+  EXPECT_EQ(outcomes.noted, Outcomes{});
+}
+
+TEST_F(LoadTrackerTest, ARefusedAnswerOfASubFrameIsProvisional) {
+  replayPageWithFrame();
+  tracker.resourceAnswered(2);
+  tracker.resourceFailed(2, "http://site/frame", {"WebKitPolicyError", 102});
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional http://site/frame 102"}));
+}
+
+TEST_F(LoadTrackerTest, TheClockStandsStillWhileAPersonIsAsked) {
+  tracker.loadStarted("http://site/page");
+  tracker.personAsked();
+  EXPECT_FALSE(clock.runs);
+  tracker.personAnswered();
+  EXPECT_TRUE(clock.runs);
 }
 
 TEST_F(LoadTrackerTest, ARemovedSubFrameIsCancelled) {

@@ -30,6 +30,12 @@ class TracePrinter : public LoadEvents {
   void resourceStarted(unsigned id, const std::string& address, bool isMain) override {
     print((isMain ? "main-resource " : "resource ") + std::to_string(id) + " " + address);
   }
+  void resourceRedirected(unsigned id, const std::string& address) override {
+    print("resource-redirected " + std::to_string(id) + " " + address);
+  }
+  void downloadStarted(const std::string& address) override { print("download " + address); }
+  void personAsked() override { print("person-asked"); }
+  void personAnswered() override { print("person-answered"); }
   void resourceAnswered(unsigned id) override { print("resource-answered " + std::to_string(id)); }
   void resourceFinished(unsigned id) override { print("resource-finished " + std::to_string(id)); }
   void resourceFailed(unsigned id, const std::string& address, const LoadError& error) override {

@@ -1,0 +1,48 @@
+#include "app/gtk/Environment.h"
+
+#include <X11/Xlib.h>
+#include <fcntl.h>
+#include <gtk/gtk.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+std::function<void()> displayLost;
+
+// What is called at exit may speak to the display once more.
+int onDisplayLost(Display*) {
+  if (!displayLost) ::_exit(1);
+  std::exchange(displayLost, nullptr)();
+  std::exit(1);
+}
+
+}  // namespace
+
+void settleStandardStreams() {
+  for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(standard, F_GETFD) == -1) (void)::open("/dev/null", O_RDWR);
+  }
+  (void)std::signal(SIGPIPE, SIG_IGN);
+}
+
+void settleLibraries() {
+  // Compiled shaders, found media plug-ins and, where there is no runtime folder, read settings would be kept on disk.
+  g_setenv("MESA_SHADER_CACHE_DISABLE", "true", TRUE);
+  g_setenv("__GL_SHADER_DISK_CACHE", "0", TRUE);
+  g_setenv("GST_REGISTRY", "/proc/none/registry", TRUE);
+  if (g_getenv("XDG_RUNTIME_DIR") == nullptr) g_setenv("GSETTINGS_BACKEND", "memory", TRUE);
+
+  gtk_disable_setlocale();
+  (void)std::setlocale(LC_CTYPE, "");
+  (void)std::setlocale(LC_MESSAGES, "");
+}
+
+void settleDisplay(std::function<void()> onLost) {
+  displayLost = std::move(onLost);
+  (void)XSetIOErrorHandler(onDisplayLost);
+}
