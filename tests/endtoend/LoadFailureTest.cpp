@@ -203,5 +203,12 @@ TEST_F(LoadFailureTest, AnAddressWithATokenIsNotLogged) {
   EXPECT_THAT(logLines(), Contains(testing::AllOf(HasSubstr("[WARN]"), HasSubstr("Log skipped."))));
 }
 
+TEST_F(LoadFailureTest, ABrokenFrameOnTheRedirectPageIsAFailureAndNoResult) {
+  const RawServer server("good morning\r\n\r\n");
+  site.serve("/signin", redirectTo(site.address("/done?code=1")));
+  site.serve("/done", page("<iframe src='" + server.address("/frame") + "'></iframe>"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+}
+
 }  // namespace
 }  // namespace endtoend

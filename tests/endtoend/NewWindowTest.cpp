@@ -17,9 +17,10 @@ class NewWindowTest : public EndToEndTest {
     std::filesystem::permissions(script(), std::filesystem::perms::owner_all);
     std::ofstream(temporary("data/applications/test-browser.desktop"))
         << "[Desktop Entry]\nType=Application\nName=Test browser\nExec=" << script().string()
-        << " %u\nMimeType=x-scheme-handler/http;x-scheme-handler/https;\n";
+        << " %u\nMimeType=x-scheme-handler/http;x-scheme-handler/https;x-scheme-handler/mailto;\n";
     std::ofstream(temporary("data/applications/mimeapps.list"))
-        << "[Default Applications]\nx-scheme-handler/http=test-browser.desktop\n";
+        << "[Default Applications]\nx-scheme-handler/http=test-browser.desktop\n"
+        << "x-scheme-handler/mailto=test-browser.desktop\n";
     options.environment["XDG_DATA_DIRS"] = temporary("data").string() + ":/usr/local/share:/usr/share";
   }
 
@@ -61,6 +62,16 @@ TEST_F(NewWindowTest, AScriptThatOpensAWindowOpensItInTheBrowser) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(openedAddresses(), ElementsAre(site.address("/popup")));
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin"));
+}
+
+TEST_F(NewWindowTest, AMailAddressOpensOutsideAndThePageStays) {
+  site.serve("/signin", pageThatTells("<a href='mailto:help@host' style='position:fixed;inset:0'>help</a>"));
+  start();
+  untilAsked("/loaded");
+  click();
+  untilOpened(1);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(openedAddresses(), ElementsAre("mailto:help@host"));
 }
 
 TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {

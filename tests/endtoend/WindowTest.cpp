@@ -137,5 +137,15 @@ INSTANTIATE_TEST_SUITE_P(Names, OddFolderTest,
                                          "it's", "\"quoted\"", "gr\xC3\xBC\xC3\x9F\x65 \xE6\x97\xA5\xE6\x9C\xAC",
                                          "back\\slash", "Upper.Case", "a;b&c=d+e,f:g@h", "<tag>", "~"));
 
+// The name is Latin-1; a test of ctest's cannot be named after it.
+TEST_F(WindowTest, ItStartsFromAFolderWhoseNameIsNoUtf8) {
+  const std::filesystem::path folder = temporary("gr\xFC\xDF\x65");
+  std::filesystem::create_directory(folder);
+  std::filesystem::copy(options.program, folder);
+  options.program = folder / "svo-signin";
+  site.serve("/signin", redirectTo(site.address("/done")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done")));
+}
+
 }  // namespace
 }  // namespace endtoend
