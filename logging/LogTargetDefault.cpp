@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <initializer_list>
+#include <string_view>
 
 #include "logging/Helpers.h"
 #include "platform/PathLock.h"
@@ -39,6 +41,42 @@ bool isPipe(const std::string& path) {
 
 const char* orEmpty(const char* text) {
   return text == nullptr ? "" : text;
+}
+
+// A level as a line shows it.
+std::string_view bracketed(Log_Level level) {
+  switch (level) {
+    case TRACE:
+      return "[TRACE]";
+    case DEBUG:
+      return "[DEBUG]";
+    case INFO:
+      return "[INFO]";
+    case WARN:
+      return "[WARN]";
+    case ERROR:
+      return "[ERROR]";
+    case FATAL:
+      return "[FATAL]";
+    case NONE:
+      return "[NONE]";
+    default:
+      return "[ALL]";
+  }
+}
+
+// Makes room once for the whole line, whose fields are many and small.
+void appendJoined(std::initializer_list<std::string_view> fields, std::string_view separator, std::string& out) {
+  std::size_t size = separator.size() * (fields.size() - 1);
+  for (const std::string_view field : fields)
+    size += field.size();
+
+  std::size_t place = out.size();
+  out.resize(place + size);
+  for (const std::string_view& field : fields) {
+    if (&field != fields.begin()) place += separator.copy(&out[place], separator.size());
+    place += field.copy(&out[place], field.size());
+  }
 }
 
 class Holding {
@@ -176,12 +214,10 @@ void LogTargetDefault::formatLog(unsigned long long timeMs, Log_Level level, con
     level = WARN;
   }
 
-  out.append(time).append(separator).append("[").append(getLogLevelString(level)).append("]").append(separator);
-  for (const char* text : {sessionId, domain, subDomain, component, extra1, extra2}) {
-    if (text != nullptr) out.append(text);
-    out.append(separator);
-  }
-  out.append(getCurrentThreadID()).append(separator).append(message);
+  const std::string threadId = getCurrentThreadID();
+  appendJoined({time, bracketed(level), orEmpty(sessionId), orEmpty(domain), orEmpty(subDomain), orEmpty(component),
+                orEmpty(extra1), orEmpty(extra2), threadId, message},
+               separator, out);
 }
 
 void LogTargetDefault::getTimeStr(unsigned long long timeMs, char* buffer) {
@@ -208,24 +244,8 @@ std::string LogTargetDefault::getCurrentThreadID() const {
 }
 
 std::string LogTargetDefault::getLogLevelString(Log_Level level) const {
-  switch (level) {
-    case TRACE:
-      return "TRACE";
-    case DEBUG:
-      return "DEBUG";
-    case INFO:
-      return "INFO";
-    case WARN:
-      return "WARN";
-    case ERROR:
-      return "ERROR";
-    case FATAL:
-      return "FATAL";
-    case NONE:
-      return "NONE";
-    default:
-      return "ALL";
-  }
+  const std::string_view text = bracketed(level);
+  return std::string(text.substr(1, text.size() - 2));
 }
 
 }  // namespace tarn
