@@ -6,8 +6,10 @@
 namespace tarn {
 
 void FileEnd::open(const std::string& path) {
-  file_.reset(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  forget();
+  constexpr int flags = O_APPEND | O_NONBLOCK | O_CLOEXEC;
+  file_.reset(::open(path.c_str(), O_RDWR | flags));
+  if (!file_) file_.reset(::open(path.c_str(), O_WRONLY | flags));
+  endOfLine_ = unknown;
 }
 
 bool FileEnd::isInsideLine() {
@@ -18,6 +20,12 @@ bool FileEnd::isInsideLine() {
 
   char last = '\n';
   return ::pread(file_.get(), &last, 1, end - 1) == 1 && last != '\n';
+}
+
+bool FileEnd::append(std::string_view text) {
+  const bool whole = ::write(file_.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  endOfLine_ = whole ? endOfLine_ + static_cast<off_t>(text.size()) : unknown;
+  return whole;
 }
 
 }  // namespace tarn

@@ -1,4 +1,5 @@
-// Knows whether a shared file ends with a whole line, at the cost of one cheap call for a file that only we write.
+// Appends to a shared file, and knows whether it ends with a whole line, at the cost of one cheap call for a file that
+// only we write.
 //
 // Used while the file's lock is held, by one thread at a time. A file that cannot be read counts as ending well.
 
@@ -6,8 +7,8 @@
 
 #include <sys/types.h>
 
-#include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "platform/UniqueFd.h"
 
@@ -15,17 +16,16 @@ namespace tarn {
 
 class FileEnd {
  public:
+  // The file must exist; one that may only be written is appended to all the same.
   void open(const std::string& path);
 
   // Whether the last byte is something other than a newline.
   //   "a\n" => false   "a\nb" => true   "" => false
   bool isInsideLine();
 
-  // We appended `bytes` since the last `isInsideLine`, a newline last.
-  void movedBy(std::size_t bytes) { endOfLine_ += static_cast<off_t>(bytes); }
-
-  // We may have appended something, and nobody knows what.
-  void forget() { endOfLine_ = unknown; }
+  // Appends text that ends with a newline, in one write and right after an `isInsideLine`. False when it did not become
+  // whole; nothing is tried again.
+  bool append(std::string_view text);
 
  private:
   static constexpr off_t unknown = -1;

@@ -109,9 +109,7 @@ bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
   if (handle.is_open()) handle.close();
   if (isPipe(filePath)) return false;
 
-  // Without a buffer a line is one write, and what a full disk refused is not tried again behind the next line's back.
   handle.clear();
-  handle.rdbuf()->pubsetbuf(nullptr, 0);
   handle.open(filePath, std::ios::out | std::ios::app);
   if (!handle.is_open()) return false;
 
@@ -141,14 +139,8 @@ void LogTargetDefault::beginLine() {
 
 void LogTargetDefault::endLine() {
   line += '\n';
-  stream.write(line.data(), static_cast<std::streamsize>(line.size()));
-  stream.flush();
-  if (stream) {
-    fileEnd.movedBy(line.size());
-    return;
-  }
-  fileEnd.forget();
-  stream.clear();
+  // Not through the stream: it hands over every line in two pieces, or keeps what a full disk refused.
+  if (stream.is_open()) (void)fileEnd.append(line);  // a line for which there is no room is dropped
 }
 
 bool LogTargetDefault::onRegisterTarget() {

@@ -1,7 +1,11 @@
 #include "logging/FileEnd.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
+
+#include "tests/support/Child.h"
 #include "tests/support/Files.h"
 
 namespace {
@@ -37,31 +41,35 @@ TEST_F(FileEndTest, AnythingElseDoesNot) {
 TEST_F(FileEndTest, WhatWeWroteOurselvesIsNotLookedAtAgain) {
   append("a\n");
   EXPECT_FALSE(end.isInsideLine());
-  append("b");
-  end.movedBy(1);
+  EXPECT_TRUE(end.append("b"));
   EXPECT_FALSE(end.isInsideLine());
+  EXPECT_EQ(support::contentsOf(path), "a\nb");
 }
 
 TEST_F(FileEndTest, WhatOthersWroteAfterUsIs) {
   append("a\n");
   end.isInsideLine();
-  append("b\n");
-  end.movedBy(2);
+  end.append("b\n");
   append("c");
   EXPECT_TRUE(end.isInsideLine());
 }
 
 TEST_F(FileEndTest, AFailedWriteMakesItLookAgain) {
-  append("a\n");
-  end.isInsideLine();
-  end.forget();
-  append("b");
-  EXPECT_TRUE(end.isInsideLine());
+  support::Child writer([&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit full{3, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &full);
+    const bool whole = end.append("a\nb\n");
+    return !whole && end.isInsideLine() ? 0 : 1;
+  });
+  EXPECT_EQ(writer.wait(), 0);
+  EXPECT_EQ(support::contentsOf(path), "a\nb");
 }
 
 TEST_F(FileEndTest, AFileThatCannotBeReadEndsWell) {
   end.open(folder / "missing");
   EXPECT_FALSE(end.isInsideLine());
+  EXPECT_FALSE(end.append("a\n"));
 }
 
 }  // namespace
