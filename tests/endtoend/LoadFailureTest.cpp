@@ -3,7 +3,6 @@
 #include <signal.h>
 
 #include "examples/support/ClosedPort.h"
-#include "tests/endtoend/Certificate.h"
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Processes.h"
 #include "tests/endtoend/RawServer.h"
@@ -133,25 +132,6 @@ TEST_F(LoadFailureTest, ADownloadEndsTheRunAndReachesNoFolder) {
   EXPECT_THAT(filesInHome(), Not(Contains(HasSubstr("secret"))));
 }
 
-TEST_F(LoadFailureTest, AnUntrustedCertificateEndsTheRun) {
-  const Certificate selfSigned(temporary("certificate.pem"));
-  LoopbackServer secure(selfSigned.get());
-  secure.serve("/signin", page("signin"));
-  options.signIn = secure.address("/signin");
-  EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(secure.address("/signin"), -1203);
-  EXPECT_THAT(secure.requests(), testing::IsEmpty());
-}
-
-TEST_F(LoadFailureTest, AnUntrustedRedirectAddressIsAFailureAndNoResult) {
-  const Certificate selfSigned(temporary("certificate.pem"));
-  LoopbackServer secure(selfSigned.get());
-  options.redirect = secure.address("/done");
-  site.serve("/signin", redirectTo(secure.address("/done?code=1")));
-  EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(secure.address("/done?code=1"), -1203);
-}
-
 TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
   site.serve("/signin", page("<iframe src='" + nobody.address("/advert") + "'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
@@ -162,14 +142,6 @@ TEST_F(LoadFailureTest, ASubFrameOnAnUnknownHostEndsTheRun) {
   site.serve("/signin", page("<iframe src='http://nowhere.invalid/advert'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog("http://nowhere.invalid/advert", -1003);
-}
-
-TEST_F(LoadFailureTest, AnUntrustedSubFrameEndsTheRun) {
-  const Certificate selfSigned(temporary("certificate.pem"));
-  LoopbackServer secure(selfSigned.get());
-  site.serve("/signin", page("<iframe src='" + secure.address("/advert") + "'></iframe>"));
-  EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(secure.address("/advert"), -1203);
 }
 
 TEST_F(LoadFailureTest, ASubFrameThatIsNotFoundIsNoFailure) {
