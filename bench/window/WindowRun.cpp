@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 
 #include "examples/launcher/Answer.h"
 #include "examples/support/EventLoop.h"
@@ -29,11 +30,18 @@ class Arrival {
   guint source_;
 };
 
+examples::ChildProcess::Setup setupFor(std::vector<std::string> command, const std::string& display,
+                                       const std::pair<std::string, std::string>& mark) {
+  examples::ChildProcess::Setup setup;
+  setup.command = std::move(command);
+  setup.environment = {{"DISPLAY", display}, mark};
+  return setup;
+}
+
 }  // namespace
 
 WindowRun::WindowRun(const Command& command, const std::string& display)
-    : window_(
-          examples::ChildProcess::Setup{command(pipe_.path()), {{"DISPLAY", display}, family_.mark()}, "", -1, -1}) {}
+    : window_(setupFor(command(pipe_.path()), display, family_.mark())) {}
 
 std::string WindowRun::message() {
   const Arrival arrival(pipe_.fd());
