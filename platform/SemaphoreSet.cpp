@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <thread>
 
 namespace platform {
@@ -17,6 +18,18 @@ union SemaphoreArgument {
 // over to a sleeper; a log line is written within a few microseconds. Giving way between the tries lets a holder run
 // that was interrupted, and so keeps the slowest lines fast when there are more processes than processors.
 constexpr int triesBeforeSleeping = 100;
+
+// Every try in vain keeps the kernel's own lock of the set from the holder who wants to release, so tries come no
+// faster than lines are written.
+constexpr std::chrono::microseconds betweenTries{4};
+
+void waitBetweenTries() {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point next = Clock::now() + betweenTries;
+  std::this_thread::yield();
+  while (Clock::now() < next) {
+  }
+}
 
 // The kernel orders the threads that meet at a semaphore, and the language knows nothing of it; this tells.
 std::atomic<unsigned> handOvers{0};
@@ -53,7 +66,7 @@ bool SemaphoreSet::take(int member) const {
   for (int tries = 0; tries < triesBeforeSleeping; ++tries) {
     if (change(member, -1, SEM_UNDO | IPC_NOWAIT)) return true;
     if (errno != EAGAIN) return false;
-    std::this_thread::yield();
+    waitBetweenTries();
   }
   return change(member, -1, SEM_UNDO);
 }
