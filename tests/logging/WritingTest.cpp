@@ -155,7 +155,7 @@ TEST_F(WritingTest, ANullMessageIsEmpty) {
 TEST_F(WritingTest, ALineIsOneWrite) {
   if (writeCalls() < 0) GTEST_SKIP() << "this system does not count write calls";
   log(tarn::INFO, "the sanitizers write too, when code runs for the first time");
-  for (const std::size_t size : {0, 10, 1000, 5000, 20000}) {
+  for (const std::size_t size : {0U, 10U, 1000U, 5000U, 20000U}) {
     const std::string text(size, 'x');
     const long before = writeCalls();
     log(tarn::INFO, text.c_str());
