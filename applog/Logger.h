@@ -2,7 +2,9 @@
 //
 // Every line is handed on while a mutex of the user's is held, so lines of several processes never mix; a call waits
 // for it as long as needed. Without the mutex (no home folder, no semaphores left) messages are dropped without a word.
-// Logging may be done from any thread once `setLogLevel` has been called; nothing is written before that.
+// Logging may be done from any thread once `setLogLevel` has been called, until the process begins to end; nothing is
+// written before that. A child of `fork` that logs or exits in order shares its parent's place in the locks and gives
+// it up for both: let it leave through `exec` or `_exit`.
 
 #pragma once
 

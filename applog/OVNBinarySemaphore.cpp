@@ -25,6 +25,7 @@ bool findOrMakeSet(key_t key, int& semid) {
 
 bool OVNBinarySemaphore::create(const char* path, int projectNumber) {
   if (semid != -1) return true;
+  if (path == nullptr) return false;
   const key_t key = SemaphoreSet::keyFor(path, projectNumber);
   if (key == -1) return false;
 

@@ -1,7 +1,6 @@
 #include "applog/OVNSemaphoreLock.h"
 
 #include <cerrno>
-#include <string>
 
 #include "nativeutils/UserFolder.h"
 #include "platform/PathLock.h"
@@ -45,10 +44,11 @@ int attachToSet(const std::string& path, int id, int count) {
 }  // namespace
 
 OVNSemaphoreLock::OVNSemaphoreLock(int id, int count, LockType type)
-    : semid(attachToSet(keyPathOf(type), id, count)), id(id), maxCount(count), initialCount(count) {}
+    : keyPath(keyPathOf(type)), semid(attachToSet(keyPath, id, count)), id(id), maxCount(count), initialCount(count) {}
 
 OVNSemaphoreLock::~OVNSemaphoreLock() {
   if (semid == -1) return;
+  const platform::PathLock oneAtATime(keyPath);
   const SemaphoreSet set(semid);
   if (set.change(attached, -1, SEM_UNDO | IPC_NOWAIT) && set.value(attached) == 0) set.remove();
 }

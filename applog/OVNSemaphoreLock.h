@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "applog/OVNLockClass.h"
 
@@ -38,6 +39,7 @@ class OVNSemaphoreLock : public OVNLockClass {
   int getCurrentLockCount() const;
 
  private:
+  std::string keyPath;
   int semid;
   [[maybe_unused]] int id;
   bool locked = false;

@@ -12,8 +12,12 @@ constexpr int members = 1;
 constexpr int mutex = 0;
 constexpr int permissions = 0666;
 
+// The set is there but for the first time on a machine, and whoever is not its maker need not wait for a turn.
 int findOrMakeSet(int id) {
   const key_t key = SemaphoreSet::keyFor(keyPath, id);
+  const int standing = SemaphoreSet::find(key, members, permissions);
+  if (standing != -1) return standing;
+
   const platform::PathLock oneAtATime(keyPath);
   const int found = SemaphoreSet::find(key, members, permissions);
   if (found != -1) return found;

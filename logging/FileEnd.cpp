@@ -5,11 +5,16 @@
 
 namespace tarn {
 
-void FileEnd::open(const std::string& path) {
+bool FileEnd::open(const std::string& path) {
   constexpr int flags = O_APPEND | O_NONBLOCK | O_CLOEXEC;
   file_.reset(::open(path.c_str(), O_RDWR | flags));
   if (!file_) file_.reset(::open(path.c_str(), O_WRONLY | flags));
   endOfLine_ = unknown;
+  return static_cast<bool>(file_);
+}
+
+void FileEnd::close() {
+  file_.reset();
 }
 
 bool FileEnd::isInsideLine() {

@@ -16,8 +16,9 @@ namespace tarn {
 
 class FileEnd {
  public:
-  // The file must exist; one that may only be written is appended to all the same.
-  void open(const std::string& path);
+  // The file must exist; one that may only be written is appended to all the same. False when it cannot be opened.
+  bool open(const std::string& path);
+  void close();
 
   // Whether the last byte is something other than a newline.
   //   "a\n" => false   "a\nb" => true   "" => false

@@ -21,6 +21,7 @@ constexpr int lockProject = 11;
 constexpr std::int64_t secondsBetweenSizeChecks = 3600;
 constexpr std::size_t messageSize = 4096;
 constexpr std::size_t timeSize = 256;
+constexpr std::size_t keptLineSize = 64 * 1024;
 
 bool linesCarryThreadId() {
   int major = 0;
@@ -106,7 +107,9 @@ LogTargetDefault::~LogTargetDefault() {
 bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
   struct stat item {};
   const bool existed = ::lstat(filePath.c_str(), &item) == 0;
+  const bool isOurs = &handle == &stream;
   if (handle.is_open()) handle.close();
+  if (isOurs) fileEnd.close();
   if (isPipe(filePath)) return false;
 
   handle.clear();
@@ -116,20 +119,21 @@ bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
   if (!existed && ::chmod(filePath.c_str(), 0666) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
   }
-  if (&handle == &stream) fileEnd.open(filePath);
-  return true;
+  if (!isOurs || fileEnd.open(filePath)) return true;
+  handle.close();
+  return false;
 }
 
 bool LogTargetDefault::SetStreamPath(const char* name) {
   std::string path;
-  if (!getTempPath(path) || !appendPath(path, name)) return false;
+  if (name == nullptr || !getTempPath(path) || !appendPath(path, name)) return false;
   filePath = path;
   return true;
 }
 
 void LogTargetDefault::WriteStream(const char* text) {
   beginLine();
-  line += text;
+  line += orEmpty(text);
   endLine();
 }
 
@@ -141,6 +145,7 @@ void LogTargetDefault::endLine() {
   line += '\n';
   // Not through the stream: it hands over every line in two pieces, or keeps what a full disk refused.
   if (stream.is_open()) (void)fileEnd.append(line);  // a line for which there is no room is dropped
+  if (line.capacity() > keptLineSize) line = {};
 }
 
 bool LogTargetDefault::onRegisterTarget() {
@@ -150,7 +155,8 @@ bool LogTargetDefault::onRegisterTarget() {
 
   if (!lock) {
     lock = std::make_unique<BinaryLock>();
-    (void)lock->create(filePath, lockProject);  // unlocked writing would be worse than none
+    lockPath = filePath;
+    (void)lock->create(lockPath, lockProject);  // unlocked writing would be worse than none
   }
   segmentCheckTime = lastLineTime = std::time(nullptr);
   if (const Holding held(*lock); held) SegmentLogFile(true);
@@ -160,6 +166,7 @@ bool LogTargetDefault::onRegisterTarget() {
 
 bool LogTargetDefault::onUnregisterTarget() {
   stream.close();
+  fileEnd.close();
   dropLock();
   registered = false;
   return true;
@@ -167,7 +174,7 @@ bool LogTargetDefault::onUnregisterTarget() {
 
 void LogTargetDefault::dropLock() {
   if (!lock) return;
-  const platform::PathLock oneAtATime(filePath);
+  const platform::PathLock oneAtATime(lockPath);
   lock->finalize();
   lock.reset();
 }

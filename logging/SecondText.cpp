@@ -18,13 +18,13 @@ const std::string& SecondText::at(std::time_t second) {
 }
 
 SecondText::Setting SecondText::presentSetting() {
-  return {::nl_langinfo(D_FMT), ::tzname[0], ::timezone};
+  return {::nl_langinfo(D_FMT), ::tzname[0], ::tzname[1], ::timezone};
 }
 
 bool SecondText::isStillTrue(std::time_t second) const {
   const Setting now = presentSetting();
   return second == second_ && now.dateForm == setting_.dateForm && now.zoneName == setting_.zoneName &&
-         now.secondsWest == setting_.secondsWest && !text_.empty();
+         now.summerZoneName == setting_.summerZoneName && now.secondsWest == setting_.secondsWest && !text_.empty();
 }
 
 }  // namespace tarn

@@ -22,6 +22,7 @@ class SecondText {
   struct Setting {
     const void* dateForm;
     const void* zoneName;
+    const void* summerZoneName;
     long secondsWest;
   };
 
