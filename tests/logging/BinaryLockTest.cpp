@@ -129,6 +129,21 @@ TEST_F(BinaryLockTest, AKilledHolderFreesTheLockAndStaysCounted) {
   EXPECT_NE(set(), -1);
 }
 
+TEST_F(BinaryLockTest, AKilledHolderThatDidNotWaitForTheLockFreesItToo) {
+  ASSERT_TRUE(lock.create(folder.path(), project));
+  support::Child holder([&] {
+    BinaryLock theirs;
+    theirs.create(folder.path(), project);
+    theirs.signal();
+    return ::pause();
+  });
+  ASSERT_TRUE(support::comesTrue([&] { return support::valueOf(set(), mutex) == 0; }));
+  holder.kill();
+  EXPECT_TRUE(lock.wait());
+  lock.release();
+  lock.finalize();
+}
+
 TEST_F(BinaryLockTest, FinalizeReportsASetThatIsGone) {
   ASSERT_TRUE(lock.create(folder.path(), project));
   ::semctl(set(), 0, IPC_RMID);

@@ -86,6 +86,11 @@ TEST_F(KelvoLevelTest, TheSharedTraceFlagMeansTrace) {
   EXPECT_EQ(levelAfter(tarn::FATAL), tarn::TRACE);
 }
 
+TEST_F(KelvoLevelTest, ATraceFlagMeansTraceAlsoForATargetThatWantedAll) {
+  putFlag("qsu.trace");
+  EXPECT_EQ(levelAfter(tarn::ALL), tarn::TRACE);
+}
+
 TEST_F(KelvoLevelTest, TheFirstFlagFoundDecides) {
   putFlag("Kelvo.debug");
   putFlag("qsu.trace");

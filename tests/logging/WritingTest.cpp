@@ -21,6 +21,14 @@ long writeCalls() {
   return -1;
 }
 
+bool isOpenHere(const std::string& path) {
+  std::error_code closedMeanwhile;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    if (std::filesystem::read_symlink(entry, closedMeanwhile) == path) return true;
+  }
+  return false;
+}
+
 TEST_F(FileTargetTest, AnUnregisteredTargetNeverWrites) {
   log(tarn::FATAL, "text");
   EXPECT_EQ(support::contentsOf(file), "");
@@ -72,6 +80,13 @@ TEST_F(FileTargetTest, NothingIsWrittenAfterUnregistration) {
   log(tarn::FATAL, "two");
   EXPECT_EQ(support::linesOf(file).size(), 1u);
   EXPECT_EQ(support::setOf(file, 11), -1);
+}
+
+TEST_F(FileTargetTest, AnUnregisteredTargetHoldsNoFileOpen) {
+  ASSERT_TRUE(target.onRegisterTarget());
+  EXPECT_TRUE(isOpenHere(file));
+  target.onUnregisterTarget();
+  EXPECT_FALSE(isOpenHere(file));
 }
 
 TEST_F(FileTargetTest, RegisteringAgainKeepsTheOneLock) {
