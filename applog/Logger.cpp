@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 #include "logging/LoggingCore.h"
 #include "nativeutils/UserFolder.h"
@@ -16,6 +17,7 @@ constexpr char logIdentifier[] = "QSU";
 constexpr char logFileName[] = "Kelvo.log";
 constexpr char buildVersion[] = "9.0.0.121";
 constexpr std::size_t messageSize = 1024;
+constexpr std::string_view separator = "|||";
 
 // Without the folder there is no log, and the application runs on.
 void makeLogFolder(const std::string& home) {
@@ -23,6 +25,16 @@ void makeLogFolder(const std::string& home) {
   const std::string library = home + "/Library";
   if (::mkdir(library.c_str(), 0700) != 0 && errno != EEXIST) return;
   (void)::mkdir((library + "/Logs").c_str(), 0700);
+}
+
+tarn::Log_Level levelNamed(std::string_view word) {
+  if (word == "INFO") return tarn::INFO;
+  if (word == "DEBUG") return tarn::DEBUG;
+  if (word == "ERROR") return tarn::ERROR;
+  if (word == "WARN") return tarn::WARN;
+  if (word == "FATAL") return tarn::FATAL;
+  if (word == "TRACE") return tarn::TRACE;
+  return tarn::INFO;
 }
 
 }  // namespace
@@ -84,15 +96,10 @@ void Logger::enableLevelsFrom(tarn::Log_Level lowest) {
 
 void Logger::announce(Log_Level level) {
   char text[messageSize];
-  const char* component = getSubDomain().c_str();
-  const auto sendText = [&] {
-    sendMessageToTARNLogger(tarn::INFO, getSessionId().c_str(), getDomain().c_str(), component, component, "", "",
-                            text);
-  };
   std::snprintf(text, sizeof text, "Build Version - %s", buildVersion);
-  sendText();
+  sendText(tarn::INFO, getSubDomain(), text);
   std::snprintf(text, sizeof text, "Logging Level verbosity Set  to %d", static_cast<int>(level));
-  sendText();
+  sendText(tarn::INFO, getSubDomain(), text);
 }
 
 void Logger::logTrace(const char* component, const char* format, ...) {
@@ -149,8 +156,34 @@ void Logger::send(tarn::Log_Level level, const char* component, const char* form
   getLogMessage(text, sizeof text, format, arguments);
   std::string caller;
   GetNativeStringFromString(component, caller);
-  sendMessageToTARNLogger(level, getSessionId().c_str(), getDomain().c_str(), getSubDomain().c_str(), caller.c_str(),
+  sendText(level, caller, text);
+}
+
+void Logger::sendText(tarn::Log_Level level, const std::string& component, const char* text) {
+  sendMessageToTARNLogger(level, getSessionId().c_str(), getDomain().c_str(), getSubDomain().c_str(), component.c_str(),
                           "", "", text);
+}
+
+void Logger::logSimpleMessage(const char* line) {
+  tarn::Log_Level level = tarn::INFO;
+  std::string component;
+  std::string message;
+  parseMessageFromSwf(line, level, component, message);
+  sendText(level, component, message.c_str());
+}
+
+// A search that fails gives the greatest position there is, and adding to it wraps: lines without a separator have
+// always been split so, and what reads the log knows them in that form.
+void Logger::parseMessageFromSwf(const char* line, tarn::Log_Level& level, std::string& component,
+                                 std::string& message) {
+  const std::string_view text = line;
+  const std::size_t first = text.find(separator);
+  const std::size_t second = text.find(separator, first + separator.size());
+  const std::string_view componentField = text.substr(first + separator.size(), second - first - separator.size());
+  const std::string_view messageField = text.substr(second + separator.size());
+  level = levelNamed(text.substr(0, first));
+  component = componentField;
+  message = messageField;
 }
 
 tarn::Log_Level Logger::getCurrentLogLevel() const {

@@ -51,6 +51,19 @@ class Logger : public tarn::Logger {
   void logError(const char* component, const char* format, ...) __attribute__((format(printf, 3, 4)));
   void logFatal(const char* component, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
+  // Logs one line of the embedded user interface, "LEVEL|||component|||message", of any length and level: the target
+  // alone decides what is written. One line at a time; not null. The one function of this class that throws: see
+  // `parseMessageFromSwf`.
+  void logSimpleMessage(const char* line);
+
+  // Splits such a line. An unknown level word is INFO; the words are upper-case. A missing separator makes the
+  // positions wrap around, so that the message begins at the line's third character; a line of fewer than two
+  // characters without a separator throws std::out_of_range, and the outputs keep what they had.
+  //   "ERROR|||ui|||a|||b"  => ERROR, "ui", "a|||b"
+  //   "WARN|||only"         => WARN, "only", "RN|||only"
+  //   "plain text"          => INFO, "ain text", "ain text"
+  void parseMessageFromSwf(const char* line, tarn::Log_Level& level, std::string& component, std::string& message);
+
   // The level of the target, which flag files in the log folder may have raised.
   tarn::Log_Level getCurrentLogLevel() const;
 
@@ -74,6 +87,7 @@ class Logger : public tarn::Logger {
 
   void enableLevelsFrom(tarn::Log_Level lowest);
   void announce(Log_Level level);
+  void sendText(tarn::Log_Level level, const std::string& component, const char* text);
   void send(tarn::Log_Level level, const char* component, const char* format, va_list* arguments)
       __attribute__((format(printf, 4, 0)));
 

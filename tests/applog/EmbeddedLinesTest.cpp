@@ -1,0 +1,128 @@
+// Lines of the embedded user interface: how they are split, and how they reach the log.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <tuple>
+
+#include "applog/Logger.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/Home.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+using Fields = std::tuple<int, std::string, std::string>;
+
+Fields split(const char* line) {
+  tarn::Log_Level level = tarn::NONE;
+  std::string component = "untouched", message = "untouched";
+  Logger::getInstance()->parseMessageFromSwf(line, level, component, message);
+  return {level, component, message};
+}
+
+TEST(EmbeddedLineTest, HasALevelAComponentAndAMessage) {
+  EXPECT_EQ(split("INFO|||ui|||hello"), Fields(30, "ui", "hello"));
+}
+
+TEST(EmbeddedLineTest, EachLevelWordHasItsLevel) {
+  EXPECT_EQ(split("TRACE|||x|||y"), Fields(10, "x", "y"));
+  EXPECT_EQ(split("DEBUG|||x|||y"), Fields(20, "x", "y"));
+  EXPECT_EQ(split("INFO|||x|||y"), Fields(30, "x", "y"));
+  EXPECT_EQ(split("WARN|||x|||y"), Fields(40, "x", "y"));
+  EXPECT_EQ(split("ERROR|||x|||y"), Fields(50, "x", "y"));
+  EXPECT_EQ(split("FATAL|||x|||y"), Fields(60, "x", "y"));
+}
+
+TEST(EmbeddedLineTest, AnyOtherWordIsInfo) {
+  EXPECT_EQ(split("debug|||x|||y"), Fields(30, "x", "y"));
+  EXPECT_EQ(split(" ERROR|||x|||y"), Fields(30, "x", "y"));
+  EXPECT_EQ(split("ERRORS|||x|||y"), Fields(30, "x", "y"));
+  EXPECT_EQ(split("|||x|||y"), Fields(30, "x", "y"));
+}
+
+TEST(EmbeddedLineTest, TheMessageMayHoldTheSeparator) {
+  EXPECT_EQ(split("ERROR|||ui|||a|||b"), Fields(50, "ui", "a|||b"));
+}
+
+TEST(EmbeddedLineTest, AFieldMayBeEmpty) {
+  EXPECT_EQ(split("DEBUG|||x|||"), Fields(20, "x", ""));
+  EXPECT_EQ(split("DEBUG||||||y"), Fields(20, "", "y"));
+  EXPECT_EQ(split("||||||"), Fields(30, "", ""));
+}
+
+TEST(EmbeddedLineTest, ABarTooManyBelongsToTheNextField) {
+  EXPECT_EQ(split("WARN||||x|||y"), Fields(40, "|x", "y"));
+}
+
+TEST(EmbeddedLineTest, WithOneSeparatorTheMessageBeginsAtTheThirdCharacter) {
+  EXPECT_EQ(split("WARN|||only"), Fields(40, "only", "RN|||only"));
+  EXPECT_EQ(split("|||"), Fields(30, "", "|"));
+}
+
+TEST(EmbeddedLineTest, WithoutASeparatorComponentAndMessageBeginAtTheThirdCharacter) {
+  EXPECT_EQ(split("plain text"), Fields(30, "ain text", "ain text"));
+  EXPECT_EQ(split("FATAL"), Fields(60, "TAL", "TAL"));
+  EXPECT_EQ(split("ab"), Fields(30, "", ""));
+}
+
+TEST(EmbeddedLineTest, ATooShortLineIsOutOfRange) {
+  EXPECT_THROW(split(""), std::out_of_range);
+  EXPECT_THROW(split("a"), std::out_of_range);
+}
+
+class EmbeddedLineLogTest : public testing::Test {
+ protected:
+  // The last line of a process that logs `embedded` at a verbosity; every logger lives in a process of its own.
+  std::string lastLineAfter(int verbosity, const std::string& embedded) {
+    const int status = support::inChild([&] {
+      Logger::getInstance()->setLogLevel(static_cast<Log_Level>(verbosity), "SVO", "session");
+      Logger::getInstance()->logSimpleMessage(embedded.c_str());
+      return 0;
+    });
+    EXPECT_EQ(status, 0);
+    const std::vector<std::string> lines = support::linesOf(home + "/Library/Logs/Kelvo.log");
+    return lines.empty() ? "" : lines.back();
+  }
+
+  const std::string home = support::freshHome();
+};
+
+TEST_F(EmbeddedLineLogTest, ALineCarriesTheLoggersTextsAndItsOwnComponent) {
+  EXPECT_THAT(lastLineAfter(4, "WARN|||ui|||hello"), HasSubstr("[WARN] | session | QSU | SVO | ui |  |  | "));
+}
+
+TEST_F(EmbeddedLineLogTest, TheMessageIsNotFormattedAgain) {
+  EXPECT_THAT(lastLineAfter(4, "INFO|||ui|||100 %s %n"), EndsWith(" | 100 %s %n"));
+}
+
+TEST_F(EmbeddedLineLogTest, AMessageOfAnyLengthIsWrittenWhole) {
+  const std::string message(5000, 'm');
+  EXPECT_THAT(lastLineAfter(4, "INFO|||ui|||" + message), EndsWith(" | " + message));
+}
+
+TEST_F(EmbeddedLineLogTest, OnlyTheTargetDecidesWhetherItIsWritten) {
+  EXPECT_THAT(lastLineAfter(4, "DEBUG|||ui|||hidden"), EndsWith("Logging Level verbosity Set  to 4"));
+}
+
+// A new logger has enabled no level, and its target stands at INFO.
+TEST_F(EmbeddedLineLogTest, ItIsWrittenWhenItsLevelIsNotEnabled) {
+  const int status = support::inChild([] {
+    Logger::getInstance()->logInfo("SVO", "not this one");
+    Logger::getInstance()->logSimpleMessage("INFO|||ui|||but this one");
+    return 0;
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(support::linesOf(home + "/Library/Logs/Kelvo.log"), ElementsAre(EndsWith(" | but this one")));
+}
+
+TEST_F(EmbeddedLineLogTest, ATokenIsRedacted) {
+  EXPECT_THAT(lastLineAfter(4, "INFO|||ui|||eyJhbGci.eyJzdWIi.x"), EndsWith("Found access/device token. Log skipped."));
+}
+
+}  // namespace
