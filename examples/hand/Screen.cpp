@@ -14,6 +14,8 @@
 namespace examples {
 namespace {
 
+constexpr long kLongestProperty = 1 << 20;  // in units of four bytes: room for the largest icon
+
 int ignoreError(Display*, XErrorEvent*) {
   return 0;
 }
@@ -54,7 +56,7 @@ Screen::Screen(const std::string& display) : display_(XOpenDisplay(display.c_str
   int damageError = 0;
   if (!XDamageQueryExtension(display_.get(), &damageEvent_, &damageError)) throw std::runtime_error("no XDamage");
   XDamageCreate(display_.get(), rootOf(display_.get()), XDamageReportNonEmpty);
-  XSelectInput(display_.get(), rootOf(display_.get()), SubstructureNotifyMask);
+  XSelectInput(display_.get(), rootOf(display_.get()), SubstructureNotifyMask | PropertyChangeMask);
 
   static GSourceFuncs functions = {EventSource::prepare, EventSource::check, EventSource::dispatch, nullptr, {}, {}};
   events_ = reinterpret_cast<EventSource*>(g_source_new(&functions, sizeof(EventSource)));
@@ -76,7 +78,7 @@ void Screen::handleEvents() {
       const auto* damage = reinterpret_cast<const XDamageNotifyEvent*>(&event);
       XDamageSubtract(display_.get(), damage->damage, None, None);
     } else if (event.type == CreateNotify) {
-      XSelectInput(display_.get(), event.xcreatewindow.window, PropertyChangeMask);
+      XSelectInput(display_.get(), event.xcreatewindow.window, StructureNotifyMask | PropertyChangeMask);
     }
   }
 }
@@ -87,8 +89,8 @@ std::vector<unsigned char> Screen::property(Window window, const char* name) con
   unsigned long count = 0, rest = 0;
   unsigned char* data = nullptr;
   const Atom atom = XInternAtom(display_.get(), name, False);
-  if (XGetWindowProperty(display_.get(), window, atom, 0, 1024, False, AnyPropertyType, &type, &format, &count, &rest,
-                         &data) != Success) {
+  if (XGetWindowProperty(display_.get(), window, atom, 0, kLongestProperty, False, AnyPropertyType, &type, &format,
+                         &count, &rest, &data) != Success) {
     return {};
   }
   // Xlib hands out 32-bit values as longs.
@@ -98,29 +100,54 @@ std::vector<unsigned char> Screen::property(Window window, const char* name) con
   return result;
 }
 
+WindowId Screen::root() const {
+  return rootOf(display_.get());
+}
+
+std::vector<unsigned long> Screen::numbersOf(Window window, const char* name) const {
+  const std::vector<unsigned char> bytes = property(window, name);
+  std::vector<unsigned long> numbers(bytes.size() / sizeof(long));
+  if (!numbers.empty()) std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(long));
+  return numbers;
+}
+
+std::string Screen::textOf(Window window, const char* name) const {
+  const std::vector<unsigned char> bytes = property(window, name);
+  return {bytes.begin(), bytes.end()};
+}
+
 std::optional<ScreenWindow> Screen::describe(Window window) const {
   XWindowAttributes attributes;
   if (!XGetWindowAttributes(display_.get(), window, &attributes) || attributes.map_state != IsViewable) return {};
-  const std::vector<unsigned char> pid = property(window, "_NET_WM_PID");
-  if (pid.size() < sizeof(long)) return {};
-  long number = 0;
-  std::memcpy(&number, pid.data(), sizeof number);
-  const std::vector<unsigned char> title = property(window, "_NET_WM_NAME");
+  const std::vector<unsigned long> pid = numbersOf(window, "_NET_WM_PID");
+  if (pid.empty()) return {};
+  int x = 0, y = 0;
+  Window child = None;
+  if (!XTranslateCoordinates(display_.get(), window, root(), 0, 0, &x, &y, &child)) return {};
   return ScreenWindow{window,
-                      static_cast<pid_t>(number),
-                      {title.begin(), title.end()},
-                      {attributes.x, attributes.y, attributes.width, attributes.height}};
+                      static_cast<pid_t>(pid.front()),
+                      textOf(window, "_NET_WM_NAME"),
+                      {x, y, attributes.width, attributes.height}};
+}
+
+// A window manager puts each window into one of its own.
+void Screen::addWindowsBelow(Window window, std::vector<ScreenWindow>& found) const {
+  Window root = 0, parent = 0, *children = nullptr;
+  unsigned count = 0;
+  if (!XQueryTree(display_.get(), window, &root, &parent, &children, &count)) return;
+  for (unsigned i = 0; i < count; ++i) {
+    if (const auto described = describe(children[i])) {
+      found.push_back(*described);
+    } else {
+      addWindowsBelow(children[i], found);
+    }
+  }
+  if (children != nullptr) XFree(children);
 }
 
 std::vector<ScreenWindow> Screen::windows() const {
-  Window root = 0, parent = 0, *children = nullptr;
-  unsigned count = 0;
   std::vector<ScreenWindow> result;
-  if (!XQueryTree(display_.get(), rootOf(display_.get()), &root, &parent, &children, &count)) return result;
-  for (unsigned i = 0; i < count; ++i) {
-    if (const auto window = describe(children[i])) result.push_back(*window);
-  }
-  if (children != nullptr) XFree(children);
+  addWindowsBelow(root(), result);
   return result;
 }
 
@@ -182,8 +209,26 @@ void Screen::turnWheel(int clicks) {
   XFlush(display_.get());
 }
 
+// Each new key gets a code of its own: programs look a code up late, when it may mean something else already.
+KeyCode Screen::codeOf(KeySymbol key) {
+  if (const KeyCode code = XKeysymToKeycode(display_.get(), key); code != 0) return code;
+  if (const auto added = addedKeys_.find(key); added != addedKeys_.end()) return added->second;
+
+  int first = 0, last = 0, width = 0;
+  XDisplayKeycodes(display_.get(), &first, &last);
+  const std::unique_ptr<KeySym, int (*)(void*)> symbols(
+      XGetKeyboardMapping(display_.get(), static_cast<KeyCode>(first), last - first + 1, &width), XFree);
+  for (int code = last; code >= first; --code) {
+    if (symbols.get()[(code - first) * width] != NoSymbol) continue;
+    XChangeKeyboardMapping(display_.get(), code, 1, &key, 1);
+    XSync(display_.get(), False);
+    return addedKeys_[key] = static_cast<KeyCode>(code);
+  }
+  throw std::runtime_error("no room on the keyboard for another key");
+}
+
 void Screen::key(KeySymbol key, bool down) {
-  XTestFakeKeyEvent(display_.get(), XKeysymToKeycode(display_.get(), key), down, CurrentTime);
+  XTestFakeKeyEvent(display_.get(), codeOf(key), down, CurrentTime);
   XFlush(display_.get());
 }
 
@@ -206,6 +251,11 @@ void Screen::type(const std::string& text) {
       press(symbol, {XK_Shift_L});
     }
   }
+}
+
+void Screen::focus(Window window) {
+  XSetInputFocus(display_.get(), window, RevertToParent, CurrentTime);
+  XFlush(display_.get());
 }
 
 void Screen::place(Window window, const Area& frame) {

@@ -9,6 +9,7 @@
 #include <sys/types.h>
 
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,7 +28,7 @@ struct ScreenWindow {
   WindowId id = 0;
   pid_t pid = 0;
   std::string title;
-  Area frame;
+  Area frame;  // on the screen, without the border that a window manager draws around it
 };
 
 // What a window manager is told about the sizes that a window may have.
@@ -46,10 +47,18 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  // The windows that are shown and say which process they belong to.
+  // The windows that are shown and say which process they belong to, with or without a window manager's border.
   std::vector<ScreenWindow> windows() const;
   std::optional<ScreenWindow> windowOf(pid_t pid) const;
   SizeLimits sizeLimitsOf(WindowId window) const;
+
+  // A property as other programs read it; empty when the window has none of that name. What concerns the whole screen
+  // stands at its root.
+  //   numbersOf(screen.root(), "_NET_ACTIVE_WINDOW")  => {0x400003}
+  //   textOf(window, "WM_CLASS")                      => "name\0Class\0"
+  WindowId root() const;
+  std::vector<unsigned long> numbersOf(WindowId window, const char* name) const;
+  std::string textOf(WindowId window, const char* name) const;
 
   // What the screen shows there; parts beyond its edges are left out.
   Picture picture(const Area& area) const;
@@ -58,9 +67,13 @@ class Screen {
   void click(int x, int y);
   void turnWheel(int clicks);  // towards the user
 
-  // Presses a key while the others are held down: press(XK_a, {XK_Control_L}).
+  // Presses a key while the others are held down: press(XK_a, {XK_Control_L}). A key that the keyboard does not have is
+  // added to it.
   void press(KeySymbol key, std::initializer_list<KeySymbol> held = {});
   void type(const std::string& text);  // printable ASCII
+
+  // Gives a window the keyboard where no window manager does. Without it the keys go to the window under the pointer.
+  void focus(WindowId window);
 
   // What a user does who drags a window and its corner elsewhere.
   void place(WindowId window, const Area& frame);
@@ -73,12 +86,15 @@ class Screen {
 
   std::vector<unsigned char> property(WindowId window, const char* name) const;
   std::optional<ScreenWindow> describe(WindowId window) const;
+  void addWindowsBelow(WindowId window, std::vector<ScreenWindow>& found) const;
+  unsigned char codeOf(KeySymbol key);
   void key(KeySymbol key, bool down);
   void handleEvents();
 
   std::unique_ptr<_XDisplay, int (*)(_XDisplay*)> display_;
   EventSource* events_ = nullptr;
   int damageEvent_ = 0;
+  std::map<KeySymbol, unsigned char> addedKeys_;
 };
 
 }  // namespace examples

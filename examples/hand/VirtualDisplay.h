@@ -1,4 +1,4 @@
-// A screen that nobody sees, for as long as this object lives: an X server of its own, 1280 × 1024, no window manager.
+// A screen that nobody sees, for as long as this object lives: an X server of its own, no window manager.
 
 #pragma once
 
@@ -9,10 +9,15 @@
 
 namespace examples {
 
+struct ScreenSize {
+  int width = 1280;
+  int height = 1024;
+};
+
 class VirtualDisplay {
  public:
   // Returns once the server takes connections. Throws std::runtime_error when it does not start.
-  VirtualDisplay();
+  explicit VirtualDisplay(const ScreenSize& size = {});
 
   //   ":99"
   const std::string& name() const { return name_; }

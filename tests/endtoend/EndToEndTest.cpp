@@ -31,8 +31,12 @@ examples::Answer pageThatTells(const std::string& body) {
   return page(body + "<script>onload = () => fetch('/loaded')</script>");
 }
 
-EndToEndTest::EndToEndTest()
-    : folder_(makeFolder()), logs_(logFile().parent_path()), screen(display.name()), pipe(folder_ / "answer") {
+EndToEndTest::EndToEndTest(const examples::ScreenSize& screenSize)
+    : folder_(makeFolder()),
+      logs_(logFile().parent_path()),
+      display(screenSize),
+      screen(display.name()),
+      pipe(folder_ / "answer") {
   std::filesystem::remove(logFile());  // of an earlier test in the same home
   for (const char* path : {"/signin", "/done", "/start"})
     site.serve(path, page(path));

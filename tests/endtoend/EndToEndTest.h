@@ -55,7 +55,7 @@ examples::Answer pageThatTells(const std::string& body = "");
 class EndToEndTest : public testing::Test {
  protected:
   // The site has an ordinary page at "/signin", "/done" and "/start"; the options name them. No option is missing.
-  EndToEndTest();
+  explicit EndToEndTest(const examples::ScreenSize& screenSize = {});
   ~EndToEndTest() override;
 
   void start();
