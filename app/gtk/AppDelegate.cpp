@@ -1,16 +1,22 @@
 #include "app/gtk/AppDelegate.h"
 
+#include "app/gtk/AddressRules.h"
 #include "app/gtk/GtkHandles.h"
 #include "app/gtk/LoadSignals.h"
 
-AppDelegate::AppDelegate()
-    : window_(std::make_unique<SVOWindow>()),
+AppDelegate::AppDelegate(bool sandboxed)
+    : window_(std::make_unique<SVOWindow>(sandboxed)),
       flow_(*window_),
       clock_([this] { tracker_.dataTimedOut(); }),
-      tracker_(*this, clock_) {
-  g_signal_connect(window_->webView(), "decide-policy", G_CALLBACK(onDecidePolicy), this);
-  g_signal_connect(window_->webView(), "create", G_CALLBACK(onCreate), this);
-  connectLoadSignals(window_->webView(), tracker_);
+      tracker_(*this, clock_),
+      pageDialogs_(
+          window_->webView(), window_->sheet(), dialogs_, [this] { return window_->site(); }, tracker_) {
+  WebKitWebView* const page = window_->webView();
+  g_signal_connect(page, "decide-policy", G_CALLBACK(onDecidePolicy), this);
+  g_signal_connect(page, "create", G_CALLBACK(onCreate), this);
+  for (const char* const act : {"key-press-event", "button-press-event", "touch-event"})
+    g_signal_connect(page, act, G_CALLBACK(onPersonActs), this);
+  connectLoadSignals(page, tracker_);
   g_signal_connect(window_->window(), "delete-event", G_CALLBACK(onDelete), this);
 }
 
@@ -43,19 +49,32 @@ gboolean AppDelegate::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decis
   if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
   WebKitNavigationAction* const action =
       webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-  if (webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_LINK_CLICKED ||
-      !webkit_navigation_action_is_user_gesture(action)) {
-    return FALSE;
-  }
   const char* const address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-  if (address == nullptr || !self->flow_.linkClicked(address)) return FALSE;
+  if (address == nullptr) return FALSE;
+
+  const bool byAClick = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED &&
+                        webkit_navigation_action_is_user_gesture(action);
+  if (self->mayGo(address) && !(byAClick && self->flow_.linkClicked(address))) return FALSE;
   webkit_policy_decision_ignore(decision);
   return TRUE;
+}
+
+// The launcher may name a file, and one file another; a site may not.
+bool AppDelegate::mayGo(const std::string& address) const {
+  const Site::Kind from = window_->site().kind;
+  return !hasScheme(address, "file") || from == Site::Kind::kNone || from == Site::Kind::kFile;
 }
 
 // Every request for a window arrives here exactly once, whether a link or a script made it.
 GtkWidget* AppDelegate::onCreate(WebKitWebView*, WebKitNavigationAction* action, AppDelegate* self) {
   const char* const address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-  if (address != nullptr && *address != '\0') self->flow_.newWindowRequested(address);
+  if (address == nullptr || !mayOpenOutside(address) || !self->newWindows_.spend()) return nullptr;
+  self->flow_.newWindowRequested(address);
   return nullptr;
+}
+
+gboolean AppDelegate::onPersonActs(GtkWidget*, GdkEvent*, AppDelegate* self) {
+  self->newWindows_.renew();
+  self->dialogs_.renew();
+  return FALSE;
 }

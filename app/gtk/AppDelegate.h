@@ -1,6 +1,9 @@
 // The application on GTK: builds the window, turns the toolkit's signals into calls of the flow, and runs until the
 // flow ends the run. It only translates; every decision is `SignInFlow`'s.
 //
+// A page may open three windows in the browser and show five dialogs, and as many again after each key or click of the
+// person; what goes beyond is dropped. No page that came over the network may go to a file of this machine.
+//
 // SIGTERM, SIGINT and SIGHUP count as closing the window: the launcher still gets its message and nothing stays behind.
 
 #pragma once
@@ -9,14 +12,16 @@
 #include <string>
 
 #include "app/SignInFlow.h"
+#include "app/gtk/Allowance.h"
 #include "app/gtk/LoadClock.h"
 #include "app/gtk/LoadTracker.h"
+#include "app/gtk/PageDialogs.h"
 #include "app/gtk/SVOWindow.h"
 
 class AppDelegate : private LoadOutcomes {
  public:
-  // Needs an initialised GTK.
-  AppDelegate();
+  // Needs an initialised GTK. `sandboxed` as in SVOWindow.
+  explicit AppDelegate(bool sandboxed);
   ~AppDelegate() override;
 
   AppDelegate(const AppDelegate&) = delete;
@@ -36,9 +41,15 @@ class AppDelegate : private LoadOutcomes {
   static gboolean onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                  AppDelegate* self);
   static GtkWidget* onCreate(WebKitWebView*, WebKitNavigationAction* action, AppDelegate* self);
+  static gboolean onPersonActs(GtkWidget*, GdkEvent*, AppDelegate* self);
+
+  bool mayGo(const std::string& address) const;
 
   std::unique_ptr<SVOWindow> window_;
   SignInFlow flow_;
   LoadClock clock_;
   LoadTracker tracker_;
+  Allowance newWindows_{3};
+  Allowance dialogs_{5};
+  PageDialogs pageDialogs_;
 };

@@ -37,6 +37,10 @@ void settleLibraries() {
   g_setenv("GST_REGISTRY", "/proc/none/registry", TRUE);
   if (g_getenv("XDG_RUNTIME_DIR") == nullptr) g_setenv("GSETTINGS_BACKEND", "memory", TRUE);
 
+  // Each opens the pages to whoever connects to a port.
+  g_unsetenv("WEBKIT_INSPECTOR_SERVER");
+  g_unsetenv("WEBKIT_INSPECTOR_HTTP_SERVER");
+
   gtk_disable_setlocale();
   (void)std::setlocale(LC_CTYPE, "");
   (void)std::setlocale(LC_MESSAGES, "");

@@ -9,11 +9,11 @@
 // a library prints; and ignores SIGPIPE, so that printing to a reader who is gone does not end the program.
 void settleStandardStreams();
 
-// Keeps libraries from leaving files behind, and the locale from changing numbers and times: the log file is shared,
-// and its lines read the same whoever writes them. Letters and words are as the person has them.
+// Keeps libraries from leaving files behind and from opening the pages to others, and the locale from changing numbers
+// and times: the log file is shared, and its lines read the same whoever writes them. Letters and words are as the
+// person has them.
 void settleLibraries();
 
 // Calls `onLost` when the X server goes away, as at the end of a session, and then ends the process in order, with
-// status
-// 1. GTK would end it on the spot. Nothing to do elsewhere.
+// status 1. GTK would end it on the spot. Nothing to do elsewhere.
 void settleDisplay(std::function<void()> onLost);

@@ -99,26 +99,6 @@ void onDownloadStarted(WebKitWebContext*, WebKitDownload* download, LoadEvents* 
   events->downloadStarted(text(webkit_uri_request_get_uri(webkit_download_get_request(download))));
 }
 
-gboolean onScriptDialog(WebKitWebView*, WebKitScriptDialog*, LoadEvents* events) {
-  events->personAsked();
-  return FALSE;
-}
-
-void onAuthenticated(WebKitAuthenticationRequest*, WebKitCredential*, LoadEvents* events) {
-  events->personAnswered();
-}
-
-void onAuthenticationCancelled(WebKitAuthenticationRequest*, LoadEvents* events) {
-  events->personAnswered();
-}
-
-gboolean onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, LoadEvents* events) {
-  g_signal_connect(request, "authenticated", G_CALLBACK(onAuthenticated), events);
-  g_signal_connect(request, "cancelled", G_CALLBACK(onAuthenticationCancelled), events);
-  events->personAsked();
-  return FALSE;
-}
-
 void onProgress(WebKitWebView*, GParamSpec*, LoadEvents* events) {
   events->progressed();
 }
@@ -141,8 +121,6 @@ void connectLoadSignals(WebKitWebView* view, LoadEvents& events) {
   g_signal_connect(view, "resource-load-started", G_CALLBACK(onResourceStarted), &events);
   g_signal_connect(view, "notify::estimated-load-progress", G_CALLBACK(onProgress), &events);
   g_signal_connect(view, "notify::is-loading", G_CALLBACK(onIsLoading), &events);
-  g_signal_connect(view, "script-dialog", G_CALLBACK(onScriptDialog), &events);
-  g_signal_connect(view, "authenticate", G_CALLBACK(onAuthenticate), &events);
   g_signal_connect(webkit_web_view_get_context(view), "download-started", G_CALLBACK(onDownloadStarted), &events);
   g_signal_connect(view, "web-process-terminated", G_CALLBACK(onPageProcessEnded), &events);
 }

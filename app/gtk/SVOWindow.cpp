@@ -4,13 +4,18 @@
 #include <cmath>
 
 #include "app/SpinnerPage.h"
+#include "app/WindowKeys.h"
+#include "app/gtk/PageGuards.h"
+#include "app/gtk/Sandbox.h"
 
 namespace {
 
 constexpr char kInitialTitle[] = "Sign In";
-constexpr int kStripHeight = 20;
 constexpr int kInitialWidth = 680;
 constexpr int kInitialWebViewHeight = 550;
+constexpr double kZoomStep = 1.1;
+constexpr double kLeastZoom = 0.5;
+constexpr double kMostZoom = 3.0;
 
 int pixels(double points) {
   return static_cast<int>(std::lround(points));
@@ -18,6 +23,16 @@ int pixels(double points) {
 
 int screenHeight() {
   return gdk_window_get_height(gdk_get_default_root_window());
+}
+
+void disableFeature(WebKitSettings* settings, const char* name) {
+  WebKitFeatureList* const features = webkit_settings_get_all_features();
+  for (gsize i = 0; i < webkit_feature_list_get_length(features); ++i) {
+    WebKitFeature* const feature = webkit_feature_list_get(features, i);
+    if (g_strcmp0(webkit_feature_get_identifier(feature), name) != 0) continue;
+    webkit_settings_set_feature_enabled(settings, feature, FALSE);
+  }
+  webkit_feature_list_unref(features);
 }
 
 WebKitSettings* newSettings() {
@@ -34,11 +49,17 @@ WebKitSettings* newSettings() {
   // A sign-in page gains nothing from the GPU; without it the window needs a fifth less memory and keeps clear of the
   // drivers that leave it blank.
   webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+
+  webkit_settings_set_enable_developer_extras(settings, FALSE);
+  webkit_settings_set_enable_fullscreen(settings, FALSE);
+  webkit_settings_set_enable_media_stream(settings, FALSE);
+  disableFeature(settings, "DataListElement");  // its list could come down over the strip
   return settings;
 }
 
-WebKitWebContext* newContext() {
+WebKitWebContext* newContext(bool sandboxed) {
   WebKitWebContext* const context = webkit_web_context_new_ephemeral();
+  webkit_web_context_set_sandbox_enabled(context, sandboxed);
   webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
   g_signal_connect(context, "download-started",
                    G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download) { webkit_download_cancel(download); }),
@@ -59,39 +80,64 @@ void setFunctions(GtkWindow* window, GdkWMFunction functions) {
   gdk_window_set_functions(gtk_widget_get_window(GTK_WIDGET(window)), functions);
 }
 
-GtkWidget* newStrip() {
-  GtkWidget* const strip = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);
-  gtk_widget_set_size_request(strip, -1, kStripHeight);
-  return strip;
+WebKitUserStyleSheet* newStillStyle() {
+  // A body that fills the window scrolls in place of the root: it may, but shows no bars.
+  constexpr char kStyle[] =
+      ":root { overflow: hidden !important; } "
+      ":root::-webkit-scrollbar, :root > body::-webkit-scrollbar { display: none !important; }";
+  return webkit_user_style_sheet_new(kStyle, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_STYLE_LEVEL_USER,
+                                     nullptr, nullptr);
+}
+
+const char* nameOf(EditingCommand command) {
+  switch (command) {
+    case EditingCommand::kSelectAll:
+      return WEBKIT_EDITING_COMMAND_SELECT_ALL;
+    case EditingCommand::kCopy:
+      return WEBKIT_EDITING_COMMAND_COPY;
+    case EditingCommand::kPaste:
+      return WEBKIT_EDITING_COMMAND_PASTE;
+    case EditingCommand::kCut:
+      return WEBKIT_EDITING_COMMAND_CUT;
+    case EditingCommand::kUndo:
+      break;
+  }
+  return WEBKIT_EDITING_COMMAND_UNDO;
 }
 
 }  // namespace
 
-SVOWindow::SVOWindow()
-    : context_(newContext()),
+SVOWindow::SVOWindow(bool sandboxed)
+    : context_(newContext(sandboxed)),
       content_(webkit_user_content_manager_new()),
       window_(GTK_WINDOW(gtk_window_new(GTK_WINDOW_TOPLEVEL))),
-      webView_(newWebView(context_.get(), content_.get())) {
+      overlay_(GTK_OVERLAY(gtk_overlay_new())),
+      webView_(newWebView(context_.get(), content_.get())),
+      sheet_(overlay_, GTK_WIDGET(webView_)) {
   GtkWidget* const content = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-  gtk_box_pack_start(GTK_BOX(content), newStrip(), FALSE, FALSE, 0);
+  gtk_box_pack_start(GTK_BOX(content), strip_.widget(), FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(content), GTK_WIDGET(webView_), TRUE, TRUE, 0);
-  gtk_container_add(GTK_CONTAINER(window_), content);
+  gtk_container_add(GTK_CONTAINER(overlay_), content);
+  gtk_container_add(GTK_CONTAINER(window_), GTK_WIDGET(overlay_));
 
-  // Nobody prints a sign-in page, and WebKit's print dialog would outlive the run. Nor are chosen files remembered.
-  g_signal_connect(webView_, "print", G_CALLBACK(gtk_true), nullptr);
-  g_object_set(gtk_settings_get_default(), "gtk-recent-files-enabled", FALSE, nullptr);
+  g_signal_connect(window_, "key-press-event", G_CALLBACK(onKeyPress), this);
+  g_signal_connect(webView_, "load-changed", G_CALLBACK(onLoadChanged), this);
+  g_signal_connect(webView_, "notify::is-loading", G_CALLBACK(onProgress), this);
+  g_signal_connect(webView_, "notify::estimated-load-progress", G_CALLBACK(onProgress), this);
 
   gtk_window_set_title(window_, kInitialTitle);
   gtk_window_set_position(window_, GTK_WIN_POS_CENTER);
   gtk_window_set_resizable(window_, FALSE);
   gtk_widget_show_all(GTK_WIDGET(window_));
   setFunctions(window_, static_cast<GdkWMFunction>(GDK_FUNC_MOVE | GDK_FUNC_MINIMIZE | GDK_FUNC_CLOSE));
+  guardPage(webView_);
 }
 
 // A page that hangs its process would keep it after the window is gone.
 SVOWindow::~SVOWindow() {
   webkit_web_view_terminate_web_process(webView_);
   gtk_widget_destroy(GTK_WIDGET(window_));
+  removeSandboxNotes();
 }
 
 void SVOWindow::activate() {
@@ -157,13 +203,13 @@ void SVOWindow::loadAddress(const std::string& address) {
 void SVOWindow::forbidMainFrameScrolling() {
   if (scrollingForbidden_) return;
   scrollingForbidden_ = true;
+  settleScrolling();
+}
 
-  // A body that fills the window scrolls in place of the root: it may, but shows no bars.
-  constexpr char kStyle[] =
-      ":root { overflow: hidden !important; } "
-      ":root::-webkit-scrollbar, :root > body::-webkit-scrollbar { display: none !important; }";
-  WebKitUserStyleSheet* const sheet = webkit_user_style_sheet_new(kStyle, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
-                                                                  WEBKIT_USER_STYLE_LEVEL_USER, nullptr, nullptr);
+void SVOWindow::settleScrolling() {
+  webkit_user_content_manager_remove_all_style_sheets(content_.get());
+  if (!scrollingForbidden_ || webkit_web_view_get_zoom_level(webView_) > 1) return;
+  WebKitUserStyleSheet* const sheet = newStillStyle();
   webkit_user_content_manager_add_style_sheet(content_.get(), sheet);
   webkit_user_style_sheet_unref(sheet);
 }
@@ -174,4 +220,64 @@ void SVOWindow::openInBrowser(const std::string& address) {
 
 void SVOWindow::terminate() {
   gtk_main_quit();
+}
+
+// What the page has not taken comes here a second time, and is not offered to it again.
+gboolean SVOWindow::onKeyPress(GtkWidget*, GdkEventKey* event, SVOWindow* self) {
+  if (const std::optional<WindowCommand> command = windowCommandOf(*event)) {
+    self->perform(*command);
+  } else if (!gtk_window_propagate_key_event(self->window_, event)) {
+    self->offerToEditing(event);
+  }
+  return TRUE;
+}
+
+void SVOWindow::perform(WindowCommand command) {
+  switch (command) {
+    case WindowCommand::kClose:
+      return gtk_window_close(window_);
+    case WindowCommand::kZoomIn:
+      return setZoom(webkit_web_view_get_zoom_level(webView_) * kZoomStep);
+    case WindowCommand::kZoomOut:
+      return setZoom(webkit_web_view_get_zoom_level(webView_) / kZoomStep);
+    case WindowCommand::kZoomReset:
+      return setZoom(1);
+  }
+}
+
+void SVOWindow::setZoom(double level) {
+  const bool isAlmostOne = std::abs(level - 1) < 0.01;
+  webkit_web_view_set_zoom_level(webView_, isAlmostOne ? 1 : std::clamp(level, kLeastZoom, kMostZoom));
+  settleScrolling();
+}
+
+void SVOWindow::offerToEditing(GdkEventKey* event) {
+  const bool pageHasKeyboard = gtk_window_get_focus(window_) == GTK_WIDGET(webView_);
+  const KeyDecision decision =
+      decideKey(charactersOf(*event), modifiersOf(*event), [&](EditingCommand) { return pageHasKeyboard; });
+  switch (decision.action) {
+    case KeyDecision::Action::kDrop:
+      return;
+    case KeyDecision::Action::kPerform:
+      return webkit_web_view_execute_editing_command(webView_, nameOf(*decision.command));
+    case KeyDecision::Action::kPassOn:
+      break;
+  }
+  if (!gtk_window_activate_key(window_, event)) (void)gtk_bindings_activate_event(G_OBJECT(window_), event);
+}
+
+void SVOWindow::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, SVOWindow* self) {
+  if (step != WEBKIT_LOAD_COMMITTED) return;
+  const char* const uri = webkit_web_view_get_uri(view);
+  const std::string address = uri == nullptr ? "" : uri;
+  GTlsCertificate* certificate = nullptr;
+  GTlsCertificateFlags errors{};
+  const bool overTls = webkit_web_view_get_tls_info(view, &certificate, &errors) && errors == 0;
+  self->site_ = address == spinnerHTMLBaseURL ? Site() : siteOf(address, overTls);
+  self->strip_.show(self->site_);
+}
+
+void SVOWindow::onProgress(WebKitWebView* view, GParamSpec*, SVOWindow* self) {
+  if (!webkit_web_view_is_loading(view)) return self->strip_.hideProgress();
+  self->strip_.showProgress(webkit_web_view_get_estimated_load_progress(view));
 }

@@ -1,5 +1,9 @@
 // The sign-in window on GTK 3: a strip 20 high above the web view, together the whole inside of the window.
 //
+// Its own keys come first, then the page, then the editing commands: Ctrl+W and Alt+F4 close it, Ctrl with +, - and 0
+// zoom the page between a half and three times its size. While a page is zoomed in, its main frame may be scrolled, for
+// parts of it would be out of reach.
+//
 // Frames count from the bottom left of the screen; this class turns them over. Where the platform keeps window
 // positions to itself (Wayland) the origin is always 0, 0 and moving does nothing. The web view's session is ephemeral:
 // no cookie, cache or storage reaches the disk. Main thread only; needs an open display.
@@ -13,11 +17,16 @@
 
 #include "app/SignInWindow.h"
 #include "app/gtk/GtkHandles.h"
+#include "app/gtk/KeyEvents.h"
+#include "app/gtk/Sheet.h"
+#include "app/gtk/Site.h"
+#include "app/gtk/Strip.h"
 
 class SVOWindow : public SignInWindow {
  public:
   // Makes and shows the window, 680 x 570 and not resizable, in the middle of the screen, under the title "Sign In".
-  SVOWindow();
+  // `sandboxed` puts the page process into WebKit's sandbox, which must work on this machine.
+  explicit SVOWindow(bool sandboxed);
   ~SVOWindow() override;
 
   SVOWindow(const SVOWindow&) = delete;
@@ -25,6 +34,10 @@ class SVOWindow : public SignInWindow {
 
   GtkWindow* window() const { return window_; }
   WebKitWebView* webView() const { return webView_; }
+  Sheet& sheet() { return sheet_; }
+
+  // Of the page that is shown.
+  const Site& site() const { return site_; }
 
   // Comes to the front with the keyboard in the page.
   void activate();
@@ -44,9 +57,22 @@ class SVOWindow : public SignInWindow {
   void terminate() override;
 
  private:
+  static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, SVOWindow* self);
+  static void onLoadChanged(WebKitWebView*, WebKitLoadEvent step, SVOWindow* self);
+  static void onProgress(WebKitWebView*, GParamSpec*, SVOWindow* self);
+
+  void perform(WindowCommand command);
+  void offerToEditing(GdkEventKey* event);
+  void setZoom(double level);
+  void settleScrolling();
+
   ObjectRef<WebKitWebContext> context_;
   ObjectRef<WebKitUserContentManager> content_;
-  GtkWindow* window_;       // owned by GTK until the destructor destroys it
-  WebKitWebView* webView_;  // owned by the window
+  GtkWindow* window_;    // owned by GTK until the destructor destroys it
+  GtkOverlay* overlay_;  // owned by the window, like all that follows
+  WebKitWebView* webView_;
+  Strip strip_;
+  Sheet sheet_;
+  Site site_;
   bool scrollingForbidden_ = false;
 };

@@ -6,6 +6,7 @@
 #include "app/ResultChannel.h"
 #include "app/gtk/AppDelegate.h"
 #include "app/gtk/Environment.h"
+#include "app/gtk/Sandbox.h"
 #include "app/gtk/TerminationSignals.h"
 #include "applog/Logger.h"
 #include "platform/Bundle.h"
@@ -22,6 +23,13 @@ int reportMissingDisplay() {
   return 1;
 }
 
+// The sign-in goes on without: a machine that cannot do better is no reason to keep a person out.
+bool canSandbox(SandboxTrial& trial) {
+  if (trial.passed()) return true;
+  std::fprintf(stderr, "%s: bwrap does not work here; pages run without a sandbox\n", kProgramName);
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -33,13 +41,15 @@ int main(int argc, char** argv) {
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
-  // GTK would take options of its own from the command line, so it gets none.
   settleLibraries();
+  SandboxTrial sandbox;
+
+  // GTK would take options of its own from the command line, so it gets none.
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
 
   // A signal and the end of the session count as closing the window: the launcher still gets its message.
-  AppDelegate delegate;
+  AppDelegate delegate(canSandbox(sandbox));
   signals.deliverTo([&delegate] { delegate.closeWindow(); });
   settleDisplay([&delegate] { delegate.closeWindow(); });
   delegate.run(platform::bundlePath());

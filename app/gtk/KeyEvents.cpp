@@ -1,0 +1,99 @@
+#include "app/gtk/KeyEvents.h"
+
+#include <memory>
+
+#include "app/WindowKeys.h"
+
+namespace {
+
+bool isAsciiLetter(guint key) {
+  return (key >= GDK_KEY_a && key <= GDK_KEY_z) || (key >= GDK_KEY_A && key <= GDK_KEY_Z);
+}
+
+GdkModifierType primaryAccelerator(GdkKeymap* keymap) {
+  return gdk_keymap_get_modifier_mask(keymap, GDK_MODIFIER_INTENT_PRIMARY_ACCELERATOR);
+}
+
+// The Latin letter that the same key writes in one of the person's layouts.
+guint latinLetterOf(const GdkEventKey& event, GdkKeymap* keymap) {
+  GdkKeymapKey* places = nullptr;
+  guint* keys = nullptr;
+  gint count = 0;
+  if (!gdk_keymap_get_entries_for_keycode(keymap, event.hardware_keycode, &places, &keys, &count)) return event.keyval;
+  const std::unique_ptr<GdkKeymapKey, void (*)(gpointer)> ownedPlaces(places, g_free);
+  const std::unique_ptr<guint, void (*)(gpointer)> ownedKeys(keys, g_free);
+  for (gint i = 0; i < count; ++i) {
+    if (places[i].level == 0 && isAsciiLetter(keys[i])) return keys[i];
+  }
+  return event.keyval;
+}
+
+guint plainKeyOf(const GdkEventKey& event) {
+  const bool isForeignLetter = event.keyval > 0x7f && g_unichar_isalpha(gdk_keyval_to_unicode(event.keyval));
+  if (!isForeignLetter) return event.keyval;
+  return latinLetterOf(event, gdk_keymap_get_for_display(gdk_window_get_display(event.window)));
+}
+
+bool isKeypad(guint key) {
+  return key >= GDK_KEY_KP_Space && key <= GDK_KEY_KP_9;
+}
+
+// The arrows, the pages, and F1 to F35: keys that Cocoa marks as functions.
+bool isFunction(guint key) {
+  return (key >= GDK_KEY_Home && key <= GDK_KEY_End) || (key >= GDK_KEY_F1 && key <= GDK_KEY_F35) ||
+         key == GDK_KEY_Insert || key == GDK_KEY_Delete;
+}
+
+}  // namespace
+
+std::optional<std::string> charactersOf(const GdkEventKey& event) {
+  const gunichar letter = gdk_keyval_to_unicode(plainKeyOf(event));
+  if (letter == 0 && !isFunction(event.keyval)) return std::nullopt;
+  char utf8[6];
+  return std::string(utf8, letter == 0 ? 0 : static_cast<std::size_t>(g_unichar_to_utf8(letter, utf8)));
+}
+
+unsigned long modifiersOf(const GdkEventKey& event) {
+  GdkKeymap* const keymap = gdk_keymap_get_for_display(gdk_window_get_display(event.window));
+  auto state = static_cast<GdkModifierType>(event.state);
+  gdk_keymap_add_virtual_modifiers(keymap, &state);
+
+  const GdkModifierType command = primaryAccelerator(keymap);
+  unsigned long result = 0;
+  const auto map = [&](int from, KeyModifier to) {
+    if ((state & from) != 0) result |= to;
+  };
+  map(command, kKeyCommand);
+  map(GDK_CONTROL_MASK & ~command, kKeyControl);
+  map(GDK_SUPER_MASK | GDK_HYPER_MASK | (GDK_META_MASK & ~command), kKeyControl);
+  map(GDK_MOD1_MASK, kKeyOption);
+  map(GDK_SHIFT_MASK, kKeyShift);
+  map(GDK_LOCK_MASK, kKeyCapsLock);
+  if (isKeypad(event.keyval)) result |= kKeyNumericPad;
+  if (isFunction(event.keyval)) result |= kKeyFunction;
+  return result;
+}
+
+std::optional<WindowCommand> windowCommandOf(const GdkEventKey& event) {
+  constexpr unsigned long kIgnored = kKeyCapsLock | kKeyNumericPad | kKeyFunction;
+  const unsigned long modifiers = modifiersOf(event) & ~kIgnored;
+  if (modifiers == kKeyOption && event.keyval == GDK_KEY_F4) return WindowCommand::kClose;
+  const bool isZoomIn = event.keyval == GDK_KEY_plus || event.keyval == GDK_KEY_KP_Add || event.keyval == GDK_KEY_equal;
+  if ((modifiers & ~kKeyShift) == kKeyCommand && isZoomIn) return WindowCommand::kZoomIn;
+  if (modifiers != kKeyCommand) return std::nullopt;
+
+  switch (plainKeyOf(event)) {
+    case GDK_KEY_w:
+    case GDK_KEY_W:
+      return WindowCommand::kClose;
+    case GDK_KEY_minus:
+    case GDK_KEY_KP_Subtract:
+      return WindowCommand::kZoomOut;
+    case GDK_KEY_0:
+    case GDK_KEY_KP_0:
+    case GDK_KEY_KP_Insert:
+      return WindowCommand::kZoomReset;
+    default:
+      return std::nullopt;
+  }
+}

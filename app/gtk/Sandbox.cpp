@@ -1,0 +1,98 @@
+#include "app/gtk/Sandbox.h"
+
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+constexpr int kPatienceMilliseconds = 2000;
+
+using Text = std::unique_ptr<char, void (*)(gpointer)>;
+
+bool isInstalled(const char* program) {
+  return Text(g_find_program_in_path(program), g_free) != nullptr;
+}
+
+// WebKit's own walls, as far as a machine may refuse them: the namespaces, the mounts, and the person's folders, whose
+// places are made inside the new root one after the other.
+std::vector<std::string> trialCommand() {
+  std::vector<std::string> command = {"bwrap", "--die-with-parent", "--unshare-uts", "--unshare-pid", "--unshare-net"};
+  const auto add = [&command](std::initializer_list<const char*> words) {
+    command.insert(command.end(), words.begin(), words.end());
+  };
+  add({"--ro-bind", "/etc", "/etc", "--dev", "/dev", "--proc", "/proc", "--tmpfs", "/tmp"});
+  add({"--dir", g_get_user_runtime_dir()});
+  add({"--symlink", "../run", "/var/run", "--symlink", "../tmp", "/var/tmp"});
+  for (const char* const folder : {"/sys/block", "/sys/bus", "/sys/class", "/sys/dev", "/sys/devices", "/usr"})
+    add({"--ro-bind", folder, folder});
+  for (const char* const folder : {"/lib", "/lib64"})
+    add({"--ro-bind-try", folder, folder});
+  for (const char* const folder : {g_get_user_config_dir(), g_get_user_cache_dir(), g_get_user_data_dir()})
+    add({"--bind-try", folder, folder});
+  add({"/usr/bin/true"});
+  return command;
+}
+
+GPid start(const std::vector<std::string>& command, int* output) {
+  std::vector<char*> arguments;
+  for (const std::string& each : command)
+    arguments.push_back(const_cast<char*>(each.c_str()));
+  arguments.push_back(nullptr);
+
+  GPid process = 0;
+  constexpr int kFlags = G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_STDERR_TO_DEV_NULL;
+  const gboolean started =
+      g_spawn_async_with_pipes(nullptr, arguments.data(), nullptr, static_cast<GSpawnFlags>(kFlags), nullptr, nullptr,
+                               &process, nullptr, output, nullptr, nullptr);
+  return started ? process : 0;
+}
+
+}  // namespace
+
+void removeSandboxNotes() {
+  const std::string notes = std::string(g_get_user_runtime_dir()) + "/.flatpak";
+  const std::string ours = "webkit-" + std::to_string(::getpid()) + "-";
+  std::error_code gone;
+  std::filesystem::directory_iterator note(notes, gone);
+  for (; note != std::filesystem::directory_iterator(); note.increment(gone)) {
+    if (note->path().filename().string().rfind(ours, 0) != 0) continue;
+    (void)std::filesystem::remove(note->path() / "bwrapinfo.json", gone);
+    (void)std::filesystem::remove(note->path(), gone);
+  }
+}
+
+// Where there is a session bus, WebKit also needs the proxy that stands before it.
+SandboxTrial::SandboxTrial() {
+  if (isInstalled("bwrap") && isInstalled("xdg-dbus-proxy")) process_ = start(trialCommand(), &ended_);
+}
+
+SandboxTrial::~SandboxTrial() {
+  (void)passed();
+}
+
+bool SandboxTrial::passed() {
+  if (!passed_) passed_ = process_ != 0 && waitForEnd();
+  return *passed_;
+}
+
+bool SandboxTrial::waitForEnd() {
+  pollfd end{ended_, POLLIN, 0};
+  if (::poll(&end, 1, kPatienceMilliseconds) == 0) (void)::kill(process_, SIGKILL);
+  (void)::close(ended_);
+
+  int status = -1;
+  while (::waitpid(process_, &status, 0) == -1) {
+    if (errno != EINTR) return false;
+  }
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}

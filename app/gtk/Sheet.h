@@ -1,0 +1,71 @@
+// A question to the person, on a sheet that hangs down from the strip.
+//
+// It reaches from the strip into the page's area, which no page can draw, and it is part of the one window: nothing can
+// hide it, and the window can be closed while it hangs. The page takes no keys and no clicks meanwhile. Return accepts,
+// Escape does not. Questions that come while one hangs wait for their turn. Main thread.
+
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+struct Question {
+  struct Field {
+    std::string label;  // none: the field has no name but the heading
+    std::string value;
+    bool secret = false;
+  };
+
+  std::string heading;  // who asks
+  std::string words;    // what they say; shortened where it would fill the window
+  std::string warning;
+  std::vector<Field> fields;
+  bool canBeDeclined = true;
+};
+
+struct Reply {
+  bool accepted = false;
+  std::vector<std::string> values;  // of the fields, when accepted
+};
+
+class Sheet {
+ public:
+  using Number = unsigned;
+
+  // Hangs from the top of `over`, a strip's height down; `page` is what it stands in front of. Both outlive the sheet.
+  Sheet(GtkOverlay* over, GtkWidget* page) : over_(over), page_(page) {}
+
+  Sheet(const Sheet&) = delete;
+  Sheet& operator=(const Sheet&) = delete;
+
+  // Asks; `onReply` is called once, unless the question is withdrawn first.
+  Number ask(Question question, std::function<void(const Reply&)> onReply);
+
+  // Takes a question back that nobody needs an answer to any more. One that has been answered is no matter.
+  void withdraw(Number number);
+
+ private:
+  struct Waiting {
+    Number number;
+    Question question;
+    std::function<void(const Reply&)> onReply;
+  };
+
+  void hang(const Question& question);
+  GtkWidget* newButtons(const Question& question);
+  void takeDown();
+  void answer(bool accepted);
+
+  static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, Sheet* self);
+
+  GtkOverlay* over_;
+  GtkWidget* page_;
+  GtkWidget* frame_ = nullptr;      // while a question hangs
+  std::vector<GtkEntry*> entries_;  // of the question that hangs
+  std::deque<Waiting> questions_;   // the first one hangs
+  Number last_ = 0;
+};

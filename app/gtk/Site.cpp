@@ -1,0 +1,137 @@
+#include "app/gtk/Site.h"
+
+#include <unicode/uspoof.h>
+#include <webkit2/webkit2.h>
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+
+#include "app/gtk/AddressRules.h"
+
+namespace {
+
+constexpr char kLeftToRightMark[] = "\u200E";
+
+struct FreeText {
+  void operator()(char* text) const { g_free(text); }
+};
+
+using Text = std::unique_ptr<char, FreeText>;
+
+bool isAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char each) { return static_cast<unsigned char>(each) < 0x80; });
+}
+
+// Kept for the whole run: making one costs milliseconds.
+const USpoofChecker* spoofChecker() {
+  static USpoofChecker* const checker = [] {
+    UErrorCode error = U_ZERO_ERROR;
+    USpoofChecker* const made = uspoof_open(&error);
+    if (U_FAILURE(error)) return static_cast<USpoofChecker*>(nullptr);
+    uspoof_setRestrictionLevel(made, USPOOF_HIGHLY_RESTRICTIVE);
+    uspoof_setChecks(made, USPOOF_RESTRICTION_LEVEL | USPOOF_INVISIBLE | USPOOF_MIXED_NUMBERS, &error);
+    return made;
+  }();
+  return checker;
+}
+
+// Letters of one script, or of scripts that are written together, and none that together look like an ASCII word.
+bool isUnmistakable(const std::string& label) {
+  if (isAscii(label)) return true;
+  const USpoofChecker* const checker = spoofChecker();
+  if (checker == nullptr) return false;
+
+  UErrorCode error = U_ZERO_ERROR;
+  const auto size = static_cast<std::int32_t>(label.size());
+  if (uspoof_check2UTF8(checker, label.c_str(), size, nullptr, &error) != 0 || U_FAILURE(error)) return false;
+
+  char skeleton[1024];
+  const std::int32_t length =
+      uspoof_getSkeletonUTF8(checker, 0, label.c_str(), size, skeleton, sizeof skeleton, &error);
+  return U_SUCCESS(error) && !isAscii({skeleton, static_cast<std::size_t>(length)});
+}
+
+template <typename Visit>
+void forEachLabel(const std::string& host, Visit visit) {
+  std::string::size_type begin = 0;
+  while (true) {
+    const std::string::size_type end = host.find('.', begin);
+    visit(host.substr(begin, end - begin));
+    if (end == std::string::npos) return;
+    begin = end + 1;
+  }
+}
+
+bool isLoopback(const std::string& host) {
+  constexpr std::string_view kLocal = ".localhost";
+  if (host == "localhost" || host == "[::1]") return true;
+  if (host.size() > kLocal.size() && host.compare(host.size() - kLocal.size(), kLocal.size(), kLocal) == 0) return true;
+  return host.rfind("127.", 0) == 0 && g_hostname_is_ip_address(host.c_str());
+}
+
+// As WebKit itself reads it, so that what is shown is whom it has spoken to.
+std::string hostOf(const std::string& address) {
+  const std::unique_ptr<WebKitSecurityOrigin, decltype(&webkit_security_origin_unref)> origin(
+      webkit_security_origin_new_for_uri(address.c_str()), webkit_security_origin_unref);
+  const char* const host = webkit_security_origin_get_host(origin.get());
+  if (host == nullptr) return {};
+  const std::string name = host;
+  return name.find(':') != std::string::npos && name.front() != '[' ? "[" + name + "]" : name;
+}
+
+}  // namespace
+
+Site siteOf(const std::string& address, bool overTls) {
+  if (hasScheme(address, "file")) return {Site::Kind::kFile, {}};
+  if (!hasScheme(address, "http") && !hasScheme(address, "https")) return {Site::Kind::kNowhere, {}};
+
+  const std::string host = hostOf(address);
+  if (host.empty()) return {Site::Kind::kNowhere, {}};
+  if (overTls) return {Site::Kind::kEncrypted, displayHost(host)};
+  return {isLoopback(host) ? Site::Kind::kLoopback : Site::Kind::kPlain, displayHost(host)};
+}
+
+std::string displayHost(const std::string& host) {
+  constexpr std::string_view kScheme = "http://";
+  const Text shown(webkit_uri_for_display((std::string(kScheme) + host).c_str()));
+  if (!shown) return host;
+
+  std::string name = std::string(shown.get()).substr(kScheme.size());
+  if (!name.empty() && name.back() == '/') name.pop_back();
+  bool unmistakable = true;
+  forEachLabel(name, [&](const std::string& label) { unmistakable = unmistakable && isUnmistakable(label); });
+  return unmistakable ? name : host;
+}
+
+SiteWords wordsFor(const Site& site) {
+  constexpr char kSecure[] = "channel-secure-symbolic";
+  constexpr char kWarning[] = "dialog-warning-symbolic";
+  switch (site.kind) {
+    case Site::Kind::kNone:
+      return {nullptr, "", "", "No site yet"};
+    case Site::Kind::kEncrypted:
+      return {kSecure, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
+    case Site::Kind::kLoopback:
+      return {nullptr, site.host, "", "Site: " + site.host + ", this computer"};
+    case Site::Kind::kPlain:
+      return {kWarning, site.host, "Not encrypted: others can read what you type",
+              "Warning: the connection to " + site.host + " is not encrypted: others can read what you type"};
+    case Site::Kind::kFile:
+      return {nullptr, "A page on this computer", "", "A page on this computer"};
+    case Site::Kind::kNowhere:
+      break;
+  }
+  return {kWarning, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
+}
+
+std::string leftToRight(const std::string& host) {
+  std::string result = kLeftToRightMark;
+  bool first = true;
+  forEachLabel(host, [&](const std::string& label) {
+    if (!first) result += std::string(kLeftToRightMark) + "." + kLeftToRightMark;
+    result += label;
+    first = false;
+  });
+  return result;
+}

@@ -1,0 +1,125 @@
+#include "app/gtk/Strip.h"
+
+#include "app/gtk/GtkHandles.h"
+
+namespace {
+
+constexpr int kHeight = 20;
+constexpr guint kBeatMilliseconds = 60;
+constexpr double kFirstData = 0.1;  // WebKit claims this much of a page before anything has come
+constexpr char kWarns[] = "warns";
+
+constexpr char kStyle[] = R"(
+.site { font-size: smaller; padding: 0 6px; color: @theme_fg_color; background-color: @theme_bg_color; }
+.site.warns { color: @theme_bg_color; background-color: @theme_fg_color; }
+.site .host { font-weight: bold; }
+progressbar.load { opacity: 1; }
+progressbar.load trough, progressbar.load progress {
+  min-height: 2px; border: none; border-radius: 0; margin: 0; padding: 0; box-shadow: none; }
+progressbar.load trough { background: none; }
+progressbar.load progress { background: @theme_selected_bg_color; }
+)";
+
+void useStyle() {
+  const ObjectRef<GtkCssProvider> provider(gtk_css_provider_new());
+  gtk_css_provider_load_from_data(provider.get(), kStyle, -1, nullptr);
+  gtk_style_context_add_provider_for_screen(gdk_screen_get_default(), GTK_STYLE_PROVIDER(provider.get()),
+                                            GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+}
+
+void addClass(GtkWidget* widget, const char* name) {
+  gtk_style_context_add_class(gtk_widget_get_style_context(widget), name);
+}
+
+void setClass(GtkWidget* widget, const char* name, bool on) {
+  GtkStyleContext* const style = gtk_widget_get_style_context(widget);
+  on ? gtk_style_context_add_class(style, name) : gtk_style_context_remove_class(style, name);
+}
+
+void setText(GtkWidget* label, const std::string& text) {
+  gtk_label_set_text(GTK_LABEL(label), text.c_str());
+  gtk_widget_set_visible(label, !text.empty());
+}
+
+GtkWidget* newHost() {
+  GtkWidget* const host = gtk_label_new(nullptr);
+  gtk_label_set_ellipsize(GTK_LABEL(host), PANGO_ELLIPSIZE_START);
+  gtk_label_set_single_line_mode(GTK_LABEL(host), TRUE);
+  addClass(host, "host");
+  return host;
+}
+
+GtkWidget* newLine() {
+  GtkWidget* const line = gtk_progress_bar_new();
+  gtk_widget_set_valign(line, GTK_ALIGN_END);
+  gtk_widget_set_no_show_all(line, TRUE);
+  addClass(line, "load");
+  return line;
+}
+
+bool wantsAnimations() {
+  gboolean wanted = TRUE;
+  g_object_get(gtk_settings_get_default(), "gtk-enable-animations", &wanted, nullptr);
+  return wanted == TRUE;
+}
+
+}  // namespace
+
+Strip::Strip()
+    : overlay_(gtk_overlay_new()),
+      row_(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 6)),
+      icon_(gtk_image_new()),
+      host_(newHost()),
+      warning_(gtk_label_new(nullptr)),
+      line_(newLine()) {
+  useStyle();
+  addClass(row_, "site");
+  for (GtkWidget* const part : {icon_, host_, warning_}) {
+    gtk_widget_set_no_show_all(part, TRUE);
+    gtk_box_pack_start(GTK_BOX(row_), part, FALSE, FALSE, 0);
+  }
+  gtk_widget_set_size_request(overlay_, -1, kHeight);
+  gtk_container_add(GTK_CONTAINER(overlay_), row_);
+  gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), line_);
+  atk_object_set_role(gtk_widget_get_accessible(overlay_), ATK_ROLE_STATUSBAR);
+  show({});
+}
+
+Strip::~Strip() {
+  stopBeating();
+}
+
+void Strip::show(const Site& site) {
+  const SiteWords words = wordsFor(site);
+  if (words.icon != nullptr) gtk_image_set_from_icon_name(GTK_IMAGE(icon_), words.icon, GTK_ICON_SIZE_MENU);
+  gtk_widget_set_visible(icon_, words.icon != nullptr);
+  setText(host_, words.host.empty() ? "" : leftToRight(words.host));
+  setText(warning_, words.warning);
+  setClass(row_, kWarns, !words.warning.empty());
+  atk_object_set_name(gtk_widget_get_accessible(overlay_), words.spoken.c_str());
+}
+
+void Strip::showProgress(double fraction) {
+  gtk_widget_show(line_);
+  if (fraction <= kFirstData && wantsAnimations()) {
+    if (beat_ == 0) beat_ = g_timeout_add(kBeatMilliseconds, onBeat, this);
+    return;
+  }
+  stopBeating();
+  gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(line_), fraction);
+}
+
+void Strip::hideProgress() {
+  stopBeating();
+  gtk_widget_hide(line_);
+}
+
+gboolean Strip::onBeat(gpointer self) {
+  gtk_progress_bar_pulse(GTK_PROGRESS_BAR(static_cast<Strip*>(self)->line_));
+  return G_SOURCE_CONTINUE;
+}
+
+void Strip::stopBeating() {
+  if (beat_ != 0) g_source_remove(beat_);
+  beat_ = 0;
+}
