@@ -12,6 +12,8 @@
 namespace {
 
 constexpr char kLeftToRightMark[] = "\u200E";
+constexpr char kSecureIcon[] = "channel-secure-symbolic";
+constexpr char kWarningIcon[] = "dialog-warning-symbolic";
 
 struct FreeText {
   void operator()(char* text) const { g_free(text); }
@@ -105,24 +107,22 @@ std::string displayHost(const std::string& host) {
 }
 
 SiteWords wordsFor(const Site& site) {
-  constexpr char kSecure[] = "channel-secure-symbolic";
-  constexpr char kWarning[] = "dialog-warning-symbolic";
   switch (site.kind) {
     case Site::Kind::kNone:
       return {nullptr, "", "", "No site yet"};
     case Site::Kind::kEncrypted:
-      return {kSecure, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
+      return {kSecureIcon, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
     case Site::Kind::kLoopback:
       return {nullptr, site.host, "", "Site: " + site.host + ", this computer"};
     case Site::Kind::kPlain:
-      return {kWarning, site.host, "Not encrypted: others can read what you type",
+      return {kWarningIcon, site.host, "Not encrypted: others can read what you type",
               "Warning: the connection to " + site.host + " is not encrypted: others can read what you type"};
     case Site::Kind::kFile:
       return {nullptr, "A page on this computer", "", "A page on this computer"};
     case Site::Kind::kNowhere:
       break;
   }
-  return {kWarning, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
+  return {kWarningIcon, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
 }
 
 std::string leftToRight(const std::string& host) {
