@@ -1,0 +1,70 @@
+// The proxy of the system's settings: every request goes through it, and what it refuses does not happen.
+
+#include "examples/support/ClosedPort.h"
+#include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/Proxy.h"
+
+namespace endtoend {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ProxyTest : public EndToEndTest {
+ protected:
+  ProxyTest() {
+    options.environment.merge(proxy.environment());
+    options.signIn = "http://shop.example/signin";
+    options.redirect = "http://shop.example/done";
+    options.enterprise = "http://shop.example/start";
+  }
+
+  Proxy proxy{site};
+};
+
+TEST_F(ProxyTest, EveryRequestGoesThroughTheSystemsProxy) {
+  site.serve("/signin", pageThatGoesTo("http://other.example/frame"));
+  site.serve("/frame", page("<img src='/image'><script>fetch('/data').then("
+                            "() => { location.href = 'http://shop.example/done?code=1' })</script>"));
+  EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
+  EXPECT_THAT(proxy.asked(),
+              testing::UnorderedElementsAre("GET http://shop.example/signin", "GET http://other.example/frame",
+                                            "GET http://other.example/image", "GET http://other.example/data",
+                                            "GET http://shop.example/done?code=1"));
+}
+
+TEST_F(ProxyTest, ARedirectGoesThroughItToo) {
+  site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
+  EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
+  EXPECT_THAT(proxy.asked(), ElementsAre("GET http://shop.example/signin", "GET http://shop.example/done?code=1"));
+}
+
+TEST_F(ProxyTest, AHostThatIsExemptedIsAskedDirectly) {
+  options.environment["no_proxy"] = "127.0.0.1";
+  options.signIn = site.address("/signin");
+  site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
+  EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
+  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
+  EXPECT_THAT(proxy.asked(), ElementsAre("GET http://shop.example/done?code=1"));
+}
+
+TEST_F(ProxyTest, AProxyThatRefusesTheConnectionEndsTheRun) {
+  const examples::ClosedPort nobody;
+  options.environment["http_proxy"] = nobody.address();
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code -1004"));
+  EXPECT_THAT(proxy.asked(), IsEmpty());
+}
+
+// What such a proxy has to say about it must not show, nor run, under the site's name.
+TEST_F(ProxyTest, AProxyThatRefusesATunnelEndsTheRun) {
+  options.signIn = "https://shop.example/done";
+  options.redirect = "https://shop.example/done";
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code 102"));
+  EXPECT_THAT(proxy.asked(), Contains("CONNECT shop.example:443"));
+}
+
+}  // namespace
+}  // namespace endtoend
