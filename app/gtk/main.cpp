@@ -30,6 +30,12 @@ bool canSandbox(SandboxTrial& trial) {
   return false;
 }
 
+// The icon is part of the program, so that it shows whether the package is installed or not.
+void settleIcon() {
+  gtk_icon_theme_add_resource_path(gtk_icon_theme_get_default(), "/svo-signin/icons");
+  gtk_window_set_default_icon_name(kProgramName);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -47,6 +53,7 @@ int main(int argc, char** argv) {
   // GTK would take options of its own from the command line, so it gets none.
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
+  settleIcon();
 
   // A signal and the end of the session count as closing the window: the launcher still gets its message.
   AppDelegate delegate(canSandbox(sandbox));
