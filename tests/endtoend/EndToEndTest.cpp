@@ -61,7 +61,17 @@ void EndToEndTest::start() {
 }
 
 void EndToEndTest::until(const std::string& what, const std::function<bool()>& condition) {
-  if (!examples::waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what);
+  if (!examples::waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what + account());
+}
+
+std::string EndToEndTest::account() {
+  std::string text = "\npipe: " + pipe.text();
+  if (run) text += "\nended: " + std::to_string(run->ended()) + "\nstandard error: " + run->standardError();
+  for (const std::string& each : site.asked())
+    text += "\nasked: " + each;
+  for (const std::string& each : logMessages())
+    text += "\nlogged: " + each;
+  return text;
 }
 
 void EndToEndTest::untilAsked(const std::string& target) {

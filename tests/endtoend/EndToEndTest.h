@@ -28,6 +28,7 @@
 namespace endtoend {
 
 using examples::Area;
+using examples::KeySymbol;
 using examples::LoopbackServer;
 using examples::page;
 using examples::Picture;
@@ -81,6 +82,8 @@ class EndToEndTest : public testing::Test {
   std::filesystem::path temporary(const std::string& name) const { return folder_ / name; }
 
  private:
+  std::string account();  // what has happened so far, for whoever reads of a failure
+
   std::filesystem::path folder_;
   WatchedFolder logs_;
 
