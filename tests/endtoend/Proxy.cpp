@@ -26,10 +26,6 @@ std::string lineFor(SoupServerMessage* message) {
   return method + " " + text.get();
 }
 
-void refuse(SoupServerMessage* message, unsigned status) {
-  soup_server_message_set_status(message, status, nullptr);
-}
-
 gboolean isKnown(SoupAuthDomain*, SoupServerMessage*, const char* user, const char* password, gpointer known) {
   return *static_cast<std::string*>(known) == std::string(user) + ":" + password;
 }
@@ -108,7 +104,7 @@ void Proxy::onAnswer(GObject* session, GAsyncResult* result, gpointer data) {
   g_autoptr(GBytes) body = soup_session_send_and_read_finish(SOUP_SESSION(session), result, nullptr);
   auto* const answer = static_cast<SoupMessage*>(g_object_get_data(G_OBJECT(message.get()), "onwards"));
   if (body == nullptr) {
-    refuse(message.get(), SOUP_STATUS_BAD_GATEWAY);
+    soup_server_message_set_status(message.get(), SOUP_STATUS_BAD_GATEWAY, nullptr);
   } else {
     soup_server_message_set_status(message.get(), soup_message_get_status(answer), nullptr);
     SoupMessageHeaders* const headers = soup_server_message_get_response_headers(message.get());
@@ -118,46 +114,38 @@ void Proxy::onAnswer(GObject* session, GAsyncResult* result, gpointer data) {
   soup_server_message_unpause(message.get());
 }
 
-// One tunnel, from the request for it until both ends have hung up.
-struct Proxy::Tunnel {
-  Owned<SoupServerMessage> message;
-  Owned<GIOStream> far;
-
-  static void onFarEnd(GObject* client, GAsyncResult* result, gpointer data) {
-    auto* const self = static_cast<Tunnel*>(data);
-    self->far.reset(G_IO_STREAM(g_socket_client_connect_finish(G_SOCKET_CLIENT(client), result, nullptr)));
-    SoupServerMessage* const message = self->message.get();
-    if (self->far) {
-      soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);
-      g_signal_connect(message, "wrote-body", G_CALLBACK(&Tunnel::onAnswered), self);
-    } else {
-      refuse(message, SOUP_STATUS_BAD_GATEWAY);
-      delete self;
-    }
-    soup_server_message_unpause(message);
-  }
-
-  static void onAnswered(SoupServerMessage* message, gpointer data) {
-    auto* const self = static_cast<Tunnel*>(data);
-    const Owned<GIOStream> near(soup_server_message_steal_connection(message));
-    constexpr auto kBothEnd =
-        static_cast<GIOStreamSpliceFlags>(G_IO_STREAM_SPLICE_CLOSE_STREAM1 | G_IO_STREAM_SPLICE_CLOSE_STREAM2);
-    g_io_stream_splice_async(near.get(), self->far.get(), kBothEnd, G_PRIORITY_DEFAULT, nullptr, nullptr, nullptr);
-    delete self;
-  }
-};
-
 void Proxy::openTunnel(SoupServerMessage* message) {
   if (secure_.empty() || g_uri_get_port(soup_server_message_get_uri(message)) != kTlsPort) {
     soup_server_message_set_response(message, "text/html", SOUP_MEMORY_STATIC, kRefusal, sizeof kRefusal - 1);
-    refuse(message, SOUP_STATUS_FORBIDDEN);
+    soup_server_message_set_status(message, SOUP_STATUS_FORBIDDEN, nullptr);
     return;
   }
   soup_server_message_pause(message);
-  auto* const tunnel = new Tunnel{Owned<SoupServerMessage>(static_cast<SoupServerMessage*>(g_object_ref(message))), {}};
   const Owned<GSocketClient> client(g_socket_client_new());
   g_socket_client_set_enable_proxy(client.get(), FALSE);
-  g_socket_client_connect_to_uri_async(client.get(), secure_.c_str(), kTlsPort, nullptr, &Tunnel::onFarEnd, tunnel);
+  g_socket_client_connect_to_uri_async(client.get(), secure_.c_str(), kTlsPort, nullptr, &Proxy::onFarEnd,
+                                       g_object_ref(message));
+}
+
+void Proxy::onFarEnd(GObject* client, GAsyncResult* result, gpointer data) {
+  const Owned<SoupServerMessage> message(static_cast<SoupServerMessage*>(data));
+  GSocketConnection* const far = g_socket_client_connect_finish(G_SOCKET_CLIENT(client), result, nullptr);
+  if (far == nullptr) {
+    soup_server_message_set_status(message.get(), SOUP_STATUS_BAD_GATEWAY, nullptr);
+  } else {
+    soup_server_message_set_status(message.get(), SOUP_STATUS_OK, nullptr);
+    g_signal_connect_data(
+        message.get(), "wrote-body", G_CALLBACK(&Proxy::join), far,
+        [](gpointer stream, GClosure*) { g_object_unref(stream); }, GConnectFlags{});
+  }
+  soup_server_message_unpause(message.get());
+}
+
+void Proxy::join(SoupServerMessage* message, GIOStream* far) {
+  constexpr auto kBothEnd =
+      static_cast<GIOStreamSpliceFlags>(G_IO_STREAM_SPLICE_CLOSE_STREAM1 | G_IO_STREAM_SPLICE_CLOSE_STREAM2);
+  const Owned<GIOStream> near(soup_server_message_steal_connection(message));
+  g_io_stream_splice_async(near.get(), far, kBothEnd, G_PRIORITY_DEFAULT, nullptr, nullptr, nullptr);
 }
 
 }  // namespace endtoend

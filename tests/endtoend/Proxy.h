@@ -46,11 +46,11 @@ class Proxy {
   int turnedAway() const { return turnedAway_; }
 
  private:
-  struct Tunnel;
-
   static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
   static void onFinished(SoupServer*, SoupServerMessage* message, Proxy* self);
   static void onAnswer(GObject* session, GAsyncResult* result, gpointer message);
+  static void onFarEnd(GObject* client, GAsyncResult* result, gpointer message);
+  static void join(SoupServerMessage* message, GIOStream* far);
   void forward(SoupServerMessage* message);
   void openTunnel(SoupServerMessage* message);
 

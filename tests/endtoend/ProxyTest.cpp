@@ -1,5 +1,7 @@
 // The proxy of the system's settings: every request goes through it, and what it refuses does not happen.
 
+#include <fstream>
+
 #include "examples/support/ClosedPort.h"
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Proxy.h"
@@ -47,6 +49,20 @@ TEST_F(ProxyTest, AHostThatIsExemptedIsAskedDirectly) {
   EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
   EXPECT_THAT(proxy.asked(), ElementsAre("GET http://shop.example/done?code=1"));
+}
+
+TEST_F(ProxyTest, InAGnomeSessionItsSettingsCountAndNotTheEnvironment) {
+  const examples::ClosedPort nobody;
+  options.environment["http_proxy"] = nobody.address();
+  options.environment["XDG_CURRENT_DESKTOP"] = "ubuntu:GNOME";
+  options.environment["GSETTINGS_BACKEND"] = "keyfile";
+  options.environment["XDG_CONFIG_HOME"] = temporary("config");
+  std::filesystem::create_directories(temporary("config/glib-2.0/settings"));
+  std::ofstream(temporary("config/glib-2.0/settings/keyfile"))
+      << "[system/proxy]\nmode='manual'\n[system/proxy/http]\nhost='127.0.0.1'\nport="
+      << proxy.address().substr(proxy.address().rfind(':') + 1) << "\n";
+  site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
+  EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
 }
 
 TEST_F(ProxyTest, AProxyThatRefusesTheConnectionEndsTheRun) {

@@ -19,7 +19,8 @@ examples::ChildProcess::Setup setupFor(const Options& options, const std::filesy
 }  // namespace
 
 std::vector<std::string> commandLine(const Options& options) {
-  std::vector<std::string> arguments = {options.program};
+  std::vector<std::string> arguments = options.wrapper;
+  arguments.push_back(options.program);
   arguments.insert(arguments.end(), options.before.begin(), options.before.end());
   const auto add = [&](const char* name, const std::optional<std::string>& value) {
     if (value) arguments.push_back(std::string(name) + "=" + *value);

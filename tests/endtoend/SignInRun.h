@@ -25,8 +25,9 @@ struct Options {
   std::optional<std::string> product;
   std::optional<std::string> enterpriseTitle;
   std::optional<std::string> pipe;
-  std::vector<std::string> before;  // further arguments, in front of the six options
-  std::filesystem::path program;    // the built one, unless a test copied it elsewhere
+  std::vector<std::string> before;   // further arguments, in front of the six options
+  std::filesystem::path program;     // the built one, unless a test copied it elsewhere
+  std::vector<std::string> wrapper;  // a command in front of the program, which must end by becoming it
   std::map<std::string, std::string> environment;
 };
 

@@ -1,0 +1,46 @@
+#include "tests/endtoend/SystemRoots.h"
+
+#include <unistd.h>
+
+#include "examples/support/ChildProcess.h"
+#include "examples/support/EventLoop.h"
+
+namespace endtoend {
+namespace {
+
+constexpr char kStore[] = "/etc/ssl/certs/ca-certificates.crt";
+constexpr char kBindAndRun[] = R"(mount --bind "$0" "$1" && shift && exec "$@")";
+
+std::vector<std::string> commandFor(const std::filesystem::path& bundle) {
+  if (geteuid() == 0) return {"unshare", "--mount", "sh", "-c", kBindAndRun, bundle, kStore};
+
+  // Mounting takes the root of a namespace; inside it the program gets a second one, in which it is who it was.
+  return {"unshare",
+          "--user",
+          "--map-root-user",
+          "--mount",
+          "sh",
+          "-c",
+          kBindAndRun,
+          bundle,
+          kStore,
+          "unshare",
+          "--user",
+          "--map-user=" + std::to_string(geteuid()),
+          "--map-group=" + std::to_string(getegid())};
+}
+
+}  // namespace
+
+std::optional<std::vector<std::string>> withSystemRoots(const std::filesystem::path& bundle) {
+  examples::ChildProcess::Setup trial;
+  trial.command = commandFor(bundle);
+  trial.command.insert(trial.command.end(), {"cmp", "--quiet", bundle, kStore});
+  trial.errorFile = "/dev/null";
+  const examples::ChildProcess process(trial);
+  (void)examples::waitUntil([&] { return process.ended(); }, std::chrono::seconds(30));
+  if (process.exitStatus() != 0) return std::nullopt;
+  return commandFor(bundle);
+}
+
+}  // namespace endtoend

@@ -1,0 +1,68 @@
+// Sites whose certificates the machine's administrator trusts, reached through the system's proxy.
+
+#include "tests/endtoend/Certificate.h"
+#include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/Proxy.h"
+#include "tests/endtoend/SystemRoots.h"
+
+namespace endtoend {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class TrustedTest : public EndToEndTest {
+ protected:
+  TrustedTest() {
+    proxy.tunnelTo(secure);
+    options.environment.merge(proxy.environment());
+    options.signIn = "https://signin.example/signin";
+    options.redirect = "https://signin.example/done";
+    secure.serve("/signin", redirectTo("https://signin.example/done?code=1"));
+  }
+
+  // Starts the program on a machine that trusts the organisation; whether that can be had here.
+  bool trustTheOrganisation() {
+    const auto wrapper = withSystemRoots(organisation.file());
+    if (wrapper) options.wrapper = *wrapper;
+    return wrapper.has_value();
+  }
+
+  void expectRefusal(int code) {
+    EXPECT_EQ(messageOfARun(), kLoadFailed);
+    EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError for URL " + *options.signIn));
+    EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code " + std::to_string(code)));
+    EXPECT_THAT(secure.requests(), IsEmpty());
+  }
+
+  const Authority organisation{temporary("organisation.crt")};
+  const Certificate certificate = organisation.sign("signin.example", temporary("signin.crt"));
+  LoopbackServer secure{certificate.get()};
+  Proxy proxy{site};
+};
+
+TEST_F(TrustedTest, ASiteOfTheOrganisationLoadsWhereTheSystemTrustsIt) {
+  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
+  EXPECT_THAT(secure.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
+  EXPECT_THAT(proxy.asked(), testing::Each("CONNECT signin.example:443"));
+}
+
+TEST_F(TrustedTest, ItDoesNotLoadWhereTheSystemDoesNot) {
+  expectRefusal(-1203);
+}
+
+TEST_F(TrustedTest, TheEnvironmentCannotMakeTheSystemTrustIt) {
+  options.environment["SSL_CERT_FILE"] = organisation.file();
+  expectRefusal(-1203);
+}
+
+TEST_F(TrustedTest, ItsCertificateIsNoGoodForAnotherHost) {
+  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  options.signIn = "https://other.example/signin";
+  expectRefusal(-1202);
+}
+
+}  // namespace
+}  // namespace endtoend
