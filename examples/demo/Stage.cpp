@@ -20,7 +20,7 @@ bool isSet(const char* variable) {
 
 }  // namespace
 
-Stage::Stage(std::string build) : build_(std::move(build)) {
+Stage::Stage(std::string build, std::string window) : build_(std::move(build)), window_(std::move(window)) {
   if (!std::filesystem::is_directory(build_)) throw std::runtime_error("there is no folder " + build_);
   if (isSet("DISPLAY") || isSet("WAYLAND_DISPLAY")) return;
   display_ = std::make_unique<VirtualDisplay>();
@@ -50,8 +50,7 @@ bool Stage::play(const Scene& scene) {
 
 ChildProcess::Setup Stage::launch(const SignInSite& site, const std::string& signInAddress) const {
   ChildProcess::Setup setup;
-  setup.command = {build_ + "/bin/launcher", build_ + "/bin/svo-signin", signInAddress, site.redirectAddress(),
-                   site.enterpriseAddress()};
+  setup.command = {build_ + "/bin/launcher", window_, signInAddress, site.redirectAddress(), site.enterpriseAddress()};
   if (byHand()) setup.environment = {{"DISPLAY", display_->name()}};
   return setup;
 }

@@ -13,9 +13,9 @@ namespace examples {
 
 class Stage {
  public:
-  // `build` is the folder that the programs were built in. Without a display of its own it makes one, and the hand
-  // acts; the hand's pictures lie in "demo" under that folder.
-  explicit Stage(std::string build);
+  // `build` is the folder that the programs were built in, `window` the sign-in window's program. Without a display of
+  // its own it makes one, and the hand acts; the hand's pictures lie in "demo" under that folder.
+  Stage(std::string build, std::string window);
 
   bool byHand() const { return display_ != nullptr; }
 
@@ -27,6 +27,7 @@ class Stage {
   ChildProcess::Setup launch(const SignInSite& site, const std::string& signInAddress) const;
 
   std::string build_;
+  std::string window_;
   std::unique_ptr<VirtualDisplay> display_;
 };
 

@@ -3,8 +3,10 @@
 //   demo BUILD_FOLDER [sign-in|enterprise|fail|close]
 //
 // On a display a person does the rest. Without one an automated hand acts like a person, and its pictures lie in
-// BUILD_FOLDER/demo. Exits with 0 when the launcher got the answer that belongs to the word.
+// BUILD_FOLDER/demo. The window is the one in BUILD_FOLDER, or the program that the variable SVO_SIGNIN names. Exits
+// with 0 when the launcher got the answer that belongs to the word.
 
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -13,8 +15,13 @@
 
 namespace {
 
+std::string windowProgram(const std::string& build) {
+  const char* const named = std::getenv("SVO_SIGNIN");
+  return named != nullptr && *named != '\0' ? named : build + "/bin/svo-signin";
+}
+
 int play(const std::string& build, const std::string& word) {
-  examples::Stage stage(build);
+  examples::Stage stage(build, windowProgram(build));
   const std::vector<examples::Scene> scenes = examples::scenesFor(word, stage.byHand());
   if (scenes.empty()) {
     std::cerr << "demo: there is no \"" << word << "\"; try sign-in, enterprise, fail or close\n";
@@ -32,7 +39,7 @@ int play(const std::string& build, const std::string& word) {
 
 int main(int argc, char** argv) try {
   if (argc < 2 || argc > 3) {
-    std::cerr << "usage: demo BUILD_FOLDER [sign-in|enterprise|fail|close]\n";
+    std::cerr << "usage: [SVO_SIGNIN=PROGRAM] demo BUILD_FOLDER [sign-in|enterprise|fail|close]\n";
     return 64;
   }
   return play(argv[1], argc == 3 ? argv[2] : "");
