@@ -41,12 +41,11 @@ void setText(GtkWidget* label, const std::string& text) {
   gtk_widget_set_visible(label, !text.empty());
 }
 
-GtkWidget* newHost() {
-  GtkWidget* const host = gtk_label_new(nullptr);
-  gtk_label_set_ellipsize(GTK_LABEL(host), PANGO_ELLIPSIZE_START);
-  gtk_label_set_single_line_mode(GTK_LABEL(host), TRUE);
-  addClass(host, "host");
-  return host;
+GtkWidget* newText(PangoEllipsizeMode shortenedAt) {
+  GtkWidget* const text = gtk_label_new(nullptr);
+  gtk_label_set_ellipsize(GTK_LABEL(text), shortenedAt);
+  gtk_label_set_single_line_mode(GTK_LABEL(text), TRUE);
+  return text;
 }
 
 GtkWidget* newLine() {
@@ -67,19 +66,25 @@ bool wantsAnimations() {
 
 Strip::Strip()
     : overlay_(gtk_overlay_new()),
+      ground_(newText(PANGO_ELLIPSIZE_NONE)),
       row_(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 6)),
       icon_(gtk_image_new()),
-      host_(newHost()),
-      warning_(gtk_label_new(nullptr)),
+      host_(newText(PANGO_ELLIPSIZE_START)),
+      warning_(newText(PANGO_ELLIPSIZE_END)),
       line_(newLine()) {
   useStyle();
+  addClass(ground_, "site");
   addClass(row_, "site");
+  addClass(host_, "host");
   for (GtkWidget* const part : {icon_, host_, warning_}) {
     gtk_widget_set_no_show_all(part, TRUE);
     gtk_box_pack_start(GTK_BOX(row_), part, FALSE, FALSE, 0);
   }
   gtk_widget_set_size_request(overlay_, -1, kHeight);
-  gtk_container_add(GTK_CONTAINER(overlay_), row_);
+
+  // On an overlay, since a window that cannot be resized would grow to the length of a name.
+  gtk_container_add(GTK_CONTAINER(overlay_), ground_);
+  gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), row_);
   gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), line_);
   atk_object_set_role(gtk_widget_get_accessible(overlay_), ATK_ROLE_STATUSBAR);
   show({});
@@ -95,6 +100,7 @@ void Strip::show(const Site& site) {
   gtk_widget_set_visible(icon_, words.icon != nullptr);
   setText(host_, words.host.empty() ? "" : leftToRight(words.host));
   setText(warning_, words.warning);
+  setClass(ground_, kWarns, !words.warning.empty());
   setClass(row_, kWarns, !words.warning.empty());
   atk_object_set_name(gtk_widget_get_accessible(overlay_), words.spoken.c_str());
 }

@@ -33,6 +33,7 @@ class Strip {
   void stopBeating();
 
   GtkWidget* overlay_;
+  GtkWidget* ground_;  // as high as a line of text, whatever stands on it
   GtkWidget* row_;
   GtkWidget* icon_;
   GtkWidget* host_;
