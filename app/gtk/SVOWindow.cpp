@@ -135,6 +135,7 @@ SVOWindow::SVOWindow(bool sandboxed)
 
 // A page that hangs its process would keep it after the window is gone.
 SVOWindow::~SVOWindow() {
+  sheet_.close();
   webkit_web_view_terminate_web_process(webView_);
   gtk_widget_destroy(GTK_WIDGET(window_));
   removeSandboxNotes();

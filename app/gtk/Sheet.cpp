@@ -61,6 +61,12 @@ GtkEntry* newEntry(const Question::Field& field) {
 
 }  // namespace
 
+void Sheet::close() {
+  const std::deque<Waiting> dropped = std::exchange(questions_, {});
+  entries_.clear();
+  if (frame_ != nullptr) gtk_widget_destroy(std::exchange(frame_, nullptr));
+}
+
 Sheet::Number Sheet::ask(Question question, std::function<void(const Reply&)> onReply) {
   questions_.push_back({++last_, std::move(question), std::move(onReply)});
   if (questions_.size() == 1) hang(questions_.front().question);

@@ -42,6 +42,10 @@ class Sheet {
   Sheet(const Sheet&) = delete;
   Sheet& operator=(const Sheet&) = delete;
 
+  // Takes down and drops every question, unanswered; call it while the widgets still live. Whoever waits for an answer
+  // may take its question back meanwhile.
+  void close();
+
   // Asks; `onReply` is called once, unless the question is withdrawn first.
   Number ask(Question question, std::function<void(const Reply&)> onReply);
 
