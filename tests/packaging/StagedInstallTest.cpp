@@ -1,0 +1,141 @@
+// What installing the program puts where: the files that the package holds.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/CommandLine.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::contentsOf;
+using support::TemporaryFolder;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Outcome {
+  int status;
+  std::string output;  // of both streams
+};
+
+Outcome run(const std::string& command) {
+  std::FILE* const pipe = ::popen((command + " 2>&1").c_str(), "r");
+  std::string output;
+  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+    output += static_cast<char>(c);
+  const int status = ::pclose(pipe);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+std::string unpacked(const std::string& path) {
+  return run("gzip -dc '" + path + "'").output;
+}
+
+// Of a PNG file (W3C PNG, section 11.2.2): bytes 16 to 19 hold its width and 20 to 23 its height, highest byte first.
+std::pair<int, int> sizeOfImage(const std::string& path) {
+  const std::string bytes = contentsOf(path);
+  const auto number = [&bytes](std::size_t at) {
+    int value = 0;
+    for (std::size_t i = at; i < at + 4; ++i)
+      value = value * 256 + static_cast<unsigned char>(bytes.at(i));
+    return value;
+  };
+  return {number(16), number(20)};
+}
+
+class StagedInstallTest : public testing::Test {
+ protected:
+  explicit StagedInstallTest(const std::string& prefix = "/usr") {
+    const Outcome install =
+        run("DESTDIR='" + stage_.path() +
+            "' " CMAKE_PROGRAM " --install " BUILD_FOLDER " --component signin --prefix '" + prefix + "'");
+    EXPECT_EQ(install.status, 0) << install.output;
+  }
+
+  std::string staged(const std::string& path) const { return stage_.path() + path; }
+
+  std::vector<std::string> stagedFiles() const {
+    std::vector<std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(stage_.path()))
+      if (!entry.is_directory()) files.push_back("/" + fs::relative(entry.path(), stage_.path()).string());
+    std::sort(files.begin(), files.end());
+    return files;
+  }
+
+ private:
+  TemporaryFolder stage_;
+};
+
+class OtherPrefixTest : public StagedInstallTest {
+ protected:
+  OtherPrefixTest() : StagedInstallTest("/opt/sign in") {}
+};
+
+TEST_F(StagedInstallTest, HoldsTheFilesOfThePackageAndNoOthers) {
+  EXPECT_THAT(
+      stagedFiles(),
+      ElementsAre(
+          "/usr/bin/svo-signin", "/usr/share/applications/svo-signin.desktop", "/usr/share/doc/svo-signin/changelog.gz",
+          "/usr/share/doc/svo-signin/copyright", "/usr/share/doc/svo-signin/troubleshooting.md",
+          "/usr/share/icons/hicolor/128x128/apps/svo-signin.png", "/usr/share/icons/hicolor/16x16/apps/svo-signin.png",
+          "/usr/share/icons/hicolor/24x24/apps/svo-signin.png", "/usr/share/icons/hicolor/256x256/apps/svo-signin.png",
+          "/usr/share/icons/hicolor/32x32/apps/svo-signin.png", "/usr/share/icons/hicolor/48x48/apps/svo-signin.png",
+          "/usr/share/icons/hicolor/64x64/apps/svo-signin.png", "/usr/share/icons/hicolor/scalable/apps/svo-signin.svg",
+          "/usr/share/man/man1/svo-signin.1.gz"));
+}
+
+TEST_F(OtherPrefixTest, TakesEveryFile) {
+  const std::vector<std::string> files = stagedFiles();
+  EXPECT_EQ(files.size(), 14u);
+  EXPECT_THAT(files, testing::Each(StartsWith("/opt/sign in/")));
+}
+
+TEST_F(StagedInstallTest, LetsEveryoneReadAndOnlyTheProgramRun) {
+  for (const std::string& file : stagedFiles())
+    EXPECT_EQ(support::modeOf(staged(file)), file == "/usr/bin/svo-signin" ? 0755u : 0644u) << file;
+}
+
+TEST_F(StagedInstallTest, HasAnIconOfEverySizeThatItPromises) {
+  for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    const std::string side = std::to_string(size);
+    EXPECT_EQ(sizeOfImage(staged("/usr/share/icons/hicolor/" + side + "x" + side + "/apps/svo-signin.png")),
+              std::pair(size, size));
+  }
+}
+
+TEST_F(StagedInstallTest, HasAValidDesktopFile) {
+  const Outcome check = run("desktop-file-validate '" + staged("/usr/share/applications/svo-signin.desktop") + "'");
+  EXPECT_EQ(check.status, 0);
+  EXPECT_EQ(check.output, "");
+}
+
+TEST_F(StagedInstallTest, HasAManualWithoutFaults) {
+  const Outcome check = run("mandoc -Tlint -Wwarning '" + staged("/usr/share/man/man1/svo-signin.1.gz") + "'");
+  EXPECT_EQ(check.status, 0);
+  EXPECT_EQ(check.output, "");
+}
+
+TEST_F(StagedInstallTest, HasAManualThatNamesEveryOption) {
+  const std::string manual = unpacked(staged("/usr/share/man/man1/svo-signin.1.gz"));
+  for (const char* const option :
+       {CommandLine::zel_url_param, CommandLine::redirect_url_param, CommandLine::redirect_type3_url_param,
+        CommandLine::pipe_name_param, CommandLine::app_name_param, CommandLine::type3_window_title_param}) {
+    EXPECT_THAT(manual, HasSubstr(std::string("\n.It Fl ") + (option + 1) + " Ns = Ns Ar "));
+  }
+}
+
+TEST_F(StagedInstallTest, HasAChangelogThatBeginsWithThisVersion) {
+  EXPECT_THAT(unpacked(staged("/usr/share/doc/svo-signin/changelog.gz")), StartsWith("svo-signin (" VERSION ") "));
+}
+
+}  // namespace
