@@ -22,6 +22,10 @@ BenchSite::BenchSite() {
   server_.serve("/done", examples::page(examples::notePage("Signed in", "You may close this window.")));
   server_.serve("/signin", examples::page(examples::signInPage("7f3a", enterpriseAddress()) + kPictureAndBeacon));
   server_.serve("/picture", examples::Answer{200, kPicture, {{"Content-Type", "image/svg+xml"}}});
+  server_.serve("/failing", [this](const examples::Request&) {
+    failedAt_ = std::chrono::steady_clock::now();
+    return examples::redirectTo(nobody_.address());
+  });
   server_.serve("/shown", [this](const examples::Request&) {
     ++shown_;
     return examples::Answer{204, "", {}};

@@ -1,10 +1,13 @@
-// The site of the window's bench: a sign-in that redirects at once, and a sign-in page that tells when it is shown.
+// The site of the window's bench: a sign-in that redirects at once, one that fails, and a sign-in page that tells when it
+// is shown.
 
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "examples/signin-site/LoopbackServer.h"
+#include "examples/support/ClosedPort.h"
 
 namespace bench {
 
@@ -14,6 +17,12 @@ class BenchSite {
 
   // Answered with a redirect to a page below `redirectAddress`.
   std::string redirectingAddress() const { return server_.address("/redirecting"); }
+
+  // Answered with a redirect to where nobody answers.
+  std::string failingAddress() const { return server_.address("/failing"); }
+
+  // When it was last asked for.
+  std::chrono::steady_clock::time_point failedAt() const { return failedAt_; }
 
   // A form with a picture.
   std::string signInAddress() const { return server_.address("/signin"); }
@@ -26,6 +35,8 @@ class BenchSite {
 
  private:
   examples::LoopbackServer server_;
+  examples::ClosedPort nobody_;
+  std::chrono::steady_clock::time_point failedAt_;
   int shown_ = 0;
 };
 

@@ -1,9 +1,11 @@
 // Measures the sign-in window against the bare one, in pairs: how long it takes from the start of the program to its
-// message, and how much memory all its processes take while they show a sign-in page.
+// message, and how much memory all its processes take while they show a sign-in page. And, without a peer, how long a
+// person looks at a window that has failed already.
 //
 // Has to be run through tests/support/in-own-home, so that no window touches the home folder of a person. The windows
 // appear on a virtual display of the bench's own. Exits with 0 when everything was measured, whatever came out.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -27,6 +29,7 @@ using bench::WindowRun;
 
 constexpr std::size_t kPairsOfStarts = 25;
 constexpr std::size_t kPairsOfMemory = 7;
+constexpr std::size_t kFailures = 11;
 
 enum class Side { kOurs, kPeer };
 
@@ -34,6 +37,14 @@ class WindowBench {
  public:
   Pairs start() { return inPairs(kPairsOfStarts, &WindowBench::millisecondsToMessage); }
   Pairs memory() { return inPairs(kPairsOfMemory, &WindowBench::memoryOfSignIn); }
+
+  // Of all the failures the slowest.
+  double end() {
+    double slowest = 0;
+    for (std::size_t i = 0; i < kFailures; ++i)
+      slowest = std::max(slowest, millisecondsFromFailureToEnd());
+    return slowest;
+  }
 
  private:
   using Measurement = double (WindowBench::*)(Side);
@@ -60,6 +71,14 @@ class WindowBench {
     if (launcher::read(message).code != launcher::kSignedIn) throw std::runtime_error("not signed in: " + message);
     run.waitForEnd();
     return time.count();
+  }
+
+  double millisecondsFromFailureToEnd() {
+    WindowRun run(command(Side::kOurs, site_.failingAddress()), display_.name());
+    const std::string message = run.message();
+    if (launcher::read(message).code != launcher::kLoadFailed) throw std::runtime_error("not failed: " + message);
+    run.waitForEnd();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - site_.failedAt()).count();
   }
 
   double memoryOfSignIn(Side side) {
@@ -101,6 +120,7 @@ int main() try {
   bench::printHead();
   bench::print("start of the program to its message", bench.start(), "ms", bench::atMost(1.05));
   bench::print("memory with the sign-in page shown", bench.memory(), "MB", bench::atMost(0.85));
+  bench::print("failure to the end of the program, slowest", bench.end(), "ms", bench::atMost(500));
   return 0;
 } catch (const std::exception& problem) {
   std::fprintf(stderr, "bench-window: %s\n", problem.what());
