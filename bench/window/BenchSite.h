@@ -1,5 +1,5 @@
-// The site of the window's bench: a sign-in that redirects at once, one that fails, and a sign-in page that tells when it
-// is shown.
+// The site of the window's bench: a sign-in that redirects at once, one that fails, and a sign-in page that tells when
+// it is shown.
 
 #pragma once
 
