@@ -116,6 +116,17 @@ std::string Screen::textOf(Window window, const char* name) const {
   return {bytes.begin(), bytes.end()};
 }
 
+std::vector<std::string> Screen::namesOf(Window window, const char* name) const {
+  std::vector<std::string> names;
+  for (const unsigned long number : numbersOf(window, name)) {
+    char* const text = XGetAtomName(display_.get(), number);
+    if (text == nullptr) continue;
+    names.emplace_back(text);
+    XFree(text);
+  }
+  return names;
+}
+
 std::optional<ScreenWindow> Screen::describe(Window window) const {
   XWindowAttributes attributes;
   if (!XGetWindowAttributes(display_.get(), window, &attributes) || attributes.map_state != IsViewable) return {};
@@ -265,14 +276,23 @@ void Screen::place(Window window, const Area& frame) {
 }
 
 void Screen::close(Window window) {
+  const Atom wish = XInternAtom(display_.get(), "WM_DELETE_WINDOW", False);
+  send(window, window, "WM_PROTOCOLS", {static_cast<long>(wish), CurrentTime});
+}
+
+void Screen::request(Window window, const char* name, const std::vector<long>& values) {
+  send(root(), window, name, values);
+}
+
+void Screen::send(Window to, Window about, const char* name, const std::vector<long>& values) {
   XEvent event = {};
   event.xclient.type = ClientMessage;
-  event.xclient.window = window;
-  event.xclient.message_type = XInternAtom(display_.get(), "WM_PROTOCOLS", False);
+  event.xclient.window = about;
+  event.xclient.message_type = XInternAtom(display_.get(), name, False);
   event.xclient.format = 32;
-  event.xclient.data.l[0] = static_cast<long>(XInternAtom(display_.get(), "WM_DELETE_WINDOW", False));
-  event.xclient.data.l[1] = CurrentTime;
-  XSendEvent(display_.get(), window, False, NoEventMask, &event);
+  std::copy(values.begin(), values.end(), event.xclient.data.l);
+  const long mask = to == root() ? SubstructureNotifyMask | SubstructureRedirectMask : NoEventMask;
+  XSendEvent(display_.get(), to, False, mask, &event);
   XFlush(display_.get());
 }
 

@@ -56,9 +56,11 @@ class Screen {
   // stands at its root.
   //   numbersOf(screen.root(), "_NET_ACTIVE_WINDOW")  => {0x400003}
   //   textOf(window, "WM_CLASS")                      => "name\0Class\0"
+  //   namesOf(window, "WM_PROTOCOLS")                 => {"WM_DELETE_WINDOW", "WM_TAKE_FOCUS"}
   WindowId root() const;
   std::vector<unsigned long> numbersOf(WindowId window, const char* name) const;
   std::string textOf(WindowId window, const char* name) const;
+  std::vector<std::string> namesOf(WindowId window, const char* name) const;
 
   // What the screen shows there; parts beyond its edges are left out.
   Picture picture(const Area& area) const;
@@ -81,6 +83,9 @@ class Screen {
   // What the close button of a window's title bar does.
   void close(WindowId window);
 
+  // Asks the window manager for something, as a taskbar does: request(root(), "_NET_CURRENT_DESKTOP", {2}).
+  void request(WindowId window, const char* name, const std::vector<long>& values);
+
  private:
   struct EventSource;
 
@@ -89,6 +94,7 @@ class Screen {
   void addWindowsBelow(WindowId window, std::vector<ScreenWindow>& found) const;
   unsigned char codeOf(KeySymbol key);
   void key(KeySymbol key, bool down);
+  void send(WindowId to, WindowId about, const char* name, const std::vector<long>& values);
   void handleEvents();
 
   std::unique_ptr<_XDisplay, int (*)(_XDisplay*)> display_;

@@ -1,0 +1,126 @@
+// The window under a window manager, as in a desktop session.
+
+#include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/OtherWindow.h"
+#include "tests/endtoend/WindowManager.h"
+
+namespace endtoend {
+namespace {
+
+using testing::Contains;
+using testing::Not;
+
+constexpr int kTitleBar = 20;
+
+class WindowManagerTest : public EndToEndTest {
+ protected:
+  using EndToEndTest::EndToEndTest;
+
+  // The window with the border that the window manager has drawn around it.
+  Area borderedFrame() {
+    std::vector<unsigned long> border;
+    until("the border", [&] { return !(border = screen.numbersOf(window().id, "_NET_FRAME_EXTENTS")).empty(); });
+    const int left = static_cast<int>(border[0]), right = static_cast<int>(border[1]);
+    const int top = static_cast<int>(border[2]), bottom = static_cast<int>(border[3]);
+    const Area inside = window().frame;
+    return {inside.x - left, inside.y - top, inside.width + left + right, inside.height + top + bottom};
+  }
+
+  void untilActive(const std::string& what, examples::WindowId id) {
+    until(what + " to be active", [&] { return manager.activeWindow() == id; });
+  }
+
+  // What a person does who works in the other window, which is thus the active one.
+  void workInTheOtherWindow() {
+    untilActive("the other window", other.id());
+    screen.click(100, 100);
+    screen.type("x");
+  }
+
+  unsigned long desktopOf(examples::WindowId id) {
+    std::vector<unsigned long> desktop;
+    until("its desktop", [&] { return !(desktop = screen.numbersOf(id, "_NET_WM_DESKTOP")).empty(); });
+    return desktop.front();
+  }
+
+  WindowManager manager{screen, display.name(), temporary("openbox")};
+  OtherWindow other{display.name(), {50, 50, 300, 200}};
+};
+
+TEST_F(WindowManagerTest, ItComesToTheFrontAndTakesTheKeyboardFromAnotherProgram) {
+  workInTheOtherWindow();
+  start();
+  untilActive("the window", window().id);
+  EXPECT_EQ(manager.frontWindow(), window().id);
+}
+
+TEST_F(WindowManagerTest, ItStandsOnTheCurrentDesktop) {
+  workInTheOtherWindow();
+  screen.request(screen.root(), "_NET_CURRENT_DESKTOP", {2});
+  until("the other desktop", [&] { return manager.currentDesktop() == 2; });
+  start();
+  untilActive("the window", window().id);
+  EXPECT_EQ(desktopOf(window().id), 2u);
+}
+
+TEST_F(WindowManagerTest, ItComesToTheFrontAlsoForALauncherThatWasStartedLongAgo) {
+  options.environment["DESKTOP_STARTUP_ID"] = "launcher-1-host-svo_TIME1";
+  workInTheOtherWindow();
+  start();
+  untilActive("the window", window().id);
+  EXPECT_EQ(manager.frontWindow(), window().id);
+  EXPECT_EQ(desktopOf(window().id), manager.currentDesktop());
+}
+
+TEST_F(WindowManagerTest, ItAppearsInTheMiddle) {
+  start();
+  untilActive("the window", window().id);
+  const Area frame = borderedFrame();
+  EXPECT_NEAR(frame.x + frame.width / 2, 1280 / 2, kTitleBar);
+  EXPECT_NEAR(frame.y + frame.height / 2, 1024 / 2, kTitleBar);
+}
+
+class SmallScreenTest : public WindowManagerTest {
+ protected:
+  SmallScreenTest() : WindowManagerTest({800, 600}) {}
+};
+
+TEST_F(SmallScreenTest, ItStandsWhollyOnTheScreen) {
+  start();
+  untilActive("the window", window().id);
+  const Area frame = borderedFrame();
+  EXPECT_GE(frame.y, 0);
+  EXPECT_LE(frame.y + frame.height, 600);
+  EXPECT_EQ(window().frame.height, 570);
+}
+
+TEST_F(WindowManagerTest, AltAndF4CloseIt) {
+  start();
+  untilAsked("/signin");
+  untilActive("the window", window().id);
+  screen.press(XK_F4, {XK_Alt_L});
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowMayBeMaximised) {
+  const auto mayDo = [this] { return screen.namesOf(window().id, "_NET_WM_ALLOWED_ACTIONS"); };
+  site.serve("/signin", pageThatWaitsForAClick(site.address("/start?redirect_uri=" + site.address("/staff"))));
+  start();
+  untilAsked("/clickable");
+  untilActive("the window", window().id);
+  EXPECT_THAT(mayDo(), Contains("_NET_WM_ACTION_MOVE"));
+  EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_MAXIMIZE_VERT")));
+  EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_RESIZE")));
+
+  click();
+  untilAsked("/staff");
+  until("the size", [this] { return window().frame.width == 800; });
+  until("the leave to grow", [&] { return testing::Value(mayDo(), Contains("_NET_WM_ACTION_MAXIMIZE_VERT")); });
+  const Area frame = borderedFrame();
+  screen.click(frame.x + frame.width / 2, frame.y + 5);
+  screen.click(frame.x + frame.width / 2, frame.y + 5);
+  until("the whole screen", [this] { return window().frame.width == 1280; });
+}
+
+}  // namespace
+}  // namespace endtoend
