@@ -107,7 +107,7 @@ gboolean PageDialogs::onScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog,
 }
 
 gboolean PageDialogs::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, PageDialogs* self) {
-  if (!asksForPassword(request)) {
+  if (!asksForPassword(request) || !self->allowance_.spend()) {
     webkit_authentication_request_authenticate(request, nullptr);
     return TRUE;
   }

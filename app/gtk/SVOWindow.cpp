@@ -6,7 +6,6 @@
 #include "app/SpinnerPage.h"
 #include "app/WindowKeys.h"
 #include "app/gtk/PageGuards.h"
-#include "app/gtk/Sandbox.h"
 
 namespace {
 
@@ -138,7 +137,6 @@ SVOWindow::~SVOWindow() {
   sheet_.close();
   webkit_web_view_terminate_web_process(webView_);
   gtk_widget_destroy(GTK_WIDGET(window_));
-  removeSandboxNotes();
 }
 
 void SVOWindow::activate() {

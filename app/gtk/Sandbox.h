@@ -10,8 +10,7 @@
 
 #include <optional>
 
-// WebKit leaves a note on each sandboxed process in the person's runtime folder, and never takes it away. Call when the
-// page process has ended.
+// WebKit leaves a note on each sandboxed process in the person's runtime folder, and never takes it away. For atexit().
 void removeSandboxNotes();
 
 class SandboxTrial {

@@ -3,11 +3,12 @@
 #include <utility>
 
 #include "app/gtk/GtkHandles.h"
+#include "app/gtk/Strip.h"
+#include "app/gtk/Style.h"
 
 namespace {
 
-constexpr int kOverlap = 6;  // how far the sheet reaches into the strip, out of the page's area
-constexpr int kStripHeight = 20;
+constexpr int kOverlap = 4;  // how far the sheet reaches into the strip, out of the page's area
 constexpr int kWidthInCharacters = 48;
 constexpr int kMostLines = 12;
 constexpr glong kMostCharacters = 600;
@@ -19,14 +20,17 @@ constexpr char kStyle[] = R"(
 .sheet .warning { padding: 6px; color: @theme_bg_color; background-color: @theme_fg_color; }
 )";
 
-void useStyle(GtkWidget* frame) {
-  static const ObjectRef<GtkCssProvider> provider = [] {
-    ObjectRef<GtkCssProvider> made(gtk_css_provider_new());
-    gtk_css_provider_load_from_data(made.get(), kStyle, -1, nullptr);
-    return made;
-  }();
-  gtk_style_context_add_provider_for_screen(gtk_widget_get_screen(frame), GTK_STYLE_PROVIDER(provider.get()),
-                                            GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+GtkWidget* newFrame(const std::string& name) {
+  GtkWidget* const frame = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
+  setStyleClass(frame, "sheet");
+  gtk_widget_set_halign(frame, GTK_ALIGN_CENTER);
+  gtk_widget_set_valign(frame, GTK_ALIGN_START);
+  gtk_widget_set_margin_top(frame, kStripHeight - kOverlap);
+
+  AtkObject* const accessible = gtk_widget_get_accessible(frame);
+  atk_object_set_role(accessible, ATK_ROLE_ALERT);
+  atk_object_set_name(accessible, name.c_str());
+  return frame;
 }
 
 // A sheet keeps within the window, however much a page has to say.
@@ -46,7 +50,7 @@ GtkWidget* newText(const std::string& text, const char* styleClass) {
   gtk_label_set_width_chars(GTK_LABEL(label), kWidthInCharacters);
   gtk_label_set_max_width_chars(GTK_LABEL(label), kWidthInCharacters);
   gtk_label_set_xalign(GTK_LABEL(label), 0);
-  gtk_style_context_add_class(gtk_widget_get_style_context(label), styleClass);
+  setStyleClass(label, styleClass);
   return label;
 }
 
@@ -60,6 +64,10 @@ GtkEntry* newEntry(const Question::Field& field) {
 }
 
 }  // namespace
+
+Sheet::Sheet(GtkOverlay* over, GtkWidget* page) : over_(over), page_(page) {
+  useStyle(kStyle);
+}
 
 void Sheet::close() {
   const std::deque<Waiting> dropped = std::exchange(questions_, {});
@@ -83,50 +91,47 @@ void Sheet::withdraw(Number number) {
 }
 
 void Sheet::hang(const Question& question) {
-  frame_ = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
-  useStyle(frame_);
-  gtk_style_context_add_class(gtk_widget_get_style_context(frame_), "sheet");
-  gtk_widget_set_halign(frame_, GTK_ALIGN_CENTER);
-  gtk_widget_set_valign(frame_, GTK_ALIGN_START);
-  gtk_widget_set_margin_top(frame_, kStripHeight - kOverlap);
+  frame_ = newFrame(question.heading);
   g_signal_connect(frame_, "key-press-event", G_CALLBACK(onKeyPress), this);
 
-  AtkObject* const accessible = gtk_widget_get_accessible(frame_);
-  atk_object_set_role(accessible, ATK_ROLE_ALERT);
-  atk_object_set_name(accessible, question.heading.c_str());
-
-  const auto add = [this](GtkWidget* part) { gtk_box_pack_start(GTK_BOX(frame_), part, FALSE, FALSE, 0); };
-  add(newText(question.heading, "heading"));
-  if (!question.words.empty()) add(newText(question.words, "words"));
-  if (!question.warning.empty()) add(newText(question.warning, "warning"));
-  for (const Question::Field& field : question.fields) {
-    GtkEntry* const entry = newEntry(field);
-    if (!field.label.empty()) {
-      GtkWidget* const label = newText(field.label, "label");
-      gtk_label_set_mnemonic_widget(GTK_LABEL(label), GTK_WIDGET(entry));
-      add(label);
-    }
-    add(GTK_WIDGET(entry));
-    entries_.push_back(entry);
-  }
-  GtkWidget* const buttons = newButtons(question);
-  add(buttons);
+  addText(question.heading, "heading");
+  GtkWidget* const words = addText(question.words, "words");
+  addText(question.warning, "warning");
+  for (const Question::Field& field : question.fields)
+    addField(field, field.label.empty() ? words : addText(field.label, "label"));
+  GtkWidget* const accept = addButtons(question.canBeDeclined);
 
   gtk_widget_set_sensitive(page_, FALSE);
   gtk_overlay_add_overlay(over_, frame_);
   gtk_widget_show_all(frame_);
-  GList* const made = gtk_container_get_children(GTK_CONTAINER(buttons));
-  GtkWidget* const accept = GTK_WIDGET(g_list_last(made)->data);
-  g_list_free(made);
   gtk_widget_grab_default(accept);
   gtk_widget_grab_focus(entries_.empty() ? accept : GTK_WIDGET(entries_.front()));
 }
 
-GtkWidget* Sheet::newButtons(const Question& question) {
+void Sheet::add(GtkWidget* part) {
+  gtk_box_pack_start(GTK_BOX(frame_), part, FALSE, FALSE, 0);
+}
+
+GtkWidget* Sheet::addText(const std::string& text, const char* styleClass) {
+  GtkWidget* const label = newText(text, styleClass);
+  gtk_widget_set_no_show_all(label, text.empty());
+  add(label);
+  return label;
+}
+
+void Sheet::addField(const Question::Field& field, GtkWidget* label) {
+  GtkEntry* const entry = newEntry(field);
+  gtk_label_set_mnemonic_widget(GTK_LABEL(label), GTK_WIDGET(entry));
+  add(GTK_WIDGET(entry));
+  entries_.push_back(entry);
+}
+
+GtkWidget* Sheet::addButtons(bool canBeDeclined) {
   GtkWidget* const buttons = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
   gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons), GTK_BUTTONBOX_END);
   gtk_box_set_spacing(GTK_BOX(buttons), 8);
-  if (question.canBeDeclined) {
+  add(buttons);
+  if (canBeDeclined) {
     GtkWidget* const decline = gtk_button_new_with_label("Cancel");
     g_signal_connect_swapped(decline, "clicked", G_CALLBACK(+[](Sheet* self) { self->answer(false); }), this);
     gtk_container_add(GTK_CONTAINER(buttons), decline);
@@ -135,7 +140,7 @@ GtkWidget* Sheet::newButtons(const Question& question) {
   gtk_widget_set_can_default(accept, TRUE);
   g_signal_connect_swapped(accept, "clicked", G_CALLBACK(+[](Sheet* self) { self->answer(true); }), this);
   gtk_container_add(GTK_CONTAINER(buttons), accept);
-  return buttons;
+  return accept;
 }
 
 // The next question hangs before the former's answer is told: whoever is told may ask again.

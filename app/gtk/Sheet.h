@@ -15,7 +15,7 @@
 
 struct Question {
   struct Field {
-    std::string label;  // none: the field has no name but the heading
+    std::string label;  // none: the question's words say what it is for
     std::string value;
     bool secret = false;
   };
@@ -37,7 +37,7 @@ class Sheet {
   using Number = unsigned;
 
   // Hangs from the top of `over`, a strip's height down; `page` is what it stands in front of. Both outlive the sheet.
-  Sheet(GtkOverlay* over, GtkWidget* page) : over_(over), page_(page) {}
+  Sheet(GtkOverlay* over, GtkWidget* page);
 
   Sheet(const Sheet&) = delete;
   Sheet& operator=(const Sheet&) = delete;
@@ -60,7 +60,10 @@ class Sheet {
   };
 
   void hang(const Question& question);
-  GtkWidget* newButtons(const Question& question);
+  void add(GtkWidget* part);
+  GtkWidget* addText(const std::string& text, const char* styleClass);
+  void addField(const Question::Field& field, GtkWidget* label);
+  GtkWidget* addButtons(bool canBeDeclined);  // the one that accepts
   void takeDown();
   void answer(bool accepted);
 

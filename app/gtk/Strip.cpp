@@ -1,10 +1,9 @@
 #include "app/gtk/Strip.h"
 
-#include "app/gtk/GtkHandles.h"
+#include "app/gtk/Style.h"
 
 namespace {
 
-constexpr int kHeight = 20;
 constexpr guint kBeatMilliseconds = 60;
 constexpr double kFirstData = 0.1;  // WebKit claims this much of a page before anything has come
 constexpr char kWarns[] = "warns";
@@ -19,22 +18,6 @@ progressbar.load trough, progressbar.load progress {
 progressbar.load trough { background: none; }
 progressbar.load progress { background: @theme_selected_bg_color; }
 )";
-
-void useStyle() {
-  const ObjectRef<GtkCssProvider> provider(gtk_css_provider_new());
-  gtk_css_provider_load_from_data(provider.get(), kStyle, -1, nullptr);
-  gtk_style_context_add_provider_for_screen(gdk_screen_get_default(), GTK_STYLE_PROVIDER(provider.get()),
-                                            GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
-}
-
-void addClass(GtkWidget* widget, const char* name) {
-  gtk_style_context_add_class(gtk_widget_get_style_context(widget), name);
-}
-
-void setClass(GtkWidget* widget, const char* name, bool on) {
-  GtkStyleContext* const style = gtk_widget_get_style_context(widget);
-  on ? gtk_style_context_add_class(style, name) : gtk_style_context_remove_class(style, name);
-}
 
 void setText(GtkWidget* label, const std::string& text) {
   gtk_label_set_text(GTK_LABEL(label), text.c_str());
@@ -52,7 +35,7 @@ GtkWidget* newLine() {
   GtkWidget* const line = gtk_progress_bar_new();
   gtk_widget_set_valign(line, GTK_ALIGN_END);
   gtk_widget_set_no_show_all(line, TRUE);
-  addClass(line, "load");
+  setStyleClass(line, "load");
   return line;
 }
 
@@ -72,15 +55,15 @@ Strip::Strip()
       host_(newText(PANGO_ELLIPSIZE_START)),
       warning_(newText(PANGO_ELLIPSIZE_END)),
       line_(newLine()) {
-  useStyle();
-  addClass(ground_, "site");
-  addClass(row_, "site");
-  addClass(host_, "host");
+  useStyle(kStyle);
+  setStyleClass(ground_, "site");
+  setStyleClass(row_, "site");
+  setStyleClass(host_, "host");
   for (GtkWidget* const part : {icon_, host_, warning_}) {
     gtk_widget_set_no_show_all(part, TRUE);
     gtk_box_pack_start(GTK_BOX(row_), part, FALSE, FALSE, 0);
   }
-  gtk_widget_set_size_request(overlay_, -1, kHeight);
+  gtk_widget_set_size_request(overlay_, -1, kStripHeight);
 
   // On an overlay, since a window that cannot be resized would grow to the length of a name.
   gtk_container_add(GTK_CONTAINER(overlay_), ground_);
@@ -100,8 +83,8 @@ void Strip::show(const Site& site) {
   gtk_widget_set_visible(icon_, words.icon != nullptr);
   setText(host_, words.host.empty() ? "" : leftToRight(words.host));
   setText(warning_, words.warning);
-  setClass(ground_, kWarns, !words.warning.empty());
-  setClass(row_, kWarns, !words.warning.empty());
+  setStyleClass(ground_, kWarns, !words.warning.empty());
+  setStyleClass(row_, kWarns, !words.warning.empty());
   atk_object_set_name(gtk_widget_get_accessible(overlay_), words.spoken.c_str());
 }
 

@@ -10,6 +10,8 @@
 
 #include "app/gtk/Site.h"
 
+constexpr int kStripHeight = 20;
+
 class Strip {
  public:
   Strip();

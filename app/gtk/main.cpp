@@ -1,6 +1,7 @@
 // The sign-in window's entry point on Linux.
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "app/CommandLine.h"
 #include "app/ResultChannel.h"
@@ -25,7 +26,10 @@ int reportMissingDisplay() {
 
 // The sign-in goes on without: a machine that cannot do better is no reason to keep a person out.
 bool canSandbox(SandboxTrial& trial) {
-  if (trial.passed()) return true;
+  if (trial.passed()) {
+    (void)std::atexit(removeSandboxNotes);
+    return true;
+  }
   std::fprintf(stderr, "%s: bwrap does not work here; pages run without a sandbox\n", kProgramName);
   return false;
 }
