@@ -45,6 +45,7 @@ std::vector<std::string> trialCommand() {
 
 GPid start(const std::vector<std::string>& command, int* output) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& each : command)
     arguments.push_back(const_cast<char*>(each.c_str()));
   arguments.push_back(nullptr);

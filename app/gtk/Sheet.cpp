@@ -35,7 +35,7 @@ GtkWidget* newFrame(const std::string& name) {
 
 // A sheet keeps within the window, however much a page has to say.
 std::string shortened(const std::string& text) {
-  const std::string valid = validUtf8(text);
+  std::string valid = validUtf8(text);
   if (g_utf8_strlen(valid.c_str(), -1) <= kMostCharacters) return valid;
   const char* const end = g_utf8_offset_to_pointer(valid.c_str(), kMostCharacters);
   return std::string(valid.c_str(), end) + "\u2026";
