@@ -1,0 +1,32 @@
+// What ties the window on the screen to the desktop file and the icon, also where the package is not installed.
+
+#include "tests/endtoend/EndToEndTest.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+using testing::Contains;
+using testing::IsEmpty;
+using testing::Not;
+
+class DesktopTest : public endtoend::EndToEndTest {
+ protected:
+  void startAndWaitForThePage() {
+    start();
+    untilAsked("/signin");
+  }
+};
+
+TEST_F(DesktopTest, TheWindowHasAnIcon) {
+  startAndWaitForThePage();
+  EXPECT_THAT(screen.numbersOf(window().id, "_NET_WM_ICON"), Not(IsEmpty()));
+}
+
+TEST_F(DesktopTest, TheWindowBearsTheClassThatTheDesktopFileNames) {
+  startAndWaitForThePage();
+  const std::string name = screen.textOf(window().id, "WM_CLASS").c_str();  // the first of two, each with a zero
+  EXPECT_EQ(name, "svo-signin");
+  EXPECT_THAT(support::linesOf(DESKTOP_FILE), Contains("StartupWMClass=" + name));
+}
+
+}  // namespace
