@@ -109,7 +109,8 @@ void Proxy::onAnswer(GObject* session, GAsyncResult* result, gpointer data) {
     soup_server_message_set_status(message.get(), soup_message_get_status(answer), nullptr);
     SoupMessageHeaders* const headers = soup_server_message_get_response_headers(message.get());
     soup_message_headers_foreach(soup_message_get_response_headers(answer), copyHeader, headers);
-    soup_message_body_append_bytes(soup_server_message_get_response_body(message.get()), body);
+    soup_message_body_append(soup_server_message_get_response_body(message.get()), SOUP_MEMORY_COPY,
+                             g_bytes_get_data(body, nullptr), g_bytes_get_size(body));
   }
   soup_server_message_unpause(message.get());
 }

@@ -13,6 +13,7 @@ examples::ChildProcess::Setup setupFor(const std::string& display, const std::fi
   examples::ChildProcess::Setup setup;
   setup.command = {"openbox", "--sm-disable", "--startup", "touch " + (folder / kManaging).string()};
   setup.environment = {{"DISPLAY", display}, {"XDG_CONFIG_HOME", folder}, {"XDG_CACHE_HOME", folder}};
+  setup.outputFile = "/dev/null";
   setup.errorFile = "/dev/null";
   return setup;
 }

@@ -1,0 +1,145 @@
+#include "tests/endtoend/Accessibility.h"
+
+#include <atspi/atspi.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "examples/support/EventLoop.h"
+
+namespace endtoend {
+
+using examples::Owned;
+
+namespace {
+
+constexpr char kService[] = "/usr/libexec/at-spi-bus-launcher";
+constexpr char kRegistry[] = "org.a11y.atspi.Registry";
+constexpr char kRootPath[] = "/org/a11y/atspi/accessible/root";
+constexpr char kAccessible[] = "org.a11y.atspi.Accessible";
+constexpr int kMillisecondsForAnAnswer = 5000;
+
+examples::ChildProcess::Setup setupFor(const SessionBus& bus) {
+  examples::ChildProcess::Setup setup;
+  setup.command = {kService, "--launch-immediately", "--a11y=1"};
+  setup.environment = bus.environment();
+  setup.environment["GSETTINGS_BACKEND"] = "memory";
+  setup.outputFile = "/dev/null";
+  setup.errorFile = "/dev/null";
+  return setup;
+}
+
+// Not every toolkit puts its roles into words.
+std::string roleIn(GVariant* answer) {
+  guint32 number = 0;
+  g_variant_get(answer, "(u)", &number);
+  const std::unique_ptr<char, void (*)(gpointer)> name(atspi_role_get_name(static_cast<AtspiRole>(number)), g_free);
+  return name.get();
+}
+
+void onAppears(GDBusConnection*, const char*, const char*, gpointer appeared) {
+  *static_cast<bool*>(appeared) = true;
+}
+
+void onChange(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*, gpointer) {}
+
+}  // namespace
+
+bool Accessibility::isPossible() {
+  return SessionBus::isPossible() && std::filesystem::exists(kService);
+}
+
+Accessibility::Accessibility(const std::filesystem::path& folder)
+    : bus_(folder), service_(setupFor(bus_)), connection_(connectToBus(addressOfTheService())) {
+  // Programs tell of changes only when somebody has said that he listens.
+  changes_ = g_dbus_connection_signal_subscribe(connection_.get(), nullptr, "org.a11y.atspi.Event.Object", nullptr,
+                                                nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onChange, nullptr, nullptr);
+  const AccessibleObject registry{kRegistry, "/org/a11y/atspi/registry", "", ""};
+  g_autoptr(GVariant) done = ask(registry, kRegistry, "RegisterEvent", g_variant_new("(sass)", "object:", nullptr, ""));
+  if (done == nullptr) throw std::runtime_error("no registry of accessible programs");
+}
+
+Accessibility::~Accessibility() {
+  g_dbus_connection_signal_unsubscribe(connection_.get(), changes_);
+}
+
+std::string Accessibility::addressOfTheService() const {
+  const Owned<GDBusConnection> session = connectToBus(bus_.address());
+  bool appeared = false;
+  const guint watch = g_bus_watch_name_on_connection(session.get(), "org.a11y.Bus", G_BUS_NAME_WATCHER_FLAGS_NONE,
+                                                     onAppears, nullptr, &appeared, nullptr);
+  (void)examples::waitUntil([&] { return appeared || service_.ended(); }, std::chrono::seconds(30));
+  g_bus_unwatch_name(watch);
+  g_autoptr(GVariant) answer = g_dbus_connection_call_sync(
+      session.get(), "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr, G_VARIANT_TYPE("(s)"),
+      G_DBUS_CALL_FLAGS_NONE, kMillisecondsForAnAnswer, nullptr, nullptr);
+  if (answer == nullptr) throw std::runtime_error("no accessibility service");
+  const char* address = nullptr;
+  g_variant_get(answer, "(&s)", &address);
+  return address;
+}
+
+GVariant* Accessibility::ask(const AccessibleObject& object, const char* interface, const char* question,
+                             GVariant* details) const {
+  return g_dbus_connection_call_sync(connection_.get(), object.owner.c_str(), object.path.c_str(), interface, question,
+                                     details, nullptr, G_DBUS_CALL_FLAGS_NONE, kMillisecondsForAnAnswer, nullptr,
+                                     nullptr);
+}
+
+GVariant* Accessibility::property(const AccessibleObject& object, const char* name) const {
+  g_autoptr(GVariant) answer =
+      ask(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", kAccessible, name));
+  if (answer == nullptr) return nullptr;
+  g_autoptr(GVariant) boxed = g_variant_get_child_value(answer, 0);
+  return g_variant_get_variant(boxed);
+}
+
+AccessibleObject Accessibility::describe(const std::string& owner, const std::string& path) const {
+  AccessibleObject object{owner, path, "", ""};
+  if (g_autoptr(GVariant) answer = ask(object, kAccessible, "GetRole", nullptr)) object.role = roleIn(answer);
+  if (g_autoptr(GVariant) name = property(object, "Name")) object.name = g_variant_get_string(name, nullptr);
+  return object;
+}
+
+// One by one: asked for all of them, GTK leaves out the page, which is another process's.
+std::vector<AccessibleObject> Accessibility::childrenOf(const AccessibleObject& object) const {
+  std::vector<AccessibleObject> children;
+  g_autoptr(GVariant) count = property(object, "ChildCount");
+  for (int i = 0; count != nullptr && i < g_variant_get_int32(count); ++i) {
+    g_autoptr(GVariant) child = ask(object, kAccessible, "GetChildAtIndex", g_variant_new("(i)", i));
+    if (child == nullptr) break;
+    const char *owner = nullptr, *path = nullptr;
+    g_variant_get(child, "((&s&o))", &owner, &path);
+    children.push_back(describe(owner, path));
+  }
+  return children;
+}
+
+std::vector<AccessibleObject> Accessibility::below(const AccessibleObject& above) const {
+  std::vector<AccessibleObject> found;
+  for (const AccessibleObject& child : childrenOf(above)) {
+    found.push_back(child);
+    const std::vector<AccessibleObject> further = below(child);
+    found.insert(found.end(), further.begin(), further.end());
+  }
+  return found;
+}
+
+std::vector<AccessibleObject> Accessibility::all() const {
+  return below({kRegistry, kRootPath, "", ""});
+}
+
+std::optional<AccessibleObject> Accessibility::find(const AccessibleObject& above, const std::string& role,
+                                                    const std::string& name) const {
+  const std::vector<AccessibleObject> objects = below(above);
+  const auto found = std::find_if(objects.begin(), objects.end(), [&](const AccessibleObject& object) {
+    return object.role == role && object.name == name;
+  });
+  return found == objects.end() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<AccessibleObject> Accessibility::find(const std::string& role, const std::string& name) const {
+  return find({kRegistry, kRootPath, "", ""}, role, name);
+}
+
+}  // namespace endtoend

@@ -1,0 +1,45 @@
+// What a screen reader is told of the window and its pages.
+
+#include "tests/endtoend/Accessibility.h"
+
+#include "tests/endtoend/EndToEndTest.h"
+
+namespace endtoend {
+namespace {
+
+class AccessibilityTest : public EndToEndTest {
+ protected:
+  void SetUp() override {
+    if (!Accessibility::isPossible()) GTEST_SKIP() << "no D-Bus or no accessibility service here";
+    accessibility = std::make_unique<Accessibility>(temporary("bus"));
+    options.environment.merge(accessibility->environment());
+  }
+
+  // Waits until there is such an object.
+  AccessibleObject find(const std::string& role, const std::string& name) {
+    std::optional<AccessibleObject> found;
+    until("the " + role + " " + name, [&] { return (found = accessibility->find(role, name)).has_value(); });
+    return *found;
+  }
+
+  std::unique_ptr<Accessibility> accessibility;
+};
+
+TEST_F(AccessibilityTest, TheWindowIsAFrameOfTheProductsName) {
+  start();
+  find("frame", "Example Product");
+}
+
+TEST_F(AccessibilityTest, AFieldOfThePageIsFoundByItsLabel) {
+  site.serve("/signin", pageThatTells("<title>Welcome</title><label>User name <input></label>"
+                                      "<label>Password <input type='password'></label><button>Go on</button>"));
+  start();
+  untilAsked("/loaded");
+  const AccessibleObject document = find("document web", "Welcome");
+  EXPECT_TRUE(accessibility->find(document, "entry", "User name"));
+  EXPECT_TRUE(accessibility->find(document, "password text", "Password"));
+  EXPECT_TRUE(accessibility->find(document, "push button", "Go on"));
+}
+
+}  // namespace
+}  // namespace endtoend
