@@ -1,0 +1,88 @@
+#include "tests/endtoend/Compositor.h"
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "examples/support/EventLoop.h"
+
+namespace endtoend {
+
+using examples::ChildProcess;
+using examples::Owned;
+using examples::Picture;
+
+namespace {
+
+constexpr std::chrono::seconds kPatienceWithWeston{30};
+constexpr char kSocket[] = "wayland";
+
+ChildProcess::Setup setupFor(const std::filesystem::path& folder) {
+  ChildProcess::Setup setup;
+  setup.command = {"weston",
+                   "--backend=headless-backend.so",
+                   "--no-config",
+                   "--use-pixman",
+                   "--width=1280",
+                   "--height=1024",
+                   "--debug",  // lets pictures be taken
+                   std::string("--socket=") + kSocket};
+  setup.environment = {{"XDG_RUNTIME_DIR", folder}};
+  setup.outputFile = "/dev/null";
+  setup.errorFile = "/dev/null";
+  return setup;
+}
+
+Picture load(const std::filesystem::path& file) {
+  g_autoptr(GError) error = nullptr;
+  const Owned<GdkPixbuf> image(gdk_pixbuf_new_from_file(file.c_str(), &error));
+  if (!image) throw std::runtime_error(error->message);
+  const int width = gdk_pixbuf_get_width(image.get()), height = gdk_pixbuf_get_height(image.get());
+  const auto channels = static_cast<std::size_t>(gdk_pixbuf_get_n_channels(image.get()));
+  std::vector<std::uint8_t> pixels;
+  for (int y = 0; y < height; ++y) {
+    const guint8* pixel = gdk_pixbuf_read_pixels(image.get()) + y * gdk_pixbuf_get_rowstride(image.get());
+    for (int x = 0; x < width; ++x, pixel += channels)
+      pixels.insert(pixels.end(), pixel, pixel + 3);
+  }
+  return Picture(width, height, std::move(pixels));
+}
+
+}  // namespace
+
+bool Compositor::isPossible() {
+  const std::unique_ptr<char, void (*)(gpointer)> weston(g_find_program_in_path("weston"), g_free);
+  return weston != nullptr;
+}
+
+Compositor::Compositor(const std::filesystem::path& folder)
+    : folder_(folder), watched_(folder), process_(setupFor(folder)) {
+  const auto isThere = [this] { return std::filesystem::exists(folder_ / kSocket) || process_.ended(); };
+  if (!examples::waitUntil(isThere, kPatienceWithWeston) || process_.ended()) {
+    throw std::runtime_error("weston does not start");
+  }
+}
+
+std::map<std::string, std::string> Compositor::environment() const {
+  return {{"XDG_RUNTIME_DIR", folder_}, {"WAYLAND_DISPLAY", kSocket}, {"GDK_BACKEND", "wayland"}};
+}
+
+Picture Compositor::picture() const {
+  const std::filesystem::path album = folder_ / "pictures";
+  std::filesystem::create_directory(album);
+  ChildProcess::Setup setup;
+  setup.command = {"env", "--chdir=" + album.string(), "weston-screenshooter"};
+  setup.environment = environment();
+  setup.errorFile = "/dev/null";
+  const ChildProcess camera(setup);
+  (void)examples::waitUntil([&] { return camera.ended(); }, kPatienceWithWeston);
+  const std::filesystem::directory_iterator taken(album);
+  if (taken == std::filesystem::directory_iterator()) throw std::runtime_error("weston gives no picture");
+  Picture picture = load(taken->path());
+  std::filesystem::remove_all(album);
+  return picture;
+}
+
+}  // namespace endtoend

@@ -1,0 +1,36 @@
+// A Wayland session on a screen that nobody sees: weston without keyboard or pointer, 1280 × 1024.
+
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "examples/hand/Picture.h"
+#include "examples/support/ChildProcess.h"
+#include "tests/endtoend/WatchedFolder.h"
+
+namespace endtoend {
+
+class Compositor {
+ public:
+  // Whether this system has the program for it.
+  static bool isPossible();
+
+  // Returns once programs can connect; `folder` is the session's runtime folder. Throws std::runtime_error when that
+  // does not come.
+  explicit Compositor(const std::filesystem::path& folder);
+
+  // What lets a program show its windows here.
+  std::map<std::string, std::string> environment() const;
+
+  // What the whole screen shows. Throws std::runtime_error when it cannot be had.
+  examples::Picture picture() const;
+
+ private:
+  std::filesystem::path folder_;
+  WatchedFolder watched_;
+  examples::ChildProcess process_;
+};
+
+}  // namespace endtoend

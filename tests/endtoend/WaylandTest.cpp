@@ -1,0 +1,63 @@
+// The window in a Wayland session, without an X server.
+
+#include <signal.h>
+
+#include "tests/endtoend/Compositor.h"
+#include "tests/endtoend/EndToEndTest.h"
+
+namespace endtoend {
+namespace {
+
+class WaylandTest : public EndToEndTest {
+ protected:
+  void SetUp() override {
+    if (!Compositor::isPossible()) GTEST_SKIP() << "no weston here";
+    compositor = std::make_unique<Compositor>(temporary("wayland"));
+    options.environment = compositor->environment();
+  }
+
+  // The window goes before the session that it stands in.
+  ~WaylandTest() override { run.reset(); }
+
+  // Looks at the screen, again and again, until it shows a colour.
+  Area lookFor(unsigned colour) {
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (std::chrono::steady_clock::now() < deadline) {
+      if (const auto seen = compositor->picture().find(colour)) return *seen;
+    }
+    throw std::runtime_error("looked in vain for the colour");
+  }
+
+  std::unique_ptr<Compositor> compositor;
+};
+
+TEST_F(WaylandTest, TheSignInEndsWithTheAddress) {
+  site.serve("/signin", pageThatGoesTo(site.address("/done?code=1")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
+}
+
+TEST_F(WaylandTest, AnEnterprisePageIsFollowedInALargerWindow) {
+  site.serve("/signin", redirectTo(site.address("/start?redirect_uri=" + site.address("/staff"))));
+  site.serve("/staff", page("<style>body { background: #123456 }</style>"
+                            "<script>onresize = onload = () => { if (innerWidth == 800 && innerHeight == 600) "
+                            "location.href = '/done?code=1' }</script>"));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
+}
+
+TEST_F(WaylandTest, ThePageFillsTheWindow) {
+  site.serve("/signin", page("<style>body { background: #123456; margin: 0 }</style>"));
+  start();
+  const Area shown = lookFor(0x123456);
+  EXPECT_EQ(shown.width, 680);
+  EXPECT_EQ(shown.height, 550);
+}
+
+TEST_F(WaylandTest, ASignalToEndIsReportedLikeAClosedWindow) {
+  start();
+  untilAsked("/signin");
+  run->signal(SIGTERM);
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+}  // namespace
+}  // namespace endtoend
