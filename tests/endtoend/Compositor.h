@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "examples/hand/Picture.h"
@@ -24,8 +25,8 @@ class Compositor {
   // What lets a program show its windows here.
   std::map<std::string, std::string> environment() const;
 
-  // What the whole screen shows. Throws std::runtime_error when it cannot be had.
-  examples::Picture picture() const;
+  // What the whole screen shows; nothing while the session is still starting.
+  std::optional<examples::Picture> picture() const;
 
  private:
   std::filesystem::path folder_;

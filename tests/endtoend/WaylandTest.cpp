@@ -23,7 +23,9 @@ class WaylandTest : public EndToEndTest {
   Area lookFor(unsigned colour) {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     while (std::chrono::steady_clock::now() < deadline) {
-      if (const auto seen = compositor->picture().find(colour)) return *seen;
+      const std::optional<Picture> picture = compositor->picture();
+      if (!picture) continue;
+      if (const auto seen = picture->find(colour)) return *seen;
     }
     throw std::runtime_error("looked in vain for the colour");
   }
