@@ -90,8 +90,14 @@ void answer(WebKitAuthenticationRequest* request, const Reply& reply) {
 PageDialogs::PageDialogs(WebKitWebView* view, Sheet& sheet, Allowance& allowance, std::function<Site()> site,
                          LoadEvents& events)
     : sheet_(sheet), allowance_(allowance), site_(std::move(site)), events_(events) {
+  g_signal_connect(view, "load-changed", G_CALLBACK(onLoadChanged), this);
   g_signal_connect(view, "script-dialog", G_CALLBACK(onScriptDialog), this);
   g_signal_connect(view, "authenticate", G_CALLBACK(onAuthenticate), this);
+}
+
+// WebKit takes back what a page's own load has asked, but not what its frames and pictures have.
+void PageDialogs::onLoadChanged(WebKitWebView*, WebKitLoadEvent step, PageDialogs* self) {
+  if (step == WEBKIT_LOAD_COMMITTED) self->sheet_.declineAll();
 }
 
 gboolean PageDialogs::onScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog, PageDialogs* self) {

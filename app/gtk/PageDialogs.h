@@ -4,7 +4,7 @@
 // Each is a question on the window's sheet that names the site. WebKit does not say which frame shows a dialog, so its
 // heading speaks for the page and what is embedded in it. A page that asks before it is left is left without asking:
 // nothing on a sign-in page is worth a trap. Names and passwords go to the site that asked and are kept in memory for
-// this run alone. Client certificates are not offered. Main thread.
+// this run alone. What a page has asked goes with the page. Client certificates are not offered. Main thread.
 
 #pragma once
 
@@ -28,6 +28,7 @@ class PageDialogs {
   PageDialogs& operator=(const PageDialogs&) = delete;
 
  private:
+  static void onLoadChanged(WebKitWebView*, WebKitLoadEvent step, PageDialogs* self);
   static gboolean onScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog, PageDialogs* self);
   static gboolean onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, PageDialogs* self);
   Sheet::Number ask(Question question, std::function<void(const Reply&)> onReply);

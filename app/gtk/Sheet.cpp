@@ -70,9 +70,21 @@ Sheet::Sheet(GtkOverlay* over, GtkWidget* page) : over_(over), page_(page) {
 }
 
 void Sheet::close() {
-  const std::deque<Waiting> dropped = std::exchange(questions_, {});
+  (void)clear();
+}
+
+void Sheet::declineAll() {
+  if (questions_.empty()) return;
+  const std::deque<Waiting> declined = clear();
+  givePageBack();
+  for (const Waiting& each : declined)
+    each.onReply({});
+}
+
+std::deque<Sheet::Waiting> Sheet::clear() {
   entries_.clear();
   if (frame_ != nullptr) gtk_widget_destroy(std::exchange(frame_, nullptr));
+  return std::exchange(questions_, {});
 }
 
 Sheet::Number Sheet::ask(Question question, std::function<void(const Reply&)> onReply) {
@@ -149,6 +161,10 @@ void Sheet::takeDown() {
   entries_.clear();
   gtk_widget_destroy(std::exchange(frame_, nullptr));
   if (!questions_.empty()) return hang(questions_.front().question);
+  givePageBack();
+}
+
+void Sheet::givePageBack() {
   gtk_widget_set_sensitive(page_, TRUE);
   gtk_widget_grab_focus(page_);
 }

@@ -52,6 +52,9 @@ class Sheet {
   // Takes a question back that nobody needs an answer to any more. One that has been answered is no matter.
   void withdraw(Number number);
 
+  // Answers every question as though the person had declined.
+  void declineAll();
+
  private:
   struct Waiting {
     Number number;
@@ -64,7 +67,9 @@ class Sheet {
   GtkWidget* addText(const std::string& text, const char* styleClass);
   void addField(const Question::Field& field, GtkWidget* label);
   GtkWidget* addButtons(bool canBeDeclined);  // the one that accepts
+  std::deque<Waiting> clear();
   void takeDown();
+  void givePageBack();
   void answer(bool accepted);
 
   static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, Sheet* self);
