@@ -5,6 +5,7 @@
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 #include <X11/extensions/Xdamage.h>
+#include <X11/extensions/Xfixes.h>
 #include <glib.h>
 
 #include <algorithm>
@@ -200,6 +201,12 @@ Picture Screen::picture(const Area& area) const {
   return Picture(width, height, std::move(pixels));
 }
 
+Area Screen::pointer() const {
+  const std::unique_ptr<XFixesCursorImage, int (*)(void*)> image(XFixesGetCursorImage(display_.get()), XFree);
+  if (!image) throw std::runtime_error("the screen gives no pointer");
+  return {image->x - image->xhot, image->y - image->yhot, image->width, image->height};
+}
+
 void Screen::moveTo(int x, int y) {
   XTestFakeMotionEvent(display_.get(), -1, x, y, CurrentTime);
   XFlush(display_.get());
@@ -209,6 +216,13 @@ void Screen::click(int x, int y) {
   moveTo(x, y);
   XTestFakeButtonEvent(display_.get(), Button1, True, CurrentTime);
   XTestFakeButtonEvent(display_.get(), Button1, False, CurrentTime);
+  XFlush(display_.get());
+}
+
+void Screen::clickRight(int x, int y) {
+  moveTo(x, y);
+  XTestFakeButtonEvent(display_.get(), Button3, True, CurrentTime);
+  XTestFakeButtonEvent(display_.get(), Button3, False, CurrentTime);
   XFlush(display_.get());
 }
 

@@ -65,8 +65,12 @@ class Screen {
   // What the screen shows there; parts beyond its edges are left out.
   Picture picture(const Area& area) const;
 
+  // The image of the mouse pointer, where it lies on the screen.
+  Area pointer() const;
+
   void moveTo(int x, int y);
   void click(int x, int y);
+  void clickRight(int x, int y);
   void turnWheel(int clicks);  // towards the user
 
   // Presses a key while the others are held down: press(XK_a, {XK_Control_L}). A key that the keyboard does not have is
