@@ -32,6 +32,11 @@ std::map<std::string, std::string> postedForm(SoupServerMessage* message) {
   return toMap(form);
 }
 
+std::string headerOf(SoupServerMessage* message, const char* name) {
+  const char* value = soup_message_headers_get_one(soup_server_message_get_request_headers(message), name);
+  return value == nullptr ? "" : value;
+}
+
 std::string targetOf(SoupServerMessage* message) {
   GUri* address = soup_server_message_get_uri(message);
   const char* query = g_uri_get_query(address);
@@ -102,7 +107,8 @@ bool LoopbackServer::wasAsked(const std::string& methodAndTarget) const {
 
 void LoopbackServer::onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query,
                                gpointer self) {
-  Request request{soup_server_message_get_method(message), targetOf(message), toMap(query), postedForm(message)};
+  Request request{soup_server_message_get_method(message), targetOf(message), toMap(query), postedForm(message),
+                  headerOf(message, "Authorization")};
   static_cast<LoopbackServer*>(self)->answer(message, path, std::move(request));
 }
 

@@ -21,6 +21,7 @@ struct Request {
   std::string target;                         // as asked, query included: "/done?code=1"
   std::map<std::string, std::string> query;   // of the target, decoded
   std::map<std::string, std::string> fields;  // of a posted form, decoded
+  std::string authorization;                  // the header of that name; empty when there is none
 };
 
 struct Answer {
