@@ -1,8 +1,7 @@
 // Requests for a new window: they leave for the default browser, and the sign-in stays where it is.
 
-#include <fstream>
-
 #include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/FakeBrowser.h"
 
 namespace endtoend {
 namespace {
@@ -11,37 +10,13 @@ using testing::ElementsAre;
 
 class NewWindowTest : public EndToEndTest {
  protected:
-  NewWindowTest() : watched_(temporary("browser")) {
-    std::filesystem::create_directories(temporary("data/applications"));
-    std::ofstream(script()) << "#!/bin/sh\nprintf '%s\\n' \"$1\" >>'" << opened().string() << "'\n";
-    std::filesystem::permissions(script(), std::filesystem::perms::owner_all);
-    std::ofstream(temporary("data/applications/test-browser.desktop"))
-        << "[Desktop Entry]\nType=Application\nName=Test browser\nExec=" << script().string()
-        << " %u\nMimeType=x-scheme-handler/http;x-scheme-handler/https;x-scheme-handler/mailto;\n";
-    std::ofstream(temporary("data/applications/mimeapps.list"))
-        << "[Default Applications]\nx-scheme-handler/http=test-browser.desktop\n"
-        << "x-scheme-handler/mailto=test-browser.desktop\n";
-    options.environment["XDG_DATA_DIRS"] = temporary("data").string() + ":/usr/local/share:/usr/share";
-  }
-
-  // What the browser was asked to open, in order.
-  std::vector<std::string> openedAddresses() const {
-    std::ifstream file(opened());
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);)
-      lines.push_back(line);
-    return lines;
-  }
+  NewWindowTest() { options.environment.merge(browser.environment()); }
 
   void untilOpened(std::size_t count) {
-    until("the browser", [&] { return openedAddresses().size() >= count; });
+    until("the browser", [&] { return browser.opened().size() >= count; });
   }
 
- private:
-  std::filesystem::path script() const { return temporary("test-browser"); }
-  std::filesystem::path opened() const { return temporary("browser") / "opened"; }
-
-  WatchedFolder watched_;
+  FakeBrowser browser{temporary("browser")};
 };
 
 TEST_F(NewWindowTest, ALinkWithATargetOpensInTheBrowser) {
@@ -51,7 +26,7 @@ TEST_F(NewWindowTest, ALinkWithATargetOpensInTheBrowser) {
   click();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  EXPECT_THAT(openedAddresses(), ElementsAre(site.address("/help")));
+  EXPECT_THAT(browser.opened(), ElementsAre(site.address("/help")));
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /loaded"));
 }
 
@@ -60,7 +35,7 @@ TEST_F(NewWindowTest, AScriptThatOpensAWindowOpensItInTheBrowser) {
   start();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  EXPECT_THAT(openedAddresses(), ElementsAre(site.address("/popup")));
+  EXPECT_THAT(browser.opened(), ElementsAre(site.address("/popup")));
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin"));
 }
 
@@ -71,7 +46,7 @@ TEST_F(NewWindowTest, AMailAddressOpensOutsideAndThePageStays) {
   click();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  EXPECT_THAT(openedAddresses(), ElementsAre("mailto:help@host"));
+  EXPECT_THAT(browser.opened(), ElementsAre("mailto:help@host"));
 }
 
 TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {
@@ -85,8 +60,8 @@ TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {
   click();
   untilOpened(4);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  EXPECT_THAT(openedAddresses(), testing::UnorderedElementsAre(site.address("/help"), site.address("/popup"),
-                                                               site.address("/help"), site.address("/popup")));
+  EXPECT_THAT(browser.opened(), testing::UnorderedElementsAre(site.address("/help"), site.address("/popup"),
+                                                              site.address("/help"), site.address("/popup")));
 }
 
 TEST_F(NewWindowTest, TheRedirectAddressInANewWindowEndsNothing) {
@@ -94,6 +69,43 @@ TEST_F(NewWindowTest, TheRedirectAddressInANewWindowEndsNothing) {
   start();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(NewWindowTest, AStormOpensThreeAndThreeMoreAfterAClick) {
+  site.serve("/signin", page("<body style='height: 540px'><script>let clicks = 0; const storm = () => {"
+                             "for (let i = 0; i < 100; ++i) open('/popup?' + clicks); fetch('/opened?' + clicks) };"
+                             "onload = storm; onclick = () => { ++clicks; storm() }</script>"));
+  const auto popup = [this](int clicks) { return site.address("/popup?" + std::to_string(clicks)); };
+  start();
+  untilAsked("/opened?0");
+  untilOpened(3);
+  click();
+  untilAsked("/opened?1");
+  untilOpened(6);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(browser.opened(), ElementsAre(popup(0), popup(0), popup(0), popup(1), popup(1), popup(1)));
+}
+
+// Each click opens one; the last one gets out, and by then all before it would have.
+TEST_F(NewWindowTest, OnlyAddressesOfTheWebOfMailAndOfTelephonesGetOut) {
+  site.serve("/signin",
+             page("<body style='height: 540px'><script>const all = ["
+                  "'javascript:fetch(`/script`)', 'data:text/plain,x', 'file:///etc/hostname', "
+                  "'FILE:///etc/hostname', 'custom:x', 'about:blank', '', 'blob:x', 'view-source:http://host/',"
+                  "'mailto:me@host', 'tel:112', 'HTTPS://host/a', 'http://host/b']; let next = 0;"
+                  "onclick = () => { open(all[next]); fetch('/opened?' + ++next) };"
+                  "onload = () => fetch('/loaded')</script>"));
+  start();
+  untilAsked("/loaded");
+  for (int i = 1; i <= 13; ++i) {
+    click();
+    untilAsked("/opened?" + std::to_string(i));
+  }
+  untilOpened(4);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(browser.opened(),
+              testing::UnorderedElementsAre("mailto:me@host", "tel:112", "https://host/a", "http://host/b"));
+  EXPECT_FALSE(site.wasAsked("GET /script"));
 }
 
 }  // namespace
