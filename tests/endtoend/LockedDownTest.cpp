@@ -1,0 +1,173 @@
+// What no page may have of the machine and of the person, as the page sees it and as the screen shows it.
+
+#include <gio/gio.h>
+
+#include "tests/endtoend/PageTest.h"
+
+namespace endtoend {
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+class LockedDownTest : public PageTest {
+ protected:
+  // A page whose context menus tell, a little later, that they have been asked for.
+  void startOnWithMenus(const std::string& body) {
+    startOn(body +
+            "<script>oncontextmenu = (event) => {"
+            "  const name = event.target.localName; frames(5).then(() => tell('menu of ' + name)) }</script>");
+  }
+};
+
+// Each takes a click. A promise that is broken and an error that is thrown are refusals. Before a page has asked for
+// the place, its permission is said to be open.
+constexpr char kPageOfWishes[] = R"(<body style='height: 550px'><script>
+  const refuse = () => { throw 0 };
+  const wishes = {
+    place: () => new Promise((yes, no) => navigator.geolocation.getCurrentPosition(yes, no)),
+    placeLater: () => navigator.permissions.query({ name: 'geolocation' }).then((it) => it.state === 'denied' && refuse()),
+    notifications: () => Notification.requestPermission().then((it) => it === 'denied' && refuse()),
+    camera: () => navigator.mediaDevices.getUserMedia({ video: true }),
+    microphone: () => navigator.mediaDevices.getUserMedia({ audio: true }),
+    pictureOfTheScreen: () => navigator.mediaDevices.getDisplayMedia({ video: true }),
+    clipboard: () => navigator.clipboard.readText(),
+    pasting: () => document.execCommand('paste') || refuse(),
+    pointer: () => new Promise((yes, no) => {
+      document.onpointerlockchange = yes; document.onpointerlockerror = no; document.body.requestPointerLock() }),
+    wakeScreen: () => navigator.wakeLock.request('screen'),
+    wholeScreen: () => document.documentElement.requestFullscreen(),
+    wholeScreenForAVideo: () => document.createElement('video').webkitEnterFullscreen(),
+    file: () => showOpenFilePicker(),
+  };
+  const names = Object.keys(wishes);
+  onclick = async () => {
+    const name = names.shift();
+    let got = 'granted';
+    try { await wishes[name]() } catch { got = 'refused' }
+    await frames(3);
+    tell(name + ' ' + got);
+  };
+</script>)";
+
+TEST_F(LockedDownTest, WhatAPageWishesForIsRefused) {
+  startOn(kPageOfWishes);
+  for (const char* const wish :
+       {"place", "placeLater", "notifications", "camera", "microphone", "pictureOfTheScreen", "clipboard", "pasting",
+        "pointer", "wakeScreen", "wholeScreen", "wholeScreenForAVideo", "file"}) {
+    const std::size_t before = told().size();
+    click();
+    until("an answer", [&] { return told().size() > before; });
+    EXPECT_EQ(told().back(), std::string(wish) + " refused");
+    EXPECT_THAT(screen.windows(), SizeIs(1));
+  }
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(LockedDownTest, AFileFieldOpensNoChooserAndGetsNoFile) {
+  startOn("<input type='file' style='position: fixed; inset: 0' oncancel='tell(`files: ` + files.length)'>");
+  clickAt(20, 275);
+  untilTold("files: 0");
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(LockedDownTest, AColourFieldOpensNoDialog) {
+  startOn(
+      "<input type='color' style='position: fixed; inset: 0; width: 680px; height: 550px'"
+      " onclick='frames(5).then(() => tell(value))'>");
+  click();
+  untilTold("#000000");
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(LockedDownTest, WhatCannotBeEditedHasNoMenu) {
+  startOnWithMenus(
+      "<style>body > * { display: block; height: 100px; margin: 0 }</style>"
+      "<a href='/help'>help</a>"
+      "<img src='data:image/svg+xml,<svg xmlns=\"http://www.w3.org/2000/svg\"/>' width=200>"
+      "<video src='/video' controls></video><p>words</p><main></main>");
+  int y = 50;
+  for (const char* const part : {"a", "img", "video", "p", "main"}) {
+    clickRightAt(20, y);
+    untilTold(std::string("menu of ") + part);
+    EXPECT_THAT(screen.windows(), SizeIs(1)) << part;
+    y += 100;
+  }
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// The last of the menu's commands selects everything.
+TEST_F(LockedDownTest, TheMenuOfAFieldHoldsEditingCommands) {
+  startOnWithMenus(
+      "<input value='words' style='position: fixed; inset: 0; width: 680px; height: 550px'>"
+      "<script>document.onselectionchange = () => {"
+      "  const it = document.activeElement;"
+      "  tell('selected ' + it.value?.slice(it.selectionStart, it.selectionEnd)) }</script>");
+  clickRightAt(100, 50);
+  untilTold("menu of input");
+  until("the menu", [&] { return screen.windows().size() > 1; });
+  screen.press(XK_Up);
+  screen.press(XK_Return);
+  untilTold("selected words");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(LockedDownTest, PrintingOpensNoDialog) {
+  startOn("<script>onkeydown = async () => { print(); await frames(5); tell('printed') }</script>");
+  screen.press(XK_g);
+  untilTold("printed");
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(LockedDownTest, NoKeyOpensAnything) {
+  startOn(
+      "<p>words</p><script>onkeydown = (event) => { if (event.key === 'z') frames(5).then(() => tell('the last')) }"
+      "</script>");
+  for (const KeySymbol key : {XK_F1, XK_F5, XK_F7, XK_F11, XK_F12, XK_Menu})
+    screen.press(key);
+  for (const KeySymbol key : {XK_i, XK_c, XK_j, XK_d, XK_k})
+    screen.press(key, {XK_Control_L, XK_Shift_L});
+  for (const KeySymbol key : {XK_u, XK_s, XK_p, XK_o, XK_n, XK_t, XK_l, XK_f, XK_j, XK_h})
+    screen.press(key, {XK_Control_L});
+  screen.press(XK_z);
+  untilTold("the last");
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  EXPECT_THAT(told(), ElementsAre("loaded", "the last"));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+std::string freeAddress() {
+  const examples::Owned<GSocketListener> listener(g_socket_listener_new());
+  const guint16 port = g_socket_listener_add_any_inet_port(listener.get(), nullptr, nullptr);
+  g_socket_listener_close(listener.get());
+  return "127.0.0.1:" + std::to_string(port);
+}
+
+bool takesConnections(const std::string& address) {
+  const examples::Owned<GSocketClient> client(g_socket_client_new());
+  GSocketConnection* const connection =
+      g_socket_client_connect_to_host(client.get(), address.c_str(), 0, nullptr, nullptr);
+  if (connection == nullptr) return false;
+  g_object_unref(connection);
+  return true;
+}
+
+class InspectorTest : public LockedDownTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(InspectorTest, OpensNoPort) {
+  const std::string address = freeAddress();
+  options.environment[GetParam()] = address;
+  startOn("");
+  EXPECT_FALSE(takesConnections(address));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Variables, InspectorTest,
+                         testing::Values("WEBKIT_INSPECTOR_SERVER", "WEBKIT_INSPECTOR_HTTP_SERVER"),
+                         [](const auto& each) { return std::string(each.param); });
+
+}  // namespace
+}  // namespace endtoend

@@ -1,0 +1,179 @@
+// What lies outside a page's area is not the page's: the strip above it, the title, the window's place, the pointer.
+
+#include "tests/endtoend/PageTest.h"
+
+namespace endtoend {
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+constexpr int kStripHeight = 20;
+
+class OwnAreaTest : public PageTest {
+ protected:
+  // Every colour of the strip, row by row. It stands still once the page has loaded.
+  std::vector<unsigned> strip() {
+    const Picture all = picture();
+    std::vector<unsigned> colours;
+    for (int y = 0; y < kStripHeight; ++y) {
+      for (int x = 0; x < all.width(); ++x)
+        colours.push_back(all.colourAt(x, y));
+    }
+    return colours;
+  }
+
+  // With the pointer where it hides nothing.
+  void startOnAndWatch(const std::string& body) {
+    screen.moveTo(0, 0);
+    startOn(body);
+    untilPainted();
+    until("the end of the load", [&] {
+      const Picture all = picture();
+      return all.colourAt(10, kStripHeight - 1) == all.colourAt(670, kStripHeight - 1);
+    });
+    before_ = strip();
+  }
+
+  void expectTheStripAsItWas() { EXPECT_TRUE(strip() == before_); }
+
+  // Presses the key that the page waits for, and waits for what the page then tells.
+  void go() {
+    screen.press(XK_g);
+    untilTold("gone");
+  }
+
+ private:
+  std::vector<unsigned> before_;
+};
+
+class BubbleTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
+
+TEST_P(BubbleTest, StaysBelowTheStrip) {
+  startOnAndWatch(std::string("<form>") + GetParam().script +
+                  "</form><script>const field = document.querySelector('input'); field.setCustomValidity('wrong');"
+                  "onkeydown = () => field.reportValidity()</script>");
+  const auto coloured = [&](const Picture& all) {
+    int count = 0;
+    for (int y = kStripHeight; y < all.height(); ++y) {
+      for (int x = 0; x < all.width(); ++x)
+        count += all.colourAt(x, y) == kPageColour ? 1 : 0;
+    }
+    return count;
+  };
+  const int before = coloured(picture());
+  screen.press(XK_g);
+  until("the bubble", [&] { return coloured(picture()) < before - 500; });
+  expectTheStripAsItWas();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, BubbleTest,
+    testing::Values(Named{"AFieldInThePage", "<input style='position: fixed; top: 200px; left: 9px; width: 200px'>"},
+                    Named{"AFieldAtTheTop", "<input style='position: fixed; top: 0; left: 9px; width: 200px'>"},
+                    Named{"AFieldJustAboveThePage", "<input style='position: fixed; top: -21px; width: 200px'>"},
+                    Named{"AFieldAboveThePage", "<input style='position: fixed; top: -60px; width: 200px'>"},
+                    Named{"AFieldFarAboveThePage", "<input style='position: fixed; top: -6000px; width: 200px'>"}),
+    nameOf);
+
+class ListTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
+
+TEST_P(ListTest, DoesNotOpenAboveThePage) {
+  startOnAndWatch(GetParam().script + std::string("<script>onclick = async () => { await frames(5); tell('gone') };"
+                                                  "onmousedown = () => onclick()</script>"));
+  clickAt(100, 10);
+  untilTold("gone");
+  expectTheStripAsItWas();
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, ListTest,
+    testing::Values(Named{"ASelection",
+                          "<select style='position: fixed; left: 0; top: -60px; width: 200px; height: "
+                          "100px'><option>a<option>b<option>c</select>"},
+                    Named{"Proposals",
+                          "<input list='them' style='position: fixed; left: 0; top: -60px; width: 200px; "
+                          "height: 100px'><datalist id='them'><option>a<option>b</datalist>"}),
+    nameOf);
+
+TEST_F(OwnAreaTest, ASelectionInThePageOpensItsList) {
+  startOn(
+      "<select style='position: fixed; left: 0; top: 60px; width: 200px; height: 40px'>"
+      "<option>a<option>b</select>");
+  clickAt(100, 80);
+  until("the list", [&] { return screen.windows().size() > 1; });
+  screen.press(XK_Escape);
+  until("the end of the list", [&] { return screen.windows().size() == 1; });
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OwnAreaTest, ADateAboveThePageOpensItsCalendarInThePage) {
+  startOnAndWatch(
+      "<input type='date' style='position: fixed; top: -60px; left: 0; width: 200px; height: 40px'>"
+      "<script>onkeydown = async () => { document.querySelector('input').showPicker();"
+      "await frames(30); tell('gone') }</script>");
+  go();
+  expectTheStripAsItWas();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+class PointerTest : public OwnAreaTest, public testing::WithParamInterface<int> {};
+
+TEST_P(PointerTest, AnImageOfAPagesOwnDoesNotReplaceThePointer) {
+  startOn("<body style='height: 550px'><script>const size = " + std::to_string(GetParam()) + R"(;
+    const image = document.createElement('canvas');
+    image.width = image.height = size;
+    image.getContext('2d').fillRect(0, 0, size, size);
+    document.body.style.cursor = `url(${image.toDataURL()}) 0 ${size}, auto`;
+    onmousemove = async () => { await frames(5); tell('moved') };
+  </script>)");
+  const Area frame = window().frame;
+  screen.moveTo(frame.x + 300, frame.y + kStripHeight + 100);
+  screen.moveTo(frame.x + 300, frame.y + kStripHeight + 2);
+  untilTold("moved");
+  EXPECT_LE(screen.pointer().height, 32);
+  EXPECT_GE(screen.pointer().y, frame.y);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pixels, PointerTest, testing::Values(64, 128));
+
+TEST_F(OwnAreaTest, NoTipsAreShown) {
+  startOn(
+      "<body style='height: 550px' title='Signed in to example.com'>"
+      "<script>onmousemove = async () => { await frames(60); tell('rested') }</script>");
+  const Area frame = window().frame;
+  screen.moveTo(frame.x + 300, frame.y + 200);
+  screen.moveTo(frame.x + 304, frame.y + 204);
+  untilTold("rested");
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OwnAreaTest, ThePagesTitleIsNotTheWindows) {
+  startOn(
+      "<title>Signed in</title><script>onkeydown = async () => {"
+      "document.title = 'example.com'; await frames(5); tell('gone') }</script>");
+  go();
+  EXPECT_EQ(window().title, "Example Product");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OwnAreaTest, NoScriptMovesOrSizesTheWindow) {
+  startOn(
+      "<script>onkeydown = async () => { moveTo(0, 0); moveBy(9, 9); resizeTo(900, 900); resizeBy(99, 99);"
+      "open('', '_self', 'fullscreen,width=900'); focus(); blur(); close(); await frames(5); tell('gone') }"
+      "</script>");
+  const Area before = window().frame;
+  go();
+  const Area after = window().frame;
+  EXPECT_THAT((std::vector<int>{after.x, after.y, after.width, after.height}),
+              ElementsAre(before.x, before.y, before.width, before.height));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+}  // namespace
+}  // namespace endtoend

@@ -1,0 +1,67 @@
+#include "tests/endtoend/PageTest.h"
+
+#include <algorithm>
+
+namespace endtoend {
+namespace {
+
+constexpr int kStripHeight = 20;
+
+constexpr char kBeginning[] = R"(<style>html { background: #204060 } body { margin: 0 }</style><script>
+  const tell = (what) => fetch('/tell?what=' + encodeURIComponent(what));
+  const frames = async (count) => { for (; count > 0; --count) await new Promise(requestAnimationFrame) };
+  addEventListener('load', () => tell('loaded'));
+</script>)";
+
+}  // namespace
+
+void PrintTo(const Named& named, std::ostream* out) {
+  *out << named.name;
+}
+
+std::string nameOf(const testing::TestParamInfo<Named>& info) {
+  return info.param.name;
+}
+
+examples::Answer PageTest::pageWith(const std::string& body) {
+  return page(kBeginning + body);
+}
+
+void PageTest::startOn(const std::string& body) {
+  site.serve("/signin", pageWith(body));
+  start();
+  screen.focus(window().id);
+  untilTold("loaded");
+}
+
+void PageTest::untilPainted() {
+  until("the page's colour", [&] { return picture().find(kPageColour).has_value(); });
+}
+
+std::vector<std::string> PageTest::told() const {
+  std::vector<std::string> texts;
+  for (const Request& request : site.requests()) {
+    const auto text = request.query.find("what");
+    if (request.target.rfind("/tell?", 0) == 0 && text != request.query.end()) texts.push_back(text->second);
+  }
+  return texts;
+}
+
+void PageTest::untilTold(const std::string& text) {
+  until("the page to tell " + text, [&] {
+    const std::vector<std::string> all = told();
+    return std::find(all.begin(), all.end(), text) != all.end();
+  });
+}
+
+void PageTest::clickAt(int x, int y) {
+  const Area frame = window().frame;
+  screen.click(frame.x + x, frame.y + kStripHeight + y);
+}
+
+void PageTest::clickRightAt(int x, int y) {
+  const Area frame = window().frame;
+  screen.clickRight(frame.x + x, frame.y + kStripHeight + y);
+}
+
+}  // namespace endtoend
