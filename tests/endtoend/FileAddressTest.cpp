@@ -1,0 +1,116 @@
+// Files of this machine: the launcher may name one, and one may lead to another; a site may not.
+
+#include <fstream>
+
+#include "tests/endtoend/PageTest.h"
+
+namespace endtoend {
+namespace {
+
+using testing::Contains;
+using testing::Not;
+
+constexpr unsigned kFileColour = 0xc00040;
+
+class FileAddressTest : public PageTest {
+ protected:
+  // A file that shows a page in kFileColour, which asks the site for "/read"; what is written behind the address of a
+  // file can be clicked.
+  std::string file(const std::string& name, const std::string& body = "") {
+    std::ofstream(temporary(name)) << "<style>html { background: #c00040 }</style><body style='height: 540px'>" << body
+                                   << "<img src='" << site.address("/read") << "'>";
+    return "file://" + temporary(name).string();
+  }
+
+  void expectNothingWasRead() {
+    EXPECT_FALSE(picture().find(kFileColour));
+    EXPECT_FALSE(site.wasAsked("GET /read"));
+  }
+};
+
+TEST_F(FileAddressTest, TheLaunchersIsShown) {
+  options.signIn = file("launchers.html");
+  start();
+  untilAsked("/read");
+  until("the file", [&] { return picture().find(kFileColour).has_value(); });
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(FileAddressTest, OneLeadsToAnother) {
+  const std::string next = file("next.html");
+  options.signIn = "file://" + temporary("launchers.html").string();
+  std::ofstream(temporary("launchers.html")) << "<script>onload = () => { location.href = '" << next << "' }</script>";
+  start();
+  untilAsked("/read");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+class WayTest : public FileAddressTest, public testing::WithParamInterface<Named> {};
+
+// The page is still there afterwards, and still draws.
+TEST_P(WayTest, FromASiteLeadsNowhere) {
+  std::string html = GetParam().script;
+  html.replace(html.find("FILE"), 4, file("secret.html"));
+  startOn("<body style='height: 550px'>" + html +
+          "<script>addEventListener('click', () => frames(20).then(() => tell('still here')))</script>");
+  click();
+  untilTold("still here");
+  expectNothingWasRead();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(logMessages(), Not(Contains(testing::HasSubstr("didFail"))));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    By, WayTest,
+    testing::Values(Named{"ALink", "<a href='FILE' style='position: fixed; inset: 0'>read</a>"},
+                    Named{"ALinkToANewWindow",
+                          "<a href='FILE' target='_blank' style='position: fixed; inset: 0'>read</a>"},
+                    Named{"AScript", "<script>onload = () => { location.href = 'FILE' }</script>"},
+                    Named{"AScriptAfterAClick", "<script>onclick = () => { location.href = 'FILE' }</script>"},
+                    Named{"AScriptThatOpensAWindow", "<script>onclick = () => open('FILE')</script>"},
+                    Named{"ARefresh", "<meta http-equiv='refresh' content='0; url=FILE'>"},
+                    Named{"AForm",
+                          "<form action='FILE'><button style='position: fixed; inset: 0; width: 680px'>read"
+                          "</button></form>"},
+                    Named{"APostedForm",
+                          "<form action='FILE' method='post'><button style='position: fixed; inset: 0; "
+                          "width: 680px'>read</button></form>"},
+                    Named{"AFrame", "<iframe src='FILE' style='position: fixed; bottom: 0'></iframe>"},
+                    Named{"AFrameThatGoesThere",
+                          "<iframe style='position: fixed; bottom: 0'></iframe><script>onclick = () => {"
+                          "frames[0].location = 'FILE' }</script>"},
+                    Named{"AnObject", "<object data='FILE' style='position: fixed; bottom: 0'></object>"},
+                    Named{"ARequest", "<script>fetch('FILE').then(() => tell('read'), () => 0)</script>"}),
+    nameOf);
+
+TEST_F(FileAddressTest, ARedirectOfTheFirstPageEndsTheRun) {
+  site.serve("/signin", redirectTo(file("secret.html")));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_FALSE(site.wasAsked("GET /read"));
+}
+
+TEST_F(FileAddressTest, ARedirectOfALaterPageEndsTheRun) {
+  site.serve("/signin", pageThatGoesTo("/next"));
+  site.serve("/next", redirectTo(file("secret.html")));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_FALSE(site.wasAsked("GET /read"));
+}
+
+TEST_F(FileAddressTest, ARedirectOfAFrameEndsTheRun) {
+  site.serve("/signin", page("<iframe src='/next'></iframe>"));
+  site.serve("/next", redirectTo(file("secret.html")));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_FALSE(site.wasAsked("GET /read"));
+}
+
+TEST_F(FileAddressTest, AnEnterprisePageLeadsToNone) {
+  site.serve("/signin", redirectTo(site.address("/start?redirect_uri=" + file("secret.html"))));
+  site.serve("/start", pageWith("<script>onload = () => frames(20).then(() => tell('still here'))</script>"));
+  start();
+  untilTold("still here");
+  expectNothingWasRead();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+}  // namespace
+}  // namespace endtoend
