@@ -1,0 +1,195 @@
+// Pages that hang, storm, swell or die: the run still ends with one message, and the window can always be closed.
+
+#include <signal.h>
+
+#include <fstream>
+
+#include "tests/endtoend/Processes.h"
+#include "tests/endtoend/SheetTest.h"
+
+namespace endtoend {
+namespace {
+
+using testing::SizeIs;
+
+class HostilePageTest : public SheetTest {
+ protected:
+  // The most memory that the window's own process has used so far, in megabytes.
+  long megabytes() const {
+    std::ifstream status("/proc/" + std::to_string(run->pid()) + "/status");
+    for (std::string line; std::getline(status, line);) {
+      if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6)) / 1024;
+    }
+    throw std::runtime_error("no figure of the process's memory");
+  }
+
+  void killPageProcess(int signal) {
+    const auto pageProcess = descendantNamed(run->pid(), "WebKitWebProces");
+    ASSERT_TRUE(pageProcess);
+    kill(*pageProcess, signal);
+  }
+};
+
+TEST_F(HostilePageTest, OneThatHangsIsClosedByTheButton) {
+  startOn("<script>onload = () => tell('hanging').then(() => { for (;;); })</script>");
+  untilTold("hanging");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(HostilePageTest, OneThatHangsIsClosedByControlW) {
+  startOn("<script>onload = () => tell('hanging').then(() => { for (;;); })</script>");
+  untilTold("hanging");
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+TEST_F(HostilePageTest, OneThatHangsWhenItIsLeftIsClosed) {
+  startOn(
+      "<body style='height: 550px'><script>onbeforeunload = () => { for (;;); }; onclick = () => tell('clicked')"
+      "</script>");
+  click();
+  untilTold("clicked");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(HostilePageTest, OneThatAsksBeforeItIsLeftIsLeft) {
+  startOn(
+      "<body style='height: 550px'><script>onclick = () => { location.href = '/done?code=1' };"
+      "onbeforeunload = (event) => { event.preventDefault(); return event.returnValue = 'Stay!' }</script>");
+  click();
+  EXPECT_EQ(message(), result(site.address("/done?code=1")));
+}
+
+class EndlessAlertsTest : public HostilePageTest, public testing::WithParamInterface<Named> {
+ protected:
+  void startAndAnswerFive() {
+    startOn(std::string("<script>let shown = 0; const show = () => { alert('Call us!'); ++shown };"
+                        "onload = async () => { await tell('asking'); ") +
+            GetParam().script + " }</script>");
+    untilTold("asking");
+    for (int i = 0; i < 5; ++i)
+      answer(XK_Return);
+  }
+};
+
+TEST_P(EndlessAlertsTest, LeaveTheCloseButton) {
+  startAndAnswerFive();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_P(EndlessAlertsTest, LeaveControlW) {
+  startAndAnswerFive();
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shown, EndlessAlertsTest,
+                         testing::Values(Named{"InALoop", "for (;;) show()"},
+                                         Named{"AtIntervals", "setInterval(show)"}),
+                         nameOf);
+
+class StormTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+
+// The storm has been raging for a hundred steps when the window is closed, and rages on.
+TEST_P(StormTest, LeavesTheWindowItsMemoryItsLogAndItsCloseButton) {
+  site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
+  startOn(std::string("<body><script>let n = 0; const step = () => { ") + GetParam().script +
+          " };"
+          "onkeydown = () => { setInterval(() => { step(); if (++n === 100) tell('raging') }) }</script>");
+  const long before = megabytes();
+  screen.press(XK_g);
+  untilTold("raging");
+  EXPECT_LE(megabytes() - before, 100);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(logLines(), SizeIs(testing::Le(4)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, StormTest,
+    testing::Values(
+        Named{"States", "try { history.pushState({}, '', '/signin?' + n) } catch {}"},
+        Named{"Fragments", "location.hash = n"}, Named{"Titles", "document.title = 'x'.repeat(100000) + n"},
+        Named{"Text", "document.write('<p>' + 'x'.repeat(1000))"}, Named{"Images", "(new Image).src = '/image?' + n"},
+        Named{"Frames", "for (let i = 0; i < 20; ++i) document.body.append(document.createElement('iframe'))"},
+        Named{"Downloads",
+              "const a = document.createElement('a'); a.href = '/file?' + n; a.download = 'x';"
+              "document.body.append(a); a.click()"},
+        Named{"Permissions", "navigator.geolocation.getCurrentPosition(() => 0); Notification.requestPermission()"},
+        Named{"Memory", "(window.all = window.all ?? []).push(new Uint8Array(2e6).fill(1))"},
+        Named{"Workers", "if (n < 8) new Worker(URL.createObjectURL(new Blob(['for (;;);'])))"}),
+    nameOf);
+
+class EndlessJourneyTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+
+TEST_P(EndlessJourneyTest, LeavesTheWindowItsLogAndItsCloseButton) {
+  site.serve("/signin", page(std::string("<script>") + GetParam().script + "</script>"));
+  start();
+  until("fifty pages", [this] { return site.requests().size() > 50; });
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(logLines(), SizeIs(testing::Le(5)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, EndlessJourneyTest,
+                         testing::Values(Named{"Pages",
+                                               "onload = () => { location.href = '/signin?' + Math.random() }"},
+                                         Named{"Reloads", "onload = () => location.reload()"}),
+                         nameOf);
+
+// Each is given up for the next, which is logged.
+TEST_F(HostilePageTest, EndlessPagesThatNeverShowLeaveTheCloseButton) {
+  site.serve("/signin", page("<script>location.replace('/signin?' + Math.random())</script>"));
+  start();
+  until("fifty pages", [this] { return site.requests().size() > 50; });
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(HostilePageTest, AHundredMegabytesStayOutOfTheWindowsMemory) {
+  startOn("<script>onkeydown = () => { location.href = '/large' }</script>");
+  site.serve("/large",
+             pageWith("<!--" + std::string(100'000'000, 'x') + "--><script>onload = () => tell('large')</script>"));
+  const long before = megabytes();
+  screen.press(XK_g);
+  untilTold("large");
+  EXPECT_LE(megabytes() - before, 100);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(HostilePageTest, AnAddressOfAMegabyteLeavesTheCloseButton) {
+  startOn(
+      "<script>onkeydown = () => { location.hash = 'x'.repeat(1000000); frames(5).then(() => tell('there')) "
+      "}</script>");
+  screen.press(XK_g);
+  untilTold("there");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(HostilePageTest, AFrameThatIsADownloadEndsTheRun) {
+  site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
+  site.serve("/signin", pageWith("<iframe src='/file'></iframe>"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+}
+
+TEST_F(HostilePageTest, OneThatDiesBehindTheSpinnerEndsTheRun) {
+  site.hold("/signin");
+  start();
+  untilAsked("/signin");
+  killPageProcess(SIGKILL);
+  EXPECT_EQ(message(), kLoadFailed);
+}
+
+TEST_F(HostilePageTest, OneThatAbortsEndsTheRun) {
+  startOn("");
+  killPageProcess(SIGABRT);
+  EXPECT_EQ(message(), kLoadFailed);
+}
+
+TEST_F(HostilePageTest, OneThatDiesUnderItsDialogEndsTheRun) {
+  startOn("<script>onload = () => tell('asking').then(() => alert('Call us!'))</script>");
+  untilTold("asking");
+  untilSheetHangs();
+  killPageProcess(SIGKILL);
+  EXPECT_EQ(message(), kLoadFailed);
+}
+
+}  // namespace
+}  // namespace endtoend
