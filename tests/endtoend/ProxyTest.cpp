@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "examples/support/ClosedPort.h"
+#include "tests/endtoend/Accessibility.h"
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Proxy.h"
 
@@ -80,6 +81,31 @@ TEST_F(ProxyTest, AProxyThatRefusesATunnelEndsTheRun) {
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code 102"));
   EXPECT_THAT(proxy.asked(), Contains("CONNECT shop.example:443"));
+}
+
+TEST_F(ProxyTest, AProxyThatAsksForAPasswordCannotHoldOnToTheWindow) {
+  proxy.demand("ada", "Correct-Horse-7");
+  start();
+  until("the proxy's question", [&] { return proxy.turnedAway() > 0; });
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(site.asked(), IsEmpty());
+}
+
+TEST_F(ProxyTest, APersonGivesTheProxyItsPassword) {
+  if (!Accessibility::isPossible()) GTEST_SKIP() << "no D-Bus or no accessibility service here";
+  const Accessibility accessibility(temporary("bus"));
+  options.environment.merge(accessibility.environment());
+  proxy.demand("ada", "Correct-Horse-7");
+  site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
+  start();
+  until("the question", [&] { return accessibility.find("push button", "OK").has_value(); });
+  screen.focus(window().id);
+  screen.type("ada");
+  screen.press(XK_Tab);
+  screen.type("Correct-Horse-7");
+  screen.press(XK_Return);
+  EXPECT_EQ(message(), result("http://shop.example/done?code=1"));
+  EXPECT_EQ(proxy.turnedAway(), 1);
 }
 
 }  // namespace
