@@ -41,5 +41,10 @@ TEST_F(AccessibilityTest, AFieldOfThePageIsFoundByItsLabel) {
   EXPECT_TRUE(accessibility->find(document, "push button", "Go on"));
 }
 
+TEST_F(AccessibilityTest, TheStripSaysWhoseSiteItIs) {
+  start();
+  find("status bar", "Site: 127.0.0.1, this computer");
+}
+
 }  // namespace
 }  // namespace endtoend
