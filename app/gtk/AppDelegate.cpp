@@ -10,12 +10,10 @@ AppDelegate::AppDelegate(bool sandboxed)
       clock_([this] { tracker_.dataTimedOut(); }),
       tracker_(*this, clock_),
       pageDialogs_(
-          window_->webView(), window_->sheet(), dialogs_, [this] { return window_->site(); }, tracker_) {
+          window_->webView(), window_->sheet(), window_->dialogs(), [this] { return window_->site(); }, tracker_) {
   WebKitWebView* const page = window_->webView();
   g_signal_connect(page, "decide-policy", G_CALLBACK(onDecidePolicy), this);
   g_signal_connect(page, "create", G_CALLBACK(onCreate), this);
-  for (const char* const act : {"key-press-event", "button-press-event", "touch-event"})
-    g_signal_connect(page, act, G_CALLBACK(onPersonActs), this);
   connectLoadSignals(page, tracker_);
   g_signal_connect(window_->window(), "delete-event", G_CALLBACK(onDelete), this);
 }
@@ -68,13 +66,6 @@ bool AppDelegate::mayGo(const std::string& address) const {
 // Every request for a window arrives here exactly once, whether a link or a script made it.
 GtkWidget* AppDelegate::onCreate(WebKitWebView*, WebKitNavigationAction* action, AppDelegate* self) {
   const char* const address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-  if (address == nullptr || !mayOpenOutside(address) || !self->newWindows_.spend()) return nullptr;
-  self->flow_.newWindowRequested(address);
+  if (address != nullptr && *address != '\0') self->flow_.newWindowRequested(address);
   return nullptr;
-}
-
-gboolean AppDelegate::onPersonActs(GtkWidget*, GdkEvent*, AppDelegate* self) {
-  self->newWindows_.renew();
-  self->dialogs_.renew();
-  return FALSE;
 }

@@ -1,8 +1,7 @@
 // The application on GTK: builds the window, turns the toolkit's signals into calls of the flow, and runs until the
 // flow ends the run. It only translates; every decision is `SignInFlow`'s.
 //
-// A page may open three windows in the browser and show five dialogs, and as many again after each key or click of the
-// person; what goes beyond is dropped. No page that came over the network may go to a file of this machine.
+// No page that came over the network may go to a file of this machine.
 //
 // SIGTERM, SIGINT and SIGHUP count as closing the window: the launcher still gets its message and nothing stays behind.
 
@@ -12,7 +11,6 @@
 #include <string>
 
 #include "app/SignInFlow.h"
-#include "app/gtk/Allowance.h"
 #include "app/gtk/LoadClock.h"
 #include "app/gtk/LoadTracker.h"
 #include "app/gtk/PageDialogs.h"
@@ -41,7 +39,6 @@ class AppDelegate : private LoadOutcomes {
   static gboolean onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                  AppDelegate* self);
   static GtkWidget* onCreate(WebKitWebView*, WebKitNavigationAction* action, AppDelegate* self);
-  static gboolean onPersonActs(GtkWidget*, GdkEvent*, AppDelegate* self);
 
   bool mayGo(const std::string& address) const;
 
@@ -49,7 +46,5 @@ class AppDelegate : private LoadOutcomes {
   SignInFlow flow_;
   LoadClock clock_;
   LoadTracker tracker_;
-  Allowance newWindows_{3};
-  Allowance dialogs_{5};
   PageDialogs pageDialogs_;
 };

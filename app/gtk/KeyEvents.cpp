@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr char kBackTab[] = "\x19";  // what Shift and Tab write together on a Mac
+
 bool isAsciiLetter(guint key) {
   return (key >= GDK_KEY_a && key <= GDK_KEY_z) || (key >= GDK_KEY_A && key <= GDK_KEY_Z);
 }
@@ -35,18 +37,19 @@ guint plainKeyOf(const GdkEventKey& event) {
 }
 
 bool isKeypad(guint key) {
-  return key >= GDK_KEY_KP_Space && key <= GDK_KEY_KP_9;
+  return (key >= GDK_KEY_KP_Space && key <= GDK_KEY_KP_9) || key == GDK_KEY_KP_Equal;
 }
 
-// The arrows, the pages, and F1 to F35: keys that Cocoa marks as functions.
+// The arrows, the pages, Insert to Menu, and F1 to F35: keys that Cocoa marks as functions.
 bool isFunction(guint key) {
-  return (key >= GDK_KEY_Home && key <= GDK_KEY_End) || (key >= GDK_KEY_F1 && key <= GDK_KEY_F35) ||
-         key == GDK_KEY_Insert || key == GDK_KEY_Delete;
+  return (key >= GDK_KEY_Home && key <= GDK_KEY_Break) || (key >= GDK_KEY_F1 && key <= GDK_KEY_F35) ||
+         key == GDK_KEY_Delete;
 }
 
 }  // namespace
 
 std::optional<std::string> charactersOf(const GdkEventKey& event) {
+  if (event.keyval == GDK_KEY_ISO_Left_Tab) return kBackTab;
   const gunichar letter = gdk_keyval_to_unicode(plainKeyOf(event));
   if (letter == 0 && !isFunction(event.keyval)) return std::nullopt;
   char utf8[6];

@@ -43,7 +43,7 @@ class LoadEvents {
   // A navigation that was asked for has become a download, which this program cancels.
   virtual void downloadStarted(const std::string& address) = 0;
 
-  // A dialog waits for a person, not for a server; and has been answered, as far as WebKit says so.
+  // A dialog waits for a person, not for a server; and has been answered or taken back. Each dialog is told of once.
   virtual void personAsked() = 0;
   virtual void personAnswered() = 0;
 

@@ -99,10 +99,12 @@ void LoadTracker::downloadStarted(const std::string& address) {
 }
 
 void LoadTracker::personAsked() {
-  clock_.stop();
+  ++questions_;
+  keepTime();
 }
 
 void LoadTracker::personAnswered() {
+  --questions_;
   keepTime();
 }
 
@@ -123,7 +125,7 @@ void LoadTracker::dataTimedOut() {
 }
 
 void LoadTracker::keepTime() {
-  if (isLoading()) {
+  if (isLoading() && questions_ == 0) {
     clock_.wind();
   } else {
     clock_.stop();

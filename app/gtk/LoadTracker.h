@@ -4,13 +4,11 @@
 // What the raw events do, and what is made of it:
 //   - Every failed load is followed by "finished" under an address that was not loaded: it is swallowed.
 //   - Failures are told of the main frame only. A sub-frame's document is a resource, not the main one, for whose
-//   address
-//     a navigation was asked before; its failure is the sub-frame's. Images and scripts fail in silence.
+//     address a navigation was asked before; its failure is the sub-frame's. Images and scripts fail in silence.
 //   - A page finishes before the failures of its sub-frames are told: its finish is held back until they have been.
 //   - A restricted port commits "about:blank" instead of failing: a failure.
 //   - Nothing is told of a server that falls silent: `dataTimedOut` is called by a clock that this class winds, and
-//   that
-//     stands still while a dialog waits for a person.
+//     that stands still while a dialog waits for a person.
 //   - A page process that ends is a failure.
 // Plain C++, main thread.
 
@@ -93,6 +91,8 @@ class LoadTracker : public LoadEvents {
   bool documentComplete_ = false;
 
   std::optional<std::string> heldFinish_;  // of a page whose sub-frames have not been heard of yet
+
+  int questions_ = 0;  // that wait for a person
 
   std::string lastAsked_;
   std::multiset<std::string> asked_;  // navigations that no load has taken up yet

@@ -61,7 +61,7 @@ bool isEncrypted(WebKitAuthenticationRequest* request) {
 
 Question questionOf(WebKitAuthenticationRequest* request) {
   const bool isProxy = webkit_authentication_request_is_for_proxy(request);
-  const std::string host = text(webkit_authentication_request_get_host(request));
+  const std::string host = bracketed(text(webkit_authentication_request_get_host(request)));
   const std::string realm = text(webkit_authentication_request_get_realm(request));
 
   Question question;
@@ -69,7 +69,8 @@ Question questionOf(WebKitAuthenticationRequest* request) {
       (isProxy ? "The proxy " : "") + leftToRight(displayHost(host)) + " asks for your name and password";
   if (!realm.empty()) question.words = "It says: \u201C" + realm + "\u201D";
   if (webkit_authentication_request_is_retry(request)) question.warning = "That name or password was not right.";
-  if (!isProxy && siteOf("http://" + host + "/", isEncrypted(request)).kind == Site::Kind::kPlain) {
+  const Site::Kind kind = siteOf("http://" + host + "/", isEncrypted(request)).kind;
+  if (!isProxy && kind != Site::Kind::kEncrypted && kind != Site::Kind::kLoopback) {
     question.warning += std::string(question.warning.empty() ? "" : " ") +
                         "The connection is not encrypted: others can read what you type.";
   }
@@ -124,8 +125,8 @@ gboolean PageDialogs::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest
   // A load that is given up takes its request back.
   g_object_set_data(G_OBJECT(request), "svo-question", GUINT_TO_POINTER(number));
   g_signal_connect(request, "cancelled", G_CALLBACK(+[](WebKitAuthenticationRequest* cancelled, PageDialogs* dialogs) {
-                     dialogs->sheet_.withdraw(GPOINTER_TO_UINT(g_object_get_data(G_OBJECT(cancelled), "svo-question")));
-                     dialogs->events_.personAnswered();
+                     const auto question = GPOINTER_TO_UINT(g_object_get_data(G_OBJECT(cancelled), "svo-question"));
+                     if (dialogs->sheet_.withdraw(question)) dialogs->events_.personAnswered();
                    }),
                    self);
   return TRUE;

@@ -1,8 +1,12 @@
 #include "app/gtk/PageGuards.h"
 
 #include <algorithm>
+#include <string>
 
 namespace {
+
+constexpr double kMostAbovePointer = 16;  // what of a pointer's image lies above the point that it shows
+constexpr int kMostLinesOfBubble = 4;
 
 gboolean onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request, gpointer) {
   webkit_permission_request_deny(request);
@@ -62,12 +66,12 @@ gboolean onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, GdkRect
 // A page's own image may be 128 pixels high and hang over the strip while the pointer is in the page; a theme's
 // pointers have about the default size.
 bool isLarge(GdkCursor* cursor) {
-  cairo_surface_t* const image = gdk_cursor_get_surface(cursor, nullptr, nullptr);
+  double above = 0;
+  cairo_surface_t* const image = gdk_cursor_get_surface(cursor, nullptr, &above);
   if (image == nullptr) return true;
   const bool isImage = cairo_surface_get_type(image) == CAIRO_SURFACE_TYPE_IMAGE;
   const auto most = static_cast<int>(2 * gdk_display_get_default_cursor_size(gdk_cursor_get_display(cursor)));
-  const bool large =
-      !isImage || std::max(cairo_image_surface_get_width(image), cairo_image_surface_get_height(image)) > most;
+  const bool large = !isImage || above > kMostAbovePointer || cairo_image_surface_get_height(image) > most;
   cairo_surface_destroy(image);
   return large;
 }
@@ -79,16 +83,50 @@ void onCursor(GdkWindow* window, GParamSpec*, gpointer) {
   }
 }
 
-// WebKit hangs the bubble of an invalid field below the field, also where a page has moved that above its own area.
-gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer view) {
-  GObject* const widget = G_OBJECT(g_value_get_object(values));
-  if (!GTK_IS_POPOVER(widget) || gtk_popover_get_relative_to(GTK_POPOVER(widget)) != view) return TRUE;
+// WebKit bounds the text of a bubble by wrapped lines alone: a page that writes line breaks would make it as high as it
+// likes.
+void shorten(GtkWidget* part, gpointer) {
+  if (GTK_IS_CONTAINER(part)) return gtk_container_forall(GTK_CONTAINER(part), shorten, nullptr);
+  if (!GTK_IS_LABEL(part)) return;
+  std::string text = gtk_label_get_text(GTK_LABEL(part));
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  gtk_label_set_text(GTK_LABEL(part), text.c_str());
+  gtk_label_set_lines(GTK_LABEL(part), kMostLinesOfBubble);
+  gtk_label_set_ellipsize(GTK_LABEL(part), PANGO_ELLIPSIZE_END);
+}
 
+// Below the field or above it, whichever keeps the bubble in the page's area; false when neither does.
+bool placeInPage(GtkPopover* bubble, GtkWidget* page, GdkRectangle field) {
+  GtkRequisition size;
+  gtk_widget_get_preferred_size(GTK_WIDGET(bubble), nullptr, &size);
+  const int bottom = std::max(field.y, 0) + field.height + size.height;
+  const bool fitsBelow = bottom <= gtk_widget_get_allocated_height(page);
+  if (!fitsBelow && field.y < size.height) return false;
+
+  field.y = std::max(field.y, 0);
+  gtk_popover_set_position(bubble, fitsBelow ? GTK_POS_BOTTOM : GTK_POS_TOP);
+  gtk_popover_set_pointing_to(bubble, &field);
+  return true;
+}
+
+gboolean popDown(gpointer bubble) {
+  gtk_popover_popdown(GTK_POPOVER(bubble));
+  return G_SOURCE_REMOVE;
+}
+
+// A bubble that WebKit hangs on an invalid field, wherever a page has put that field, would cover the strip. One that
+// has no place in the page's area is not seen.
+gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer page) {
+  GObject* const widget = G_OBJECT(g_value_get_object(values));
+  if (!GTK_IS_POPOVER(widget) || gtk_popover_get_relative_to(GTK_POPOVER(widget)) != page) return TRUE;
+
+  shorten(GTK_WIDGET(widget), nullptr);
   GdkRectangle field;
-  if (!gtk_popover_get_pointing_to(GTK_POPOVER(widget), &field)) return TRUE;
-  const GdkRectangle inside{field.x, std::max(field.y, 0), field.width, field.height};
-  gtk_popover_set_position(GTK_POPOVER(widget), GTK_POS_BOTTOM);
-  gtk_popover_set_pointing_to(GTK_POPOVER(widget), &inside);
+  (void)gtk_popover_get_pointing_to(GTK_POPOVER(widget), &field);
+  if (placeInPage(GTK_POPOVER(widget), GTK_WIDGET(page), field)) return TRUE;
+
+  gtk_widget_set_opacity(GTK_WIDGET(widget), 0);
+  g_idle_add_full(G_PRIORITY_HIGH, popDown, g_object_ref(widget), g_object_unref);
   return TRUE;
 }
 

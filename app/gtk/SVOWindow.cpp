@@ -5,6 +5,7 @@
 
 #include "app/SpinnerPage.h"
 #include "app/WindowKeys.h"
+#include "app/gtk/AddressRules.h"
 #include "app/gtk/PageGuards.h"
 
 namespace {
@@ -88,6 +89,13 @@ WebKitUserStyleSheet* newStillStyle() {
                                      nullptr, nullptr);
 }
 
+// A click, or a key that presses a button. Typing is none: a page could wait for it to do what it may do once.
+bool isDeliberate(const GdkEvent* event) {
+  guint key = 0;
+  if (!gdk_event_get_keyval(event, &key)) return true;
+  return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
+}
+
 const char* nameOf(EditingCommand command) {
   switch (command) {
     case EditingCommand::kSelectAll:
@@ -120,6 +128,8 @@ SVOWindow::SVOWindow(bool sandboxed)
   gtk_container_add(GTK_CONTAINER(window_), GTK_WIDGET(overlay_));
 
   g_signal_connect(window_, "key-press-event", G_CALLBACK(onKeyPress), this);
+  for (const char* const act : {"key-press-event", "button-press-event", "touch-event"})
+    g_signal_connect(webView_, act, G_CALLBACK(onPersonActs), this);
   g_signal_connect(webView_, "load-changed", G_CALLBACK(onLoadChanged), this);
   g_signal_connect(webView_, "notify::is-loading", G_CALLBACK(onProgress), this);
   g_signal_connect(webView_, "notify::estimated-load-progress", G_CALLBACK(onProgress), this);
@@ -214,6 +224,7 @@ void SVOWindow::settleScrolling() {
 }
 
 void SVOWindow::openInBrowser(const std::string& address) {
+  if (!mayOpenOutside(address) || !outside_.spend()) return;
   g_app_info_launch_default_for_uri_async(address.c_str(), nullptr, nullptr, nullptr, nullptr);
 }
 
@@ -258,6 +269,7 @@ void SVOWindow::offerToEditing(GdkEventKey* event) {
     case KeyDecision::Action::kDrop:
       return;
     case KeyDecision::Action::kPerform:
+      if (!gtk_widget_is_sensitive(GTK_WIDGET(webView_))) return;  // behind a sheet
       return webkit_web_view_execute_editing_command(webView_, nameOf(*decision.command));
     case KeyDecision::Action::kPassOn:
       break;
@@ -279,4 +291,12 @@ void SVOWindow::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, SVOWind
 void SVOWindow::onProgress(WebKitWebView* view, GParamSpec*, SVOWindow* self) {
   if (!webkit_web_view_is_loading(view)) return self->strip_.hideProgress();
   self->strip_.showProgress(webkit_web_view_get_estimated_load_progress(view));
+}
+
+gboolean SVOWindow::onPersonActs(GtkWidget*, GdkEvent* event, SVOWindow* self) {
+  if (isDeliberate(event)) {
+    self->outside_.renew();
+    self->dialogs_.renew();
+  }
+  return FALSE;
 }

@@ -4,6 +4,9 @@
 // zoom the page between a half and three times its size. While a page is zoomed in, its main frame may be scrolled, for
 // parts of it would be out of reach.
 //
+// A page may open three addresses outside and show five dialogs, and as many again after each click, Return or space of
+// the person; what goes beyond is dropped. Only addresses to read, to write to and to call open outside.
+//
 // Frames count from the bottom left of the screen; this class turns them over. Where the platform keeps window
 // positions to itself (Wayland) the origin is always 0, 0 and moving does nothing. The web view's session is ephemeral:
 // no cookie, cache or storage reaches the disk. Main thread only; needs an open display.
@@ -16,6 +19,7 @@
 #include <string>
 
 #include "app/SignInWindow.h"
+#include "app/gtk/Allowance.h"
 #include "app/gtk/GtkHandles.h"
 #include "app/gtk/KeyEvents.h"
 #include "app/gtk/Sheet.h"
@@ -35,6 +39,9 @@ class SVOWindow : public SignInWindow {
   GtkWindow* window() const { return window_; }
   WebKitWebView* webView() const { return webView_; }
   Sheet& sheet() { return sheet_; }
+
+  // Of the dialogs that a page may show by itself.
+  Allowance& dialogs() { return dialogs_; }
 
   // Of the page that is shown.
   const Site& site() const { return site_; }
@@ -58,6 +65,7 @@ class SVOWindow : public SignInWindow {
 
  private:
   static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, SVOWindow* self);
+  static gboolean onPersonActs(GtkWidget*, GdkEvent* event, SVOWindow* self);
   static void onLoadChanged(WebKitWebView*, WebKitLoadEvent step, SVOWindow* self);
   static void onProgress(WebKitWebView*, GParamSpec*, SVOWindow* self);
 
@@ -74,5 +82,7 @@ class SVOWindow : public SignInWindow {
   Strip strip_;
   Sheet sheet_;
   Site site_;
+  Allowance outside_{3};
+  Allowance dialogs_{5};
   bool scrollingForbidden_ = false;
 };

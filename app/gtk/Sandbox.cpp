@@ -27,7 +27,7 @@ bool isInstalled(const char* program) {
 // places are made inside the new root one after the other.
 std::vector<std::string> trialCommand() {
   std::vector<std::string> command = {"bwrap", "--die-with-parent", "--unshare-uts", "--unshare-pid", "--unshare-net"};
-  const auto add = [&command](std::initializer_list<const char*> words) {
+  const auto add = [&command](std::initializer_list<std::string> words) {
     command.insert(command.end(), words.begin(), words.end());
   };
   add({"--ro-bind", "/etc", "/etc", "--dev", "/dev", "--proc", "/proc", "--tmpfs", "/tmp"});
@@ -37,8 +37,13 @@ std::vector<std::string> trialCommand() {
     add({"--ro-bind", folder, folder});
   for (const char* const folder : {"/lib", "/lib64"})
     add({"--ro-bind-try", folder, folder});
-  for (const char* const folder : {g_get_user_config_dir(), g_get_user_cache_dir(), g_get_user_data_dir()})
-    add({"--bind-try", folder, folder});
+  for (const char* const folder :
+       {g_get_user_config_dir(), g_get_user_cache_dir(), g_get_user_data_dir(), g_get_user_runtime_dir()}) {
+    // WebKit asks for folders below, which a file in the folder's place would refuse.
+    const std::string below = std::string(folder) + "/svo-signin";
+    add({"--bind-try", below, below});
+  }
+  add({"--bind-try", g_get_user_cache_dir(), g_get_user_cache_dir()});
   add({"/usr/bin/true"});
   return command;
 }

@@ -1,5 +1,6 @@
 #include "app/gtk/Sheet.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "app/gtk/GtkHandles.h"
@@ -93,13 +94,16 @@ Sheet::Number Sheet::ask(Question question, std::function<void(const Reply&)> on
   return last_;
 }
 
-void Sheet::withdraw(Number number) {
-  if (!questions_.empty() && questions_.front().number == number) return takeDown();
-  for (auto each = questions_.begin(); each != questions_.end(); ++each) {
-    if (each->number != number) continue;
-    questions_.erase(each);
-    return;
+bool Sheet::withdraw(Number number) {
+  const auto found = std::find_if(questions_.begin(), questions_.end(),
+                                  [number](const Waiting& each) { return each.number == number; });
+  if (found == questions_.end()) return false;
+  if (found == questions_.begin()) {
+    takeDown();
+  } else {
+    questions_.erase(found);
   }
+  return true;
 }
 
 void Sheet::hang(const Question& question) {

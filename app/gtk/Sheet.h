@@ -49,8 +49,8 @@ class Sheet {
   // Asks; `onReply` is called once, unless the question is withdrawn first.
   Number ask(Question question, std::function<void(const Reply&)> onReply);
 
-  // Takes a question back that nobody needs an answer to any more. One that has been answered is no matter.
-  void withdraw(Number number);
+  // Takes a question back that nobody needs an answer to any more; false when it has been answered before.
+  bool withdraw(Number number);
 
   // Answers every question as though the person had declined.
   void declineAll();

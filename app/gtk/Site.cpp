@@ -1,5 +1,6 @@
 #include "app/gtk/Site.h"
 
+#include <unicode/uscript.h>
 #include <unicode/uspoof.h>
 #include <webkit2/webkit2.h>
 
@@ -31,16 +32,33 @@ const USpoofChecker* spoofChecker() {
     UErrorCode error = U_ZERO_ERROR;
     USpoofChecker* const made = uspoof_open(&error);
     if (U_FAILURE(error)) return static_cast<USpoofChecker*>(nullptr);
-    uspoof_setRestrictionLevel(made, USPOOF_HIGHLY_RESTRICTIVE);
+    uspoof_setRestrictionLevel(made, USPOOF_SINGLE_SCRIPT_RESTRICTIVE);
     uspoof_setChecks(made, USPOOF_RESTRICTION_LEVEL | USPOOF_INVISIBLE | USPOOF_MIXED_NUMBERS, &error);
     return made;
   }();
   return checker;
 }
 
-// Letters of one script, or of scripts that are written together, and none that together look like an ASCII word.
+// Marks that belong to no script look like dots, dashes and underlines. The Japanese long vowel is at home among kana.
+bool isStrayMark(gunichar character) {
+  constexpr gunichar kLongVowel = 0x30FC;
+  if (character < 0x80 || character == kLongVowel) return false;
+  UErrorCode error = U_ZERO_ERROR;
+  const UScriptCode script = uscript_getScript(static_cast<UChar32>(character), &error);
+  return U_FAILURE(error) || script == USCRIPT_COMMON || script == USCRIPT_INHERITED;
+}
+
+bool hasStrayMark(const std::string& label) {
+  for (const char* at = label.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+    if (isStrayMark(g_utf8_get_char(at))) return true;
+  }
+  return false;
+}
+
+// Letters of one script, or of scripts that make one writing system, and none that together look like an ASCII word.
 bool isUnmistakable(const std::string& label) {
   if (isAscii(label)) return true;
+  if (hasStrayMark(label)) return false;
   const USpoofChecker* const checker = spoofChecker();
   if (checker == nullptr) return false;
 
@@ -78,11 +96,14 @@ std::string hostOf(const std::string& address) {
       webkit_security_origin_new_for_uri(address.c_str()), webkit_security_origin_unref);
   const char* const host = webkit_security_origin_get_host(origin.get());
   if (host == nullptr) return {};
-  const std::string name = host;
-  return name.find(':') != std::string::npos && name.front() != '[' ? "[" + name + "]" : name;
+  return bracketed(host);
 }
 
 }  // namespace
+
+std::string bracketed(const std::string& host) {
+  return host.find(':') != std::string::npos && host.front() != '[' ? "[" + host + "]" : host;
+}
 
 Site siteOf(const std::string& address, bool overTls) {
   if (hasScheme(address, "file")) return {Site::Kind::kFile, {}};

@@ -28,6 +28,10 @@ struct Site {
 //   "http://[::1]/", false                             => kLoopback, "[::1]"
 Site siteOf(const std::string& address, bool overTls);
 
+// A host as it stands in an address: an IPv6 address goes in brackets (RFC 3986, section 3.2.2).
+//   "2001:db8::1"  => "[2001:db8::1]"
+std::string bracketed(const std::string& host);
+
 // A host in the form that may be shown; any it cannot vouch for comes back as it is.
 //   "xn--bcher-kva.example"   => "bücher.example"
 //   "xn--80ak6aa92e.com"      => "xn--80ak6aa92e.com"   (Cyrillic letters that look like a Latin word)

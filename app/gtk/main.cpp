@@ -64,5 +64,6 @@ int main(int argc, char** argv) {
   signals.deliverTo([&delegate] { delegate.closeWindow(); });
   settleDisplay([&delegate] { delegate.closeWindow(); });
   delegate.run(platform::bundlePath());
+  settleDisplay(nullptr);
   return 0;
 }

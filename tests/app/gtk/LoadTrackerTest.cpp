@@ -293,6 +293,23 @@ TEST_F(LoadTrackerTest, TheClockStandsStillWhileAPersonIsAsked) {
   EXPECT_TRUE(clock.runs);
 }
 
+TEST_F(LoadTrackerTest, WhatElseArrivesDoesNotWindTheClockWhileAPersonIsAsked) {
+  tracker.loadStarted("http://site/page");
+  tracker.personAsked();
+  tracker.progressed();
+  EXPECT_FALSE(clock.runs);
+}
+
+TEST_F(LoadTrackerTest, TheClockRunsOnWhenTheLastQuestionIsAnswered) {
+  tracker.loadStarted("http://site/page");
+  tracker.personAsked();
+  tracker.personAsked();
+  tracker.personAnswered();
+  EXPECT_FALSE(clock.runs);
+  tracker.personAnswered();
+  EXPECT_TRUE(clock.runs);
+}
+
 TEST_F(LoadTrackerTest, ARemovedSubFrameIsCancelled) {
   EXPECT_EQ(replayed("removed-frame"),
             (Outcomes{"failed-provisional http://site/slow -999", "finished http://site/frame-removed"}));

@@ -65,6 +65,7 @@ INSTANTIATE_TEST_SUITE_P(Hosts, InternationalTest,
                          testing::Values(std::pair{"signin.example", "signin.example"},
                                          std::pair{"xn--bcher-kva.example", "b\u00FCcher.example"},
                                          std::pair{"xn--fiqs8s", "\u4E2D\u56FD"},
+                                         std::pair{"xn--5ckp3n.example", "\u30C7\u30FC\u30BF.example"},
                                          std::pair{"xn--wgv71a119e.example", "\u65E5\u672C\u8A9E.example"},
                                          std::pair{"xn--4dbrk0ce.example", "\u05D9\u05E9\u05E8\u05D0\u05DC.example"}));
 
@@ -75,12 +76,18 @@ TEST_P(LookAlikeTest, StaysInItsAsciiForm) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, LookAlikeTest,
-                         testing::Values("xn--80ak6aa92e.com",      // Cyrillic letters that read "apple"
-                                         "xn--pypal-4ve.com",       // "paypal" with a Cyrillic a
-                                         "xn--google-yri.com",      // "google" with marks that are easily missed
-                                         "xn--paypa-fgg.example",   // Latin letters and an Armenian one
-                                         "www.xn--80ak6aa92e.com",  // one label spoils the name
-                                         "xn--zz",                  // no name at all
+                         testing::Values("xn--80ak6aa92e.com",          // Cyrillic letters that read "apple"
+                                         "xn--pypal-4ve.com",           // "paypal" with a Cyrillic a
+                                         "xn--google-yri.com",          // "google" with marks that are easily missed
+                                         "xn--paypa-fgg.example",       // Latin letters and an Armenian one
+                                         "xn--banklogin-y75n.example",  // a Chinese one that looks like a dash
+                                         "xn--banklogin-ol5h.example",  // a Japanese long vowel
+                                         "xn--bankx-dr4d.example",      // a kana among Latin letters
+                                         "xn--example-wma.example",     // a dot in the middle
+                                         "xn--bankcom-5q1b.example",    // a rune like a dot
+                                         "xn--bank-x2c.example",        // an underline
+                                         "www.xn--80ak6aa92e.com",      // one label spoils the name
+                                         "xn--zz",                      // no name at all
                                          "xn--"));
 
 TEST(SiteTest, EveryKindHasItsWords) {
