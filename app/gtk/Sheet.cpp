@@ -4,12 +4,13 @@
 #include <utility>
 
 #include "app/gtk/GtkHandles.h"
-#include "app/gtk/Strip.h"
 #include "app/gtk/Style.h"
 
 namespace {
 
 constexpr int kOverlap = 4;  // how far the sheet reaches into the strip, out of the page's area
+constexpr int kMargin = 12;  // that the sheet leaves at the window's other edges, at least
+constexpr int kLeastWidthInCharacters = 12;
 constexpr int kWidthInCharacters = 48;
 constexpr int kMostLines = 12;
 constexpr glong kMostCharacters = 600;
@@ -24,9 +25,6 @@ constexpr char kStyle[] = R"(
 GtkWidget* newFrame(const std::string& name) {
   GtkWidget* const frame = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
   setStyleClass(frame, "sheet");
-  gtk_widget_set_halign(frame, GTK_ALIGN_CENTER);
-  gtk_widget_set_valign(frame, GTK_ALIGN_START);
-  gtk_widget_set_margin_top(frame, kStripHeight - kOverlap);
 
   AtkObject* const accessible = gtk_widget_get_accessible(frame);
   atk_object_set_role(accessible, ATK_ROLE_ALERT);
@@ -48,7 +46,7 @@ GtkWidget* newText(const std::string& text, const char* styleClass) {
   gtk_label_set_line_wrap_mode(GTK_LABEL(label), PANGO_WRAP_WORD_CHAR);
   gtk_label_set_lines(GTK_LABEL(label), kMostLines);
   gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
-  gtk_label_set_width_chars(GTK_LABEL(label), kWidthInCharacters);
+  gtk_label_set_width_chars(GTK_LABEL(label), kLeastWidthInCharacters);
   gtk_label_set_max_width_chars(GTK_LABEL(label), kWidthInCharacters);
   gtk_label_set_xalign(GTK_LABEL(label), 0);
   setStyleClass(label, styleClass);
@@ -68,6 +66,7 @@ GtkEntry* newEntry(const Question::Field& field) {
 
 Sheet::Sheet(GtkOverlay* over, GtkWidget* page) : over_(over), page_(page) {
   useStyle(kStyle);
+  g_signal_connect(over, "get-child-position", G_CALLBACK(onPlace), this);
 }
 
 void Sheet::close() {
@@ -111,7 +110,7 @@ void Sheet::hang(const Question& question) {
   g_signal_connect(frame_, "key-press-event", G_CALLBACK(onKeyPress), this);
 
   addText(question.heading, "heading");
-  GtkWidget* const words = addText(question.words, "words");
+  GtkWidget* const words = addWords(question.words);
   addText(question.warning, "warning");
   for (const Question::Field& field : question.fields)
     addField(field, field.label.empty() ? words : addText(field.label, "label"));
@@ -132,6 +131,20 @@ GtkWidget* Sheet::addText(const std::string& text, const char* styleClass) {
   GtkWidget* const label = newText(text, styleClass);
   gtk_widget_set_no_show_all(label, text.empty());
   add(label);
+  return label;
+}
+
+// What a page says gives way where a person's font leaves no room for all of it: who asks, and the buttons, must be
+// seen.
+GtkWidget* Sheet::addWords(const std::string& words) {
+  GtkWidget* const label = newText(words, "words");
+  GtkWidget* const scroller = gtk_scrolled_window_new(nullptr, nullptr);
+  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
+  gtk_scrolled_window_set_propagate_natural_height(GTK_SCROLLED_WINDOW(scroller), TRUE);
+  gtk_scrolled_window_set_propagate_natural_width(GTK_SCROLLED_WINDOW(scroller), TRUE);
+  gtk_container_add(GTK_CONTAINER(scroller), label);
+  gtk_widget_set_no_show_all(scroller, words.empty());
+  add(scroller);
   return label;
 }
 
@@ -183,6 +196,25 @@ void Sheet::answer(bool accepted) {
   const std::function<void(const Reply&)> onReply = std::move(questions_.front().onReply);
   takeDown();
   onReply(reply);
+}
+
+// In the middle below the strip, whose height a person's font decides; never beyond the window.
+gboolean Sheet::onPlace(GtkOverlay* over, GtkWidget* child, GdkRectangle* place, Sheet* self) {
+  if (child != self->frame_) return FALSE;
+  GtkAllocation window;
+  GtkAllocation page;
+  gtk_widget_get_allocation(GTK_WIDGET(over), &window);
+  gtk_widget_get_allocation(self->page_, &page);
+
+  GtkRequisition natural;
+  gtk_widget_get_preferred_size(child, nullptr, &natural);
+  place->width = std::min(natural.width, window.width - 2 * kMargin);
+  int height = 0;
+  gtk_widget_get_preferred_height_for_width(child, place->width, nullptr, &height);
+  place->y = page.y - kOverlap;
+  place->height = std::min(height, window.height - place->y - kMargin);
+  place->x = (window.width - place->width) / 2;
+  return TRUE;
 }
 
 gboolean Sheet::onKeyPress(GtkWidget*, GdkEventKey* event, Sheet* self) {

@@ -36,7 +36,7 @@ class Sheet {
  public:
   using Number = unsigned;
 
-  // Hangs from the top of `over`, a strip's height down; `page` is what it stands in front of. Both outlive the sheet.
+  // Hangs in `over` from the upper edge of `page`, which it stands in front of. Both outlive the sheet.
   Sheet(GtkOverlay* over, GtkWidget* page);
 
   Sheet(const Sheet&) = delete;
@@ -65,6 +65,7 @@ class Sheet {
   void hang(const Question& question);
   void add(GtkWidget* part);
   GtkWidget* addText(const std::string& text, const char* styleClass);
+  GtkWidget* addWords(const std::string& words);
   void addField(const Question::Field& field, GtkWidget* label);
   GtkWidget* addButtons(bool canBeDeclined);  // the one that accepts
   std::deque<Waiting> clear();
@@ -72,6 +73,7 @@ class Sheet {
   void givePageBack();
   void answer(bool accepted);
 
+  static gboolean onPlace(GtkOverlay* over, GtkWidget* child, GdkRectangle* place, Sheet* self);
   static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, Sheet* self);
 
   GtkOverlay* over_;
