@@ -1,5 +1,6 @@
 #include "tests/endtoend/WindowManager.h"
 
+#include <memory>
 #include <stdexcept>
 
 #include "examples/support/EventLoop.h"
@@ -19,6 +20,11 @@ examples::ChildProcess::Setup setupFor(const std::string& display, const std::fi
 }
 
 }  // namespace
+
+bool WindowManager::isPossible() {
+  const std::unique_ptr<char, void (*)(gpointer)> openbox(g_find_program_in_path("openbox"), g_free);
+  return openbox != nullptr;
+}
 
 WindowManager::WindowManager(const examples::Screen& screen, const std::string& display,
                              const std::filesystem::path& folder)

@@ -13,6 +13,9 @@ namespace endtoend {
 
 class WindowManager {
  public:
+  // Whether this system has the program for it.
+  static bool isPossible();
+
   // Returns once the screen is managed; its own files lie in `folder`. Throws std::runtime_error when that does not
   // come.
   WindowManager(const examples::Screen& screen, const std::string& display, const std::filesystem::path& folder);
