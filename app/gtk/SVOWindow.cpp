@@ -142,10 +142,10 @@ SVOWindow::SVOWindow(bool sandboxed)
   guardPage(webView_);
 }
 
-// A page that hangs its process would keep it after the window is gone.
+// A page that hangs its process would keep it after the window is gone; and one whose dialog is dropped would go on.
 SVOWindow::~SVOWindow() {
-  sheet_.close();
   webkit_web_view_terminate_web_process(webView_);
+  sheet_.close();
   gtk_widget_destroy(GTK_WIDGET(window_));
 }
 

@@ -139,7 +139,7 @@ GtkWidget* Sheet::addText(const std::string& text, const char* styleClass) {
 GtkWidget* Sheet::addWords(const std::string& words) {
   GtkWidget* const label = newText(words, "words");
   GtkWidget* const scroller = gtk_scrolled_window_new(nullptr, nullptr);
-  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC);
+  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, GTK_POLICY_EXTERNAL);
   gtk_scrolled_window_set_propagate_natural_height(GTK_SCROLLED_WINDOW(scroller), TRUE);
   gtk_scrolled_window_set_propagate_natural_width(GTK_SCROLLED_WINDOW(scroller), TRUE);
   gtk_container_add(GTK_CONTAINER(scroller), label);

@@ -151,6 +151,20 @@ INSTANTIATE_TEST_SUITE_P(Of, LongWordsTest,
                                          Named{"VerticalTabs", "'x\\v\\f'.repeat(50000)"}),
                          nameOf);
 
+TEST_F(DialogTest, ALargeFontKeepsTheSheetWithinTheWindow) {
+  options.environment["GDK_DPI_SCALE"] = "2";
+  startOnDialog("confirm('word '.repeat(20000))");
+  untilSheetHangs();
+  const Picture all = picture();
+  const unsigned ofTheSheet = all.colourAt(all.width() / 2, 60);
+  for (const int x : {4, all.width() - 5})
+    EXPECT_NE(all.colourAt(x, 200), ofTheSheet) << x;
+  EXPECT_NE(all.colourAt(all.width() / 2, all.height() - 4), ofTheSheet);
+  screen.press(XK_Return);
+  untilTold("true");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 // The dialogs have a line more each.
 TEST_F(DialogTest, APageShowsFiveAndFiveMoreAfterAnActOfThePerson) {
   startOn(

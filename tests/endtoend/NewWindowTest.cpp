@@ -49,6 +49,22 @@ TEST_F(NewWindowTest, AMailAddressOpensOutsideAndThePageStays) {
   EXPECT_THAT(browser.opened(), ElementsAre("mailto:help@host"));
 }
 
+TEST_F(NewWindowTest, AClickWritesAtMostThreeMails) {
+  site.serve("/signin",
+             pageThatTells("<a style='position:fixed;inset:0'></a><script>"
+                           "let clicked = false; onclick = (event) => { if (clicked) return; clicked = true; "
+                           "for (let i = 0; i < 30; ++i) { const mail = document.createElement('a'); "
+                           "mail.href = 'mailto:help' + i + '@host'; mail.click() } "
+                           "requestAnimationFrame(() => requestAnimationFrame(() => fetch('/clicked'))) }</script>"));
+  start();
+  untilAsked("/loaded");
+  click();
+  untilAsked("/clicked");
+  untilOpened(3);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(browser.opened(), testing::SizeIs(3));
+}
+
 TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {
   site.serve("/signin", pageThatTells("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"
                                       "<script>document.querySelector('a').onclick = () => "

@@ -71,11 +71,24 @@ TEST_P(BubbleTest, StaysBelowTheStrip) {
 INSTANTIATE_TEST_SUITE_P(
     Of, BubbleTest,
     testing::Values(Named{"AFieldInThePage", "<input style='position: fixed; top: 200px; left: 9px; width: 200px'>"},
+                    Named{"AFieldInTheMiddle", "<input style='position: fixed; top: 260px; left: 520px; width: 99px'>"},
+                    Named{"AFieldAtTheBottom", "<input style='position: fixed; top: 510px; left: 9px; width: 200px'>"},
                     Named{"AFieldAtTheTop", "<input style='position: fixed; top: 0; left: 9px; width: 200px'>"},
                     Named{"AFieldJustAboveThePage", "<input style='position: fixed; top: -21px; width: 200px'>"},
                     Named{"AFieldAboveThePage", "<input style='position: fixed; top: -60px; width: 200px'>"},
                     Named{"AFieldFarAboveThePage", "<input style='position: fixed; top: -6000px; width: 200px'>"}),
     nameOf);
+
+// Line breaks of a page's own would make it as high as the window.
+TEST_P(BubbleTest, StaysBelowTheStripHoweverManyLinesThePageWrites) {
+  startOnAndWatch(std::string("<form>") + GetParam().script +
+                  "</form><script>const field = document.querySelector('input');"
+                  "field.setCustomValidity('example.com\\n'.repeat(40));"
+                  "onkeydown = async () => { field.reportValidity(); await frames(30); tell('gone') }</script>");
+  go();
+  expectTheStripAsItWas();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
 
 class ListTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
 

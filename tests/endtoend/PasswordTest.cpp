@@ -98,6 +98,20 @@ TEST_F(PasswordTest, WrongOnesAreAskedForAgain) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+TEST_F(PasswordTest, ShiftAndTabGoBackToTheName) {
+  startOnProtected("bob:pw");
+  untilSheetHangs();
+  screen.type("ada");
+  screen.press(XK_Tab);
+  screen.type("pw");
+  screen.press(XK_Tab, {XK_Shift_L});
+  screen.type("bob");
+  screen.press(XK_Return);
+  untilTold("in /signin");
+  EXPECT_THAT(shown(), ElementsAre("", basic("bob:pw")));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(PasswordTest, LettersOfEveryScriptAreSentAsUtf8) {
   startOnProtected("\u0444\u00fc:\u03bb");
   untilSheetHangs();

@@ -53,6 +53,18 @@ TEST_F(SandboxTest, WhereItCannotBePutUpTheSignInGoesOn) {
   expectASignInWithout();
 }
 
+class OddFolderSandboxTest : public SandboxTest, public testing::WithParamInterface<const char*> {};
+
+// bwrap would refuse the folders that WebKit looks for below it.
+TEST_P(OddFolderSandboxTest, AFileInTheFoldersPlaceKeepsNobodyOut) {
+  std::ofstream(temporary("file"));
+  options.environment[GetParam()] = temporary("file");
+  expectASignInWithout();
+}
+
+INSTANTIATE_TEST_SUITE_P(Folders, OddFolderSandboxTest,
+                         testing::Values("XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"));
+
 TEST_F(SandboxTest, WhereItHangsTheSignInGoesOn) {
   replaceBwrap("exec sleep 1000");
   expectASignInWithout();
