@@ -5,7 +5,6 @@
 namespace endtoend {
 namespace {
 
-using testing::ElementsAre;
 
 class DialogTest : public SheetTest {
  protected:
