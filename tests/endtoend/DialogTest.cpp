@@ -5,7 +5,6 @@
 namespace endtoend {
 namespace {
 
-
 class DialogTest : public SheetTest {
  protected:
   // Starts with a page that shows a dialog and tells what came of it.
