@@ -126,11 +126,12 @@ TEST_F(LockedDownTest, NoKeyOpensAnything) {
   startOn(
       "<p>words</p><script>onkeydown = (event) => { if (event.key === 'z') frames(5).then(() => tell('the last')) }"
       "</script>");
-  for (const KeySymbol key : {XK_F1, XK_F5, XK_F7, XK_F11, XK_F12, XK_Menu})
+  for (const KeySymbol key : std::initializer_list<KeySymbol>{XK_F1, XK_F5, XK_F7, XK_F11, XK_F12, XK_Menu})
     screen.press(key);
-  for (const KeySymbol key : {XK_i, XK_c, XK_j, XK_d, XK_k})
+  for (const KeySymbol key : std::initializer_list<KeySymbol>{XK_i, XK_c, XK_j, XK_d, XK_k})
     screen.press(key, {XK_Control_L, XK_Shift_L});
-  for (const KeySymbol key : {XK_u, XK_s, XK_p, XK_o, XK_n, XK_t, XK_l, XK_f, XK_j, XK_h})
+  for (const KeySymbol key :
+       std::initializer_list<KeySymbol>{XK_u, XK_s, XK_p, XK_o, XK_n, XK_t, XK_l, XK_f, XK_j, XK_h})
     screen.press(key, {XK_Control_L});
   screen.press(XK_z);
   untilTold("the last");
