@@ -77,8 +77,11 @@ void removeSandboxNotes() {
   }
 }
 
-// Where there is a session bus, WebKit also needs the proxy that stands before it.
+// Where there is a session bus, WebKit also needs the proxy that stands before it. A compositor's socket that lies
+// outside the runtime folder is not let through the walls.
 SandboxTrial::SandboxTrial() {
+  const char* const compositor = g_getenv("WAYLAND_DISPLAY");
+  if (compositor != nullptr && g_path_is_absolute(compositor)) return;
   if (isInstalled("bwrap") && isInstalled("xdg-dbus-proxy")) process_ = start(trialCommand(), &ended_);
 }
 

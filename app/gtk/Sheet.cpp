@@ -151,6 +151,7 @@ GtkWidget* Sheet::addWords(const std::string& words) {
 void Sheet::addField(const Question::Field& field, GtkWidget* label) {
   GtkEntry* const entry = newEntry(field);
   gtk_label_set_mnemonic_widget(GTK_LABEL(label), GTK_WIDGET(entry));
+  atk_object_set_name(gtk_widget_get_accessible(GTK_WIDGET(entry)), gtk_label_get_text(GTK_LABEL(label)));
   add(GTK_WIDGET(entry));
   entries_.push_back(entry);
 }
