@@ -88,7 +88,7 @@ TEST_F(WindowManagerTest, ItAppearsInTheMiddle) {
 
 class SmallScreenTest : public WindowManagerTest {
  protected:
-  SmallScreenTest() : WindowManagerTest({800, 600}) {}
+  SmallScreenTest() : WindowManagerTest({800, 640}) {}
 };
 
 TEST_F(SmallScreenTest, ItStandsWhollyOnTheScreen) {
@@ -96,7 +96,7 @@ TEST_F(SmallScreenTest, ItStandsWhollyOnTheScreen) {
   untilActive("the window", window().id);
   const Area frame = borderedFrame();
   EXPECT_GE(frame.y, 0);
-  EXPECT_LE(frame.y + frame.height, 600);
+  EXPECT_LE(frame.y + frame.height, 640);
   EXPECT_EQ(window().frame.height, 570);
 }
 
