@@ -1,0 +1,1 @@
+#include "nativeutils/Backup.h"

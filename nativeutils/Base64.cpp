@@ -1,0 +1,1 @@
+#include "nativeutils/Base64.h"

@@ -1,0 +1,1 @@
+#include "nativeutils/System.h"
