@@ -2,40 +2,23 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <algorithm>
-#include <cstdio>
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "app/CommandLine.h"
+#include "tests/packaging/StagedTest.h"
 #include "tests/support/Files.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using packaging_test::Outcome;
+using packaging_test::run;
 using support::contentsOf;
-using support::TemporaryFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-struct Outcome {
-  int status;
-  std::string output;  // of both streams
-};
-
-Outcome run(const std::string& command) {
-  std::FILE* const pipe = ::popen((command + " 2>&1").c_str(), "r");
-  std::string output;
-  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-    output += static_cast<char>(c);
-  const int status = ::pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
 
 std::string unpacked(const std::string& path) {
   return run("gzip -dc '" + path + "'").output;
@@ -53,27 +36,9 @@ std::pair<int, int> sizeOfImage(const std::string& path) {
   return {number(16), number(20)};
 }
 
-class StagedInstallTest : public testing::Test {
+class StagedInstallTest : public packaging_test::StagedTest {
  protected:
-  explicit StagedInstallTest(const std::string& prefix = "/usr") {
-    const Outcome install =
-        run("DESTDIR='" + stage_.path() +
-            "' " CMAKE_PROGRAM " --install " BUILD_FOLDER " --component signin --prefix '" + prefix + "'");
-    EXPECT_EQ(install.status, 0) << install.output;
-  }
-
-  std::string staged(const std::string& path) const { return stage_.path() + path; }
-
-  std::vector<std::string> stagedFiles() const {
-    std::vector<std::string> files;
-    for (const auto& entry : fs::recursive_directory_iterator(stage_.path()))
-      if (!entry.is_directory()) files.push_back("/" + fs::relative(entry.path(), stage_.path()).string());
-    std::sort(files.begin(), files.end());
-    return files;
-  }
-
- private:
-  TemporaryFolder stage_;
+  explicit StagedInstallTest(const std::string& prefix = "/usr") { install("signin", prefix); }
 };
 
 class OtherPrefixTest : public StagedInstallTest {
