@@ -1,5 +1,7 @@
 #include "platform/PathString.h"
 
+#include <libgen.h>
+
 namespace platform {
 namespace {
 
@@ -46,6 +48,10 @@ std::string deletingLastPathComponent(std::string_view path) {
   const std::size_t last = startOfLastComponent(plain);
   if (plain == "/" || last == 1) return "/";
   return last == 0 ? std::string() : plain.substr(0, last - 1);
+}
+
+std::string parentFolder(std::string path) {
+  return ::dirname(path.data());
 }
 
 std::string pathExtension(std::string_view path) {

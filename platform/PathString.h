@@ -22,6 +22,10 @@ std::string appendingPathComponent(std::string_view path, std::string_view compo
 //   "/tmp/lock/" => "/tmp"   "/tmp" => "/"   "/" => "/"   "scratch" => ""
 std::string deletingLastPathComponent(std::string_view path);
 
+// The folder that a path lies in, with the answers of POSIX `dirname`: slashes inside it stay as they are.
+//   "/tmp//a/b/" => "/tmp//a"   "scratch" => "."   "/" => "/"   "" => "."
+std::string parentFolder(std::string path);
+
 //   "name.tar.gz" => "gz"   ".hidden" => ""   "a." => ""   "/x.d/name" => ""
 std::string pathExtension(std::string_view path);
 

@@ -1,6 +1,6 @@
-// Who sits at the machine, and where the home folder of the process's user is.
+// Who sits at the machine, and where home folders are.
 //
-// Neither answer comes from the environment, which a launcher may have set for somebody else.
+// No answer comes from the environment, which a launcher may have set for somebody else.
 
 #pragma once
 
@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace platform {
 
@@ -16,5 +17,14 @@ std::optional<uid_t> consoleUser();
 
 // The home folder of the effective user, as the password database has it; "" when it has none.
 std::string homeFolder();
+
+// The home folder of the user with this login name, as the password database has it; "" when it has none.
+std::string homeFolderOf(const std::string& user);
+
+// A first component "~" stands for the home folder of the effective user, "~name" for that user's; the result then
+// comes without a trailing slash. A path that begins otherwise, or whose home folder is not known, stays as it is.
+//   "~" => "/home/ann"   "~/new/" => "/home/ann/new"   "~bob/x" => "/home/bob/x"
+//   "~nobody-such/x/" => "~nobody-such/x/"   "/tmp/~" => "/tmp/~"
+std::string expandingTilde(std::string_view path);
 
 }  // namespace platform

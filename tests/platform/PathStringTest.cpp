@@ -91,6 +91,15 @@ TEST(PathString, AppendingAComponentPutsExactlyOneSlashBetween) {
   }
 }
 
+TEST(PathString, TheParentFolderIsThatOfDirname) {
+  const std::pair<const char*, const char*> parents[] = {
+      {"/usr/lib", "/usr"},      {"/usr/", "/"},         {"usr", "."}, {"/", "/"}, {".", "."}, {"..", "."}, {"", "."},
+      {"/tmp//a/b/", "/tmp//a"}, {"/tmp//a///", "/tmp"},
+  };
+  for (const auto& [path, parent] : parents)
+    EXPECT_EQ(platform::parentFolder(path), parent) << path;
+}
+
 TEST(PathString, AppendingAnExtensionExtendsTheLastComponent) {
   const Joint joints[] = {
       {"/tmp/scratch.old", "tiff", "/tmp/scratch.old.tiff"},

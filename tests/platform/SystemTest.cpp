@@ -82,4 +82,28 @@ TEST(HomeFolder, IsFoundInAnEntryLongerThanTheFirstBuffer) {
   EXPECT_EQ(platform::homeFolder(), home);
 }
 
+TEST(Tilde, StandsForTheHomeFolderOfTheEffectiveUser) {
+  const std::string home = support::ownHome();
+  EXPECT_EQ(platform::expandingTilde("~"), home);
+  EXPECT_EQ(platform::expandingTilde("~/"), home);
+  EXPECT_EQ(platform::expandingTilde("~/new/deeper/"), home + "/new/deeper");
+}
+
+TEST(Tilde, WithALoginNameStandsForThatUsersHomeFolder) {
+  const support::PasswordDatabase two("ann:x:4711:0::/home/ann:/bin/sh\nbob:x:4712:0::/home/bob/:/bin/sh\n");
+  EXPECT_EQ(platform::expandingTilde("~ann"), "/home/ann");
+  EXPECT_EQ(platform::expandingTilde("~bob/x"), "/home/bob/x");
+}
+
+TEST(Tilde, StaysWhereNoHomeFolderIsKnown) {
+  const support::PasswordDatabase nobody("");
+  for (const char* path : {"~", "~/x/", "~no-such-user", "~no-such-user/x/"})
+    EXPECT_EQ(platform::expandingTilde(path), path);
+}
+
+TEST(Tilde, MeansNothingButAtTheBeginning) {
+  for (const char* path : {"", "/", "/tmp/~", "a~", "/tmp//x/", "./~"})
+    EXPECT_EQ(platform::expandingTilde(path), path);
+}
+
 }  // namespace

@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "nativeutils/Files.h"
+#include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/Home.h"
+#include "tests/support/Powers.h"
+
+namespace {
+
+class FileTestsTest : public nativeutils_test::LoggedTest {
+ protected:
+  void TearDown() override { EXPECT_TRUE(logged().empty()); }
+
+  static bool asRoot() { return ::geteuid() == 0; }
+
+  // "" when nothing can be made there.
+  static std::string nearest(const std::string& path) {
+    std::string found = "former";
+    if (utilIsCreatableWritablePath(path.c_str(), found)) return found;
+    EXPECT_EQ(found, "former");
+    return "";
+  }
+
+  const support::TemporaryFolder folder;
+};
+
+TEST_F(FileTestsTest, AFileIsNoFolderAndAFolderNoFile) {
+  support::writeFile(folder / "file", "");
+  EXPECT_TRUE(utilFileExitsAtPath(folder / "file"));
+  EXPECT_FALSE(utilFolderExitsAtPath(folder / "file"));
+  EXPECT_TRUE(utilFolderExitsAtPath(folder.path()));
+  EXPECT_FALSE(utilFileExitsAtPath(folder.path()));
+}
+
+TEST_F(FileTestsTest, WhatIsNotThereIsNeither) {
+  for (const std::string& path : {folder / "missing", folder / "missing/x", std::string()}) {
+    EXPECT_FALSE(utilFileExitsAtPath(path));
+    EXPECT_FALSE(utilFolderExitsAtPath(path));
+  }
+}
+
+TEST_F(FileTestsTest, ALinkCountsAsWhatItLeadsTo) {
+  support::writeFile(folder / "file", "");
+  ASSERT_EQ(::symlink(".", (folder / "to folder").c_str()), 0);
+  ASSERT_EQ(::symlink("file", (folder / "to file").c_str()), 0);
+  ASSERT_EQ(::symlink("missing", (folder / "dangling").c_str()), 0);
+  ASSERT_EQ(::symlink("loop", (folder / "loop").c_str()), 0);
+  EXPECT_TRUE(utilFolderExitsAtPath(folder / "to folder"));
+  EXPECT_TRUE(utilFileExitsAtPath(folder / "to file"));
+  for (const char* nothing : {"dangling", "loop"}) {
+    EXPECT_FALSE(utilFileExitsAtPath(folder / nothing));
+    EXPECT_FALSE(utilFolderExitsAtPath(folder / nothing));
+  }
+}
+
+TEST_F(FileTestsTest, APipeIsAFileThatIsNotWaitedFor) {
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  EXPECT_TRUE(utilFileExitsAtPath(folder / "pipe"));
+}
+
+TEST_F(FileTestsTest, SomethingCanBeMadeInAnExistingFolder) {
+  EXPECT_EQ(nearest(folder / "new"), folder.path());
+  EXPECT_EQ(nearest(folder / "new/deeper/and deeper"), folder.path());
+}
+
+TEST_F(FileTestsTest, AnExistingFolderIsItselfTheNearest) {
+  EXPECT_EQ(nearest(folder.path()), folder.path());
+  EXPECT_EQ(nearest("/"), "/");
+}
+
+TEST_F(FileTestsTest, NothingCanBeMadeAtNoPath) {
+  std::string found = "former";
+  EXPECT_FALSE(utilIsCreatableWritablePath(nullptr, found));
+  EXPECT_EQ(found, "former");
+  EXPECT_EQ(nearest(""), "");
+}
+
+TEST_F(FileTestsTest, ARelativePathMayRunOutOfComponents) {
+  EXPECT_EQ(nearest("no such thing/here"), "");
+  EXPECT_EQ(nearest("no such thing"), "");
+}
+
+TEST_F(FileTestsTest, ARelativePathMayMeetSomething) {
+  support::Child inside([&] {
+    if (::chdir(folder.path().c_str()) != 0 || ::mkdir("here", 0700) != 0) return 1;
+    return nearest("here/new") == "here" && nearest("./new") == "." ? 0 : 2;
+  });
+  EXPECT_EQ(inside.wait(), 0);
+}
+
+TEST_F(FileTestsTest, ATildeStandsForTheHomeFolder) {
+  EXPECT_EQ(nearest("~/new/deeper"), support::ownHome());
+  EXPECT_EQ(nearest("~"), support::ownHome());
+  EXPECT_EQ(nearest("~tester/new"), support::ownHome());
+}
+
+TEST_F(FileTestsTest, AnUnknownUsersTildeIsAnOrdinaryName) {
+  EXPECT_EQ(nearest("~no-such-user/new"), "");
+}
+
+TEST_F(FileTestsTest, ADanglingLinkIsPassedOver) {
+  ASSERT_EQ(::symlink("missing", (folder / "dangling").c_str()), 0);
+  EXPECT_EQ(nearest(folder / "dangling/x"), folder.path());
+}
+
+TEST_F(FileTestsTest, APlainFileOnTheWayCannotHoldAnything) {
+  support::writeFile(folder / "file", "");
+  EXPECT_EQ(nearest(folder / "file/x"), "");
+}
+
+TEST_F(FileTestsTest, TheNearestMustBeReadableWritableAndSearchable) {
+  for (const mode_t mode : {0300u, 0500u, 0600u}) {
+    const std::string closed = folder / std::to_string(mode);
+    ASSERT_EQ(::mkdir(closed.c_str(), mode), 0);
+    support::Child powerless([&] {
+      if (asRoot() && !support::giveUpPowers()) return 1;
+      return nearest(closed + (mode == 0600u ? "" : "/new")).empty() ? 0 : 2;
+    });
+    EXPECT_EQ(powerless.wait(), 0) << std::oct << mode;
+  }
+}
+
+TEST_F(FileTestsTest, SurvivesAHundredThousandComponents) {
+  std::string path = folder.path();
+  for (int i = 0; i < 100000; ++i)
+    path += "/a";
+  EXPECT_EQ(nearest(path), folder.path());
+  EXPECT_EQ(nearest(path.substr(1)), "");
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "nativeutils/Files.h"
+#include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/Powers.h"
+
+namespace {
+
+constexpr unsigned int asItIs = 0xFFFFFFFF;
+constexpr unsigned int somebody = 4711;
+constexpr unsigned int someGroup = 4712;
+
+class FolderCreationTest : public nativeutils_test::LoggedTest {
+ protected:
+  // Logs nothing, whatever a test does with the two functions.
+  void TearDown() override { EXPECT_TRUE(logged().empty()); }
+
+  static struct stat statusOf(const std::string& path) {
+    struct stat object {};
+    EXPECT_EQ(::lstat(path.c_str(), &object), 0) << path;
+    return object;
+  }
+
+  static bool asRoot() { return ::geteuid() == 0; }
+
+  const support::TemporaryFolder folder;
+};
+
+TEST_F(FolderCreationTest, MakesAllMissingParents) {
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b/c").c_str(), asItIs, asItIs, 0775));
+  EXPECT_TRUE(utilFolderExitsAtPath(folder / "a/b/c"));
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b/c").c_str(), asItIs, asItIs, 0775));
+}
+
+TEST_F(FolderCreationTest, TheShortFormLeavesTheModeToTheUmask) {
+  const mode_t former = ::umask(027);
+  EXPECT_TRUE(utilCreateDirectoryPath(folder / "a/b", false));
+  ::umask(former);
+  EXPECT_EQ(support::modeOf(folder / "a"), 0750u);
+  EXPECT_EQ(support::modeOf(folder / "a/b"), 0750u);
+}
+
+TEST_F(FolderCreationTest, ANullPathIsNoFolder) {
+  EXPECT_FALSE(utilCreateDirectoryPathWithAttributes(nullptr, asItIs, asItIs, 0775));
+}
+
+TEST_F(FolderCreationTest, AnEmptyPathIsNoFolder) {
+  EXPECT_FALSE(utilCreateDirectoryPath("", true));
+}
+
+TEST_F(FolderCreationTest, WhateverStandsThereCountsAsTheFolder) {
+  support::writeFile(folder / "file", "text");
+  ASSERT_EQ(::symlink("nowhere", (folder / "link").c_str()), 0);
+  EXPECT_TRUE(utilCreateDirectoryPath(folder / "file", false));
+  EXPECT_TRUE(utilCreateDirectoryPath(folder / "link", false));
+  EXPECT_EQ(support::contentsOf(folder / "file"), "text");
+  EXPECT_EQ(support::namesIn(folder.path()), (std::vector<std::string>{"file", "link"}));
+}
+
+TEST_F(FolderCreationTest, NothingIsMadeBelowAFile) {
+  support::writeFile(folder / "file", "text");
+  EXPECT_FALSE(utilCreateDirectoryPath(folder / "file/a/b", false));
+}
+
+TEST_F(FolderCreationTest, TheModeIsSetExactlyTogetherWithOwnerAndGroup) {
+  const mode_t former = ::umask(077);
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b").c_str(), ::geteuid(), ::getegid(), 02775));
+  ::umask(former);
+  EXPECT_EQ(support::modeOf(folder / "a/b"), 02775u);
+  EXPECT_EQ(support::modeOf(folder / "a") & 0777u, 0700u) << "a parent keeps what mkdir gave it";
+}
+
+TEST_F(FolderCreationTest, AnExistingFolderGetsOwnerGroupAndModeToo) {
+  ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), ::geteuid(), ::getegid(), 0755));
+  EXPECT_EQ(support::modeOf(folder / "a"), 0755u);
+}
+
+TEST_F(FolderCreationTest, WithoutAnOwnerOrAGroupAnExistingFolderKeepsItsMode) {
+  ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), asItIs, ::getegid(), 0755));
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), ::geteuid(), asItIs, 0755));
+  EXPECT_EQ(support::modeOf(folder / "a"), 0700u);
+}
+
+TEST_F(FolderCreationTest, OwnerAndGroupAreGivenToTheLastFolderOnly) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user gives files away";
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b").c_str(), somebody, someGroup, 0775));
+  EXPECT_EQ(statusOf(folder / "a/b").st_uid, somebody);
+  EXPECT_EQ(statusOf(folder / "a/b").st_gid, someGroup);
+  EXPECT_EQ(statusOf(folder / "a").st_uid, ::geteuid());
+  EXPECT_EQ(statusOf(folder / "a").st_gid, statusOf(folder.path()).st_gid);
+}
+
+TEST_F(FolderCreationTest, AFileAtThePathGetsOwnerGroupAndMode) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user gives files away";
+  support::writeFile(folder / "file", "text");
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "file").c_str(), somebody, someGroup, 0640));
+  EXPECT_EQ(statusOf(folder / "file").st_uid, somebody);
+  EXPECT_EQ(statusOf(folder / "file").st_gid, someGroup);
+  EXPECT_EQ(support::modeOf(folder / "file"), 0640u);
+}
+
+TEST_F(FolderCreationTest, FailsWhenTheFolderCannotBeGivenAwayAndLeavesItThere) {
+  support::Child powerless([&] {
+    if (asRoot() && !support::giveUpPowers()) return 1;
+    return utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), somebody, someGroup, 0775) ? 2 : 0;
+  });
+  EXPECT_EQ(powerless.wait(), 0);
+  EXPECT_TRUE(utilFolderExitsAtPath(folder / "a"));
+}
+
+TEST_F(FolderCreationTest, FailsInAFolderThatMayNotBeWritten) {
+  ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0500), 0);
+  support::Child powerless([&] {
+    if (asRoot() && !support::giveUpPowers()) return 1;
+    return utilCreateDirectoryPath(folder / "closed/a/b", false) ? 2 : 0;
+  });
+  EXPECT_EQ(powerless.wait(), 0);
+}
+
+TEST_F(FolderCreationTest, EndsWhereNotEvenTheWorkingFolderCanBeSeen) {
+  ASSERT_EQ(::mkdir((folder / "blind").c_str(), 0700), 0);
+  support::Child powerless([&] {
+    if (::chdir((folder / "blind").c_str()) != 0 || ::chmod(".", 0) != 0) return 1;
+    if (asRoot() && !support::giveUpPowers()) return 2;
+    return utilCreateDirectoryPath("a/b", false) ? 3 : 0;
+  });
+  EXPECT_EQ(powerless.wait(), 0);
+}
+
+TEST_F(FolderCreationTest, SurvivesAHundredThousandComponents) {
+  std::string path = folder.path();
+  for (int i = 0; i < 100000; ++i)
+    path += "/a";
+  EXPECT_FALSE(utilCreateDirectoryPath(path, false));
+}
+
+TEST_F(FolderCreationTest, ALongPathCannotLeadPastTheLimitOfTheSystem) {
+  EXPECT_FALSE(utilCreateDirectoryPath(folder / std::string(256, 'n'), false));
+  EXPECT_TRUE(utilCreateDirectoryPath(folder / std::string(255, 'n'), false));
+}
+
+TEST_F(FolderCreationTest, ExtraSlashesMakeNoFolders) {
+  EXPECT_TRUE(utilCreateDirectoryPath(folder / "/a//b///", false));
+  EXPECT_TRUE(utilFolderExitsAtPath(folder / "a/b"));
+}
+
+TEST_F(FolderCreationTest, TakesTheBytesOfANameAsTheyAre) {
+  const std::string odd = folder / "line\nbreak/\xff\xfe";
+  EXPECT_TRUE(utilCreateDirectoryPath(odd, false));
+  EXPECT_TRUE(utilFolderExitsAtPath(odd));
+}
+
+TEST_F(FolderCreationTest, ProcessesThatMakeTheSameFoldersAtOnceAllSucceed) {
+  for (int round = 0; round < 50; ++round) {
+    const std::string path = folder / (std::to_string(round) + "/a/b/c/d/e/f");
+    const auto make = [&] { return utilCreateDirectoryPath(path, false) ? 0 : 1; };
+    support::Child first(make), second(make), third(make);
+    EXPECT_EQ(first.wait() + second.wait() + third.wait(), 0);
+    ASSERT_TRUE(utilFolderExitsAtPath(path));
+  }
+}
+
+}  // namespace
