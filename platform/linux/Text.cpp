@@ -1,0 +1,57 @@
+#include "platform/Text.h"
+
+#include <glib.h>
+#include <unistd.h>
+
+#include <array>
+#include <memory>
+
+namespace platform {
+namespace {
+
+using Uuid = std::array<unsigned char, 16>;
+
+// From the kernel: a generator of the process's own would go on alike on both sides of a fork.
+Uuid randomBytes() {
+  Uuid bytes{};
+  if (::getentropy(bytes.data(), bytes.size()) == 0) return bytes;
+  for (unsigned char& byte : bytes)
+    byte = static_cast<unsigned char>(g_random_int());  // a kernel without randomness leaves the clock and the like
+  return bytes;
+}
+
+}  // namespace
+
+bool isUtf8(std::string_view bytes) {
+  const char* const end = bytes.data() + bytes.size();
+  const char* stop = bytes.data();
+  // GLib's check stops at every NUL as well.
+  while (!g_utf8_validate_len(stop, static_cast<gsize>(end - stop), &stop)) {
+    if (*stop != '\0') return false;
+    ++stop;
+  }
+  return true;
+}
+
+std::string canonicallyComposed(const char* text) {
+  if (!isUtf8(text)) return text;
+  const std::unique_ptr<gchar, decltype(&g_free)> composed(g_utf8_normalize(text, -1, G_NORMALIZE_NFC), &g_free);
+  return composed ? composed.get() : text;
+}
+
+std::string randomUuidText() {
+  constexpr const char* digits = "0123456789ABCDEF";
+  Uuid bytes = randomBytes();
+  bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4
+  bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // the variant of the RFC
+
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
+    text += digits[bytes[i] >> 4];
+    text += digits[bytes[i] & 0x0F];
+  }
+  return text;
+}
+
+}  // namespace platform
