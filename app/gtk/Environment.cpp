@@ -1,28 +1,12 @@
 #include "app/gtk/Environment.h"
 
-#include <X11/Xlib.h>
 #include <fcntl.h>
 #include <gtk/gtk.h>
 #include <unistd.h>
 
 #include <clocale>
 #include <csignal>
-#include <cstdlib>
-#include <utility>
-
-namespace {
-
-std::function<void()> displayLost;
-
-// What is called at exit may speak to the display once more.
-int onDisplayLost(Display*) {
-  static bool ending = false;
-  if (std::exchange(ending, true)) ::_exit(1);
-  if (displayLost) displayLost();
-  std::exit(1);
-}
-
-}  // namespace
+#include <initializer_list>
 
 void settleStandardStreams() {
   for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -46,9 +30,4 @@ void settleLibraries() {
   gtk_disable_setlocale();
   (void)std::setlocale(LC_CTYPE, "");
   (void)std::setlocale(LC_MESSAGES, "");
-}
-
-void settleDisplay(std::function<void()> onLost) {
-  displayLost = std::move(onLost);
-  (void)XSetIOErrorHandler(onDisplayLost);
 }

@@ -1,9 +1,7 @@
 // What the program settles with its surroundings before it does anything else. Call once each, first thing, in this
-// order; only the third needs an open display.
+// order; neither needs a display.
 
 #pragma once
-
-#include <functional>
 
 // Opens /dev/null for each closed standard descriptor, so that no file opened later takes its number and receives what
 // a library prints; and ignores SIGPIPE, so that printing to a reader who is gone does not end the program.
@@ -13,7 +11,3 @@ void settleStandardStreams();
 // and times: the log file is shared, and its lines read the same whoever writes them. Letters and words are as the
 // person has them.
 void settleLibraries();
-
-// Calls `onLost` when the X server goes away, as at the end of a session, and then ends the process in order, with
-// status 1. GTK would end it on the spot. Nothing to do elsewhere.
-void settleDisplay(std::function<void()> onLost);

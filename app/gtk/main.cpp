@@ -6,6 +6,7 @@
 #include "app/CommandLine.h"
 #include "app/ResultChannel.h"
 #include "app/gtk/AppDelegate.h"
+#include "app/gtk/DisplayWatch.h"
 #include "app/gtk/Environment.h"
 #include "app/gtk/Sandbox.h"
 #include "app/gtk/TerminationSignals.h"
@@ -62,8 +63,7 @@ int main(int argc, char** argv) {
   // A signal and the end of the session count as closing the window: the launcher still gets its message.
   AppDelegate delegate(canSandbox(sandbox));
   signals.deliverTo([&delegate] { delegate.closeWindow(); });
-  settleDisplay([&delegate] { delegate.closeWindow(); });
+  const DisplayWatch watch([&delegate] { delegate.closeWindow(); });
   delegate.run(platform::bundlePath());
-  settleDisplay(nullptr);
   return 0;
 }

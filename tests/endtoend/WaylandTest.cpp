@@ -61,5 +61,19 @@ TEST_F(WaylandTest, ASignalToEndIsReportedLikeAClosedWindow) {
   EXPECT_EQ(message(), kWindowClosed);
 }
 
+TEST_F(WaylandTest, ACompositorThatGoesAwayIsReportedLikeAClosedWindow) {
+  start();
+  untilAsked("/signin");
+  compositor.reset();
+  EXPECT_EQ(run->exitStatus(), 1);
+  EXPECT_EQ(pipe.text(), kWindowClosed);
+}
+
+TEST_F(WaylandTest, ADisplayNamedByItsPathWorks) {
+  options.environment["WAYLAND_DISPLAY"] = options.environment["XDG_RUNTIME_DIR"] + "/wayland";
+  site.serve("/signin", pageThatGoesTo(site.address("/done?code=1")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
+}
+
 }  // namespace
 }  // namespace endtoend

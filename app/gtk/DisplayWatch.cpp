@@ -1,0 +1,75 @@
+#include "app/gtk/DisplayWatch.h"
+
+#include <X11/Xlib.h>
+#include <gdk/gdkwayland.h>
+#include <poll.h>
+#include <unistd.h>
+#include <wayland-client-core.h>
+
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+std::function<void()> displayLost;
+
+// What is called at exit may speak to the display once more.
+[[noreturn]] void endWithoutDisplay() {
+  static bool ending = false;
+  if (std::exchange(ending, true)) ::_exit(1);
+  if (displayLost) displayLost();
+  std::exit(1);
+}
+
+int onServerLost(Display*) {
+  endWithoutDisplay();
+}
+
+// GDK writes to the compositor before each wait and ends the process when that fails. So this source stands before
+// GDK's and looks first, both before and after the wait.
+struct CompositorWatch {
+  GSource source;
+  int connection;
+};
+
+bool isGone(GSource* source) {
+  pollfd connection{reinterpret_cast<CompositorWatch*>(source)->connection, 0, 0};
+  return ::poll(&connection, 1, 0) == 1 && (connection.revents & (POLLHUP | POLLERR)) != 0;
+}
+
+gboolean beforeWait(GSource* source, int* timeout) {
+  *timeout = -1;
+  return isGone(source) ? TRUE : FALSE;
+}
+
+gboolean afterWait(GSource* source) {
+  return isGone(source) ? TRUE : FALSE;
+}
+
+gboolean onCompositorLost(GSource*, GSourceFunc, void*) {
+  endWithoutDisplay();
+}
+
+void watchCompositor(GdkWaylandDisplay* display) {
+  static GSourceFuncs functions = {beforeWait, afterWait, onCompositorLost, nullptr, nullptr, nullptr};
+  GSource* const source = g_source_new(&functions, sizeof(CompositorWatch));
+  const int connection = wl_display_get_fd(gdk_wayland_display_get_wl_display(display));
+  reinterpret_cast<CompositorWatch*>(source)->connection = connection;
+  g_source_add_unix_fd(source, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
+  g_source_set_priority(source, G_PRIORITY_HIGH);
+  g_source_attach(source, nullptr);
+  g_source_unref(source);
+}
+
+}  // namespace
+
+DisplayWatch::DisplayWatch(std::function<void()> onLost) {
+  displayLost = std::move(onLost);
+  (void)XSetIOErrorHandler(onServerLost);
+  GdkDisplay* const display = gdk_display_get_default();
+  if (GDK_IS_WAYLAND_DISPLAY(display)) watchCompositor(GDK_WAYLAND_DISPLAY(display));
+}
+
+DisplayWatch::~DisplayWatch() {
+  displayLost = nullptr;
+}
