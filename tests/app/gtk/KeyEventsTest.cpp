@@ -1,0 +1,119 @@
+#include "app/gtk/KeyEvents.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "app/WindowKeys.h"
+#include "examples/hand/VirtualDisplay.h"
+#include "tests/support/Shell.h"
+
+namespace {
+
+// Keys of an Xvfb of the test's own, which has a Latin layout first and a Cyrillic one second.
+class KeyEventsTest : public testing::Test {
+ protected:
+  KeyEventsTest() {
+    EXPECT_EQ(support::run("setxkbmap -display " + screen.name() + " us,ru").status, 0);
+    display_ = gdk_display_open(screen.name().c_str());
+    (void)placeOf(
+        GDK_KEY_c);  // GDK reads the modifiers' meanings when it first looks up a key, as it does for every event
+  }
+  ~KeyEventsTest() override { gdk_display_close(display_); }
+
+  GdkEventKey key(guint value, unsigned state = 0, guint16 place = 0) const {
+    GdkEventKey event{};
+    event.type = GDK_KEY_PRESS;
+    event.window = gdk_screen_get_root_window(gdk_display_get_default_screen(display_));
+    event.keyval = value;
+    event.state = state;
+    event.hardware_keycode = place;
+    return event;
+  }
+
+  // The place on the keyboard that writes a key of the first layout.
+  guint16 placeOf(guint value) const {
+    GdkKeymapKey* places = nullptr;
+    gint count = 0;
+    gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(display_), value, &places, &count);
+    const auto place = static_cast<guint16>(count > 0 ? places[0].keycode : 0);
+    g_free(places);
+    return place;
+  }
+
+  examples::VirtualDisplay screen;
+
+ private:
+  GdkDisplay* display_ = nullptr;
+};
+
+TEST_F(KeyEventsTest, ALetterIsItself) {
+  EXPECT_EQ(charactersOf(key(GDK_KEY_c)), "c");
+  EXPECT_EQ(charactersOf(key(GDK_KEY_C, GDK_SHIFT_MASK)), "C");
+}
+
+TEST_F(KeyEventsTest, ALetterOfAnotherScriptIsTheLatinOneOfItsPlace) {
+  EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es, 0, placeOf(GDK_KEY_c))), "c");
+}
+
+TEST_F(KeyEventsTest, ALetterOfAnotherScriptWithoutAPlaceIsItself) {
+  EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es)), "с");
+}
+
+TEST_F(KeyEventsTest, AKeyThatWritesNothingHasNoCharacters) {
+  EXPECT_EQ(charactersOf(key(GDK_KEY_Shift_L)), std::nullopt);
+}
+
+TEST_F(KeyEventsTest, AFunctionKeyHasCharactersThatNoShortcutHas) {
+  EXPECT_EQ(charactersOf(key(GDK_KEY_F5)), "");
+  EXPECT_EQ(charactersOf(key(GDK_KEY_Left)), "");
+}
+
+TEST_F(KeyEventsTest, ShiftAndTabAreTheBackTab) {
+  EXPECT_EQ(charactersOf(key(GDK_KEY_ISO_Left_Tab, GDK_SHIFT_MASK)), "\x19");
+}
+
+TEST_F(KeyEventsTest, EachModifierIsItsOwnBit) {
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_c)), 0u);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_CONTROL_MASK)), kKeyCommand);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_MOD1_MASK)), kKeyOption);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_SHIFT_MASK)), kKeyShift);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_LOCK_MASK)), kKeyCapsLock);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_MOD4_MASK)), kKeyControl);
+}
+
+TEST_F(KeyEventsTest, NumLockAndTheMouseButtonsDoNotCount) {
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_CONTROL_MASK | GDK_MOD2_MASK | GDK_BUTTON1_MASK)), kKeyCommand);
+}
+
+TEST_F(KeyEventsTest, KeypadAndFunctionKeysSayWhatTheyAre) {
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_KP_1)), kKeyNumericPad);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_KP_Add)), kKeyNumericPad);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_Left)), kKeyFunction);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_Delete)), kKeyFunction);
+  EXPECT_EQ(modifiersOf(key(GDK_KEY_F12)), kKeyFunction);
+}
+
+TEST_F(KeyEventsTest, TheWindowsOwnKeysAreKnownOnEveryLayout) {
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_w, GDK_CONTROL_MASK)), WindowCommand::kClose);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_Cyrillic_tse, GDK_CONTROL_MASK, placeOf(GDK_KEY_w))), WindowCommand::kClose);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_W, GDK_CONTROL_MASK | GDK_LOCK_MASK)), WindowCommand::kClose);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_F4, GDK_MOD1_MASK)), WindowCommand::kClose);
+}
+
+TEST_F(KeyEventsTest, ZoomIsOnTheKeypadToo) {
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_plus, GDK_CONTROL_MASK | GDK_SHIFT_MASK)), WindowCommand::kZoomIn);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_equal, GDK_CONTROL_MASK)), WindowCommand::kZoomIn);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_KP_Add, GDK_CONTROL_MASK)), WindowCommand::kZoomIn);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_KP_Subtract, GDK_CONTROL_MASK)), WindowCommand::kZoomOut);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_KP_0, GDK_CONTROL_MASK | GDK_MOD2_MASK)), WindowCommand::kZoomReset);
+}
+
+TEST_F(KeyEventsTest, WithAnotherModifierAKeyIsNotTheWindows) {
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_w)), std::nullopt);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_w, GDK_CONTROL_MASK | GDK_SHIFT_MASK)), std::nullopt);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_w, GDK_CONTROL_MASK | GDK_MOD1_MASK)), std::nullopt);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_F4, GDK_MOD1_MASK | GDK_CONTROL_MASK)), std::nullopt);
+}
+
+}  // namespace

@@ -1,0 +1,26 @@
+// Runs commands of the shell.
+
+#pragma once
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
+namespace support {
+
+struct Outcome {
+  int status;          // -1 when a signal ended the command
+  std::string output;  // of both streams
+};
+
+inline Outcome run(const std::string& command) {
+  std::FILE* const pipe = ::popen((command + " 2>&1").c_str(), "r");
+  std::string output;
+  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+    output += static_cast<char>(c);
+  const int status = ::pclose(pipe);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+}  // namespace support
