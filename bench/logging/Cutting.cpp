@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "bench/Report.h"
+#include "bench/Seconds.h"
 #include "bench/logging/Line.h"
 #include "bench/logging/Measures.h"
 #include "logging/LogTargetDefault.h"

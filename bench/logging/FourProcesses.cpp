@@ -12,6 +12,7 @@
 
 #include "applog/Logger.h"
 #include "bench/Report.h"
+#include "bench/Seconds.h"
 #include "bench/logging/Line.h"
 #include "bench/logging/Measures.h"
 #include "platform/Bundle.h"

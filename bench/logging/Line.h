@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -29,13 +28,6 @@ inline void writeBare(const platform::UniqueFd& file, const std::string& line) {
   if (::write(file.get(), line.data(), line.size()) == static_cast<ssize_t>(line.size())) return;
   std::perror("bench-logging: write");
   std::exit(1);
-}
-
-template <typename Body>
-double secondsOf(const Body& body) {
-  const auto start = std::chrono::steady_clock::now();
-  body();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 }  // namespace bench

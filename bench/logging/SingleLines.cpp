@@ -1,5 +1,6 @@
 #include "applog/Logger.h"
 #include "bench/Report.h"
+#include "bench/Seconds.h"
 #include "bench/logging/Line.h"
 #include "bench/logging/Measures.h"
 #include "logging/LoggingCore.h"
