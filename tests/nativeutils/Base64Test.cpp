@@ -1,0 +1,285 @@
+#include "nativeutils/Base64.h"
+
+#include <array>
+#include <iterator>
+#include <list>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "nativeutils/Base64Runs.h"
+#include "tests/nativeutils/NativeUtilsLog.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Decoded {
+  std::string bytes;
+  bool ok;
+};
+
+bool operator==(const Decoded& a, const Decoded& b) {
+  return a.bytes == b.bytes && a.ok == b.ok;
+}
+
+std::ostream& operator<<(std::ostream& out, const Decoded& decoded) {
+  return out << '"' << decoded.bytes << '"' << (decoded.ok ? "" : " and a failure");
+}
+
+Decoded decode(const std::string& text) {
+  Decoded result{"", false};
+  Base64Decode(text.begin(), text.end(), std::back_inserter(result.bytes), result.ok);
+  return result;
+}
+
+std::string encode(const std::string& bytes) {
+  std::string text;
+  Base64Encode(bytes.begin(), bytes.end(), std::back_inserter(text));
+  return text;
+}
+
+// By way of other iterators, for which the plain templates stand.
+Decoded decodePlainly(const std::string& text) {
+  const std::list<char> characters(text.begin(), text.end());
+  std::vector<char> bytes;
+  bool ok = false;
+  Base64Decode(characters.begin(), characters.end(), std::back_inserter(bytes), ok);
+  return {std::string(bytes.begin(), bytes.end()), ok};
+}
+
+std::string encodePlainly(const std::string& bytes) {
+  const std::list<char> range(bytes.begin(), bytes.end());
+  std::vector<char> text;
+  Base64Encode(range.begin(), range.end(), std::back_inserter(text));
+  return std::string(text.begin(), text.end());
+}
+
+Decoded good(std::string_view bytes) {
+  return {std::string(bytes), true};
+}
+
+Decoded bad(std::string_view bytes) {
+  return {std::string(bytes), false};
+}
+
+std::string someBytes(std::size_t size, unsigned seed = 1) {
+  std::minstd_rand random(seed);
+  std::string bytes(size, '\0');
+  for (char& byte : bytes)
+    byte = static_cast<char>(random() >> 8);
+  return bytes;
+}
+
+TEST(Base64, EncodesTheVectorsOfTheRfc) {
+  const std::array<std::array<const char*, 2>, 7> vectors = {{{"", ""},
+                                                              {"f", "Zg=="},
+                                                              {"fo", "Zm8="},
+                                                              {"foo", "Zm9v"},
+                                                              {"foob", "Zm9vYg=="},
+                                                              {"fooba", "Zm9vYmE="},
+                                                              {"foobar", "Zm9vYmFy"}}};
+  for (const auto& [bytes, text] : vectors) {
+    EXPECT_EQ(encode(bytes), text);
+    EXPECT_EQ(encodePlainly(bytes), text);
+    EXPECT_EQ(decode(text), good(bytes));
+    EXPECT_EQ(decodePlainly(text), good(bytes));
+  }
+}
+
+TEST(Base64, EncodesWithoutLineBreaks) {
+  EXPECT_EQ(encode(std::string(57, 'x')).size(), 76u);
+  EXPECT_EQ(encode(someBytes(100000)).find_first_of("\r\n"), std::string::npos);
+}
+
+TEST(Base64, AppendsToWhatIsThere) {
+  std::string text = "text: ";
+  const std::string bytes = "foo";
+  *Base64Encode(bytes.begin(), bytes.end(), std::back_inserter(text)) = '!';
+  EXPECT_EQ(text, "text: Zm9v!");
+
+  bool ok = false;
+  std::string out = "bytes: ";
+  const std::string encoded = "Zm9v";
+  *Base64Decode(encoded.begin(), encoded.end(), std::back_inserter(out), ok) = '!';
+  EXPECT_EQ(out, "bytes: foo!");
+}
+
+TEST(Base64, EncodesEveryLengthAsThePlainTemplateDoes) {
+  for (std::size_t size = 0; size < 400; ++size)
+    EXPECT_EQ(encode(someBytes(size)), encodePlainly(someBytes(size))) << size;
+  for (const std::size_t size : {3071, 3072, 3073, 3074, 3075, 6144, 10000, 100001})
+    EXPECT_EQ(encode(someBytes(size)), encodePlainly(someBytes(size))) << size;
+}
+
+TEST(Base64, DecodesWhatItHasEncodedAtEveryLength) {
+  for (std::size_t size = 0; size < 400; ++size)
+    EXPECT_EQ(decode(encode(someBytes(size))), good(someBytes(size))) << size;
+  for (const std::size_t size : {3071, 3072, 3073, 6143, 6144, 6145, 100001})
+    EXPECT_EQ(decode(encode(someBytes(size))), good(someBytes(size))) << size;
+}
+
+TEST(Base64, SkipsWhiteSpaceAndWhateverLiesOutsideItsRange) {
+  EXPECT_EQ(decode("Zm9v\nYmFy"), good("foobar"));
+  EXPECT_EQ(decode("\r\n Z\tm9-v Ym.Fy{|}~\x7F\x80\xFF,*!\n"), good("foobar"));
+  EXPECT_EQ(decode("-\n \t"), good(""));
+  EXPECT_EQ(decode("Zg\n=\n="), good("f"));
+}
+
+TEST(Base64, FailsAtATextThatEndsInsideAGroup) {
+  EXPECT_EQ(decode("Zm9"), bad(""));
+  EXPECT_EQ(decode("Z"), bad(""));
+  EXPECT_EQ(decode("="), bad(""));
+  EXPECT_EQ(decode("Zm9vY"), bad("foo"));
+  EXPECT_EQ(decode("Zm9v\nYm\n"), bad("foo"));
+  EXPECT_EQ(decode("Zm9vZg="), bad("foo"));
+}
+
+TEST(Base64, FailsAtPaddingWhereNoneCanBe) {
+  for (const char* group : {"=m9v", "Z=9v", "==9v", "====", "Zg=a", "Z==="}) {
+    EXPECT_EQ(decode(group), bad("")) << group;
+    EXPECT_EQ(decode("Zm9v" + std::string(group) + "Zm9v"), bad("foo")) << group;
+  }
+}
+
+TEST(Base64, GoesOnAfterPadding) {
+  EXPECT_EQ(decode("QQ==QQ=="), good("AA"));
+  EXPECT_EQ(decode("Zm8=Zm9v"), good("fofoo"));
+}
+
+TEST(Base64, DropsPaddingBitsThatReachNoByte) {
+  EXPECT_EQ(decode("Zh=="), good("f"));
+  EXPECT_EQ(decode("Zm9="), good("fo"));
+}
+
+TEST(Base64, TakesForeignCharactersOfItsRangeForZero) {
+  EXPECT_EQ(decode("Zm:v"), good("f`/"));
+  for (const char c : std::string(":;<>?@[\\]^_`")) {
+    const std::string group{'Z', 'm', c, 'v'};
+    EXPECT_EQ(decode(group), good("f`/")) << c;
+    EXPECT_EQ(decode(std::string(4, c)), good(std::string_view("\0\0\0", 3))) << c;
+  }
+}
+
+TEST(Base64, KeepsTheBytesOfTheGroupsBeforeTheFault) {
+  const std::string bytes = someBytes(30000);
+  EXPECT_EQ(decode(encode(bytes) + "Zg=a"), bad(bytes));
+  EXPECT_EQ(decode(encode(bytes) + "Zm9vZ"), bad(bytes + "foo"));
+}
+
+TEST(Base64, DecodesEveryCharacterAtEveryPlaceAsThePlainTemplateDoes) {
+  const std::string text = encode(someBytes(96));
+  for (std::size_t place = 0; place < text.size(); ++place) {
+    for (int c = 0; c < 256; ++c) {
+      std::string changed = text;
+      changed[place] = static_cast<char>(c);
+      ASSERT_EQ(decode(changed), decodePlainly(changed)) << "character " << c << " at " << place;
+      changed = text;
+      changed.insert(place, 1, static_cast<char>(c));
+      ASSERT_EQ(decode(changed), decodePlainly(changed)) << "character " << c << " before " << place;
+    }
+  }
+}
+
+TEST(Base64, DecodesLinesOfEveryLengthAsThePlainTemplateDoes) {
+  const std::string text = encode(someBytes(9000));
+  for (std::size_t length = 1; length < 140; ++length) {
+    for (const char* end : {"\n", "\r\n", "\n  \t", ";", "="}) {
+      std::string lines;
+      for (std::size_t i = 0; i < text.size(); i += length)
+        lines += text.substr(i, length) + end;
+      ASSERT_EQ(decode(lines), decodePlainly(lines)) << length << " and " << end;
+    }
+  }
+}
+
+TEST(Base64, IsTheSameOnProcessorsThatHaveNothingSpecial) {
+  const std::string bytes = someBytes(300);
+  std::string text(400, '?');
+  nativeutils::encodeGroupwise(reinterpret_cast<const unsigned char*>(bytes.data()), 100, text.data());
+  EXPECT_EQ(text, encodePlainly(bytes));
+
+  const std::string wrapped = " " + text.substr(0, 76) + "\r\n" + text.substr(76);
+  const auto* const begin = reinterpret_cast<const unsigned char*>(wrapped.data());
+  std::vector<unsigned char> out(300 + nativeutils::decodingSlack);
+  const nativeutils::DecodedRun run = nativeutils::decodeGroupwise(begin, begin + wrapped.size(), 1000, out.data());
+  EXPECT_EQ(run.groups, 100u);
+  EXPECT_EQ(run.next, begin + wrapped.size());
+  EXPECT_EQ(std::string(out.begin(), out.begin() + 300), bytes);
+}
+
+class Base64Functions : public nativeutils_test::LoggedTest {
+ protected:
+  std::string out = "former";
+};
+
+constexpr const char* badEncoding = "INFO Invalid arguments to utilEncodeDataInBase64.";
+constexpr const char* badDecoding = "INFO Invalid arguments to utilDecodeBase64Data.";
+constexpr const char* undecodable = "INFO Failed to decode from base 64.";
+
+TEST_F(Base64Functions, EncodingAppends) {
+  EXPECT_TRUE(utilEncodeDataInBase64("foobar", 6, out));
+  EXPECT_EQ(out, "formerZm9vYmFy");
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(Base64Functions, EncodingEndsAtTheFirstZeroByteWhateverTheLength) {
+  EXPECT_TRUE(utilEncodeDataInBase64("A\0B", 3, out));
+  EXPECT_TRUE(utilEncodeDataInBase64("A", 1000, out));
+  EXPECT_TRUE(utilEncodeDataInBase64("A", -1, out));
+  EXPECT_TRUE(utilEncodeDataInBase64("", 5, out));
+  EXPECT_EQ(out, "formerQQ==QQ==QQ==");
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(Base64Functions, EncodingRefusesNullAndALengthOfZero) {
+  EXPECT_FALSE(utilEncodeDataInBase64(nullptr, 3, out));
+  EXPECT_FALSE(utilEncodeDataInBase64("foo", 0, out));
+  EXPECT_EQ(out, "former");
+  EXPECT_THAT(logged(), ElementsAre(badEncoding, badEncoding));
+}
+
+TEST_F(Base64Functions, ATextMayBeEncodedBehindItself) {
+  out = std::string(1000, 'x');
+  out.shrink_to_fit();
+  EXPECT_TRUE(utilEncodeDataInBase64(out.c_str() + 997, 3, out));
+  EXPECT_EQ(out, std::string(1000, 'x') + "eHh4");
+}
+
+TEST_F(Base64Functions, DecodingReplacesTheOutput) {
+  EXPECT_TRUE(utilDecodeBase64Data("Zm9v\nYmFy", 9, out));
+  EXPECT_EQ(out, "foobar");
+  EXPECT_TRUE(utilDecodeBase64Data("AAAB", -1, out));
+  EXPECT_EQ(out, std::string("\0\0\1", 3));
+  EXPECT_TRUE(utilDecodeBase64Data("", 7, out));
+  EXPECT_EQ(out, "");
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(Base64Functions, DecodingEndsAtTheFirstZeroByteWhateverTheLength) {
+  EXPECT_TRUE(utilDecodeBase64Data("Zm9v\0YmFy", 9, out));
+  EXPECT_EQ(out, "foo");
+}
+
+TEST_F(Base64Functions, DecodingRefusesNullAndALengthOfZero) {
+  EXPECT_FALSE(utilDecodeBase64Data("Zm9v", 0, out));
+  EXPECT_FALSE(utilDecodeBase64Data(nullptr, 4, out));
+  EXPECT_EQ(out, "former");
+  EXPECT_THAT(logged(), ElementsAre(badDecoding, badDecoding));
+}
+
+TEST_F(Base64Functions, DecodingThatFailsLeavesTheOutputAlone) {
+  EXPECT_FALSE(utilDecodeBase64Data("Zm9vZg=", 7, out));
+  EXPECT_EQ(out, "former");
+  EXPECT_THAT(logged(), ElementsAre(undecodable));
+}
+
+TEST_F(Base64Functions, AStringMayBeDecodedOntoItself) {
+  out = encode(someBytes(5000));
+  EXPECT_TRUE(utilDecodeBase64Data(out.c_str(), 1, out));
+  EXPECT_EQ(out, someBytes(5000));
+}
+
+}  // namespace
