@@ -1,0 +1,13 @@
+// What bench-nativeutils measures: each function prints its figures, and each stands in a file of its own.
+
+#pragma once
+
+namespace bench {
+
+// As many pairs as make a median steady.
+constexpr int repetitions = 9;
+
+// Base64 against OpenSSL's, and text with line breaks against text without.
+void measureBase64();
+
+}  // namespace bench
