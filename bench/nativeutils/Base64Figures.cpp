@@ -115,7 +115,7 @@ void measureDecoding(const std::string& size, const std::string& bytes) {
 }  // namespace
 
 void measureBase64() {
-  for (const std::size_t mebibytes : {1, 64}) {
+  for (const unsigned mebibytes : {1u, 64u}) {
     const std::string size = std::to_string(mebibytes) + " MiB";
     const std::string bytes = makeBytes(mebibytes * mebibyte);
     measureEncoding(size, bytes);

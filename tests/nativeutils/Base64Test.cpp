@@ -110,14 +110,14 @@ TEST(Base64, AppendsToWhatIsThere) {
 TEST(Base64, EncodesEveryLengthAsThePlainTemplateDoes) {
   for (std::size_t size = 0; size < 400; ++size)
     EXPECT_EQ(encode(someBytes(size)), encodePlainly(someBytes(size))) << size;
-  for (const std::size_t size : {3071, 3072, 3073, 3074, 3075, 6144, 10000, 100001})
+  for (const unsigned size : {3071u, 3072u, 3073u, 3074u, 3075u, 6144u, 10000u, 100001u})
     EXPECT_EQ(encode(someBytes(size)), encodePlainly(someBytes(size))) << size;
 }
 
 TEST(Base64, DecodesWhatItHasEncodedAtEveryLength) {
   for (std::size_t size = 0; size < 400; ++size)
     EXPECT_EQ(decode(encode(someBytes(size))), good(someBytes(size))) << size;
-  for (const std::size_t size : {3071, 3072, 3073, 6143, 6144, 6145, 100001})
+  for (const unsigned size : {3071u, 3072u, 3073u, 6143u, 6144u, 6145u, 100001u})
     EXPECT_EQ(decode(encode(someBytes(size))), good(someBytes(size))) << size;
 }
 
