@@ -1,12 +1,25 @@
-// Where the program lies.
+// The running program: where it lies and what it was built for.
 
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace platform {
 
+enum class Architecture { x86, x86_64, ppc, ppc64, other };
+
 // The folder that holds the running executable, whatever folder it was started from; "" when the system does not tell.
 std::string bundlePath();
+
+// The running executable; "" when the system does not tell. One that has been removed since keeps its path.
+std::string executablePath();
+
+// What the running executable's file holds code for; empty when it cannot be read.
+std::vector<Architecture> executableArchitectures();
+
+// The same of any file: empty unless it is an executable of this kind of system. A program with the instructions of a
+// 64-bit processor and pointers of 32 bits (x32) counts as `other`.
+std::vector<Architecture> architecturesOf(const std::string& file);
 
 }  // namespace platform

@@ -10,4 +10,18 @@ std::optional<SystemVersion> systemVersion() {
   return systemVersionOfRelease(system.release);
 }
 
+std::optional<int> systemVersionPart(VersionPart part) {
+  const std::optional<SystemVersion> version = systemVersion();
+  if (!version) return std::nullopt;
+  switch (part) {
+    case VersionPart::major:
+      return version->major;
+    case VersionPart::minor:
+      return version->minor;
+    case VersionPart::bugFix:
+      return version->bugFix;
+  }
+  return std::nullopt;
+}
+
 }  // namespace platform

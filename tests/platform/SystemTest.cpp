@@ -11,6 +11,7 @@
 #include "platform/Threads.h"
 #include "platform/UserFolders.h"
 #include "tests/support/Child.h"
+#include "tests/support/Files.h"
 #include "tests/support/Home.h"
 
 namespace {
@@ -60,6 +61,60 @@ TEST(Bundle, IsTheFolderOfTheExecutableWhateverTheWorkingFolderIs) {
   std::filesystem::current_path("/");
   EXPECT_EQ(platform::bundlePath(), folder.string());
   std::filesystem::current_path(former);
+}
+
+TEST(Bundle, KnowsItsExecutableEvenWhenItHasBeenRemoved) {
+  const support::TemporaryFolder folder;
+  const std::string copy = folder / "a program";
+  std::filesystem::copy("/proc/self/exe", copy);
+  const std::string question = "--gtest_filter=Bundle.DISABLED_RemovesItself";
+  support::Child program([&] {
+    ::execl(copy.c_str(), copy.c_str(), question.c_str(), "--gtest_also_run_disabled_tests", "--gtest_brief=1",
+            nullptr);
+    return 127;
+  });
+  EXPECT_EQ(program.wait(), 0);
+}
+
+// Run as a program of its own by the test before.
+TEST(Bundle, DISABLED_RemovesItself) {
+  const std::string path = platform::executablePath();
+  std::filesystem::remove(path);
+  EXPECT_EQ(platform::executablePath(), path);
+  EXPECT_EQ(platform::executableArchitectures().size(), 1u);
+}
+
+TEST(Bundle, IsBuiltForWhatItsFileSays) {
+  using platform::Architecture;
+  const support::TemporaryFolder folder;
+  const auto architecture = [&](unsigned char wordClass, unsigned char order, unsigned machine) {
+    std::string header =
+        "\x7f"
+        "ELF";
+    header += {static_cast<char>(wordClass), static_cast<char>(order)};
+    header.resize(18);
+    const auto low = static_cast<char>(machine & 0xff), high = static_cast<char>(machine >> 8);
+    header += order == 1 ? std::string{low, high} : std::string{high, low};
+    support::writeFile(folder / "program", header);
+    return platform::architecturesOf(folder / "program");
+  };
+  EXPECT_EQ(architecture(2, 1, 62), std::vector{Architecture::x86_64});
+  EXPECT_EQ(architecture(1, 1, 62), std::vector{Architecture::other}) << "x32";
+  EXPECT_EQ(architecture(1, 1, 3), std::vector{Architecture::x86});
+  EXPECT_EQ(architecture(1, 2, 20), std::vector{Architecture::ppc});
+  EXPECT_EQ(architecture(2, 2, 21), std::vector{Architecture::ppc64});
+  EXPECT_EQ(architecture(2, 1, 21), std::vector{Architecture::ppc64});
+  EXPECT_EQ(architecture(2, 1, 183), std::vector{Architecture::other});
+}
+
+TEST(Bundle, AFileThatIsNoProgramIsBuiltForNothing) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "script", "#!/bin/sh\nexit 0; exit 0; exit 0\n");
+  support::writeFile(folder / "short",
+                     "\x7f"
+                     "ELF");
+  for (const std::string& file : {folder / "script", folder / "short", folder / "none", folder.path()})
+    EXPECT_TRUE(platform::architecturesOf(file).empty()) << file;
 }
 
 TEST(HomeFolder, ComesFromThePasswordDatabaseAndNotFromTheEnvironment) {

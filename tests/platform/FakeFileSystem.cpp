@@ -1,0 +1,31 @@
+#include "tests/platform/FakeFileSystem.h"
+
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <cstdarg>
+
+using namespace platform_test;
+
+// Both take the place of the C library's.
+extern "C" int statfs(const char* path, struct statfs* system) noexcept {
+  const auto result = static_cast<int>(::syscall(SYS_statfs, path, system));
+  if (result == 0 && fakeType) system->f_type = static_cast<decltype(system->f_type)>(*fakeType);
+  return result;
+}
+
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  if (request != FS_IOC_GETFLAGS || !fakeFlags) return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
+  struct stat item {};
+  if (::fstat(fd, &item) != 0 || !S_ISDIR(item.st_mode)) ++filesAsked;
+  *static_cast<int*>(argument) = *fakeFlags;
+  return 0;
+}

@@ -1,0 +1,19 @@
+// Stands in for what the kernel says of file systems that a test cannot mount; a test that links FakeFileSystem.cpp
+// decides that.
+
+#pragma once
+
+#include <optional>
+
+namespace platform_test {
+
+// The type of every file system; nothing: what the kernel says.
+inline std::optional<unsigned> fakeType;
+
+// The attributes of every folder; nothing: what the kernel says.
+inline std::optional<int> fakeFlags;
+
+// How many files were asked for the attributes of a folder.
+inline int filesAsked = 0;
+
+}  // namespace platform_test
