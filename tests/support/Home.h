@@ -37,17 +37,17 @@ inline std::string freshHome() {
   return home;
 }
 
-// Replaces the password database of this run until the end of the scope.
-class PasswordDatabase {
+// Replaces a database of this run, the file that a variable names, until the end of the scope.
+class ReplacedDatabase {
  public:
-  explicit PasswordDatabase(const std::string& entries) : path_(std::getenv("NSS_WRAPPER_PASSWD")) {
+  ReplacedDatabase(const char* variable, const std::string& entries) : path_(std::getenv(variable)) {
     std::ifstream file(path_);
     former_.assign(std::istreambuf_iterator<char>(file), {});
     replace(entries);
   }
-  PasswordDatabase(const PasswordDatabase&) = delete;
-  PasswordDatabase& operator=(const PasswordDatabase&) = delete;
-  ~PasswordDatabase() { replace(former_); }
+  ReplacedDatabase(const ReplacedDatabase&) = delete;
+  ReplacedDatabase& operator=(const ReplacedDatabase&) = delete;
+  ~ReplacedDatabase() { replace(former_); }
 
  private:
   // The wrapper notices a change by the second in which the file was modified.
@@ -59,6 +59,16 @@ class PasswordDatabase {
 
   std::string path_;
   std::string former_;
+};
+
+class PasswordDatabase : public ReplacedDatabase {
+ public:
+  explicit PasswordDatabase(const std::string& entries) : ReplacedDatabase("NSS_WRAPPER_PASSWD", entries) {}
+};
+
+class GroupDatabase : public ReplacedDatabase {
+ public:
+  explicit GroupDatabase(const std::string& entries) : ReplacedDatabase("NSS_WRAPPER_GROUP", entries) {}
 };
 
 }  // namespace support

@@ -1,0 +1,113 @@
+#include "applog/Logger.h"
+#include "nativeutils/Component.h"
+#include "nativeutils/Files.h"
+#include "nativeutils/Strings.h"
+#include "nativeutils/System.h"
+#include "nativeutils/UserFolder.h"
+#include "platform/AutoreleasePool.h"
+#include "platform/Folders.h"
+#include "platform/PathString.h"
+
+using nativeutils::kComponent;
+using platform::findFolder;
+using platform::FolderDomain;
+using platform::FolderKind;
+using platform::FolderSearch;
+using Failure = platform::FolderSearch::Failure;
+
+namespace {
+
+bool getDataFolder(FolderDomain domain, std::string& path) {
+  const FolderSearch folder = findFolder(domain, FolderKind::applicationSupport);
+  Logger* const log = Logger::getInstance();
+  // Both callers' failures stand in the log under the name of the first.
+  switch (folder.failure) {
+    case Failure::find:
+      log->logWarn(kComponent, "Failed in finding location information  in utilGetUserAppDataFolder error:%d",
+                   folder.status);
+      return false;
+    case Failure::path:
+      log->logWarn(kComponent, "Failed in path conversion in utilGetUserAppDataFolder error:%d", folder.status);
+      return false;
+    case Failure::text:
+      log->logWarn(kComponent, "Error in allocating memory in utilGetUserAppDataFolder");
+      return false;
+    case Failure::none:
+      break;
+  }
+  path = folder.path;
+  return true;
+}
+
+std::string freshUuid() {
+  std::string text;
+  utilGetUUIDString(text);
+  return text;
+}
+
+}  // namespace
+
+bool utilGetUserAppDataFolder(std::string& path) {
+  const platform::AutoreleaseScope scope;
+  return getDataFolder(FolderDomain::user, path);
+}
+
+bool utilGetSystemApplicationSupportFolderPath(std::string& path) {
+  const platform::AutoreleaseScope scope;
+  return getDataFolder(FolderDomain::system, path);
+}
+
+bool utilGetQRBPath(std::string& path) {
+  const platform::AutoreleaseScope scope;
+  path = findFolder(FolderDomain::local, FolderKind::applicationSupport).path + "/Orvane";
+  return true;
+}
+
+bool utilGetApplicationsPath(std::string& path) {
+  const platform::AutoreleaseScope scope;
+  path = findFolder(FolderDomain::local, FolderKind::applications).path;
+  return true;
+}
+
+bool utilGetVormInstallPath(std::string& path) {
+  const platform::AutoreleaseScope scope;
+  const FolderSearch folder = findFolder(FolderDomain::local, FolderKind::utilities);
+  Logger* const log = Logger::getInstance();
+  switch (folder.failure) {
+    case Failure::find:
+      log->logFatal(kComponent, "Error creating Application-Utilities install path for Kelvo, Error Code: %d",
+                    folder.status);
+      return false;
+    case Failure::path:
+      log->logFatal(kComponent, "Error in converting path into POSIX-style pathname, Error Code: %d", folder.status);
+      return false;
+    case Failure::text:
+      log->logFatal(kComponent, "Error converting Application-Utilities path as C string to string");
+      return false;
+    case Failure::none:
+      break;
+  }
+  path = folder.path + "/Orvane Application Manager/";
+  return true;
+}
+
+bool utilGetUSFPath(std::string& path) {
+  const platform::AutoreleaseScope scope;
+  std::string home;
+  utilGetUserFolderPath(home);
+  for (const std::string& place : {home + "/Applications", home + "/Library/Application Support", "/tmp/" + freshUuid(),
+                                   home + "/" + freshUuid()}) {
+    const std::string candidate = place + "/Orvane/TARN/Kelvo/";
+    std::string existing;
+    if (!utilIsCreatableWritablePath(candidate.c_str(), existing)) continue;
+    path = candidate;
+    return true;
+  }
+  return false;
+}
+
+bool utilGetUSfPathFromKelvoPath(const std::string& kelvoPath, std::string& usfPath) {
+  const platform::AutoreleaseScope scope;
+  usfPath = platform::deletingLastPathComponent(kelvoPath);
+  return true;
+}

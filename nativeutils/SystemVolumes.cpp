@@ -1,0 +1,74 @@
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+
+#include "applog/Logger.h"
+#include "nativeutils/Component.h"
+#include "nativeutils/System.h"
+#include "platform/AutoreleasePool.h"
+#include "platform/Volumes.h"
+
+using nativeutils::kComponent;
+
+namespace {
+
+void cutSlashesAtTheEnd(std::string& path) {
+  path.erase(std::max<std::size_t>(path.find_last_not_of('/') + 1, 1));
+}
+
+// Of an absolute path, in place: one that is too long may have many thousands of components.
+void goToParent(std::string& path) {
+  cutSlashesAtTheEnd(path);
+  path.erase(path.rfind('/') + 1);
+  cutSlashesAtTheEnd(path);
+}
+
+// Of the path or, when it does not exist, of its nearest ancestor that does.
+std::optional<std::string> mountPointOfNearest(std::string path) {
+  for (;;) {
+    std::optional<std::string> mountPoint = platform::mountPointOf(path);
+    if (mountPoint) return mountPoint;
+    const bool mayHaveAnAncestor = errno == ENOENT || errno == ENAMETOOLONG;
+    if (!mayHaveAnAncestor || path == "/") return std::nullopt;
+    goToParent(path);
+  }
+}
+
+}  // namespace
+
+bool util_getVolumePath(const std::string& path, std::string& volumePath) {
+  const platform::AutoreleaseScope scope;
+  const bool absolute = !path.empty() && path.front() == '/';
+  const std::optional<std::string> mountPoint = absolute ? mountPointOfNearest(path) : std::nullopt;
+  if (!mountPoint) {
+    Logger::getInstance()->logError(kComponent, "Error in getting ... util_getVolumePath");
+    return false;
+  }
+  volumePath = *mountPoint;
+  return true;
+}
+
+bool utilGetVolumeNameOfPath(const std::string& path, std::string& volumeName) {
+  const platform::AutoreleaseScope scope;
+  if (path.empty()) {
+    Logger::getInstance()->logWarn(kComponent, "utilGetVolumeNameOfPath empty path");
+    return false;
+  }
+  std::string mountPoint;
+  if (!util_getVolumePath(path, mountPoint)) {
+    Logger::getInstance()->logWarn(kComponent, "utilGetVolumeNameOfPath failed to get volume path.");
+    return false;
+  }
+  const std::optional<std::string> name = platform::volumeNameOf(mountPoint);
+  if (!name) return false;
+  volumeName = *name;
+  return true;
+}
+
+bool utilIsDriveCaseSensitive(std::string path, bool& caseSensitive) {
+  const platform::AutoreleaseScope scope;
+  const std::optional<bool> answer = platform::tellsCaseApart(path);
+  if (!answer) return false;
+  caseSensitive = *answer;
+  return true;
+}

@@ -1,0 +1,146 @@
+// What the system queries say and answer when the system does not tell, and of programs in a bundle.
+
+#include "nativeutils/NativeUtils.h"
+#include "tests/nativeutils/FakeSystem.h"
+#include "tests/nativeutils/NativeUtilsLog.h"
+
+namespace {
+
+using nativeutils_test::FakeSystem;
+using nativeutils_test::fakeSystem;
+using platform::Architecture;
+using platform::VersionPart;
+using Failure = platform::FolderSearch::Failure;
+using Lines = std::vector<std::string>;
+
+class SystemFailureTest : public nativeutils_test::LoggedTest {
+ protected:
+  SystemFailureTest() { fakeSystem = FakeSystem{}; }
+
+  // Asks for the folder, which must not be found, and gives what was logged.
+  Lines failing(bool (*query)(std::string&), Failure failure, int status) {
+    fakeSystem.folder = {failure, status, "/known"};
+    std::string path = "former";
+    forget();
+    EXPECT_FALSE(query(path));
+    EXPECT_EQ(path, "former");
+    return logged();
+  }
+
+  Lines failingVersion(VersionPart part) {
+    fakeSystem.untold = part;
+    os_version version{1, 2, 3};
+    forget();
+    EXPECT_FALSE(utilGetCurrentOSVersion(version));
+    EXPECT_EQ(version.major, 1);
+    EXPECT_EQ(version.minor, 2);
+    EXPECT_EQ(version.bugFix, 3);
+    return logged();
+  }
+
+  static std::string nameOf(const std::string& bundle, const std::string& executable) {
+    fakeSystem.bundle = bundle;
+    fakeSystem.executable = executable;
+    std::string name = "former";
+    EXPECT_TRUE(utilGetApplicationName(name));
+    return name;
+  }
+
+  static bool is64Bit(const std::vector<Architecture>& architectures) {
+    fakeSystem.architectures = architectures;
+    return utilIs64Bit();
+  }
+};
+
+TEST_F(SystemFailureTest, ADataFolderThatIsNotFoundIsAWarningWithTheStatus) {
+  for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
+    EXPECT_EQ(failing(query, Failure::find, -43),
+              Lines{"WARN Failed in finding location information  in utilGetUserAppDataFolder error:-43"});
+  }
+}
+
+TEST_F(SystemFailureTest, ADataFolderWithoutAPathIsAWarningWithTheStatus) {
+  for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
+    EXPECT_EQ(failing(query, Failure::path, 36),
+              Lines{"WARN Failed in path conversion in utilGetUserAppDataFolder error:36"});
+  }
+}
+
+TEST_F(SystemFailureTest, ADataFolderThatIsNoTextIsAWarning) {
+  for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
+    EXPECT_EQ(failing(query, Failure::text, 84), Lines{"WARN Error in allocating memory in utilGetUserAppDataFolder"});
+  }
+}
+
+TEST_F(SystemFailureTest, EachFailureOfTheInstallPathIsFatal) {
+  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::find, 13),
+            Lines{"FATAL Error creating Application-Utilities install path for Kelvo, Error Code: 13"});
+  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::path, 36),
+            Lines{"FATAL Error in converting path into POSIX-style pathname, Error Code: 36"});
+  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::text, 84),
+            Lines{"FATAL Error converting Application-Utilities path as C string to string"});
+}
+
+TEST_F(SystemFailureTest, TheSharedFoldersAreNamedWhetherTheyWereFoundOrNot) {
+  fakeSystem.folder = {Failure::find, 13, "/known"};
+  std::string path;
+  EXPECT_TRUE(utilGetQRBPath(path));
+  EXPECT_EQ(path, "/known/Orvane");
+  EXPECT_TRUE(utilGetApplicationsPath(path));
+  EXPECT_EQ(path, "/known");
+  EXPECT_EQ(logged(), Lines{});
+}
+
+TEST_F(SystemFailureTest, AVersionNumberThatIsNotToldIsFatalAndChangesNothing) {
+  EXPECT_EQ(failingVersion(VersionPart::major), Lines{"FATAL Unable to retrieve OS major version"});
+  EXPECT_EQ(failingVersion(VersionPart::minor), Lines{"FATAL Unable to retrieve OS minor version"});
+  EXPECT_EQ(failingVersion(VersionPart::bugFix), Lines{"FATAL Unable to retrieve OS bug fix version"});
+}
+
+TEST_F(SystemFailureTest, AnApplicationIsCalledByItsBundleAndAnotherProgramByItsFile) {
+  EXPECT_EQ(nameOf("/Applications/Tool.app", "/Applications/Tool.app/Contents/MacOS/runner"), "Tool.app");
+  EXPECT_EQ(nameOf("/usr/bin", "/usr/bin/runner"), "runner");
+  EXPECT_EQ(nameOf("/opt/Tool.apps", "/opt/Tool.apps/runner"), "runner");
+  EXPECT_EQ(nameOf("", ""), "");
+}
+
+TEST_F(SystemFailureTest, AnApplicationLiesWhereItsBundleIsAndAnotherProgramInItsFolder) {
+  std::string path;
+  fakeSystem.bundle = "/Applications/Tool.app";
+  EXPECT_TRUE(utilGetSelfPath(path));
+  EXPECT_EQ(path, "/Applications");
+  fakeSystem.bundle = "/usr/bin";
+  EXPECT_TRUE(utilGetSelfPath(path));
+  EXPECT_EQ(path, "/usr/bin");
+}
+
+TEST_F(SystemFailureTest, AProgramWithoutABundleDoesNotKnowWhereItLies) {
+  std::string path = "former";
+  EXPECT_FALSE(utilGetSelfPath(path));
+  EXPECT_EQ(path, "former");
+}
+
+TEST_F(SystemFailureTest, CodeForEitherOfTwoProcessorsIsSixtyFourBit) {
+  EXPECT_TRUE(is64Bit({Architecture::x86, Architecture::x86_64}));
+  EXPECT_TRUE(is64Bit({Architecture::ppc64}));
+  EXPECT_FALSE(is64Bit({Architecture::x86, Architecture::ppc, Architecture::other}));
+  EXPECT_FALSE(is64Bit({}));
+}
+
+TEST_F(SystemFailureTest, AVolumeWithoutANameIsAFailureWithoutAMessage) {
+  fakeSystem.mountPoint = "/gone";
+  std::string name = "former";
+  EXPECT_FALSE(utilGetVolumeNameOfPath("/gone/file", name));
+  EXPECT_EQ(name, "former");
+  EXPECT_EQ(logged(), Lines{});
+}
+
+TEST_F(SystemFailureTest, APathThatMayNotBeLookedAtIsOnNoVolumeEvenIfItsParentIs) {
+  std::string name = "former";
+  EXPECT_FALSE(utilGetVolumeNameOfPath("/closed/file", name));
+  EXPECT_EQ(name, "former");
+  EXPECT_EQ(logged(), (Lines{"ERROR Error in getting ... util_getVolumePath",
+                             "WARN utilGetVolumeNameOfPath failed to get volume path."}));
+}
+
+}  // namespace

@@ -1,0 +1,132 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "nativeutils/NativeUtils.h"
+#include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/Powers.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+std::string volumeOf(const std::string& path) {
+  std::string volume = "former";
+  return util_getVolumePath(path, volume) ? volume : "(false) " + volume;
+}
+
+std::string nameOf(const std::string& path) {
+  std::string name = "former";
+  return utilGetVolumeNameOfPath(path, name) ? name : "(false) " + name;
+}
+
+class SystemVolumesTest : public nativeutils_test::LoggedTest {
+ protected:
+  // What the two say that look for a volume in vain.
+  const std::string error = "ERROR Error in getting ... util_getVolumePath";
+  const std::string warning = "WARN utilGetVolumeNameOfPath failed to get volume path.";
+
+  const support::TemporaryFolder folder;
+};
+
+TEST_F(SystemVolumesTest, IsTheMountPointOfThePath) {
+  EXPECT_EQ(volumeOf("/proc"), "/proc");
+  EXPECT_EQ(volumeOf("/proc/self/status"), "/proc");
+  EXPECT_EQ(volumeOf("/"), "/");
+  EXPECT_EQ(logged(), Lines{});
+}
+
+TEST_F(SystemVolumesTest, AMissingFileLiesWhereItsNearestAncestorDoes) {
+  EXPECT_EQ(volumeOf("/tmp/no-such-file"), volumeOf("/tmp"));
+  EXPECT_EQ(volumeOf("/proc/no/such//file/"), "/proc");
+  EXPECT_EQ(volumeOf("//no/such"), "/");
+  EXPECT_EQ(logged(), Lines{});
+}
+
+TEST_F(SystemVolumesTest, ASymbolicLinkLiesWhereItLeadsAndADanglingOneWhereItIs) {
+  ASSERT_EQ(::symlink("/proc/self", (folder / "link").c_str()), 0);
+  ASSERT_EQ(::symlink("/proc/no-such", (folder / "dangling").c_str()), 0);
+  EXPECT_EQ(volumeOf(folder / "link/status"), "/proc");
+  EXPECT_EQ(volumeOf(folder / "dangling"), volumeOf(folder.path()));
+}
+
+TEST_F(SystemVolumesTest, ARelativeOrEmptyPathIsAnError) {
+  EXPECT_EQ(volumeOf("relative/path"), "(false) former");
+  EXPECT_EQ(volumeOf(""), "(false) former");
+  EXPECT_EQ(logged(), (Lines{error, error}));
+}
+
+TEST_F(SystemVolumesTest, ANameTooLongLeavesItToTheFolderAbove) {
+  EXPECT_EQ(volumeOf("/proc/" + std::string(300, 'n')), "/proc");
+}
+
+TEST_F(SystemVolumesTest, APathOfAnyLengthIsPlaced) {
+  std::string endless = "/proc";
+  for (int i = 0; i < 100000; ++i)
+    endless += "/no";
+  EXPECT_EQ(volumeOf(endless), "/proc");
+}
+
+TEST_F(SystemVolumesTest, AFileInThePlaceOfAFolderIsAnError) {
+  support::writeFile(folder / "file", "");
+  EXPECT_EQ(volumeOf(folder / "file/below"), "(false) former");
+  EXPECT_EQ(logged(), Lines{error});
+}
+
+TEST_F(SystemVolumesTest, ALoopOfLinksIsAnError) {
+  ASSERT_EQ(::symlink("loop", (folder / "loop").c_str()), 0);
+  EXPECT_EQ(volumeOf(folder / "loop"), "(false) former");
+  EXPECT_EQ(logged(), Lines{error});
+}
+
+TEST_F(SystemVolumesTest, AFolderThatMayNotBeEnteredIsAnError) {
+  ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0), 0);
+  support::Child powerless([&] {
+    if (!support::giveUpPowers()) return 2;
+    return volumeOf(folder / "closed/file") == "(false) former" ? 0 : 1;
+  });
+  EXPECT_EQ(powerless.wait(), 0);
+  EXPECT_EQ(logged(), Lines{error});
+}
+
+TEST_F(SystemVolumesTest, TheRootIsCalledByItsSlashUnlessItHasALabel) {
+  const std::string name = nameOf("/");
+  EXPECT_FALSE(name.empty());
+  EXPECT_EQ(name, nameOf("/no-such-file"));
+}
+
+TEST_F(SystemVolumesTest, AVolumeWithoutALabelIsCalledByItsMountPoint) {
+  EXPECT_EQ(nameOf("/proc/self"), "proc");
+  EXPECT_EQ(logged(), Lines{});
+}
+
+TEST_F(SystemVolumesTest, AnEmptyPathHasNoVolumeName) {
+  EXPECT_EQ(nameOf(""), "(false) former");
+  EXPECT_EQ(logged(), Lines{"WARN utilGetVolumeNameOfPath empty path"});
+}
+
+TEST_F(SystemVolumesTest, ARelativePathHasNoVolumeNameAndSaysSoTwice) {
+  EXPECT_EQ(nameOf("relative"), "(false) former");
+  EXPECT_EQ(logged(), (Lines{error, warning}));
+}
+
+TEST_F(SystemVolumesTest, OrdinaryVolumesTellCaseApart) {
+  bool sensitive = false;
+  EXPECT_TRUE(utilIsDriveCaseSensitive(folder.path(), sensitive));
+  EXPECT_TRUE(sensitive);
+}
+
+TEST_F(SystemVolumesTest, WhetherCaseIsToldApartIsNotKnownOfAPathThatDoesNotExist) {
+  for (bool sensitive : {false, true}) {
+    const bool former = sensitive;
+    EXPECT_FALSE(utilIsDriveCaseSensitive(folder / "no-such", sensitive));
+    EXPECT_FALSE(utilIsDriveCaseSensitive("", sensitive));
+    EXPECT_EQ(sensitive, former);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,14 @@
+#include "tests/support/FakeLogin.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+// Takes the place of the C library's.
+extern "C" int getlogin_r(char* name, size_t size) {
+  if (support::fakeLogin.empty()) return ENXIO;
+  if (support::fakeLogin.size() >= size) return ERANGE;
+  (void)support::fakeLogin.copy(name, size);
+  name[support::fakeLogin.size()] = '\0';
+  return 0;
+}
