@@ -1,23 +1,31 @@
 #include "nativeutils/Files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <utility>
 
+#include "applog/Logger.h"
+#include "nativeutils/Component.h"
+#include "platform/FileCopy.h"
 #include "platform/FileKind.h"
+#include "platform/FileTree.h"
 #include "platform/PathString.h"
 #include "platform/UserFolders.h"
 
 namespace {
 
+using nativeutils::kComponent;
+
 constexpr unsigned int unchanged = 0xFFFFFFFF;
 
-// The folders above `path` that are not there, outermost first. Those whose paths the system could not take are left
-// out: a path of very many components would need room for each of its prefixes.
+// The folders above `path` that are not there, outermost first, without those whose paths the system does not take.
 std::vector<std::string> missingParents(const std::string& path) {
   std::vector<std::string> missing;
-  std::string child = path;
+  std::string child = path.substr(0, PATH_MAX + 1);
   std::string parent = platform::parentFolder(child);
   // "/" and "." are their own parents, and even they can be out of sight.
   while (parent != child && !platform::isSomethingAt(parent)) {
@@ -47,6 +55,25 @@ std::string nearestExisting(const std::string& path) {
   return parent;
 }
 
+class GivingToTheSuperUser : public platform::TreeVisitor {
+ public:
+  bool enter(const platform::TreeEntry& entry) override {
+    give(entry);
+    return entry.kind == platform::EntryKind::folder;
+  }
+
+  void leave(const platform::TreeEntry& entry) override { give(entry); }
+
+ private:
+  static void give(const platform::TreeEntry& entry) {
+    if (::fchownat(entry.folder, entry.name, 0, 0, AT_SYMLINK_NOFOLLOW) == 0) return;
+    const int error = errno;
+    Logger::getInstance()->logWarn(kComponent,
+                                   "Failed to change owner and group. Errorno (%d) error msg(%s) for ptah %s.", error,
+                                   platform::errorText(error).c_str(), entry.path.c_str());
+  }
+};
+
 }  // namespace
 
 bool utilCreateDirectoryPath(const std::string& path, bool /*unused*/) {
@@ -71,6 +98,110 @@ bool utilFileExitsAtPath(const std::string& path) {
 
 bool utilFolderExitsAtPath(const std::string& path) {
   return platform::kindOf(path) == platform::FileKind::folder;
+}
+
+bool utilRenamePathToPath(const std::string& from, const std::string& to) {
+  if (::rename(from.c_str(), to.c_str()) == 0) return true;
+  const int error = errno;
+  Logger::getInstance()->logFatal(kComponent, "Failed to rename. Error code (%d:%s). Directory from %s to %s.", error,
+                                  platform::errorText(error).c_str(), from.c_str(), to.c_str());
+  return false;
+}
+
+bool utilDeleteFolder(const std::string& path, bool /*unused1*/, bool /*unused2*/) {
+  if (path.empty()) return true;
+
+  const platform::Failure failure = platform::removeTree(path);
+  if (!failure) return true;
+  Logger::getInstance()->logInfo(kComponent, "NOTE Could not remove existing backup path. Error %s.", failure->c_str());
+  return false;
+}
+
+bool utilDeleteFolderIfEmpty(const std::string& path) {
+  if (path.empty()) return true;
+
+  if (!utilFolderExitsAtPath(path)) {
+    Logger::getInstance()->logWarn(kComponent, "utilDeleteFolderIfEmpty.Not a directory: %s.", path.c_str());
+    return false;
+  }
+  if (!platform::entriesOf(path).empty()) {
+    Logger::getInstance()->logInfo(kComponent, "utilDeleteFolderIfEmpty.Files exist at path. %s.", path.c_str());
+    return false;
+  }
+  // What has been put into the folder meanwhile keeps it.
+  const platform::Failure failure = platform::removeObject(path);
+  if (!failure) return true;
+  Logger::getInstance()->logWarn(kComponent, "utilDeleteFolderIfEmpty.Could not remove path:%s Error:%s.", path.c_str(),
+                                 failure->c_str());
+  return false;
+}
+
+bool utilFolderHasPermission(const std::string& path, const PermissionType& type) {
+  if (!utilFolderExitsAtPath(path)) return false;
+  return ::access(path.c_str(), type == PermissionType_Read ? R_OK : W_OK) == 0;
+}
+
+bool utilDeleteFileIfExitsAtPath(const std::string& path, bool /*unused*/) {
+  if (!utilFileExitsAtPath(path)) return true;
+
+  const platform::Failure failure = platform::removeObject(path);
+  if (!failure) return true;
+  Logger::getInstance()->logFatal(kComponent, "Error in utilDeleteFileIfExitsAtPath %s. error %s", path.c_str(),
+                                  failure->c_str());
+  return false;
+}
+
+bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& dstFolder, bool /*unused*/) {
+  Logger* const log = Logger::getInstance();
+  if (!utilFileExitsAtPath(srcFile)) {
+    log->logFatal(kComponent, "Error Src file (%s) does not exits.", srcFile.c_str());
+    return false;
+  }
+  if (!utilFolderExitsAtPath(dstFolder)) {
+    log->logFatal(kComponent,
+                  "Error Failed to copy src file to dst (%s) ... either dst does not exits or not a folder.",
+                  dstFolder.c_str());
+    return false;
+  }
+  const std::string target = platform::appendingPathComponent(dstFolder, platform::lastPathComponent(srcFile));
+  const bool wouldDeleteItself = platform::isSameEntry(srcFile, target) || platform::isLinkTo(srcFile, target);
+  if (!wouldDeleteItself && !utilDeleteFileIfExitsAtPath(target, false)) {
+    log->logFatal(kComponent, "unable to delete dst file (%s).", target.c_str());
+    return false;
+  }
+  const platform::Failure failure = platform::copyFile(srcFile, target);
+  if (!failure) return true;
+  log->logFatal(kComponent, "Error Failed to copy. Error(%s). Src file (%s) to dst file(%s).", failure->c_str(),
+                srcFile.c_str(), target.c_str());
+  return false;
+}
+
+bool utilChown(const std::string& path) {
+  if (path.empty()) {
+    Logger::getInstance()->logWarn(kComponent, "Failed to open fts stream. %s.", path.c_str());
+    return false;
+  }
+  GivingToTheSuperUser visitor;
+  platform::walkTree(path, visitor, platform::Mounts::passedOver);
+  return true;
+}
+
+bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& names) {
+  if (!utilFolderExitsAtPath(path)) return false;
+
+  for (const platform::FolderEntry& entry : platform::entriesOf(path)) {
+    // Most entries are plain files, of which nothing more need be asked.
+    if (entry.kind == platform::EntryKind::other) continue;
+    if (utilFolderExitsAtPath(platform::appendingPathComponent(path, entry.name))) names.push_back(entry.name);
+  }
+  return true;
+}
+
+bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displayName) {
+  if (path.empty() || platform::kindOf(path) != platform::FileKind::none) return false;
+
+  displayName.clear();
+  return true;
 }
 
 bool utilIsCreatableWritablePath(const char* path, std::string& existingPath) {

@@ -47,14 +47,88 @@ bool utilFileExitsAtPath(const std::string& path);
 /// Whether a folder, or a symbolic link to one, is at `path`.
 bool utilFolderExitsAtPath(const std::string& path);
 
+/// Gives an object another path on the same file system, with POSIX `rename`: a file at `to` is replaced in one step,
+/// an empty folder by a folder.
+///
+/// On failure it logs at fatal level "Failed to rename. Error code (%d:%s). Directory from %s to %s." with `errno` and
+/// its text.
 bool utilRenamePathToPath(const std::string& from, const std::string& to);
+
+/// Removes what is at `path`: a file, a symbolic link itself, or a folder with everything in it.
+///
+/// No symbolic link is followed below `path`, not even one that another process puts in the place of a folder in
+/// mid-way, and a slash at the end of `path` changes nothing. Folders of any depth are removed. What others remove
+/// meanwhile is no failure. A failure does not keep the other entries, but a folder that cannot be removed whatever is
+/// in it keeps its contents: a mount point, or a folder in one that may not be written. "/", "." and ".." are refused,
+/// also at the end of a path.
+///
+/// On failure it logs at info level "NOTE Could not remove existing backup path. Error %s." with the first error,
+/// "Permission denied: /tmp/t/a", whatever the path is for.
+/// @param path what shall go; the empty text gives true at once, a path at which nothing is false
+/// @param unused1 has no meaning
+/// @param unused2 has no meaning
+/// @return whether all of it is gone
 bool utilDeleteFolder(const std::string& path, bool unused1, bool unused2);
+
+/// Removes a folder that holds nothing, hidden entries included.
+///
+/// An empty `path` gives true. Logs "utilDeleteFolderIfEmpty.Not a directory: %s." at warning level where no folder is,
+/// "utilDeleteFolderIfEmpty.Files exist at path. %s." at info level where it is not empty, and
+/// "utilDeleteFolderIfEmpty.Could not remove path:%s Error:%s." at warning level when the removal fails, as it does
+/// when another process has put something there since. Of a symbolic link to an empty folder the link is removed.
 bool utilDeleteFolderIfEmpty(const std::string& path);
+
+/// Whether a folder is at `path` that the process's real user may read, or write, by POSIX `access`. Logs nothing.
 bool utilFolderHasPermission(const std::string& path, const PermissionType& type);
+
+/// Removes the file at `path`; of a symbolic link to a file the link.
+///
+/// On failure it logs at fatal level "Error in utilDeleteFileIfExitsAtPath %s. error %s".
+/// @param path the file; where nothing, a dangling symbolic link or a folder is, nothing is done
+/// @param unused has no meaning
+/// @return whether no file is there now
 bool utilDeleteFileIfExitsAtPath(const std::string& path, bool unused);
+
+/// Copies a file into a folder under its own name, in the place of a file that is there.
+///
+/// The former file is deleted first, so a failing copy leaves none; an unfinished copy is removed. On Linux a copy
+/// keeps permission bits, times to the nanosecond, extended attributes with the access list and, as far as this process
+/// may set them, owner and group; blocks are shared where the file system can, and holes stay holes. A symbolic link
+/// to a file is copied as a link with the same text. Pipes, sockets and devices cannot be copied and are never waited
+/// for. A file is not copied over itself, into its own folder or through a link to the target: that fails, and the file
+/// stays.
+///
+/// Every failure is logged at fatal level: "Error Src file (%s) does not exits.", "Error Failed to copy src file to dst
+/// (%s) ... either dst does not exits or not a folder.", "unable to delete dst file (%s)." or "Error Failed to copy.
+/// Error(%s). Src file (%s) to dst file(%s)." (so too when a folder stands at the target).
+///
+///     utilCopySrcFileToDstFolder("/x/f.txt", "/y", false)  => true, '/y/f.txt' is a copy
+///
+/// @param srcFile the file
+/// @param dstFolder an existing folder
+/// @param unused has no meaning
 bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& dstFolder, bool unused);
+
+/// Gives a whole tree to the super-user: owner 0, group 0.
+///
+/// Every entry is changed, folders before and after what is in them. Symbolic links are changed and never followed, not
+/// even one that another process puts in the place of a folder in mid-way, but `path` itself may be a link when it ends
+/// in a slash. The walk stays on the file system of `path`: a mount point in it is changed, what lies below it not.
+///
+/// An entry that cannot be changed is logged at warning level, "Failed to change owner and group. Errorno (%d) error
+/// msg(%s) for ptah %s.", and passed over; a `path` at which nothing is counts as such an entry.
+/// @return false only for an empty path, which is logged at warning level as "Failed to open fts stream. %s."
 bool utilChown(const std::string& path);
+
+/// Appends the names of the folders in a folder, hidden ones and symbolic links to folders included. Logs nothing.
+/// @param path the folder, or a symbolic link to it
+/// @param names keeps what it held; the new names come in the order in which the file system lists them
+/// @return whether a folder is at `path`, also when it holds no folder
 bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& names);
+
+/// Answers only where there is nothing to show: for a path at which nothing is `displayName` becomes the empty text and
+/// the result is true; for an existing or empty path the result is false and `displayName` keeps what it held. Logs
+/// nothing.
 bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displayName);
 
 /// Whether a file or folder can be created at `path`, once its missing parents have been. Logs nothing.

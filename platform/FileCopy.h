@@ -1,13 +1,23 @@
-// Copies the contents of one file over another as cheaply as the file system allows.
+// Copies files as cheaply as the file system allows.
 
 #pragma once
 
 #include <string>
+
+#include "platform/Failure.h"
 
 namespace platform {
 
 // Copies all bytes of `from` to `to`, which is created or emptied first. False when either cannot be opened or a byte
 // cannot be read or written; an unfinished `to` is removed.
 bool copyFileContents(const std::string& from, const std::string& to);
+
+// Copies a file with its attributes to a path at which nothing is yet.
+//
+// A symbolic link is copied as a link with the same text. Kept are the permission bits, the times to the nanosecond,
+// extended attributes with the access list, and the holes; owner and group as far as this process may give files
+// away, and without the owner no set-user-id bit either. Pipes, sockets, devices and folders are refused without being
+// opened. On failure nothing is left at `to`, and what had been there still is. The file is not flushed to the disk.
+Failure copyFile(const std::string& from, const std::string& to);
 
 }  // namespace platform

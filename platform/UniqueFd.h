@@ -23,6 +23,9 @@ class UniqueFd {
   int get() const { return fd_; }
   explicit operator bool() const { return fd_ != none; }
 
+  // Gives the descriptor to the caller.
+  int release() { return std::exchange(fd_, none); }
+
   void reset(int fd = none) {
     const int former = std::exchange(fd_, fd);
     if (former != none) (void)::close(former);  // the descriptor is gone, whatever close says

@@ -6,7 +6,9 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <functional>
+#include <string>
 
 #include "tests/support/Child.h"
 
@@ -24,6 +26,11 @@ inline int withOwnMounts(const std::function<int()>& body) {
            return body();
          })
       .wait();
+}
+
+// An empty file system of so many bytes over an existing folder, for a process that has mounts of its own.
+inline bool mountMemory(const std::string& folder, std::size_t bytes) {
+  return ::mount("memory", folder.c_str(), "tmpfs", 0, ("size=" + std::to_string(bytes)).c_str()) == 0;
 }
 
 }  // namespace support

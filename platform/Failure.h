@@ -1,0 +1,24 @@
+// Why something failed, in words for a log.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <system_error>
+
+namespace platform {
+
+// Nothing when nothing failed.
+using Failure = std::optional<std::string>;
+
+// The system's text for an `errno` value, as `strerror` has it. Thread-safe.
+inline std::string errorText(int error) {
+  return std::generic_category().message(error);
+}
+
+//   (EACCES, "/x") => "Permission denied: /x"
+inline std::string describedError(int error, const std::string& path) {
+  return errorText(error) + ": " + path;
+}
+
+}  // namespace platform

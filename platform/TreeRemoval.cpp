@@ -1,0 +1,84 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "platform/FileKind.h"
+#include "platform/FileTree.h"
+#include "platform/PathString.h"
+
+namespace platform {
+namespace {
+
+// 0, or the `errno` value. What is gone already counts as removed.
+int remove(const TreeEntry& entry, int flags) {
+  int result = 0;
+  do
+    result = ::unlinkat(entry.folder, entry.name, flags);
+  while (result != 0 && errno == EINTR);
+  return result == 0 || errno == ENOENT ? 0 : errno;
+}
+
+bool isNotEmpty(int error) {
+  return error == ENOTEMPTY || error == EEXIST;
+}
+
+class Removal : public TreeVisitor {
+ public:
+  // A folder is gone into when only its contents keep it: that passes over mount points too, which are busy.
+  bool enter(const TreeEntry& entry) override {
+    const int error = remove(entry, entry.kind == EntryKind::folder ? AT_REMOVEDIR : 0);
+    if (error == 0 || isNotEmpty(error)) return error != 0;
+    // Another process may have put a folder there since, or something else in the place of a folder.
+    if (entry.kind != EntryKind::folder && error == EISDIR) return true;
+    if (error == ENOTDIR && remove(entry, 0) == 0) return false;
+    note(entry, error);
+    return false;
+  }
+
+  void miss(const TreeEntry& entry, int error) override {
+    const bool isNoFolderNow = error == ENOENT || error == ENOTDIR || error == ELOOP;
+    if (!isNoFolderNow) note(entry, error);
+  }
+
+  void leave(const TreeEntry& entry) override {
+    int error = remove(entry, AT_REMOVEDIR);
+    if (error == ENOTDIR) error = remove(entry, 0);
+    if (error != 0) note(entry, error);
+  }
+
+  const Failure& first() const { return first_; }
+
+ private:
+  void note(const TreeEntry& entry, int error) {
+    if (!first_) first_ = describedError(error, entry.path);
+  }
+
+  Failure first_;
+};
+
+std::string withoutTrailingSlashes(const std::string& path) {
+  return path.substr(0, path.find_last_not_of('/') + 1);
+}
+
+}  // namespace
+
+Failure removeTree(const std::string& path) {
+  // With its slash "link/" would be the folder that the link leads to.
+  const std::string root = withoutTrailingSlashes(path);
+  const std::string name = lastPathComponent(root);
+  if (name.empty() || name == "." || name == "..") return describedError(EINVAL, path);
+  if (!isSomethingAt(root)) return describedError(errno, path);
+
+  Removal removal;
+  walkTree(root, removal, Mounts::entered);
+  return removal.first();
+}
+
+Failure removeObject(const std::string& path) {
+  if (std::remove(path.c_str()) == 0) return std::nullopt;
+  return describedError(errno, path);
+}
+
+}  // namespace platform

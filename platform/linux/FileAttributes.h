@@ -1,0 +1,18 @@
+// Gives a copied file what its original has besides its contents.
+
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+namespace platform {
+
+// Owner and group, extended attributes, permission bits and times, those of `object` and of the open file `from`.
+// 0, or the `errno` value when bits or times could not be set.
+int copyAttributes(int from, const struct stat& object, int to);
+
+// Owner, group and times of a symbolic link, as far as they can be set.
+void copyLinkAttributes(const struct stat& object, const std::string& to);
+
+}  // namespace platform
