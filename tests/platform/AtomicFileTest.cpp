@@ -1,0 +1,227 @@
+#include "platform/AtomicFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <climits>
+#include <string>
+
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+using platform::writeFileAtomically;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr uid_t nobody = 65534;
+
+class AtomicFile : public testing::Test {
+ protected:
+  AtomicFile() { ::umask(022); }
+
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "file";
+};
+
+ino_t numberOf(const std::string& path) {
+  struct stat item {};
+  return ::stat(path.c_str(), &item) == 0 ? item.st_ino : 0;
+}
+
+TEST_F(AtomicFile, HoldsExactlyTheBytes) {
+  const std::string bytes("\0a\n\xFF", 4);
+  EXPECT_TRUE(writeFileAtomically(path, bytes));
+  EXPECT_EQ(support::contentsOf(path), bytes);
+  EXPECT_TRUE(writeFileAtomically(path, ""));
+  EXPECT_EQ(support::contentsOf(path), "");
+  EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file"));
+}
+
+TEST_F(AtomicFile, LeavesWhoHasTheOldFileOpenWithItsBytes) {
+  support::writeFile(path, "old");
+  std::ifstream reader(path);
+  const ino_t former = numberOf(path);
+  ASSERT_TRUE(writeFileAtomically(path, "new"));
+  EXPECT_NE(numberOf(path), former);
+  std::string seen;
+  reader >> seen;
+  EXPECT_EQ(seen, "old");
+}
+
+TEST_F(AtomicFile, IsAlwaysSeenWhole) {
+  const std::string contents[] = {std::string(300000, 'a'), std::string(200000, 'b')};
+  support::writeFile(path, contents[0]);
+  const support::Child writer([&] {
+    for (std::size_t i = 0; writeFileAtomically(path, contents[i % 2]); ++i) {
+    }
+    return 1;
+  });
+  for (int i = 0; i < 200; ++i) {
+    const std::string seen = support::contentsOf(path);
+    ASSERT_TRUE(seen == contents[0] || seen == contents[1]) << seen.size();
+  }
+}
+
+TEST_F(AtomicFile, HasTheModeThatTheUmaskLeaves) {
+  ASSERT_TRUE(writeFileAtomically(path, "x"));
+  EXPECT_EQ(support::modeOf(path), 0644u);
+  ::umask(0);
+  ASSERT_TRUE(writeFileAtomically(folder / "open", "x"));
+  EXPECT_EQ(support::modeOf(folder / "open"), 0666u);
+}
+
+TEST_F(AtomicFile, HandsOnThePermissionsOfTheFileThatItReplaces) {
+  for (const mode_t mode : {0600u, 0400u, 0755u, 0666u}) {
+    support::writeFile(path, "x");
+    ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+    ASSERT_TRUE(writeFileAtomically(path, "y"));
+    EXPECT_EQ(support::modeOf(path), mode);
+    ASSERT_EQ(::unlink(path.c_str()), 0);
+  }
+}
+
+TEST_F(AtomicFile, HandsOnNoRightToActAsItsOwner) {
+  support::writeFile(path, "x");
+  ASSERT_EQ(::chmod(path.c_str(), 06755), 0);
+  ASSERT_TRUE(writeFileAtomically(path, "y"));
+  EXPECT_EQ(support::modeOf(path), 0755u);
+}
+
+TEST_F(AtomicFile, HandsOnTheOwnerWhereTheSuperUserReplacesIt) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can give files away";
+  support::writeFile(path, "x");
+  ASSERT_EQ(::chown(path.c_str(), nobody, nobody), 0);
+  ASSERT_TRUE(writeFileAtomically(path, "y"));
+  struct stat item {};
+  ASSERT_EQ(::stat(path.c_str(), &item), 0);
+  EXPECT_EQ(item.st_uid, nobody);
+  EXPECT_EQ(item.st_gid, nobody);
+}
+
+TEST_F(AtomicFile, TakesThePlaceOfALinkAndNotOfWhatItLeadsTo) {
+  support::writeFile(folder / "target", "target");
+  ASSERT_EQ(::symlink("target", path.c_str()), 0);
+  ASSERT_TRUE(writeFileAtomically(path, "new"));
+  EXPECT_EQ(support::contentsOf(folder / "target"), "target");
+  EXPECT_FALSE(std::filesystem::is_symlink(path));
+  EXPECT_EQ(support::contentsOf(path), "new");
+}
+
+TEST_F(AtomicFile, TakesThePlaceOfAPipeWithoutWaiting) {
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  ASSERT_TRUE(writeFileAtomically(path, "new"));
+  EXPECT_EQ(support::contentsOf(path), "new");
+}
+
+TEST_F(AtomicFile, DoesNotTakeThePlaceOfAFolder) {
+  ASSERT_EQ(::mkdir(path.c_str(), 0777), 0);
+  EXPECT_FALSE(writeFileAtomically(path, "new"));
+  EXPECT_FALSE(writeFileAtomically(path + "/", "new"));
+  EXPECT_FALSE(writeFileAtomically(path + "/.", "new"));
+  EXPECT_FALSE(writeFileAtomically(path + "/..", "new"));
+  EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file"));
+  EXPECT_THAT(support::namesIn(path), IsEmpty());
+}
+
+TEST_F(AtomicFile, MakesNoFolder) {
+  EXPECT_FALSE(writeFileAtomically(folder / "missing/file", "x"));
+  EXPECT_THAT(support::namesIn(folder.path()), IsEmpty());
+}
+
+TEST_F(AtomicFile, MayHaveTheLongestNameAndAnyBytesInIt) {
+  const std::string longest = folder / std::string(NAME_MAX, 'n');
+  EXPECT_TRUE(writeFileAtomically(longest, "x"));
+  EXPECT_EQ(support::contentsOf(longest), "x");
+  EXPECT_FALSE(writeFileAtomically(longest + "n", "x"));
+  EXPECT_FALSE(writeFileAtomically("/" + std::string(2 * PATH_MAX, '/') + "file", "x"));
+  EXPECT_TRUE(writeFileAtomically(folder / "\n\xFF", "x"));
+  EXPECT_EQ(support::namesIn(folder.path()).size(), 2u);
+}
+
+TEST_F(AtomicFile, IsMadeInTheWorkingFolderWhenItsPathIsANameAlone) {
+  support::Child inFolder(
+      [&] { return ::chdir(folder.path().c_str()) == 0 && writeFileAtomically("file", "x") ? 0 : 1; });
+  EXPECT_EQ(inFolder.wait(), 0);
+  EXPECT_EQ(support::contentsOf(path), "x");
+}
+
+TEST_F(AtomicFile, StaysWholeInAFolderThatMayNotBeWritten) {
+  support::writeFile(path, "old");
+  support::Child powerless([&] {
+    // From inside, since not everybody may enter the folders above.
+    if (::chmod(folder.path().c_str(), 0555) != 0 || ::chdir(folder.path().c_str()) != 0) return 1;
+    if (::geteuid() == 0 && ::setresuid(nobody, nobody, nobody) != 0) return 2;
+    if (support::contentsOf("file") != "old") return 3;
+    return writeFileAtomically("file", "new") ? 4 : 0;
+  });
+  EXPECT_EQ(powerless.wait(), 0);
+  ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+  EXPECT_EQ(support::contentsOf(path), "old");
+  EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file"));
+}
+
+TEST_F(AtomicFile, StaysWholeAndAloneWhenAFileMayNotGrowSoLarge) {
+  support::writeFile(path, "old");
+  support::Child limited([&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{10000, 10000};
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
+    if (writeFileAtomically(path, std::string(10001, 'x'))) return 2;
+    return writeFileAtomically(folder / "fits", std::string(10000, 'x')) ? 0 : 3;
+  });
+  EXPECT_EQ(limited.wait(), 0);
+  EXPECT_EQ(support::contentsOf(path), "old");
+  EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file", "fits"));
+}
+
+// A file system of 64 KiB over `folder` that this process and its children alone see.
+bool mountSmallDisk(const std::string& folder) {
+  if (::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
+  return ::mount("none", folder.c_str(), "tmpfs", 0, "size=64k") == 0;
+}
+
+TEST_F(AtomicFile, StaysWholeAndAloneOnAFullDisk) {
+  constexpr int noDisk = 77;
+  support::Child onSmallDisk([&] {
+    if (!mountSmallDisk(folder.path())) return noDisk;
+    if (!writeFileAtomically(path, std::string(20000, 'o'))) return 1;
+    const auto freeBlocks = [&] {
+      struct statvfs disk {};
+      return ::statvfs(folder.path().c_str(), &disk) == 0 ? disk.f_bfree : 0;
+    };
+    const auto before = freeBlocks();
+    // There is room for a part of it, and then for nothing at all.
+    if (writeFileAtomically(path, std::string(60000, 'n'))) return 2;
+    if (support::contentsOf(path) != std::string(20000, 'o')) return 3;
+    if (support::namesIn(folder.path()).size() != 1 || freeBlocks() != before) return 4;
+    support::writeFile(folder / "ballast", std::string(100000, 'b'));
+    if (freeBlocks() != 0 || writeFileAtomically(path, "n")) return 5;
+    if (support::contentsOf(path) != std::string(20000, 'o')) return 6;
+    return support::namesIn(folder.path()).size() == 2 ? 0 : 7;
+  });
+  const int result = onSmallDisk.wait();
+  if (result == noDisk) GTEST_SKIP() << "this user may not mount a disk of its own, not even in a namespace";
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(AtomicFile, KeepsNoDescriptorOpen) {
+  const auto open = [] { return support::namesIn("/proc/self/fd").size(); };
+  const std::size_t before = open();
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_TRUE(writeFileAtomically(path, "x"));
+    EXPECT_FALSE(writeFileAtomically(folder.path(), "x"));
+  }
+  EXPECT_EQ(open(), before);
+}
+
+}  // namespace
