@@ -100,10 +100,12 @@ OutputIterator Base64Encode(InputIterator begin, InputIterator end, OutputIterat
 /// Appends the bytes that a Base64 text stands for.
 ///
 /// Characters below "0" and above "z" are skipped wherever they stand, except "+" and "/": white space, line breaks,
-/// "-", bytes beyond ASCII. The others are taken four at a time, and those among them that are not in the alphabet
-/// (":", ";",
-/// "<", ">", "?", "@", "[", "\", "]", "^", "_", "`") stand for the value 0, as "A" does. Padding bits that reach no
-/// byte are not looked at. Padding does not end the text; another group may follow.
+/// "-", bytes beyond ASCII. The others are taken four at a time. Those among them that are not in the alphabet, twelve
+/// in number, stand for the value 0, as "A" does:
+///
+///     : ; < > ? @ [ \ ] ^ _ `
+///
+/// Padding bits that reach no byte are not looked at. Padding does not end the text; another group may follow.
 ///
 ///     "Zm9v\nYmFy"  => "foobar"      "Zm:v"  => "f`/"      "QQ==QQ=="  => "AA"
 ///
@@ -158,20 +160,20 @@ bool utilDecodeBase64Data(const char* base64, int length, std::string& out);
 /// was there stays, nothing new remains, and nothing is logged.
 ///
 /// A new file gets the mode 0666 less the umask; one that is replaced hands its mode on, and its owner where this user
-/// may set it. What stands at the path and is no regular file is replaced only when it is a symbolic link, itself and
-/// not what it leads to; a folder is a failure, and so is an empty path.
+/// may set it. A symbolic link is replaced itself, and so is whatever else stands at the path but a folder, which is a
+/// failure. So is an empty path.
 ///
 /// @param data      null only for no bytes
 /// @param length    of the data, in bytes; a negative one is a failure
 /// @param filePath  in a folder that exists
 bool utilCreateFileWithData(const void* data, int length, const std::string& filePath);
 
-/// Does nothing: `utilCreateFileWithData` has already written everything through. Always true.
+/// Does nothing: the bytes of `utilCreateFileWithData` are on the disk before the file has its name. Always true.
 bool utilFlushFileBuffers(const std::string& filePath);
 
 /// Puts the bytes that a Base64 text stands for into a file; see `Base64Decode` and `utilCreateFileWithData`. False
-/// when the text is not Base64, with "Failed to decode from base 64." logged at info level, and when the file cannot be
-/// written. A text of no groups makes an empty file.
+/// when the text is null or not Base64, with "Failed to decode from base 64." logged at info level, and when the file
+/// cannot be written. A text of no groups makes an empty file.
 ///
 /// @param base64    read up to its first NUL
 /// @param length    not looked at

@@ -1,0 +1,87 @@
+#include <string>
+#include <string_view>
+
+#include "applog/Logger.h"
+#include "nativeutils/Base64.h"
+#include "nativeutils/Base64Text.h"
+#include "nativeutils/Component.h"
+#include "nativeutils/Files.h"
+#include "nativeutils/Strings.h"
+#include "platform/AtomicFile.h"
+#include "platform/AutoreleasePool.h"
+#include "platform/FileKind.h"
+#include "platform/FileText.h"
+
+using nativeutils::kComponent;
+
+namespace {
+
+bool createFolder(const std::string& path) {
+  constexpr auto unchanged = static_cast<unsigned int>(-1);
+  return utilCreateDirectoryPathWithAttributes(path.c_str(), unchanged, unchanged, 0775);
+}
+
+bool createFile(std::string_view bytes, const std::string& path) {
+  if (path.empty()) return false;
+  const platform::AutoreleaseScope scope;
+  return platform::writeFileAtomically(path, bytes);
+}
+
+std::string newUuid() {
+  std::string uuid;
+  utilGetUUIDString(uuid);
+  return uuid;
+}
+
+}  // namespace
+
+bool utilCreateFileWithData(const void* data, int length, const std::string& filePath) {
+  if (length < 0 || (data == nullptr && length > 0)) return false;
+  return createFile({static_cast<const char*>(data), static_cast<std::size_t>(length)}, filePath);
+}
+
+bool utilFlushFileBuffers(const std::string& /*filePath*/) {
+  return true;
+}
+
+bool utilDecodeBase64AndCreateFileWithData(const char* base64, int /*length*/, const std::string& filePath) {
+  std::string bytes;
+  if (base64 == nullptr || !nativeutils::appendDecoded(base64, bytes)) {
+    Logger::getInstance()->logInfo(kComponent, "Failed to decode from base 64.");
+    return false;
+  }
+  return createFile(bytes, filePath);
+}
+
+bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, std::string& folderPath,
+                                              const char* fileName, std::string& outFilePath) {
+  const bool isNamed = fileName != nullptr && *fileName != '\0';
+  const std::string filePath = folderPath + "/" + (isNamed ? fileName : newUuid());
+  if (!createFolder(folderPath)) return false;
+  if (!utilDecodeBase64AndCreateFileWithData(static_cast<const char*>(base64), length, filePath)) return false;
+  outFilePath = filePath;
+  return true;
+}
+
+bool utilGetDataFromFileAndEncodeBase64(const std::string& filePath, std::string& out) {
+  const platform::AutoreleaseScope scope;
+  if (platform::kindOf(filePath) == platform::FileKind::none) {
+    Logger::getInstance()->logFatal(kComponent, "GetDataFromFile. File %s does not exist.", filePath.c_str());
+    return false;
+  }
+  const platform::FileText file = platform::readUtf8File(filePath);
+  if (!file.text) {
+    Logger::getInstance()->logFatal(kComponent, "GetDataFromFile. Get String error %s. From file %s",
+                                    file.error.empty() ? "-" : file.error.c_str(), filePath.c_str());
+    return false;
+  }
+  nativeutils::appendBase64(file.text->c_str(), out);
+  return true;
+}
+
+bool utilCreateAndGetTempFolderPath(std::string& outFolderPath) {
+  const std::string path = "/tmp/" + newUuid();
+  if (!createFolder(path)) return false;
+  outFolderPath = path;
+  return true;
+}
