@@ -184,9 +184,12 @@ TEST_F(AtomicFile, StaysWholeAndAloneWhenAFileMayNotGrowSoLarge) {
 }
 
 bool becomeSuperUserOfOwnNamespace() {
-  const std::string self = std::to_string(::geteuid());
+  const std::string user = std::to_string(::geteuid());
+  const std::string group = std::to_string(::getegid());
   if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-  support::writeFile("/proc/self/uid_map", "0 " + self + " 1");
+  support::writeFile("/proc/self/setgroups", "deny");
+  support::writeFile("/proc/self/uid_map", "0 " + user + " 1");
+  support::writeFile("/proc/self/gid_map", "0 " + group + " 1");
   return ::geteuid() == 0;
 }
 
