@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 #include <vector>
 
+#include "platform/Failure.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
 
@@ -15,7 +15,7 @@ namespace platform {
 namespace {
 
 FileText failure(int error) {
-  return {std::nullopt, std::generic_category().message(error)};
+  return {std::nullopt, errorText(error)};
 }
 
 // 0, or why the file cannot be read.

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/UniqueFd.h"
+#include "platform/WriteAll.h"
 #include "platform/linux/FileAttributes.h"
 
 namespace platform {
@@ -21,24 +22,13 @@ namespace {
 // Large enough to make the calls cheap, small enough to stay in the processor's cache between the read and the write.
 constexpr std::size_t blockSize = 128 * 1024;
 
-bool writeAll(int fd, const char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(fd, bytes, size);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    bytes += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
 bool copyBlocks(int from, int to) {
   std::vector<char> block(blockSize);
   for (;;) {
     const ssize_t got = ::read(from, block.data(), block.size());
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return got == 0;
-    if (!writeAll(to, block.data(), static_cast<std::size_t>(got))) return false;
+    if (!writeAll(to, {block.data(), static_cast<std::size_t>(got)})) return false;
   }
 }
 
