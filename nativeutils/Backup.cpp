@@ -1,1 +1,190 @@
 #include "nativeutils/Backup.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <optional>
+#include <vector>
+
+#include "applog/Logger.h"
+#include "nativeutils/Component.h"
+#include "nativeutils/Files.h"
+#include "nativeutils/Strings.h"
+#include "platform/AutoreleasePool.h"
+#include "platform/Failure.h"
+#include "platform/FileKind.h"
+#include "platform/FileTree.h"
+#include "platform/PathString.h"
+
+namespace {
+
+using nativeutils::kComponent;
+
+constexpr char mark[] = "_bkp";
+
+// As `atoi`, but defined for numbers that are too large for an `int` too.
+int numberAfterLastMark(const std::string& path) {
+  const std::string text = path.substr(path.rfind(mark) + sizeof mark - 1);
+  return static_cast<int>(std::clamp<long>(std::strtol(text.c_str(), nullptr, 10), INT_MIN, INT_MAX));
+}
+
+// The backups of one object, and what counts as such, found under its parent folder.
+class OtherBackups : public platform::TreeVisitor {
+ public:
+  OtherBackups(const std::string& parent, const std::string& name) : joint_(parent + "//"), sign_(name + mark) {
+    // With its slash the parent may itself be a symbolic link.
+    platform::walkTree(parent + "/", *this, platform::Mounts::entered);
+  }
+
+  const std::vector<std::string>& paths() const { return paths_; }
+
+  // Where the next backup goes.
+  std::string next() const {
+    if (largest_ < INT_MAX) return numbered(largest_ + 1);
+    // What is listed is going to be deleted: the backup must not come to lie there, even where another process has just
+    // taken the listed entry away.
+    int number = 1;
+    while (platform::isSomethingAt(numbered(number)) || isListed(numbered(number)))
+      ++number;
+    return numbered(number);
+  }
+
+ private:
+  bool enter(const platform::TreeEntry& entry) override {
+    if (entry.relative.find(sign_) != std::string_view::npos) note(joint_ + std::string(entry.relative));
+    return entry.kind == platform::EntryKind::folder;
+  }
+
+  void note(const std::string& path) {
+    if (platform::kindOf(path) == platform::FileKind::none) return;
+    paths_.push_back(path);
+    largest_ = std::max(largest_, numberAfterLastMark(path));
+  }
+
+  bool isListed(const std::string& path) const { return std::find(paths_.begin(), paths_.end(), path) != paths_.end(); }
+
+  std::string numbered(int number) const {
+    std::string digits;
+    utilGetNativeStringFromInt(number, digits);
+    return joint_ + sign_ + digits;
+  }
+
+  std::string joint_;
+  std::string sign_;
+  std::vector<std::string> paths_;
+  int largest_ = 0;
+};
+
+void makeRoomAt(const std::string& backup) {
+  if (!platform::isSomethingAt(backup)) return;
+  Logger::getInstance()->logWarn(kComponent,
+                                 "Tring to backup folder, old backup folder already exits, trying to delete folder %s.",
+                                 backup.c_str());
+  if (utilDeleteFolder(backup, false, false)) return;
+  Logger::getInstance()->logWarn(kComponent, "Failed to delete backup folder %s.", backup.c_str());
+}
+
+void deleteAll(const std::vector<std::string>& paths) {
+  if (paths.empty()) return;
+  Logger::getInstance()->logInfo(kComponent, "Trying to delete other backup paths");
+  for (const std::string& path : paths) {
+    if (!utilDeleteFolder(path, false, false))
+      Logger::getInstance()->logError(kComponent, "Failed to delete back up folder '%s'", path.c_str());
+  }
+}
+
+// Moves the object back that was at `location`. Without a backup, what has come there since is somebody else's.
+bool restore(const std::string& backup, const std::string& location) {
+  const platform::AutoreleaseScope scope;
+  if (backup.empty() && platform::isSomethingAt(location)) return false;
+  return util_renameFolderToFolder(backup, location);
+}
+
+}  // namespace
+
+bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPath, bool /*unused*/) {
+  Logger* const log = Logger::getInstance();
+  log->logInfo(kComponent, "utilBackupFolderIfExits pathToBkp %s", pathToBkp.c_str());
+  const platform::AutoreleaseScope scope;
+  if (!utilPathExists(pathToBkp)) {
+    backupPath.clear();
+    log->logInfo(kComponent, "NOTE trying to backup ... Source path does not exits. So Success.");
+    return true;
+  }
+
+  const std::string parent = platform::parentFolder(pathToBkp);
+  std::optional<OtherBackups> others;
+  std::string backup;
+  if (platform::kindOf(parent) == platform::FileKind::none) {
+    log->logInfo(kComponent, "Backup parent folder path '%s' is not present", parent.c_str());
+  } else {
+    others.emplace(parent, platform::lastPathComponent(pathToBkp));
+    backup = others->next();
+    log->logInfo(kComponent, "Backup folder path '%s'", backup.c_str());
+    makeRoomAt(backup);
+  }
+  if (!util_renameFolderToFolder(pathToBkp, backup)) {
+    log->logFatal(kComponent, "Error Failed to rename the directory.");
+    return false;
+  }
+  backupPath = backup;
+  if (others) deleteAll(others->paths());
+  return true;
+}
+
+bool util_renameFolderToFolder(const std::string& from, const std::string& to) {
+  Logger* const log = Logger::getInstance();
+  if (utilPathExists(to) && !platform::isSameEntry(from, to)) {
+    log->logInfo(kComponent, "NOTE trying to backup ... backup already exists. trying to remove...");
+    if (!utilDeleteFolder(to, false, false)) {
+      log->logError(kComponent, "Failed to delete the backup file: %s", to.c_str());
+      return false;
+    }
+  }
+  if (::rename(from.c_str(), to.c_str()) == 0) return true;
+  const int error = errno;
+  log->logFatal(kComponent, "Failed to rename Error code (%d:%s) the directory from %s to %s.", error,
+                platform::errorText(error).c_str(), from.c_str(), to.c_str());
+  return false;
+}
+
+bool utilRestoreFolder(const std::string& backupPath, const std::string& targetPath) {
+  const platform::AutoreleaseScope scope;
+  return util_renameFolderToFolder(backupPath, targetPath);
+}
+
+bool utilCreateSymlinkFromPathToPath(const std::string& target, const std::string& linkPath) {
+  constexpr unsigned int superUser = 0;
+  constexpr unsigned int administrators = 80;
+  constexpr unsigned short mode = 0775;
+  Logger* const log = Logger::getInstance();
+  const platform::AutoreleaseScope scope;
+  const std::string parent = platform::deletingLastPathComponent(linkPath);
+  if (!utilFolderExitsAtPath(parent) &&
+      !utilCreateDirectoryPathWithAttributes(parent.c_str(), superUser, administrators, mode)) {
+    log->logError(kComponent, "Error creating directory %s", parent.c_str());
+    return false;
+  }
+
+  const std::string location = platform::deletingPathExtension(linkPath);
+  std::string backup;
+  if (!utilBackupFolderIfExits(location, backup, false)) {
+    log->logError(kComponent, "Failed in backing up folder %s to folder %s", location.c_str(), backup.c_str());
+    return false;
+  }
+  log->logInfo(kComponent, "Creating symbolic link of %s to folder %s", target.c_str(), location.c_str());
+  if (::symlink(target.c_str(), location.c_str()) != 0) {
+    const int error = errno;
+    log->logError(kComponent, "Error Creating symbolic link for path (%s) to path (%s), Errorno: %d, error msg: %s",
+                  target.c_str(), location.c_str(), error, platform::errorText(error).c_str());
+    if (!restore(backup, location))
+      log->logError(kComponent, "Error in restoring backedup folder %s to %s", backup.c_str(), location.c_str());
+    return false;
+  }
+  if (!backup.empty() && !utilDeleteFolder(backup, false, false))
+    log->logError(kComponent, "Could not delete the backedup folder %s", backup.c_str());
+  return true;
+}

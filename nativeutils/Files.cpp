@@ -10,6 +10,7 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
+#include "platform/AutoreleasePool.h"
 #include "platform/FileCopy.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
@@ -93,10 +94,12 @@ bool utilCreateDirectoryPathWithAttributes(const char* path, unsigned int owner,
 }
 
 bool utilFileExitsAtPath(const std::string& path) {
+  const platform::AutoreleaseScope scope;
   return platform::kindOf(path) == platform::FileKind::other;
 }
 
 bool utilFolderExitsAtPath(const std::string& path) {
+  const platform::AutoreleaseScope scope;
   return platform::kindOf(path) == platform::FileKind::folder;
 }
 
@@ -109,6 +112,7 @@ bool utilRenamePathToPath(const std::string& from, const std::string& to) {
 }
 
 bool utilDeleteFolder(const std::string& path, bool /*unused1*/, bool /*unused2*/) {
+  const platform::AutoreleaseScope scope;
   if (path.empty()) return true;
 
   const platform::Failure failure = platform::removeTree(path);
@@ -118,6 +122,7 @@ bool utilDeleteFolder(const std::string& path, bool /*unused1*/, bool /*unused2*
 }
 
 bool utilDeleteFolderIfEmpty(const std::string& path) {
+  const platform::AutoreleaseScope scope;
   if (path.empty()) return true;
 
   if (!utilFolderExitsAtPath(path)) {
@@ -137,11 +142,13 @@ bool utilDeleteFolderIfEmpty(const std::string& path) {
 }
 
 bool utilFolderHasPermission(const std::string& path, const PermissionType& type) {
+  const platform::AutoreleaseScope scope;
   if (!utilFolderExitsAtPath(path)) return false;
   return ::access(path.c_str(), type == PermissionType_Read ? R_OK : W_OK) == 0;
 }
 
 bool utilDeleteFileIfExitsAtPath(const std::string& path, bool /*unused*/) {
+  const platform::AutoreleaseScope scope;
   if (!utilFileExitsAtPath(path)) return true;
 
   const platform::Failure failure = platform::removeObject(path);
@@ -152,6 +159,7 @@ bool utilDeleteFileIfExitsAtPath(const std::string& path, bool /*unused*/) {
 }
 
 bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& dstFolder, bool /*unused*/) {
+  const platform::AutoreleaseScope scope;
   Logger* const log = Logger::getInstance();
   if (!utilFileExitsAtPath(srcFile)) {
     log->logFatal(kComponent, "Error Src file (%s) does not exits.", srcFile.c_str());
@@ -187,6 +195,7 @@ bool utilChown(const std::string& path) {
 }
 
 bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& names) {
+  const platform::AutoreleaseScope scope;
   if (!utilFolderExitsAtPath(path)) return false;
 
   for (const platform::FolderEntry& entry : platform::entriesOf(path)) {
@@ -198,6 +207,7 @@ bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& nam
 }
 
 bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displayName) {
+  const platform::AutoreleaseScope scope;
   if (path.empty() || platform::kindOf(path) != platform::FileKind::none) return false;
 
   displayName.clear();
@@ -205,6 +215,7 @@ bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displ
 }
 
 bool utilIsCreatableWritablePath(const char* path, std::string& existingPath) {
+  const platform::AutoreleaseScope scope;
   if (path == nullptr) return false;
 
   const std::string nearest = nearestExisting(platform::expandingTilde(path));

@@ -1,0 +1,495 @@
+#include "nativeutils/Backup.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <functional>
+
+#include "nativeutils/Files.h"
+#include "platform/FileKind.h"
+#include "platform/FileTree.h"
+#include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/Mounts.h"
+#include "tests/support/Powers.h"
+#include "tests/support/Trees.h"
+
+namespace {
+
+using support::contentsOf;
+using support::namesIn;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class BackupTest : public nativeutils_test::LoggedTest {
+ protected:
+  BackupTest() { makeFolder(t); }
+
+  void makeFolder(const std::string& path) { ASSERT_EQ(::mkdir(path.c_str(), 0700), 0) << path; }
+  void makeFile(const std::string& path, const std::string& text = "") { support::writeFile(path, text); }
+  void makeLink(const std::string& target, const std::string& path) {
+    ASSERT_EQ(::symlink(target.c_str(), path.c_str()), 0) << path;
+  }
+
+  // A folder that holds a file with these contents.
+  void makeApp(const std::string& path, const std::string& text) {
+    makeFolder(path);
+    makeFile(path + "/file", text);
+  }
+
+  // Where the backup is; "failed" when there is none.
+  static std::string backedUp(const std::string& path) {
+    std::string backup = "former";
+    if (utilBackupFolderIfExits(path, backup, false)) return backup;
+    EXPECT_EQ(backup, "former");
+    return "failed";
+  }
+
+  static bool withoutPowers(const std::function<bool()>& body) {
+    support::Child powerless([&] { return support::giveUpPowers() && body() ? 0 : 1; });
+    return powerless.wait() == 0;
+  }
+
+  std::string started(const std::string& path) const { return "INFO utilBackupFolderIfExits pathToBkp " + path; }
+  std::string named(const std::string& path) const { return "INFO Backup folder path '" + path + "'"; }
+  std::string missed(const std::string& path) const {
+    return "INFO NOTE Could not remove existing backup path. Error No such file or directory: " + path + ".";
+  }
+  std::string denied(const std::string& path) const {
+    return "INFO NOTE Could not remove existing backup path. Error Permission denied: " + path + ".";
+  }
+  std::string stays(const std::string& path) const { return "ERROR Failed to delete back up folder '" + path + "'"; }
+
+  const support::TemporaryFolder folder;
+  const std::string t = folder / "t";
+  const std::string app = t + "/App";
+  const std::string others = "INFO Trying to delete other backup paths";
+};
+
+TEST_F(BackupTest, TheFirstOneGetsTheNumberOne) {
+  makeApp(app, "current");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp1");
+  EXPECT_EQ(contentsOf(t + "/App_bkp1/file"), "current");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp1"));
+  EXPECT_THAT(logged(), ElementsAre(started(app), named(t + "//App_bkp1")));
+}
+
+TEST_F(BackupTest, TheNextOneGetsTheNextNumberAndOlderOnesGo) {
+  makeApp(app, "current");
+  makeFolder(t + "/App_bkp2");
+  makeFolder(t + "/App_bkp7");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp8");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp8"));
+  EXPECT_EQ(contentsOf(t + "/App_bkp8/file"), "current");
+  EXPECT_THAT(logged(), ElementsAre(started(app), named(t + "//App_bkp8"), others));
+}
+
+TEST_F(BackupTest, TheThirdArgumentMeansNothing) {
+  makeApp(app, "current");
+  makeFolder(t + "/App_bkp2");
+  std::string backup;
+  EXPECT_TRUE(utilBackupFolderIfExits(app, backup, true));
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp3"));
+}
+
+TEST_F(BackupTest, AnEntryWithoutANumberIsABackupThatAddsNone) {
+  makeApp(app, "current");
+  makeFile(t + "/App_bkp");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp1");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp1"));
+}
+
+TEST_F(BackupTest, OfNothingIsDone) {
+  makeFile(t + "/App_bkp3");
+  EXPECT_EQ(backedUp(app), "");
+  EXPECT_EQ(backedUp(""), "");
+  EXPECT_EQ(backedUp(folder / "missing/App"), "");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp3"));
+  const std::string done = "INFO NOTE trying to backup ... Source path does not exits. So Success.";
+  EXPECT_THAT(logged(), ElementsAre(started(app), done, started(""), done, started(folder / "missing/App"), done));
+}
+
+TEST_F(BackupTest, ADanglingLinkIsBackedUp) {
+  makeLink("nowhere", app);
+  EXPECT_EQ(backedUp(app), t + "//App_bkp1");
+  EXPECT_EQ(std::filesystem::read_symlink(t + "/App_bkp1"), "nowhere");
+}
+
+TEST_F(BackupTest, AFileIsBackedUp) {
+  makeFile(app, "text");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp1");
+  EXPECT_EQ(contentsOf(t + "/App_bkp1"), "text");
+}
+
+TEST_F(BackupTest, AnUnrelatedNameThatHoldsTheMarkCountsToo) {
+  makeApp(app, "current");
+  makeFile(t + "/OldApp_bkp5");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp6");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp6"));
+}
+
+TEST_F(BackupTest, ANameWithoutTheWholeMarkDoesNotCount) {
+  makeApp(app, "current");
+  for (const char* name : {"/App_bk9", "/App_9", "/app_bkp9", "/Ap_bkp9", "/App _bkp9"})
+    makeFile(t + name);
+  EXPECT_EQ(backedUp(app), t + "//App_bkp1");
+  EXPECT_EQ(namesIn(t).size(), 6u);
+}
+
+TEST_F(BackupTest, ANumberIsReadAsFarAsItGoes) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"App_bkp3x", "App_bkp4"},  {"App_bkp03", "App_bkp4"},     {"App_bkpx", "App_bkp1"},
+      {"App_bkp-5", "App_bkp1"},  {"App_bkp+5", "App_bkp6"},     {"App_bkp 5", "App_bkp6"},
+      {"App_bkp\n5", "App_bkp6"}, {"App_bkp5_bkp2", "App_bkp3"}, {"App_bkp5_bkp", "App_bkp1"},
+  };
+  for (const auto& [other, next] : cases) {
+    makeFile(app, "current");
+    makeFile(t + "/" + other);
+    EXPECT_EQ(backedUp(app), t + "//" + next) << other;
+    EXPECT_THAT(namesIn(t), ElementsAre(next)) << other;
+    ASSERT_EQ(::unlink((t + "/" + next).c_str()), 0);
+  }
+}
+
+TEST_F(BackupTest, AfterTheLargestNumberTheSmallestFreeOneIsTakenAndNothingNewIsLost) {
+  for (const char* other : {"App_bkp2147483647", "App_bkp2147483648", "App_bkp99999999999999999999999"}) {
+    makeFile(app, "current");
+    makeFile(t + "/" + other);
+    makeFile(t + "/App_bkp2");
+    makeLink("nowhere", t + "/App_bkp1");
+    EXPECT_EQ(backedUp(app), t + "//App_bkp3") << other;
+    EXPECT_THAT(namesIn(t), ElementsAre("App_bkp1", "App_bkp3")) << other;
+    EXPECT_EQ(contentsOf(t + "/App_bkp3"), "current");
+    ASSERT_EQ(::unlink((t + "/App_bkp1").c_str()), 0);
+    ASSERT_EQ(::unlink((t + "/App_bkp3").c_str()), 0);
+  }
+}
+
+TEST_F(BackupTest, TheLastNumberCanBeReached) {
+  makeFile(app, "current");
+  makeFile(t + "/App_bkp2147483646");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp2147483647");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp2147483647"));
+}
+
+TEST_F(BackupTest, EntriesAtEveryDepthCount) {
+  makeApp(app, "current");
+  makeFolder(t + "/other");
+  makeFolder(t + "/other/deeper");
+  makeFile(t + "/other/deeper/App_bkp4");
+  makeFile(t + "/other/file");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp5");
+  EXPECT_THAT(namesIn(t + "/other/deeper"), IsEmpty());
+  EXPECT_THAT(namesIn(t + "/other"), ElementsAre("deeper", "file"));
+  EXPECT_THAT(logged(), ElementsAre(started(app), named(t + "//App_bkp5"), others));
+}
+
+TEST_F(BackupTest, WhatIsInAnOlderBackupIsMissedAfterIt) {
+  makeFile(app, "current");
+  makeFolder(t + "/App_bkp2");
+  makeFile(t + "/App_bkp2/file");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp3");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp3"));
+  EXPECT_THAT(logged(), ElementsAre(started(app), named(t + "//App_bkp3"), others, missed(t + "//App_bkp2/file"),
+                                    stays(t + "//App_bkp2/file")));
+}
+
+TEST_F(BackupTest, WhatTheObjectHoldsStaysInItsBackup) {
+  makeApp(app, "current");
+  makeFile(app + "/App_bkp6", "precious");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp7");
+  EXPECT_EQ(contentsOf(t + "/App_bkp7/App_bkp6"), "precious");
+  EXPECT_THAT(logged(), ElementsAre(started(app), named(t + "//App_bkp7"), others, missed(t + "//App/App_bkp6"),
+                                    stays(t + "//App/App_bkp6")));
+}
+
+TEST_F(BackupTest, LinksAreNotFollowedAndDanglingOnesAreNothing) {
+  makeFolder(folder / "outside");
+  makeFile(folder / "outside/App_bkp9", "precious");
+  makeFile(app, "current");
+  makeLink("../outside", t + "/link");
+  makeLink("../outside", t + "/App_bkp2");
+  makeLink("nowhere", t + "/App_bkp8");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp3");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp3", "App_bkp8", "link"));
+  EXPECT_EQ(contentsOf(folder / "outside/App_bkp9"), "precious");
+}
+
+TEST_F(BackupTest, TheParentMayBeALink) {
+  makeFile(app, "current");
+  makeFile(t + "/App_bkp4");
+  makeLink("t", folder / "link");
+  EXPECT_EQ(backedUp(folder / "link/App"), folder / "link//App_bkp5");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp5"));
+}
+
+TEST_F(BackupTest, ATrailingSlashAndExtraOnesMeanNothing) {
+  makeFolder(app);
+  EXPECT_EQ(backedUp(t + "///App//"), t + "//App_bkp1");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp1"));
+}
+
+TEST_F(BackupTest, ARelativePathStaysRelative) {
+  makeFile(app, "current");
+  support::Child inside([&] { return ::chdir(t.c_str()) == 0 && backedUp("App") == ".//App_bkp1" ? 0 : 1; });
+  EXPECT_EQ(inside.wait(), 0);
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp1"));
+}
+
+TEST_F(BackupTest, FoldersThatHaveNoNameOfTheirOwnStay) {
+  makeFile(app, "current");
+  support::Child inside([&] {
+    if (::chdir(t.c_str()) != 0) return 1;
+    return backedUp(".") == "failed" && backedUp("..") == "failed" && backedUp("../t/.") == "failed" ? 0 : 2;
+  });
+  EXPECT_EQ(inside.wait(), 0);
+  EXPECT_THAT(namesIn(t), ElementsAre("App"));
+  EXPECT_THAT(logged(), Contains("FATAL Error Failed to rename the directory.").Times(3));
+}
+
+TEST_F(BackupTest, NamesAreBytes) {
+  const std::string odd = "line\nbreak\xff";
+  makeFile(t + "/" + odd, "current");
+  makeFile(t + "/" + odd + "_bkp2");
+  EXPECT_EQ(backedUp(t + "/" + odd), t + "//" + odd + "_bkp3");
+  EXPECT_THAT(namesIn(t), ElementsAre(odd + "_bkp3"));
+}
+
+TEST_F(BackupTest, WhatTheWalkHasNotCountedIsDeletedFromTheBackupsPlace) {
+  makeFile(app, "current");
+  makeLink("nowhere", t + "/App_bkp1");
+  EXPECT_EQ(backedUp(app), t + "//App_bkp1");
+  EXPECT_EQ(contentsOf(t + "/App_bkp1"), "current");
+  EXPECT_THAT(logged(),
+              ElementsAre(started(app), named(t + "//App_bkp1"),
+                          "WARN Tring to backup folder, old backup folder already exits, trying to delete folder " + t +
+                              "//App_bkp1."));
+}
+
+TEST_F(BackupTest, NothingMovesWhereNothingMayMove) {
+  makeFile(app, "current");
+  makeLink("nowhere", t + "/App_bkp1");
+  ASSERT_EQ(::chmod(t.c_str(), 0500), 0);
+  EXPECT_TRUE(withoutPowers([&] { return backedUp(app) == "failed"; }));
+  EXPECT_THAT(namesIn(t), ElementsAre("App", "App_bkp1"));
+  const std::string backup = t + "//App_bkp1";
+  EXPECT_THAT(
+      logged(),
+      ElementsAre(
+          started(app), named(backup),
+          "WARN Tring to backup folder, old backup folder already exits, trying to delete folder " + backup + ".",
+          denied(backup), "WARN Failed to delete backup folder " + backup + ".",
+          "INFO NOTE trying to backup ... backup already exists. trying to remove...", denied(backup),
+          "ERROR Failed to delete the backup file: " + backup, "FATAL Error Failed to rename the directory."));
+}
+
+TEST_F(BackupTest, OlderBackupsThatCannotGoDoNotMatter) {
+  makeFile(app, "current");
+  makeFolder(t + "/closed");
+  makeFile(t + "/closed/App_bkp1");
+  makeFile(t + "/App_bkp2");
+  ASSERT_EQ(::chmod((t + "/closed").c_str(), 0500), 0);
+  EXPECT_TRUE(withoutPowers([&] { return backedUp(app) == t + "//App_bkp3"; }));
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp3", "closed"));
+  EXPECT_THAT(logged(), ElementsAre(started(app), named(t + "//App_bkp3"), others, denied(t + "//closed/App_bkp1"),
+                                    stays(t + "//closed/App_bkp1")));
+}
+
+TEST_F(BackupTest, AFolderThatCannotBeReadIsPassedOver) {
+  makeFile(app, "current");
+  makeFolder(t + "/closed");
+  makeFile(t + "/closed/App_bkp9");
+  makeFile(t + "/App_bkp2");
+  ASSERT_EQ(::chmod((t + "/closed").c_str(), 0), 0);
+  EXPECT_TRUE(withoutPowers([&] { return backedUp(app) == t + "//App_bkp3"; }));
+}
+
+TEST_F(BackupTest, TheWalkNeedsFewDescriptorsAndNoShortPaths) {
+  makeFile(app, "current");
+  makeFile(t + "/App_bkp2");
+  ASSERT_TRUE(support::makeDeepFolder(t + "/deep", 3000));
+  support::Child poor([&] {
+    support::limitDescriptors(3);
+    return backedUp(app) == t + "//App_bkp3" ? 0 : 1;
+  });
+  EXPECT_EQ(poor.wait(), 0);
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp3", "deep"));
+  EXPECT_EQ(platform::removeTree(t + "/deep"), std::nullopt);
+}
+
+TEST_F(BackupTest, TheSameObjectAgainAndAgainLeavesOneBackup) {
+  for (int round = 1; round <= 3; ++round) {
+    makeApp(app, std::to_string(round));
+    EXPECT_EQ(backedUp(app), t + "//App_bkp" + std::to_string(round));
+    EXPECT_THAT(namesIn(t), ElementsAre("App_bkp" + std::to_string(round)));
+  }
+}
+
+using FolderRenamingTest = BackupTest;
+
+TEST_F(FolderRenamingTest, TakesThePlaceOfWhatIsThere) {
+  makeApp(t + "/new", "new");
+  makeApp(t + "/old", "old");
+  EXPECT_TRUE(util_renameFolderToFolder(t + "/new", t + "/old"));
+  EXPECT_THAT(namesIn(t), ElementsAre("old"));
+  EXPECT_EQ(contentsOf(t + "/old/file"), "new");
+  EXPECT_THAT(logged(), ElementsAre("INFO NOTE trying to backup ... backup already exists. trying to remove..."));
+}
+
+TEST_F(FolderRenamingTest, IsQuietWhereNothingIs) {
+  makeApp(t + "/new", "new");
+  EXPECT_TRUE(util_renameFolderToFolder(t + "/new", t + "/old"));
+  EXPECT_THAT(namesIn(t), ElementsAre("old"));
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(FolderRenamingTest, TakesThePlaceOfADanglingLink) {
+  makeFile(t + "/new", "new");
+  makeLink("nowhere", t + "/old");
+  EXPECT_TRUE(util_renameFolderToFolder(t + "/new", t + "/old"));
+  EXPECT_EQ(contentsOf(t + "/old"), "new");
+}
+
+TEST_F(FolderRenamingTest, SaysWhyItFailed) {
+  EXPECT_FALSE(util_renameFolderToFolder(t + "/missing", t + "/new"));
+  EXPECT_THAT(logged(),
+              ElementsAre("FATAL Failed to rename Error code (2:No such file or directory) the directory from " + t +
+                          "/missing to " + t + "/new."));
+}
+
+TEST_F(FolderRenamingTest, OntoItselfLosesNothing) {
+  makeApp(app, "current");
+  makeLink("t", folder / "link");
+  for (const std::string& other : {app, t + "//App/", folder / "link/App"})
+    EXPECT_TRUE(util_renameFolderToFolder(app, other)) << other;
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(FolderRenamingTest, RestoringPutsTheBackupBack) {
+  makeApp(app, "current");
+  const std::string backup = backedUp(app);
+  makeApp(app, "half installed");
+  forget();
+  EXPECT_TRUE(utilRestoreFolder(backup, app));
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+  EXPECT_THAT(namesIn(t), ElementsAre("App"));
+  EXPECT_THAT(logged(), ElementsAre("INFO NOTE trying to backup ... backup already exists. trying to remove..."));
+}
+
+TEST_F(FolderRenamingTest, RestoringNothingFails) {
+  EXPECT_FALSE(utilRestoreFolder(t + "/missing", app));
+  EXPECT_THAT(logged(), ElementsAre(HasSubstr("FATAL Failed to rename Error code (2:")));
+}
+
+class SymlinkTest : public BackupTest {
+ protected:
+  std::string creating(const std::string& target) const {
+    return "INFO Creating symbolic link of " + target + " to folder " + link;
+  }
+  std::string nothingThere() const { return "INFO NOTE trying to backup ... Source path does not exits. So Success."; }
+
+  const std::string link = t + "/Link";
+};
+
+TEST_F(SymlinkTest, StandsWithoutItsExtension) {
+  EXPECT_TRUE(utilCreateSymlinkFromPathToPath("/opt/real", t + "/Link.app"));
+  EXPECT_EQ(std::filesystem::read_symlink(link), "/opt/real");
+  EXPECT_THAT(namesIn(t), ElementsAre("Link"));
+  EXPECT_THAT(logged(), ElementsAre(started(link), nothingThere(), creating("/opt/real")));
+}
+
+TEST_F(SymlinkTest, KeepsItsTextAsGiven) {
+  for (const char* target : {"../relative//path/", "line\nbreak\xff", "."}) {
+    EXPECT_TRUE(utilCreateSymlinkFromPathToPath(target, link));
+    EXPECT_EQ(std::filesystem::read_symlink(link), target);
+  }
+}
+
+TEST_F(SymlinkTest, TakesThePlaceOfWhatIsThere) {
+  makeApp(link, "old");
+  makeFile(t + "/Link.app", "not touched");
+  EXPECT_TRUE(utilCreateSymlinkFromPathToPath("/opt/real", t + "/Link.app"));
+  EXPECT_EQ(std::filesystem::read_symlink(link), "/opt/real");
+  EXPECT_THAT(namesIn(t), ElementsAre("Link", "Link.app"));
+  EXPECT_THAT(logged(), ElementsAre(started(link), named(t + "//Link_bkp1"), creating("/opt/real")));
+}
+
+TEST_F(SymlinkTest, MakesAMissingFolderForTheAdministrators) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user gives files away";
+  EXPECT_TRUE(utilCreateSymlinkFromPathToPath("/opt/real", t + "/x/y/Link.app"));
+  struct stat made {};
+  ASSERT_EQ(::stat((t + "/x/y").c_str(), &made), 0);
+  EXPECT_EQ(made.st_uid, 0u);
+  EXPECT_EQ(made.st_gid, 80u);
+  EXPECT_EQ(made.st_mode & 07777, 0775u);
+  EXPECT_EQ(std::filesystem::read_symlink(t + "/x/y/Link"), "/opt/real");
+}
+
+TEST_F(SymlinkTest, NeedsTheSuperUserForAMissingFolder) {
+  EXPECT_TRUE(withoutPowers([&] { return !utilCreateSymlinkFromPathToPath("/opt/real", t + "/x/Link.app"); }));
+  EXPECT_THAT(logged(), ElementsAre("ERROR Error creating directory " + t + "/x"));
+}
+
+TEST_F(SymlinkTest, NeedsAFolder) {
+  EXPECT_FALSE(utilCreateSymlinkFromPathToPath("/opt/real", "Link.app"));
+  EXPECT_THAT(logged(), ElementsAre("ERROR Error creating directory "));
+}
+
+TEST_F(SymlinkTest, SaysWhenTheObjectCannotBeMovedAside) {
+  makeFile(link, "old");
+  ASSERT_EQ(::chmod(t.c_str(), 0500), 0);
+  EXPECT_TRUE(withoutPowers([&] { return !utilCreateSymlinkFromPathToPath("/opt/real", link); }));
+  EXPECT_EQ(contentsOf(link), "old");
+  EXPECT_THAT(logged(), ElementsAre(started(link), named(t + "//Link_bkp1"),
+                                    "FATAL Failed to rename Error code (13:Permission denied) the directory from " +
+                                        link + " to " + t + "//Link_bkp1.",
+                                    "FATAL Error Failed to rename the directory.",
+                                    "ERROR Failed in backing up folder " + link + " to folder "));
+}
+
+TEST_F(SymlinkTest, MovesTheObjectBackWhenItCannotBeMade) {
+  makeApp(link, "old");
+  EXPECT_FALSE(utilCreateSymlinkFromPathToPath("", link));
+  EXPECT_EQ(contentsOf(link + "/file"), "old");
+  EXPECT_THAT(namesIn(t), ElementsAre("Link"));
+  EXPECT_THAT(logged(), ElementsAre(started(link), named(t + "//Link_bkp1"), creating(""),
+                                    "ERROR Error Creating symbolic link for path () to path (" + link +
+                                        "), Errorno: 2, error msg: No such file or directory"));
+}
+
+TEST_F(SymlinkTest, SaysWhenThereIsNothingToMoveBack) {
+  const std::string tooLong(5000, 'x');
+  EXPECT_FALSE(utilCreateSymlinkFromPathToPath("", link));
+  EXPECT_THAT(logged(),
+              ElementsAre(started(link), nothingThere(), creating(""),
+                          "ERROR Error Creating symbolic link for path () to path (" + link +
+                              "), Errorno: 2, error msg: No such file or directory",
+                          "FATAL Failed to rename Error code (2:No such file or directory) the directory from  to " +
+                              link + ".",
+                          "ERROR Error in restoring backedup folder  to " + link));
+  EXPECT_FALSE(utilCreateSymlinkFromPathToPath(tooLong, link));
+  EXPECT_THAT(namesIn(t), IsEmpty());
+}
+
+TEST_F(SymlinkTest, SaysWhenTheBackupStays) {
+  makeFolder(link);
+  makeFolder(link + "/closed");
+  makeFile(link + "/closed/file", "old");
+  ASSERT_EQ(::chmod((link + "/closed").c_str(), 0500), 0);
+  EXPECT_TRUE(withoutPowers([&] { return utilCreateSymlinkFromPathToPath("/opt/real", link); }));
+  EXPECT_EQ(std::filesystem::read_symlink(link), "/opt/real");
+  EXPECT_EQ(contentsOf(t + "/Link_bkp1/closed/file"), "old");
+  EXPECT_THAT(logged(), ElementsAre(started(link), named(t + "//Link_bkp1"), creating("/opt/real"),
+                                    denied(t + "//Link_bkp1/closed/file"),
+                                    "ERROR Could not delete the backedup folder " + t + "//Link_bkp1"));
+}
+
+}  // namespace
