@@ -91,6 +91,12 @@ constexpr bool signalsInterrupt = false;
 constexpr bool signalsInterrupt = true;
 #endif
 
+// Whether this process has a child, one that has ended and was not waited for included.
+inline bool hasChildren() {
+  siginfo_t ended{};
+  return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
 // Looks again and again until it is true; false when that has not come after half a minute.
 inline bool comesTrue(const std::function<bool()>& condition) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);

@@ -1,0 +1,43 @@
+// What a desktop does with programs: opens addresses with them and brings them to the front. Thread-safe.
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+// Opens an address in the user's default program for it; true when that has been started. False for a text that is no
+// address, without a program for it, and, on Linux, without a display.
+bool openUrl(const std::string& url);
+
+// Whether the text has a scheme and is otherwise made of what RFC 3986 allows: no blanks, no letters beyond ASCII, "%"
+// only before two hexadecimal digits, brackets only around a host, one "#" at most.
+//   "http://h/a%20b?c#d" => true   "http://h/a b" => false   "//h/a" => false   "mailto:a@b" => true
+bool isUrl(std::string_view text);
+
+// Why the application launcher cannot refer to a file: the name of the error and what it means. Nothing when it can.
+struct ReferenceFailure {
+  std::string error;
+  std::string comment;
+};
+std::optional<ReferenceFailure> failureToRefer(const std::string& path);
+
+// Starts a new instance of a program through the application launcher, which brings it to the front. False when it
+// cannot: Linux has no such launcher.
+bool launchInFront(const std::string& path, const std::vector<std::string>& arguments);
+
+// Brings the windows of a process to the front. `unknown` while the process has not shown up among those with windows;
+// `impossible` when nothing can be brought to the front here, or not this.
+//
+// On Linux asks the window manager of the X display, as a taskbar does (EWMH, `_NET_ACTIVE_WINDOW`), for the process's
+// topmost window, known by its `_NET_WM_PID`: processes that it has started are not looked for. Without a display,
+// `impossible`.
+enum class Fronting { done, unknown, impossible };
+Fronting bringToFront(pid_t process);
+
+}  // namespace platform

@@ -1,0 +1,38 @@
+#include "platform/ProcessList.h"
+
+#include <cerrno>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+
+namespace platform {
+namespace {
+
+const std::filesystem::path kProcesses = "/proc";
+
+}  // namespace
+
+std::vector<pid_t> allProcesses() {
+  std::vector<pid_t> processes;
+  std::error_code failed;
+  for (std::filesystem::directory_iterator entry(kProcesses, failed), end; !failed && entry != end;
+       entry.increment(failed)) {
+    const std::string name = entry->path().filename().string();
+    pid_t process = 0;
+    const char* const nameEnd = name.data() + name.size();
+    if (std::from_chars(name.data(), nameEnd, process).ptr == nameEnd) processes.push_back(process);
+  }
+  return processes;
+}
+
+std::string programOf(pid_t process) {
+  const std::filesystem::path folder = kProcesses / std::to_string(process);
+  std::error_code failed;
+  std::string path = std::filesystem::read_symlink(folder / "exe", failed).string();
+  if (failed != std::errc::permission_denied) return path;
+  std::ifstream arguments(folder / "cmdline", std::ios::binary);
+  std::getline(arguments, path, '\0');
+  return path;
+}
+
+}  // namespace platform

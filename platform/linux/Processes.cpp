@@ -1,0 +1,142 @@
+#include "platform/Processes.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <filesystem>
+
+namespace platform {
+namespace {
+
+// What the new process does between its start and the program's; the first failure is kept.
+class FileActions {
+ public:
+  FileActions() : error_(::posix_spawn_file_actions_init(&actions_)) {}
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+  ~FileActions() { ::posix_spawn_file_actions_destroy(&actions_); }
+
+  void silence() {
+    keep(::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0));
+    keep(::posix_spawn_file_actions_adddup2(&actions_, STDOUT_FILENO, STDERR_FILENO));
+  }
+  void changeFolder(const std::string& folder) {
+    keep(::posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str()));
+  }
+  void closeAllOthers() { keep(::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1)); }
+
+  int error() const { return error_; }
+  const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+  void keep(int error) {
+    if (error_ == 0) error_ = error;
+  }
+
+  posix_spawn_file_actions_t actions_;
+  int error_;
+};
+
+class DefaultSignals {
+ public:
+  DefaultSignals() : error_(::posix_spawnattr_init(&attributes_)) {
+    sigset_t all, none;
+    ::sigfillset(&all);
+    ::sigemptyset(&none);
+    ::posix_spawnattr_setsigdefault(&attributes_, &all);
+    ::posix_spawnattr_setsigmask(&attributes_, &none);
+    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+  }
+  DefaultSignals(const DefaultSignals&) = delete;
+  DefaultSignals& operator=(const DefaultSignals&) = delete;
+  ~DefaultSignals() { ::posix_spawnattr_destroy(&attributes_); }
+
+  int error() const { return error_; }
+  const posix_spawnattr_t* get() const { return &attributes_; }
+
+ private:
+  posix_spawnattr_t attributes_;
+  int error_;
+};
+
+// The new process is in its working folder already when it looks for the program.
+std::string pathFromThere(const Task& task) {
+  if (task.folder.empty() || task.program.empty() || task.program.front() == '/') return task.program;
+  std::error_code unknown;
+  const std::filesystem::path here = std::filesystem::current_path(unknown);
+  return unknown ? task.program : (here / task.program).string();
+}
+
+std::vector<char*> pointersTo(std::string& program, std::vector<std::string>& arguments) {
+  std::vector<char*> pointers{program.data()};
+  for (std::string& argument : arguments)
+    pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+extern "C" void* waitInThread(void* process) {
+  (void)waitForTask(static_cast<pid_t>(reinterpret_cast<std::intptr_t>(process)));
+  return nullptr;
+}
+
+// The thread must not be the one that a signal of the program's interrupts.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &former_);
+  }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+
+ private:
+  sigset_t former_;
+};
+
+}  // namespace
+
+std::optional<pid_t> startTask(const Task& task) {
+  const DefaultSignals signals;
+  FileActions actions;
+  if (task.silent) actions.silence();
+  if (!task.folder.empty()) actions.changeFolder(task.folder);
+  actions.closeAllOthers();
+
+  std::string program = pathFromThere(task);
+  std::vector<std::string> arguments = task.arguments;
+  const std::vector<char*> pointers = pointersTo(program, arguments);
+  pid_t process = 0;
+  int error = signals.error() != 0 ? signals.error() : actions.error();
+  if (error == 0)
+    error = ::posix_spawn(&process, program.c_str(), actions.get(), signals.get(), pointers.data(), ::environ);
+  if (error == 0) return process;
+  errno = error;
+  return std::nullopt;
+}
+
+int waitForTask(pid_t process) {
+  int status = 0;
+  while (::waitpid(process, &status, 0) < 0) {
+    if (errno != EINTR) return -1;
+  }
+  return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+void waitForTaskAside(pid_t process) {
+  const SignalsBlocked duringTheStart;
+  pthread_t thread;
+  void* const argument = reinterpret_cast<void*>(static_cast<std::intptr_t>(process));
+  // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
+  if (::pthread_create(&thread, nullptr, waitInThread, argument) == 0) ::pthread_detach(thread);
+}
+
+}  // namespace platform

@@ -1,0 +1,214 @@
+// The pieces of a desktop that a process without one has to do without.
+
+#include <gio/gio.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <thread>
+
+#include "platform/Applications.h"
+#include "platform/Notifications.h"
+#include "platform/RunLoop.h"
+#include "platform/UniqueFd.h"
+#include "tests/support/Child.h"
+#include "tests/support/Environment.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using support::Variable;
+
+// An event of a context's that happens as soon as it is served.
+class Event {
+ public:
+  explicit Event(GMainContext* context) : source_(g_idle_source_new()) {
+    g_source_set_callback(
+        source_,
+        [](gpointer self) {
+          static_cast<Event*>(self)->servedBy_ = std::this_thread::get_id();
+          return static_cast<gboolean>(G_SOURCE_REMOVE);
+        },
+        this, nullptr);
+    g_source_attach(source_, context);
+  }
+  Event(const Event&) = delete;
+  Event& operator=(const Event&) = delete;
+  ~Event() {
+    g_source_destroy(source_);
+    g_source_unref(source_);
+  }
+
+  std::thread::id servedBy() const { return servedBy_; }
+  bool served() const { return servedBy_ != std::thread::id(); }
+
+ private:
+  GSource* source_;
+  std::thread::id servedBy_;
+};
+
+TEST(RunLoop, RunsForAsLongAsItIsTold) {
+  const auto start = platform::runLoopTime();
+  platform::runLoopFor(30ms);
+  EXPECT_GE(platform::runLoopTime() - start, 29ms);  // the timer counts whole milliseconds
+}
+
+TEST(RunLoop, ServesEventsOfTheFirstThreadMeanwhile) {
+  const Event event(nullptr);
+  platform::runLoopFor(1ms);
+  EXPECT_TRUE(event.served());
+}
+
+TEST(RunLoop, ServesNobodyElsesEventsOnAnotherThread) {
+  const Event event(nullptr);
+  std::thread([] { platform::runLoopFor(10ms); }).join();
+  EXPECT_FALSE(event.served());
+}
+
+TEST(RunLoop, ServesAThreadsOwnEventsOnAnotherThread) {
+  std::thread::id other;
+  std::thread thread([&] {
+    GMainContext* const own = g_main_context_new();
+    g_main_context_push_thread_default(own);
+    {
+      const Event event(own);
+      platform::runLoopFor(10ms);
+      other = event.servedBy();
+    }
+    g_main_context_pop_thread_default(own);
+    g_main_context_unref(own);
+  });
+  const std::thread::id expected = thread.get_id();
+  thread.join();
+  EXPECT_EQ(other, expected);
+}
+
+TEST(RunLoop, MayBeRunByAnEventThatItServes) {
+  bool done = false;
+  GSource* const source = g_idle_source_new();
+  g_source_set_callback(
+      source,
+      [](gpointer flag) {
+        platform::runLoopFor(1ms);
+        *static_cast<bool*>(flag) = true;
+        return static_cast<gboolean>(G_SOURCE_REMOVE);
+      },
+      &done, nullptr);
+  g_source_attach(source, nullptr);
+  platform::runLoopFor(1ms);
+  g_source_unref(source);
+  EXPECT_TRUE(done);
+}
+
+class NoBusTest : public testing::Test {
+ protected:
+  static std::chrono::steady_clock::duration timeToPost() {
+    const auto start = std::chrono::steady_clock::now();
+    platform::postToAllSessions("org.example.Stop", "org.example.Agent");
+    return std::chrono::steady_clock::now() - start;
+  }
+
+  const support::TemporaryFolder folder;
+  const Variable noSession{"DBUS_SESSION_BUS_ADDRESS", std::nullopt};
+  const Variable noRuntimeFolder{"XDG_RUNTIME_DIR", folder.path()};
+  const Variable noSystem{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (folder / "no-such")};
+};
+
+TEST_F(NoBusTest, PostingIsOverAtOnce) {
+  EXPECT_LT(timeToPost(), 1500ms);
+}
+
+TEST_F(NoBusTest, AnAddressThatIsNoneIsNoBus) {
+  for (const char* address : {"nonsense", "unix:path=", "autolaunch:", ":::"}) {
+    const Variable session("DBUS_SESSION_BUS_ADDRESS", address);
+    EXPECT_LT(timeToPost(), 1500ms) << address;
+  }
+}
+
+TEST_F(NoBusTest, NoBusIsStarted) {
+  const Variable display("DISPLAY", ":98");
+  EXPECT_LT(timeToPost(), 1500ms);
+  EXPECT_FALSE(support::hasChildren());
+}
+
+TEST_F(NoBusTest, ABusThatNeverAnswersIsGivenUp) {
+  const platform::UniqueFd server(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, (folder / "bus").c_str(), sizeof address.sun_path - 1);
+  ASSERT_EQ(::bind(server.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(::listen(server.get(), 5), 0);
+  EXPECT_LT(timeToPost(), 10s);
+}
+
+TEST_F(NoBusTest, NamesThatNoSignalCanHaveArePostedNowhere) {
+  platform::postToAllSessions("", "");
+  platform::postToAllSessions("org.example.", "org.example.Agent");
+  platform::postToAllSessions("org.example.Stop", "no dots");
+  platform::postToAllSessions("org.example.Stop", "org..Agent");
+}
+
+TEST(Fronting, IsImpossibleWithoutADisplay) {
+  const Variable none("DISPLAY", std::nullopt);
+  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+  const Variable gone("DISPLAY", ":9876");
+  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+}
+
+TEST(Launcher, RefersToWhatExistsAndLaunchesNothing) {
+  EXPECT_FALSE(platform::failureToRefer("/bin/sh"));
+  const auto failure = platform::failureToRefer("/no/such");
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->error, "ENOENT");
+  EXPECT_EQ(failure->comment, "No such file or directory");
+  EXPECT_FALSE(platform::launchInFront("/bin/true", {}));
+}
+
+// A desktop whose program for the scheme "svotest" writes down what it is asked to open.
+class OpenUrlTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    const std::string data = std::getenv("XDG_DATA_HOME"), config = std::getenv("XDG_CONFIG_HOME");
+    std::filesystem::create_directories(data + "/applications");
+    std::filesystem::create_directories(config);
+    support::writeFile(data + "/handler", "#!/bin/sh\nprintf %s \"$1\" >'" + data + "/part' && mv '" + data +
+                                              "/part' '" + data + "/opened'\n");
+    std::filesystem::permissions(data + "/handler", std::filesystem::perms(0755));
+    support::writeFile(data + "/applications/svotest.desktop",
+                       "[Desktop Entry]\nType=Application\nName=Test\nExec=" + data +
+                           "/handler %u\nMimeType=x-scheme-handler/svotest;\n");
+    support::writeFile(config + "/mimeapps.list", "[Default Applications]\nx-scheme-handler/svotest=svotest.desktop\n");
+  }
+
+  const std::string opened = std::string(std::getenv("XDG_DATA_HOME")) + "/opened";
+};
+
+TEST_F(OpenUrlTest, StartsTheUsersProgramForTheScheme) {
+  const Variable display("DISPLAY", ":98");
+  EXPECT_TRUE(platform::openUrl("svotest:a%20b?c"));
+  EXPECT_TRUE(support::comesTrue([&] { return std::filesystem::exists(opened); }));
+  EXPECT_EQ(support::contentsOf(opened), "svotest:a%20b?c");
+  EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); }));
+  std::filesystem::remove(opened);
+}
+
+TEST_F(OpenUrlTest, FailsWithoutAProgramForTheScheme) {
+  const Variable display("DISPLAY", ":98");
+  EXPECT_FALSE(platform::openUrl("svo-no-such-scheme:a"));
+}
+
+TEST_F(OpenUrlTest, FailsWithoutADisplay) {
+  const Variable none("DISPLAY", std::nullopt);
+  EXPECT_FALSE(platform::openUrl("svotest:a"));
+}
+
+TEST_F(OpenUrlTest, FailsForATextThatIsNoUrl) {
+  const Variable display("DISPLAY", ":98");
+  for (const char* text : {"svotest:a b", "", "no-scheme", "/bin/true"})
+    EXPECT_FALSE(platform::openUrl(text)) << text;
+}
+
+}  // namespace

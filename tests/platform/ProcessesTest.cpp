@@ -1,0 +1,231 @@
+#include "platform/Processes.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <thread>
+
+#include "platform/ProcessList.h"
+#include "platform/UniqueFd.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+using platform::startTask;
+using platform::Task;
+using platform::waitForTask;
+
+class ProcessesTest : public testing::Test {
+ protected:
+  // Nothing is left of any process, once those that are waited for aside have ended.
+  void TearDown() override {
+    EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); }));
+  }
+
+  static Task shell(const std::string& script) {
+    Task task;
+    task.program = "/bin/sh";
+    task.arguments = {"-c", script};
+    return task;
+  }
+
+  static int endOf(const Task& task) {
+    const auto process = startTask(task);
+    EXPECT_TRUE(process) << std::strerror(errno);
+    return process ? waitForTask(*process) : -1;
+  }
+
+  static int endOf(const std::string& script) { return endOf(shell(script)); }
+
+  // The error of a program that must not start.
+  static int errorOf(const std::string& program, const std::string& folder = "") {
+    Task task;
+    task.program = program;
+    task.folder = folder;
+    EXPECT_FALSE(startTask(task));
+    return errno;
+  }
+
+  static std::size_t openFiles() { return support::namesIn("/proc/self/fd").size(); }
+
+  const support::TemporaryFolder folder;
+};
+
+TEST_F(ProcessesTest, TheExitStatusIsTheProgramsOwn) {
+  EXPECT_EQ(endOf("exit 0"), 0);
+  EXPECT_EQ(endOf("exit 3"), 3);
+  EXPECT_EQ(endOf("exit 255"), 255);
+}
+
+TEST_F(ProcessesTest, AProgramThatASignalEndedHasTheSignalsNumber) {
+  EXPECT_EQ(endOf("kill -TERM $$"), SIGTERM);
+  EXPECT_EQ(endOf("kill -KILL $$"), SIGKILL);
+}
+
+TEST_F(ProcessesTest, AnEndThatSomebodyElseHasTakenIsNotKnown) {
+  const auto process = startTask(shell("exit 3"));
+  ASSERT_TRUE(process);
+  ASSERT_EQ(::waitpid(*process, nullptr, 0), *process);
+  EXPECT_EQ(waitForTask(*process), -1);
+}
+
+TEST_F(ProcessesTest, ArgumentsArriveAsTheyAre) {
+  Task task = shell("printf '%s|' \"$0\" \"$@\" >'" + (folder / "seen") + "'");
+  task.arguments.insert(task.arguments.end(), {"a b", "", "\"'$HOME*\n", "\xff"});
+  EXPECT_EQ(endOf(task), 0);
+  EXPECT_EQ(support::contentsOf(folder / "seen"), "a b||\"'$HOME*\n|\xff|");
+}
+
+TEST_F(ProcessesTest, TheWorkingFolderIsTheOneGiven) {
+  Task task = shell("pwd -P >seen");
+  task.folder = folder.path();
+  EXPECT_EQ(endOf(task), 0);
+  EXPECT_EQ(support::contentsOf(folder / "seen"), std::filesystem::canonical(folder.path()).string() + "\n");
+}
+
+TEST_F(ProcessesTest, ARelativeProgramIsLookedForFromHereWhateverItsWorkingFolder) {
+  ASSERT_EQ(::mkdir((folder / "sub").c_str(), 0755), 0);
+  support::writeFile(folder / "sub/script", "#!/bin/sh\nexit 7\n");
+  ASSERT_EQ(::chmod((folder / "sub/script").c_str(), 0755), 0);
+  const auto former = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  Task task;
+  task.program = "sub/script";
+  task.folder = "sub";
+  EXPECT_EQ(endOf(task), 7);
+  std::filesystem::current_path(former);
+}
+
+TEST_F(ProcessesTest, SilentMeansOutputAndErrorsButNotInput) {
+  Task task =
+      shell("[ /proc/$$/fd/1 -ef /dev/null ] && [ /proc/$$/fd/2 -ef /dev/null ] && ! [ /proc/$$/fd/0 -ef /dev/null ]");
+  task.silent = true;
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+  const platform::UniqueFd in(ends[0]), out(ends[1]), former(::dup(STDIN_FILENO));
+  ::dup2(in.get(), STDIN_FILENO);
+  EXPECT_EQ(endOf(task), 0);
+  ::dup2(former.get(), STDIN_FILENO);
+}
+
+TEST_F(ProcessesTest, NoOtherDescriptorIsHandedOn) {
+  const platform::UniqueFd high(::fcntl(STDIN_FILENO, F_DUPFD, 200));
+  const platform::UniqueFd low(::dup(STDIN_FILENO));
+  ASSERT_TRUE(high && low);
+  const auto test = [](int fd) { return "[ -e /proc/$$/fd/" + std::to_string(fd) + " ]"; };
+  EXPECT_EQ(endOf("! " + test(high.get()) + " && ! " + test(low.get()) + " && " + test(2)), 0);
+}
+
+TEST_F(ProcessesTest, SignalsAreAtTheirDefaultsAndLetThrough) {
+  const auto formerAction = ::signal(SIGPIPE, SIG_IGN);
+  sigset_t one, formerMask;
+  ::sigemptyset(&one);
+  ::sigaddset(&one, SIGUSR1);
+  ::pthread_sigmask(SIG_BLOCK, &one, &formerMask);
+  // The C library ignores two signals of its own in every program that it starts.
+  EXPECT_EQ(endOf("[ $(grep -cE '^Sig(Blk|Ign):\\s0+(180000000)?$' /proc/self/status) = 2 ]"), 0);
+  ::pthread_sigmask(SIG_SETMASK, &formerMask, nullptr);
+  ::signal(SIGPIPE, formerAction);
+}
+
+TEST_F(ProcessesTest, WhatIsNoProgramIsNotStarted) {
+  support::writeFile(folder / "text", "exit 0\n");
+  EXPECT_EQ(errorOf(folder / "text"), EACCES);
+  ASSERT_EQ(::chmod((folder / "text").c_str(), 0755), 0);
+  EXPECT_EQ(errorOf(folder / "text"), ENOEXEC) << "no shell helps out";
+  EXPECT_EQ(errorOf(folder.path()), EACCES);
+  EXPECT_EQ(errorOf(folder / "none"), ENOENT);
+  EXPECT_EQ(errorOf(""), ENOENT);
+  EXPECT_EQ(errorOf("/bin/true", folder / "none"), ENOENT);
+  EXPECT_EQ(errorOf("true"), ENOENT) << "no PATH is searched";
+}
+
+TEST_F(ProcessesTest, WhatIsNotStartedLeavesNothingBehind) {
+  const std::size_t before = openFiles();
+  for (int i = 0; i < 50; ++i) {
+    errorOf(folder / "none");
+    endOf("exit 0");
+  }
+  EXPECT_EQ(openFiles(), before);
+  EXPECT_FALSE(support::hasChildren());
+}
+
+TEST_F(ProcessesTest, ASignalDoesNotEndTheWait) {
+  if (!support::signalsInterrupt) GTEST_SKIP() << "signals are held back";
+  support::Child waiting([] {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    ::sigaction(SIGALRM, &action, nullptr);
+    const auto process = startTask(shell("kill -ALRM $PPID; kill -ALRM $PPID; exec sleep 0.1"));
+    return process ? waitForTask(*process) : 1;
+  });
+  EXPECT_EQ(waiting.wait(), 0);
+}
+
+TEST_F(ProcessesTest, WaitingAsideTakesNoOtherChildAway) {
+  support::Child own([] { return 5; });
+  for (int i = 0; i < 20; ++i) {
+    const auto process = startTask(shell("exit 0"));
+    ASSERT_TRUE(process);
+    platform::waitForTaskAside(*process);
+  }
+  EXPECT_TRUE(support::comesTrue([&] {
+    siginfo_t ended{};
+    return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == own.id();
+  }));
+  EXPECT_EQ(own.wait(), 5);
+}
+
+TEST_F(ProcessesTest, ManyThreadsStartAtOnce) {
+  std::atomic<int> right{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&, i] {
+      for (int j = 0; j < 5; ++j) {
+        if (endOf("exit " + std::to_string(10 * i + j)) == 10 * i + j) ++right;
+        if (const auto process = startTask(shell("exit 1"))) platform::waitForTaskAside(*process);
+      }
+    });
+  }
+  for (std::thread& each : threads)
+    each.join();
+  EXPECT_EQ(right, 20);
+}
+
+TEST(ProcessList, HoldsThisProcessAndItsProgram) {
+  const std::vector<pid_t> all = platform::allProcesses();
+  EXPECT_NE(std::find(all.begin(), all.end(), ::getpid()), all.end());
+  EXPECT_EQ(platform::programOf(::getpid()), std::filesystem::read_symlink("/proc/self/exe").string());
+}
+
+TEST(ProcessList, AProcessThatHasEndedRunsNoProgram) {
+  support::Child brief([] { return 0; });
+  const pid_t process = brief.id();
+  brief.wait();
+  EXPECT_EQ(platform::programOf(process), "");
+}
+
+TEST(ProcessList, TheFirstArgumentStandsInForAProgramThatMayNotBeSeen) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can become somebody who sees less";
+  Task task;
+  task.program = "/bin/sleep";
+  task.arguments = {"1000"};
+  const auto process = startTask(task);
+  ASSERT_TRUE(process);
+  support::Child other([&] {
+    if (::setresuid(65534, 65534, 65534) != 0) return 2;
+    return platform::programOf(*process) == "/bin/sleep" ? 0 : 1;
+  });
+  EXPECT_EQ(other.wait(), 0);
+  ::kill(*process, SIGKILL);
+  EXPECT_EQ(waitForTask(*process), SIGKILL);
+}
+
+}  // namespace
