@@ -1,0 +1,67 @@
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "applog/Logger.h"
+#include "applog/OVNSemaphoreLock.h"
+#include "nativeutils/Component.h"
+#include "nativeutils/Processes.h"
+#include "platform/AutoreleasePool.h"
+#include "platform/Notifications.h"
+#include "platform/ProcessList.h"
+#include "platform/RunLoop.h"
+
+using nativeutils::kComponent;
+
+namespace {
+
+constexpr const char* kNotifier = "com.orvane.orvane_application_manager.VormNotifier";
+constexpr const char* kTerminate = "com.orvane.orvane_application_manager.VormNotifier.TerminateInstance_Notification";
+constexpr const char* kNotifierProgram = "Vorm Updates Notifier";
+
+constexpr int kWorkflowLock = 77445459;
+constexpr int kWorkflowSlots = 255;
+
+bool isReleasedWithin(OVNSemaphoreLock& lock, std::chrono::seconds patience) {
+  constexpr std::chrono::milliseconds turn(500);
+  const auto end = platform::runLoopTime() + patience;
+  while (lock.isLocked() && platform::runLoopTime() < end)
+    platform::runLoopFor(turn);
+  return !lock.isLocked();
+}
+
+void killNotifiers() {
+  for (const pid_t process : platform::allProcesses()) {
+    if (process == ::getpid() || platform::programOf(process).find(kNotifierProgram) == std::string::npos) continue;
+    // Whether it is gone shows in the lock.
+    [[maybe_unused]] const int result = std::system(("kill -9 " + std::to_string(process)).c_str());
+  }
+}
+
+}  // namespace
+
+bool utilCloseAllNotificationWorkflows() {
+  const platform::AutoreleaseScope scope;
+  Logger* const log = Logger::getInstance();
+  const std::unique_ptr<OVNSemaphoreLock> lock(new (std::nothrow)
+                                                   OVNSemaphoreLock(kWorkflowLock, kWorkflowSlots, SystemLock));
+  if (!lock) {
+    log->logFatal(kComponent, "Error Failed to Create GlobalNonDeploymentWorkflowLock Object ...");
+    return false;
+  }
+  if (!lock->isLocked()) return true;
+
+  platform::postToAllSessions(kTerminate, kNotifier);
+  if (isReleasedWithin(*lock, std::chrono::seconds(30))) return true;
+
+  log->logWarn(kComponent, "Error Failed to close Notification Workflows. Trying to kill update notifier.");
+  killNotifiers();
+  if (isReleasedWithin(*lock, std::chrono::seconds(2))) return true;
+
+  log->logWarn(kComponent, "Error Failed to kill update notifier.");
+  return false;
+}

@@ -1,0 +1,48 @@
+#include "tests/nativeutils/FakeDesktop.h"
+
+#include <numeric>
+
+#include "platform/Notifications.h"
+#include "platform/RunLoop.h"
+
+using nativeutils_test::fakeDesktop;
+
+namespace platform {
+
+std::chrono::steady_clock::time_point runLoopTime() {
+  const auto& turns = fakeDesktop.turns;
+  return std::chrono::steady_clock::time_point(
+      std::accumulate(turns.begin(), turns.end(), std::chrono::milliseconds(1000)));
+}
+
+void runLoopFor(std::chrono::milliseconds duration) {
+  fakeDesktop.turns.push_back(duration);
+  if (fakeDesktop.duringTurn) fakeDesktop.duringTurn(fakeDesktop.turns.size());
+}
+
+void postToAllSessions(const std::string& name, const std::string& object) {
+  fakeDesktop.posted.emplace_back(name, object);
+  if (fakeDesktop.onPost) fakeDesktop.onPost();
+}
+
+bool openUrl(const std::string&) {
+  return false;
+}
+
+std::optional<ReferenceFailure> failureToRefer(const std::string&) {
+  return fakeDesktop.failureToRefer;
+}
+
+bool launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
+  if (!fakeDesktop.canLaunch) return false;
+  fakeDesktop.launched = {path};
+  fakeDesktop.launched.insert(fakeDesktop.launched.end(), arguments.begin(), arguments.end());
+  return true;
+}
+
+Fronting bringToFront(pid_t process) {
+  fakeDesktop.fronted.push_back(process);
+  return fakeDesktop.fronted.size() > fakeDesktop.unknownFor ? fakeDesktop.fronting : Fronting::unknown;
+}
+
+}  // namespace platform
