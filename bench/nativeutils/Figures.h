@@ -10,4 +10,7 @@ constexpr int repetitions = 9;
 // Base64 against OpenSSL's, and text with line breaks against text without.
 void measureBase64();
 
+// Deleting, backing up and copying against rm, find and cp.
+void measureFiles();
+
 }  // namespace bench

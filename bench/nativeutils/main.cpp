@@ -11,6 +11,7 @@ int main() try {
   (void)support::ownHome();  // throws in the home folder of a person
   bench::printHead();
   bench::measureBase64();
+  bench::measureFiles();
 } catch (const std::exception& failure) {
   std::fprintf(stderr, "bench-nativeutils: %s\n", failure.what());
   return 1;
