@@ -35,6 +35,18 @@ TEST(SystemVersion, NumbersThatAReleaseDoesNotHaveAreZero) {
   EXPECT_EQ(platform::systemVersionOfRelease("7.")->minor, 0);
 }
 
+TEST(SystemVersion, ASignIsNoPartOfANumber) {
+  EXPECT_FALSE(platform::systemVersionOfRelease("-6.1"));
+  EXPECT_EQ(platform::systemVersionOfRelease("6.-2")->minor, 0);
+}
+
+TEST(SystemVersion, ANumberThatIsTooLargeIsMissing) {
+  EXPECT_FALSE(platform::systemVersionOfRelease("2147483648.1"));
+  EXPECT_EQ(platform::systemVersionOfRelease("2147483647.2147483648.3")->major, 2147483647);
+  EXPECT_EQ(platform::systemVersionOfRelease("2147483647.2147483648.3")->minor, 0);
+  EXPECT_EQ(platform::systemVersionOfRelease("2147483647.2147483648.3")->bugFix, 0);
+}
+
 TEST(SystemVersion, IsNothingWithoutANumber) {
   EXPECT_FALSE(platform::systemVersionOfRelease(""));
   EXPECT_FALSE(platform::systemVersionOfRelease("next"));
