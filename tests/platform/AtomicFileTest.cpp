@@ -114,6 +114,7 @@ TEST_F(AtomicFile, TakesThePlaceOfALinkAndNotOfWhatItLeadsTo) {
   EXPECT_EQ(support::contentsOf(folder / "target"), "target");
   EXPECT_FALSE(std::filesystem::is_symlink(path));
   EXPECT_EQ(support::contentsOf(path), "new");
+  EXPECT_EQ(support::modeOf(path), 0644u);
 }
 
 TEST_F(AtomicFile, TakesThePlaceOfAPipeWithoutWaiting) {
