@@ -9,6 +9,10 @@ function(svo_configure target)
     target_compile_options(${target} PUBLIC -fsanitize=address,undefined -fno-sanitize-recover=undefined
                                             -fno-omit-frame-pointer)
     target_link_options(${target} PUBLIC -fsanitize=address,undefined)
+  elseif(SVO_SANITIZE STREQUAL "fuzzer")
+    target_compile_options(${target} PUBLIC -fsanitize=fuzzer-no-link,address,undefined
+                                            -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(${target} PUBLIC -fsanitize=address,undefined)
   elseif(SVO_SANITIZE STREQUAL "thread")
     target_compile_options(${target} PUBLIC -fsanitize=thread -fno-omit-frame-pointer)
     target_link_options(${target} PUBLIC -fsanitize=thread)

@@ -1,0 +1,58 @@
+// Lines of the embedded user interface, against a reading of them that never counts beyond the end.
+
+#include <map>
+#include <optional>
+#include <stdexcept>
+
+#include "applog/Logger.h"
+#include "fuzz/Fuzzing.h"
+
+namespace {
+
+struct Fields {
+  tarn::Log_Level level;
+  std::string component;
+  std::string message;
+};
+
+tarn::Log_Level levelOf(const std::string& word) {
+  static const std::map<std::string, tarn::Log_Level> levels = {{"TRACE", tarn::TRACE}, {"DEBUG", tarn::DEBUG},
+                                                                {"INFO", tarn::INFO},   {"WARN", tarn::WARN},
+                                                                {"ERROR", tarn::ERROR}, {"FATAL", tarn::FATAL}};
+  const auto level = levels.find(word);
+  return level == levels.end() ? tarn::INFO : level->second;
+}
+
+// Nothing for a line that is too short to be split.
+std::optional<Fields> readPlainly(const std::string& line) {
+  const std::size_t first = line.find("|||");
+  if (first == std::string::npos) {
+    // The search for the second separator begins at the third character and finds none either.
+    if (line.size() < 2) return std::nullopt;
+    return Fields{levelOf(line), line.substr(2), line.substr(2)};
+  }
+  const std::string word = line.substr(0, first);
+  const std::string rest = line.substr(first + 3);
+  const std::size_t second = rest.find("|||");
+  if (second == std::string::npos) return Fields{levelOf(word), rest, line.substr(2)};
+  return Fields{levelOf(word), rest.substr(0, second), rest.substr(second + 3)};
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string line = fuzz::textOf(data, size).c_str();
+  const std::optional<Fields> expected = readPlainly(line);
+  Fields fields{tarn::NONE, "former", "former"};
+  bool isSplit = true;
+  try {
+    Logger::getInstance()->parseMessageFromSwf(line.c_str(), fields.level, fields.component, fields.message);
+  } catch (const std::out_of_range&) {
+    isSplit = false;
+  }
+  REQUIRE(isSplit == expected.has_value());
+  REQUIRE(fields.level == (isSplit ? expected->level : tarn::NONE));
+  REQUIRE(fields.component == (isSplit ? expected->component : "former"));
+  REQUIRE(fields.message == (isSplit ? expected->message : "former"));
+  return 0;
+}
