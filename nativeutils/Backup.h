@@ -21,9 +21,8 @@
 /// is (a dangling link is nothing): its number is read from the text after the last "_bkp" as `atoi` does, "3x" and
 /// "03" being 3 and "x" being 0. After the rename every one of these entries is deleted, in the order of the walk. So
 ///
-/// - 'OldApp_bkp5' is an older backup of "App", too, and so is every entry inside 'App_bkp2': the folder goes first,
-/// and
-///   each entry in it is then missed and logged;
+/// - 'OldApp_bkp5' is an older backup of "App" too, and so is every entry inside 'App_bkp2': the folder goes first,
+///   and each entry in it is then missed and logged;
 /// - an entry inside the object itself that holds such a name is looked for at its former path, missed and logged, and
 ///   stays in the backup.
 ///

@@ -14,9 +14,8 @@ set_target_properties(nativeutils PROPERTIES
   SOVERSION ${PROJECT_VERSION_MAJOR})
 if(SVO_PLATFORM STREQUAL "linux")
   # Stays loaded: a thread of its own may sleep until a started program ends.
-  target_link_options(nativeutils PRIVATE LINKER:-z,nodelete)
   target_link_options(nativeutils PRIVATE "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/exports.map"
-                                          LINKER:--as-needed LINKER:--no-undefined)
+                                          LINKER:--as-needed LINKER:--no-undefined LINKER:-z,nodelete)
   set_property(TARGET nativeutils PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/exports.map")
 endif()
 

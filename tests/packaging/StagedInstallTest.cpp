@@ -13,9 +13,9 @@
 
 namespace {
 
-using packaging_test::Outcome;
-using packaging_test::run;
 using support::contentsOf;
+using support::Outcome;
+using support::run;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;

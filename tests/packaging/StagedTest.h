@@ -3,40 +3,24 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/support/Files.h"
+#include "tests/support/Shell.h"
 
 namespace packaging_test {
-
-struct Outcome {
-  int status;
-  std::string output;  // of both streams
-};
-
-// Runs a command of the shell.
-inline Outcome run(const std::string& command) {
-  std::FILE* const pipe = ::popen((command + " 2>&1").c_str(), "r");
-  std::string output;
-  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-    output += static_cast<char>(c);
-  const int status = ::pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
 
 class StagedTest : public testing::Test {
  protected:
   void install(const std::string& component, const std::string& prefix) {
-    const Outcome install =
-        run("DESTDIR='" + stage_.path() + "' " CMAKE_PROGRAM " --install " BUILD_FOLDER " --component " + component +
-            " --prefix '" + prefix + "'");
-    EXPECT_EQ(install.status, 0) << install.output;
+    const support::Outcome outcome =
+        support::run("DESTDIR='" + stage_.path() + "' " CMAKE_PROGRAM " --install " BUILD_FOLDER " --component " +
+                     component + " --prefix '" + prefix + "'");
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
   }
 
   std::string staged(const std::string& path) const { return stage_.path() + path; }

@@ -1,0 +1,141 @@
+// What installing the native utility library puts where, and that strangers can build with it.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/packaging/StagedTest.h"
+#include "tests/support/Home.h"
+#include "tests/support/Shell.h"
+
+namespace {
+
+using support::Outcome;
+using support::run;
+using testing::ElementsAreArray;
+
+const char* const kHeaders[] = {"Backup.h",    "Base64.h",  "Files.h",  "Log.h",       "NativeUtils.h",
+                                "Processes.h", "Strings.h", "System.h", "UserFolder.h"};
+
+class NativeUtilsInstallTest : public packaging_test::StagedTest {
+ protected:
+  NativeUtilsInstallTest() {
+    install("nativeutils", "/usr");
+    install("nativeutils-dev", "/usr");
+  }
+
+  std::string include() const { return staged("/usr/include"); }
+  std::string libraries() const { return staged("/usr/" LIBRARY_FOLDER); }
+
+  std::set<std::string> declaredFunctions() const {
+    std::set<std::string> names;
+    for (const char* const header : kHeaders) {
+      const std::string text = support::contentsOf(include() + "/nativeutils/" + header);
+      const std::regex declaration("\\n[\\w:* ]+?\\b((?:util|Base64)\\w+)\\(");
+      for (std::sregex_iterator at(text.begin(), text.end(), declaration), end; at != end; ++at)
+        names.insert((*at)[1]);
+    }
+    return names;
+  }
+
+  // What `nm` lists: of the library's functions the name alone, anything else whole.
+  static std::set<std::string> namesShownBy(const std::string& listing) {
+    const std::regex function("^[A-Z] (?:.* )?((?:util|Base64)\\w+)(?:<.*>)?\\(.*$");
+    std::set<std::string> names;
+    std::istringstream lines(run(listing).output);
+    for (std::string line; std::getline(lines, line);) {
+      std::smatch match;
+      names.insert(std::regex_match(line, match, function) ? match[1].str() : line);
+    }
+    return names;
+  }
+
+  static std::string said(const std::string& program, const std::string& libraryFolder) {
+    const Outcome outcome = run("LD_LIBRARY_PATH='" + libraryFolder + "' '" + program + "'");
+    EXPECT_EQ(outcome.status, 0);
+    return outcome.output;
+  }
+
+  // By the program in tests/packaging/consumer.
+  static std::string expected() { return "36 Zm9v 8 the consumer's own\n" + support::ownHome() + "\n"; }
+
+  std::string builtByPkgConfig(const std::string& flags) const {
+    std::string program = build_ / "consumer";
+    const std::string pkgConfig = "PKG_CONFIG_LIBDIR='" + libraries() + "/pkgconfig' pkg-config ";
+    const Outcome outcome =
+        run(CXX_COMPILER " " SANITIZER_FLAGS " -std=c++17 -Wall -Wextra -Wpedantic -Werror -o '" + program +
+            "' " CONSUMER_FOLDER "/consumer.cpp $(" + pkgConfig + flags + " nativeutils)");
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    return program;
+  }
+
+  support::TemporaryFolder build_;
+};
+
+TEST_F(NativeUtilsInstallTest, HoldsTheFilesOfThePackagesAndNoOthers) {
+  std::vector<std::string> files;
+  for (const char* const header : kHeaders)
+    files.push_back(std::string("/usr/include/nativeutils/") + header);
+  for (const char* const file : {"cmake/nativeutils/nativeutils-config-" BUILD_TYPE ".cmake",
+                                 "cmake/nativeutils/nativeutils-config-version.cmake",
+                                 "cmake/nativeutils/nativeutils-config.cmake", "libnativeutils.a", "libnativeutils.so",
+                                 "libnativeutils.so.9", "libnativeutils.so." VERSION, "pkgconfig/nativeutils.pc"})
+    files.push_back(std::string("/usr/" LIBRARY_FOLDER "/") + file);
+  for (const char* const paper :
+       {"libnativeutils-dev/changelog.gz", "libnativeutils-dev/copyright",
+        "libnativeutils-dev/examples/replace-folder.cpp", "libnativeutils-dev/examples/run-helper.cpp",
+        "libnativeutils-dev/examples/system-report.cpp", "libnativeutils-dev/nativeutils.md",
+        "libnativeutils9/changelog.gz", "libnativeutils9/copyright"})
+    files.push_back(std::string("/usr/share/doc/") + paper);
+  files.emplace_back("/usr/share/lintian/overrides/libnativeutils9");
+  EXPECT_THAT(stagedFiles(), ElementsAreArray(files));
+}
+
+TEST_F(NativeUtilsInstallTest, EveryHeaderCompilesAlone) {
+  for (const char* const header : kHeaders) {
+    const Outcome outcome =
+        run("echo '#include <nativeutils/" + std::string(header) +
+            ">' | " CXX_COMPILER " -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -x c++ -I'" + include() +
+            "' -");
+    EXPECT_EQ(outcome.status, 0) << header << "\n" << outcome.output;
+  }
+}
+
+TEST_F(NativeUtilsInstallTest, TheSharedLibraryShowsTheFunctionsOfTheHeadersAndNothingElse) {
+  EXPECT_EQ(namesShownBy("nm -DC --defined-only --without-symbol-versions '" + libraries() +
+                         "/libnativeutils.so' | sed 's/^[0-9a-f]* //' | grep -v '^A NATIVEUTILS_9$'"),
+            declaredFunctions());
+}
+
+// Names of kind `u` are the standard library's own constants, one for the whole process by the rules of the linker.
+TEST_F(NativeUtilsInstallTest, TheStaticLibraryShowsThemTooAndNothingElseOfItsOwn) {
+  EXPECT_EQ(namesShownBy("nm -gC --defined-only '" + libraries() +
+                         "/libnativeutils.a' | sed -n 's/^[0-9a-f]\\+ //p' | grep -v '^u std::'"),
+            declaredFunctions());
+}
+
+TEST_F(NativeUtilsInstallTest, AProgramFindsItByCMake) {
+  const Outcome outcome =
+      run(CMAKE_PROGRAM " -G Ninja -DCMAKE_CXX_COMPILER='" CXX_COMPILER "' -DCMAKE_PREFIX_PATH='" + staged("/usr") +
+          "' -S " CONSUMER_FOLDER " -B '" + build_.path() + "' && " CMAKE_PROGRAM " --build '" + build_.path() + "'");
+  ASSERT_EQ(outcome.status, 0) << outcome.output;
+  EXPECT_EQ(said(build_ / "consumer-shared", ""), expected());
+  EXPECT_EQ(said(build_ / "consumer-static", ""), expected());
+}
+
+TEST_F(NativeUtilsInstallTest, AProgramFindsItByPkgConfig) {
+  EXPECT_EQ(said(builtByPkgConfig("--cflags --libs"), libraries()), expected());
+}
+
+TEST_F(NativeUtilsInstallTest, AProgramLinksItStaticallyByPkgConfig) {
+  std::filesystem::remove(libraries() + "/libnativeutils.so");
+  EXPECT_EQ(said(builtByPkgConfig("--static --cflags --libs"), ""), expected());
+}
+
+}  // namespace

@@ -1,0 +1,41 @@
+// Calls a function of each header, and has a Logger of its own.
+
+#include <nativeutils/NativeUtils.h>
+
+#include <cstdio>
+#include <iterator>
+#include <string>
+
+class Logger {
+ public:
+  static Logger* getInstance();
+  const char* name() const { return "the consumer's own"; }
+};
+
+Logger* Logger::getInstance() {
+  static Logger logger;
+  return &logger;
+}
+
+int main() {
+  utilSetLogLevel(4, "Consumer", nullptr);
+
+  std::string uuid;
+  std::string folder;
+  std::string home;
+  std::string backup;
+  std::string encoded;
+  os_version version{};
+  const std::string text = "foo";
+  Base64Encode(text.begin(), text.end(), std::back_inserter(encoded));
+  utilGetUUIDString(uuid);
+  utilCreateAndGetTempFolderPath(folder);
+  utilGetUserFolderPath(home);
+  utilBackupFolderIfExits(folder + "/missing", backup, true);
+  utilGetOSVersionFromOSVersionString("10.6.8", version);
+  utilLaunchApplication(folder + "/missing");
+  utilDeleteFolder(folder, false, false);
+
+  std::printf("%zu %s %ld %s\n%s\n", uuid.size(), encoded.c_str(), static_cast<long>(version.bugFix),
+              Logger::getInstance()->name(), home.c_str());
+}
