@@ -95,8 +95,9 @@ bool isOf(const Display& display, xcb_window_t window, pid_t process) {
 
 // From the one at the back to the one in front, where the window manager tells their order.
 std::vector<std::uint32_t> managedWindows(const Display& display, xcb_window_t root) {
-  const std::vector<std::uint32_t> stacked = display.numbersOf(root, "_NET_CLIENT_LIST_STACKING");
-  return stacked.empty() ? display.numbersOf(root, "_NET_CLIENT_LIST") : stacked;
+  std::vector<std::uint32_t> windows = display.numbersOf(root, "_NET_CLIENT_LIST_STACKING");
+  if (windows.empty()) windows = display.numbersOf(root, "_NET_CLIENT_LIST");
+  return windows;
 }
 
 }  // namespace
