@@ -13,4 +13,7 @@ void measureBase64();
 // Deleting, backing up and copying against rm, find and cp.
 void measureFiles();
 
+// A program that is run to its end against the two system calls that this takes.
+void measureProcesses();
+
 }  // namespace bench

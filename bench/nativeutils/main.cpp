@@ -12,6 +12,7 @@ int main() try {
   bench::printHead();
   bench::measureBase64();
   bench::measureFiles();
+  bench::measureProcesses();
 } catch (const std::exception& failure) {
   std::fprintf(stderr, "bench-nativeutils: %s\n", failure.what());
   return 1;
