@@ -1,0 +1,124 @@
+// What the native utility library does with other programs of a desktop.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "examples/hand/Screen.h"
+#include "examples/hand/VirtualDisplay.h"
+#include "examples/support/EventLoop.h"
+#include "nativeutils/NativeUtils.h"
+#include "tests/endtoend/OtherWindow.h"
+#include "tests/endtoend/SessionBus.h"
+#include "tests/endtoend/WindowManager.h"
+#include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Child.h"
+#include "tests/support/Environment.h"
+#include "tests/support/Files.h"
+#include "tests/support/Semaphores.h"
+
+namespace endtoend {
+namespace {
+
+using examples::ChildProcess;
+using examples::ScreenWindow;
+using examples::waitUntil;
+using support::Variable;
+using testing::StartsWith;
+
+constexpr std::chrono::seconds kPatience{30};
+
+class NotifierTest : public nativeutils_test::LoggedTest {
+ protected:
+  void SetUp() override {
+    if (!SessionBus::isPossible()) GTEST_SKIP() << "no dbus-daemon here";
+  }
+
+  // Closes the workflow of a notifier that listens on the bus of this address.
+  void expectHeardOn(const std::string& address) {
+    ChildProcess::Setup setup;
+    setup.command = {SVO_TEST_NOTIFIER, address, folder / "ready"};
+    ChildProcess notifier(setup);
+    ASSERT_TRUE(support::comesTrue([&] { return std::filesystem::exists(folder / "ready"); }));
+    EXPECT_TRUE(utilCloseAllNotificationWorkflows());
+    ASSERT_TRUE(waitUntil([&] { return notifier.ended(); }, kPatience));
+    EXPECT_EQ(notifier.exitStatus(), 0);
+    EXPECT_TRUE(logged().empty()) << "nobody is killed";
+  }
+
+  const support::SetRemover remover{"/tmp", 77445459};
+  const support::TemporaryFolder folder;
+};
+
+TEST_F(NotifierTest, OfThisSessionHearsThatItHasToEnd) {
+  const SessionBus bus(folder / "bus");
+  const Variable session("DBUS_SESSION_BUS_ADDRESS", bus.address()), system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
+  expectHeardOn(bus.address());
+}
+
+TEST_F(NotifierTest, OfThisSessionIsFoundByTheUsersRuntimeFolder) {
+  const Variable runtime("XDG_RUNTIME_DIR", folder.path()), session("DBUS_SESSION_BUS_ADDRESS", std::nullopt),
+      system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
+  const SessionBus bus(folder / "run");
+  std::filesystem::create_symlink(folder / "run/socket", folder / "bus");
+  expectHeardOn(bus.address());
+}
+
+TEST_F(NotifierTest, OfAnotherSessionHearsItOnTheSystemsBus) {
+  const SessionBus here(folder / "here"), everywhere(folder / "everywhere");
+  const Variable session("DBUS_SESSION_BUS_ADDRESS", here.address()),
+      system("DBUS_SYSTEM_BUS_ADDRESS", everywhere.address());
+  expectHeardOn(everywhere.address());
+}
+
+class FrontTest : public nativeutils_test::LoggedTest {
+ protected:
+  void SetUp() override {
+    if (!WindowManager::isPossible()) GTEST_SKIP() << "no openbox here";
+    manager = std::make_unique<WindowManager>(screen, display.name(), folder / "openbox");
+    other = std::make_unique<OtherWindow>(display.name(), examples::Area{50, 50, 300, 200});
+    ASSERT_TRUE(waitUntil([&] { return manager->activeWindow() == other->id(); }, kPatience));
+  }
+
+  void TearDown() override {
+    for (const ScreenWindow& each : screen.windows())
+      ::kill(each.pid, SIGTERM);
+    EXPECT_TRUE(waitUntil([&] { return screen.windows().empty(); }, kPatience));
+  }
+
+  // The window of the program that was started.
+  ScreenWindow window() {
+    EXPECT_TRUE(waitUntil([&] { return !screen.windows().empty(); }, kPatience));
+    return screen.windows().at(0);
+  }
+
+  const support::TemporaryFolder folder;
+  const examples::VirtualDisplay display;
+  const Variable shown{"DISPLAY", display.name()};
+  examples::Screen screen{display.name()};
+  std::unique_ptr<WindowManager> manager;
+  std::unique_ptr<OtherWindow> other;
+};
+
+TEST_F(FrontTest, AProgramThatIsJustStartedStaysBehindTheWindowInUse) {
+  EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, false, nullptr));
+  (void)window();
+  EXPECT_EQ(manager->activeWindow(), other->id());
+}
+
+TEST_F(FrontTest, AProgramThatIsBroughtToTheFrontBecomesTheActiveOne) {
+  EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, true, nullptr));
+  const ScreenWindow started = window();
+  EXPECT_TRUE(waitUntil([&] { return manager->activeWindow() == started.id; }, kPatience));
+  EXPECT_TRUE(waitUntil([&] { return manager->frontWindow() == started.id; }, kPatience));
+  const std::string process = std::to_string(started.pid);
+  EXPECT_THAT(logged(), testing::ElementsAre(StartsWith("DEBUG Launch Process at path "),
+                                             "INFO Launch Process With Task ", "INFO Launching process .... " + process,
+                                             "INFO Bring to front process .... " + process));
+}
+
+}  // namespace
+}  // namespace endtoend
