@@ -74,6 +74,7 @@ void showInFront(pid_t process, const std::string& path) {
 // Whether the watcher runs; the process is its own then.
 bool startWatcher(Watcher watcher, pid_t process) {
   pthread_t thread;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): watchers take the number so
   void* const argument = reinterpret_cast<void*>(static_cast<std::intptr_t>(process));
   return process != 0 && ::pthread_create(&thread, nullptr, watcher, argument) == 0;
 }

@@ -65,6 +65,7 @@ bool utilGetVolumeNameOfPath(const std::string& path, std::string& volumeName) {
   return true;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is its callers'
 bool utilIsDriveCaseSensitive(std::string path, bool& caseSensitive) {
   const platform::AutoreleaseScope scope;
   const std::optional<bool> answer = platform::tellsCaseApart(path);

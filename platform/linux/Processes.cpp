@@ -1,15 +1,15 @@
 #include "platform/Processes.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <filesystem>
+#include <system_error>
+#include <thread>
 
 namespace platform {
 namespace {
@@ -81,11 +81,6 @@ std::vector<char*> pointersTo(std::string& program, std::vector<std::string>& ar
   return pointers;
 }
 
-extern "C" void* waitInThread(void* process) {
-  (void)waitForTask(static_cast<pid_t>(reinterpret_cast<std::intptr_t>(process)));
-  return nullptr;
-}
-
 // The thread must not be the one that a signal of the program's interrupts.
 class SignalsBlocked {
  public:
@@ -133,10 +128,11 @@ int waitForTask(pid_t process) {
 
 void waitForTaskAside(pid_t process) {
   const SignalsBlocked duringTheStart;
-  pthread_t thread;
-  void* const argument = reinterpret_cast<void*>(static_cast<std::intptr_t>(process));
-  // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
-  if (::pthread_create(&thread, nullptr, waitInThread, argument) == 0) ::pthread_detach(thread);
+  try {
+    std::thread([process] { (void)waitForTask(process); }).detach();
+  } catch (const std::system_error&) {
+    // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
+  }
 }
 
 }  // namespace platform
