@@ -14,6 +14,7 @@
 #include <functional>
 
 #include "platform/FileKind.h"
+#include "platform/PathString.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
@@ -53,12 +54,25 @@ class Diary : public platform::TreeVisitor {
     paths.push_back("!" + entry.path);
     errors.push_back(error);
   }
-  void leave(const TreeEntry& entry) override { paths.push_back("-" + entry.path); }
+  void leave(const TreeEntry& entry) override {
+    paths.push_back("-" + entry.path);
+    if (!isIn(entry.folder, platform::parentFolder(entry.path))) astray.push_back(entry.path);
+  }
 
   std::vector<std::string> paths;
   std::vector<std::string> relative;
   std::vector<int> errors;
+  std::vector<std::string> astray;  // left in another folder than the one at its path
   std::function<void(const TreeEntry&)> meanwhile;
+
+ private:
+  // Also when there is no such folder any more.
+  static bool isIn(int open, const std::string& folder) {
+    struct stat one {};
+    struct stat other {};
+    if (open == AT_FDCWD || ::stat(folder.c_str(), &other) != 0) return true;
+    return ::fstat(open, &one) == 0 && one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+  }
 };
 
 Diary diaryOf(const std::string& root, Mounts mounts = Mounts::entered) {
@@ -192,18 +206,18 @@ std::string deepName(int depth) {
 class MovedFolderTest : public FileTreeTest {
  protected:
   // Walks, and lets the deep folder at `depth` be moved to "elsewhere/moved" while its innermost is looked at.
-  Diary walkWhileMoving(int depth, bool replaced = false) {
+  Diary walkWhileMoving(int depth, const std::function<void(const std::string&)>& replace = {}) {
     makeFolder(folder / "t");
     makeFolder(folder / "elsewhere");
     support::writeFile(folder / "elsewhere/precious", "");
     EXPECT_TRUE(support::makeDeepFolder(folder / "t/deep", deep));
     makeFolder(folder / "t/other");
     Diary diary;
-    diary.meanwhile = [this, depth, replaced](const TreeEntry& entry) {
+    diary.meanwhile = [this, depth, replace](const TreeEntry& entry) {
       if (entry.relative != deepName(deep)) return;
       const std::string from = folder / ("t/" + deepName(depth));
       ASSERT_EQ(::rename(from.c_str(), (folder / "elsewhere/moved").c_str()), 0);
-      if (replaced) makeLink(folder / "elsewhere", from);
+      if (replace) replace(from);
     };
     platform::walkTree(folder / "t", diary, Mounts::entered);
     return diary;
@@ -219,16 +233,26 @@ TEST_F(MovedFolderTest, AWalkFindsItsWayBackAndLeavesTheMovedFolderToItself) {
   EXPECT_THAT(diary.relative, Not(Contains("precious")));
 }
 
-TEST_F(MovedFolderTest, AWalkFindsItsWayBackPastAReplacement) {
-  const Diary diary = walkWhileMoving(3, true);
+TEST_F(MovedFolderTest, AWalkFindsItsWayBackPastALinkInItsPlace) {
+  const Diary diary = walkWhileMoving(3, [&](const std::string& path) { makeLink(folder / "elsewhere", path); });
   EXPECT_THAT(diary.paths, IsSupersetOf({line('-', deepName(3)), line('-', "deep"), line('-', "other")}));
   EXPECT_THAT(diary.relative, Not(Contains(testing::HasSubstr("precious"))));
+}
+
+TEST_F(MovedFolderTest, AWalkDoesNotTakeOtherFoldersForThoseItCameThrough) {
+  const Diary diary = walkWhileMoving(3, [&](const std::string&) {
+    ASSERT_EQ(::rename((folder / "t/deep").c_str(), (folder / "elsewhere/deep").c_str()), 0);
+    EXPECT_TRUE(support::makeDeepFolder(folder / "t/deep", 3));
+  });
+  EXPECT_THAT(diary.paths, IsSupersetOf({line('-', deepName(4)), line('-', "deep"), line('-', "other")}));
+  EXPECT_THAT(diary.paths, Not(Contains(line('-', deepName(3)))));
 }
 
 TEST_F(MovedFolderTest, AWalkFindsItsWayBackFromAnyMovedFolder) {
   for (int depth = 0; depth <= deep; depth += 6) {
     const Diary diary = walkWhileMoving(depth);
     EXPECT_THAT(diary.paths, IsSupersetOf({line('-', deepName(depth)), line('-', "other"), "-" + folder / "t"}));
+    EXPECT_THAT(diary.astray, testing::IsEmpty());
     EXPECT_EQ(platform::removeTree(folder / "t"), std::nullopt);
     EXPECT_EQ(platform::removeTree(folder / "elsewhere"), std::nullopt);
   }
