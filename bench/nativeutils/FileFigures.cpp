@@ -29,6 +29,7 @@ void require(bool right, const std::string& what) {
 // The program's answer is thrown away; its start counts.
 double secondsOfProgram(std::vector<std::string> words) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words)
     arguments.push_back(word.data());
   arguments.push_back(nullptr);
