@@ -8,16 +8,19 @@
 
 namespace platform {
 
-// Copies all bytes of `from` to `to`, which is created or emptied first. False when either cannot be opened or a byte
-// cannot be read or written; an unfinished `to` is removed.
+// Copies the bytes of `from` to `to`, which is created or emptied first: as many as `from` had then, without those that
+// come meanwhile; a file of /proc, which tells no size, is read to its end. False when either cannot be opened or a
+// byte cannot be read or written; an unfinished `to` is removed. False too when both are one file, by hard links or
+// symbolic ones perhaps, which is then left as it was.
 bool copyFileContents(const std::string& from, const std::string& to);
 
 // Copies a file with its attributes to a path at which nothing is yet.
 //
 // A symbolic link is copied as a link with the same text. Kept are the permission bits, the times to the nanosecond,
 // extended attributes with the access list, and the holes; owner and group as far as this process may give files
-// away, and without the owner no set-user-id bit either. Pipes, sockets, devices and folders are refused without being
-// opened. On failure nothing is left at `to`, and what had been there still is. The file is not flushed to the disk.
+// away, and without the owner no set-user-id bit either. A file that grows meanwhile is copied as far as it went.
+// Pipes, sockets, devices and folders are refused without being opened. On failure nothing is left at `to`, and what
+// had been there still is. The file is not flushed to the disk.
 Failure copyFile(const std::string& from, const std::string& to);
 
 }  // namespace platform

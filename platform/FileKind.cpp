@@ -1,17 +1,36 @@
 #include "platform/FileKind.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <utility>
 
 #include "platform/PathString.h"
 
 namespace platform {
 namespace {
 
-bool isSame(const struct stat& object, const struct stat& other) {
-  return object.st_dev == other.st_dev && object.st_ino == other.st_ino;
+// Whether a link of this text at `place` leads back to `place`.
+bool wouldComeBack(std::string text, const std::string& place) {
+  constexpr int mostLinks = 40;  // the system follows no more
+  std::string folder = parentFolder(place);
+  for (int links = 0; links < mostLinks; ++links) {
+    const std::string next = text.rfind('/', 0) == 0 ? text : folder + "/" + text;
+    if (isSameEntry(next, place)) return true;
+    std::optional<std::string> onward = textOfLink(next);
+    if (!onward) return false;
+    text = std::move(*onward);
+    folder = parentFolder(next);
+  }
+  return false;
 }
 
 }  // namespace
+
+bool isSame(const struct stat& object, const struct stat& other) {
+  return object.st_dev == other.st_dev && object.st_ino == other.st_ino;
+}
 
 FileKind kindOf(const std::string& path) {
   struct stat object {};
@@ -25,19 +44,35 @@ bool isSomethingAt(const std::string& path) {
 }
 
 bool isSameEntry(const std::string& path, const std::string& other) {
-  if (lastPathComponent(path) != lastPathComponent(other)) return false;
+  if (lastPathComponent(untilNul(path)) != lastPathComponent(untilNul(other))) return false;
   struct stat folder {};
   struct stat otherFolder {};
   return ::stat(parentFolder(path).c_str(), &folder) == 0 && ::stat(parentFolder(other).c_str(), &otherFolder) == 0 &&
          isSame(folder, otherFolder);
 }
 
+bool isSameObject(const std::string& path, const std::string& other) {
+  struct stat object {};
+  struct stat otherObject {};
+  return ::lstat(path.c_str(), &object) == 0 && ::lstat(other.c_str(), &otherObject) == 0 &&
+         isSame(object, otherObject);
+}
+
+std::optional<std::string> textOfLink(const std::string& path) {
+  std::string text(PATH_MAX, '\0');
+  const ssize_t length = ::readlink(path.c_str(), text.data(), text.size());
+  if (length < 0) return std::nullopt;
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
 bool isLinkTo(const std::string& path, const std::string& other) {
-  struct stat link {};
+  const std::optional<std::string> text = textOfLink(path);
+  if (!text) return false;
   struct stat reached {};
   struct stat object {};
-  return ::lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode) && ::stat(path.c_str(), &reached) == 0 &&
-         ::lstat(other.c_str(), &object) == 0 && isSame(reached, object);
+  const bool leadsThere = ::stat(path.c_str(), &reached) == 0 && ::lstat(other.c_str(), &object) == 0;
+  return (leadsThere && isSame(reached, object)) || wouldComeBack(*text, other);
 }
 
 }  // namespace platform

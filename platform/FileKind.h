@@ -1,14 +1,21 @@
 // What is to be found at a path.
 //
-// The file system is asked anew with each call; an answer may be old when it arrives. Thread-safe.
+// The file system is asked anew with each call; an answer may be old when it arrives. A path ends at its first NUL.
+// Thread-safe.
 
 #pragma once
 
+#include <sys/stat.h>
+
+#include <optional>
 #include <string>
 
 namespace platform {
 
 enum class FileKind { none, folder, other };
+
+// Whether the system's answers speak of one object.
+bool isSame(const struct stat& object, const struct stat& other);
 
 // What a final symbolic link leads to counts: a dangling one is nothing, one to a folder a folder.
 FileKind kindOf(const std::string& path);
@@ -20,7 +27,16 @@ bool isSomethingAt(const std::string& path);
 //   ("/tmp/a", "/tmp//./a/") => true   (two hard links of a file) => false
 bool isSameEntry(const std::string& path, const std::string& other);
 
-// Whether a symbolic link is at `path` that leads to the very object at `other`.
+// Whether both paths name the same object, symbolic links themselves: one entry under two spellings, or hard links of
+// one file.
+bool isSameObject(const std::string& path, const std::string& other);
+
+// The text of the symbolic link at `path`; nothing, with `errno`, when it cannot be read.
+std::optional<std::string> textOfLink(const std::string& path);
+
+// Whether a symbolic link is at `path` that leads to the very object at `other`, or that would lead back to itself,
+// through other links perhaps, if it stood at `other`.
+//   x/f -> ../y/f -> ../real: ("x/f", "y/f") => true
 bool isLinkTo(const std::string& path, const std::string& other);
 
 }  // namespace platform

@@ -31,6 +31,14 @@ std::size_t extensionDot(const std::string& path) {
 
 }  // namespace
 
+std::string untilNul(std::string_view path) {
+  return std::string(path.substr(0, path.find('\0')));
+}
+
+std::string withoutTrailingSlashes(const std::string& path) {
+  return path.substr(0, path.find_last_not_of('/') + 1);
+}
+
 std::string lastPathComponent(std::string_view path) {
   const std::string plain = withoutExtraSlashes(path);
   return plain.substr(startOfLastComponent(plain));

@@ -13,6 +13,14 @@
 
 namespace platform {
 
+// What the system takes a path for: everything before its first NUL. Cut there, text and system calls speak of one
+// path.
+//   "/tmp/a\0/b" => "/tmp/a"   "/tmp/a" => "/tmp/a"   "\0" => ""
+std::string untilNul(std::string_view path);
+
+//   "/tmp/a//" => "/tmp/a"   "//tmp" => "//tmp"   "/" => ""
+std::string withoutTrailingSlashes(const std::string& path);
+
 //   "/tmp/scratch.tiff" => "scratch.tiff"   "scratch///" => "scratch"   "/" => "/"   "" => ""
 std::string lastPathComponent(std::string_view path);
 

@@ -8,10 +8,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
+#include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
+#include "platform/FileKind.h"
 #include "platform/UniqueFd.h"
 #include "platform/WriteAll.h"
 #include "platform/linux/FileAttributes.h"
@@ -22,14 +24,17 @@ namespace {
 // Large enough to make the calls cheap, small enough to stay in the processor's cache between the read and the write.
 constexpr std::size_t blockSize = 128 * 1024;
 
-bool copyBlocks(int from, int to) {
+bool copyBlocks(int from, int to, off_t most) {
   std::vector<char> block(blockSize);
-  for (;;) {
-    const ssize_t got = ::read(from, block.data(), block.size());
+  while (most > 0) {
+    const auto size = static_cast<std::size_t>(std::min<off_t>(most, blockSize));
+    const ssize_t got = ::read(from, block.data(), size);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return got == 0;
     if (!writeAll(to, {block.data(), static_cast<std::size_t>(got)})) return false;
+    most -= got;
   }
+  return true;
 }
 
 // Lets the system copy the bytes from `at` up to `end`; answers how far it came.
@@ -64,11 +69,12 @@ bool copyContents(int from, int to, off_t size) {
   // Where files can share their blocks nothing need be copied.
   if (::ioctl(to, FICLONE, from) == 0) return true;
 
-  // Some files are longer than they say, and some systems cannot copy on their own: what is left goes block by block.
+  // Some systems cannot copy on their own: what is left goes block by block.
   const off_t done = copyData(from, to, size);
   if (done > 0 && (::ftruncate(to, done) != 0 || ::lseek(to, done, SEEK_SET) < 0)) return false;
   (void)::lseek(from, done, SEEK_SET);  // a pipe has no places
-  return copyBlocks(from, to);
+  // Some files, those of /proc, hold more than the nothing that they tell. A file that grows is not run after.
+  return copyBlocks(from, to, size > 0 ? size - done : std::numeric_limits<off_t>::max());
 }
 
 // 0, or the `errno` value.
@@ -95,11 +101,9 @@ Failure copyRegularFile(const std::string& from, const std::string& to) {
 }
 
 Failure copyLink(const std::string& from, const std::string& to, const struct stat& object) {
-  std::string target(PATH_MAX, '\0');
-  const ssize_t length = ::readlink(from.c_str(), target.data(), target.size());
-  if (length < 0) return describedError(errno, from);
-  target.resize(static_cast<std::size_t>(length));
-  if (::symlink(target.c_str(), to.c_str()) != 0) return describedError(errno, to);
+  const std::optional<std::string> text = textOfLink(from);
+  if (!text) return describedError(errno, from);
+  if (::symlink(text->c_str(), to.c_str()) != 0) return describedError(errno, to);
   copyLinkAttributes(object, to);
   return std::nullopt;
 }
@@ -109,11 +113,14 @@ Failure copyLink(const std::string& from, const std::string& to, const struct st
 bool copyFileContents(const std::string& from, const std::string& to) {
   const UniqueFd source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
   if (!source) return false;
-  const UniqueFd copy(::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  const UniqueFd copy(::open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
   if (!copy) return false;
-
   struct stat object {};
-  if (::fstat(source.get(), &object) == 0 && copyContents(source.get(), copy.get(), object.st_size)) return true;
+  struct stat former {};
+  if (::fstat(source.get(), &object) != 0 || ::fstat(copy.get(), &former) != 0 || isSame(object, former)) return false;
+
+  const bool isEmpty = !S_ISREG(former.st_mode) || ::ftruncate(copy.get(), 0) == 0;
+  if (isEmpty && copyContents(source.get(), copy.get(), object.st_size)) return true;
   (void)::unlink(to.c_str());  // there is nothing better to do with it
   return false;
 }

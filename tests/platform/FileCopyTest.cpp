@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <fstream>
+#include <iterator>
 
 #include "platform/FileCopy.h"
 #include "platform/FileKind.h"
@@ -132,6 +134,27 @@ TEST_F(AttributeCopyTest, CopiesAnEmptyFile) {
 TEST_F(AttributeCopyTest, CopiesAFileThatDoesNotTellItsSize) {
   EXPECT_EQ(platform::copyFile("/proc/self/status", to), std::nullopt);
   EXPECT_NE(support::contentsOf(to).find("Name:"), std::string::npos);
+}
+
+TEST_F(AttributeCopyTest, LeavesNothingOfAFileThatCannotBeRead) {
+  EXPECT_EQ(platform::copyFile("/proc/self/mem", to), "Input/output error: " + to);
+  EXPECT_FALSE(platform::isSomethingAt(to));
+  EXPECT_FALSE(platform::copyFileContents("/proc/self/mem", to));
+  EXPECT_FALSE(platform::isSomethingAt(to));
+}
+
+TEST_F(AttributeCopyTest, DoesNotRunAfterAFileThatGrows) {
+  const std::string bytes(300000, 'x');
+  support::writeFile(from, bytes);
+  ASSERT_EQ(::mkfifo(to.c_str(), 0600), 0);
+  support::Child copier([&] { return platform::copyFileContents(from, to) ? 0 : 1; });
+  std::ifstream pipe(to, std::ios::binary);
+  std::string read(1, '\0');
+  ASSERT_TRUE(pipe.get(read[0]));  // the size has been looked at
+  support::writeFile(from, bytes + std::string(300000, 'y'));
+  read.append(std::istreambuf_iterator<char>(pipe), {});
+  EXPECT_EQ(copier.wait(), 0);
+  EXPECT_TRUE(read == bytes) << read.size();
 }
 
 TEST_F(AttributeCopyTest, CopiesToAnotherFileSystem) {

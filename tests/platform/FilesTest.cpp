@@ -104,6 +104,23 @@ TEST(FileCopy, ReplacesWhatStoodThere) {
   EXPECT_EQ(support::contentsOf(folder / "to"), "new");
 }
 
+TEST(FileCopy, DoesNotEmptyAFileThatIsToBeCopiedOverItself) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "from", "text");
+  ASSERT_EQ(::link((folder / "from").c_str(), (folder / "hard").c_str()), 0);
+  ASSERT_EQ(::symlink("from", (folder / "soft").c_str()), 0);
+  for (const char* to : {"from", "hard", "soft"}) {
+    EXPECT_FALSE(platform::copyFileContents(folder / "from", folder / to)) << to;
+    EXPECT_EQ(support::contentsOf(folder / to), "text") << to;
+  }
+}
+
+TEST(FileCopy, WritesIntoWhatIsNoRegularFile) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "from", "text");
+  EXPECT_TRUE(platform::copyFileContents(folder / "from", "/dev/null"));
+}
+
 TEST(FileCopy, FailsWithoutAnOriginalAndLeavesTheOtherFileAlone) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "to", "old");
