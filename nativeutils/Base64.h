@@ -185,8 +185,9 @@ bool utilDecodeBase64AndCreateFileWithData(const char* base64, int length, const
 ///
 /// @param base64       read up to its first NUL
 /// @param length       not looked at
-/// @param folderPath   of the folder; not changed
-/// @param fileName     joined to the folder with one "/", and no "/" is dropped; null and "" stand for a new UUID
+/// @param folderPath   of the folder, up to its first NUL; not changed
+/// @param fileName     joined to the folder with one "/", and no "/" is dropped; null and "" stand for a new UUID. It
+///                     may lead out of the folder, "../name": who takes it from strangers must look at it first
 /// @param outFilePath  becomes the path of the file; keeps what it held when the answer is false
 bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, std::string& folderPath,
                                               const char* fileName, std::string& outFilePath);

@@ -11,6 +11,7 @@
 #include "platform/AutoreleasePool.h"
 #include "platform/FileKind.h"
 #include "platform/FileText.h"
+#include "platform/PathString.h"
 
 using nativeutils::kComponent;
 
@@ -22,7 +23,7 @@ bool createFolder(const std::string& path) {
 }
 
 bool createFile(std::string_view bytes, const std::string& path) {
-  if (path.empty()) return false;
+  if (platform::untilNul(path).empty()) return false;
   const platform::AutoreleaseScope scope;
   return platform::writeFileAtomically(path, bytes);
 }
@@ -56,7 +57,7 @@ bool utilDecodeBase64AndCreateFileWithData(const char* base64, int /*length*/, c
 bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, std::string& folderPath,
                                               const char* fileName, std::string& outFilePath) {
   const bool isNamed = fileName != nullptr && *fileName != '\0';
-  const std::string filePath = folderPath + "/" + (isNamed ? fileName : newUuid());
+  const std::string filePath = platform::untilNul(folderPath) + "/" + (isNamed ? fileName : newUuid());
   if (!createFolder(folderPath)) return false;
   if (!utilDecodeBase64AndCreateFileWithData(static_cast<const char*>(base64), length, filePath)) return false;
   outFilePath = filePath;

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <iterator>
 #include <utility>
 
 #include "applog/Logger.h"
@@ -22,6 +23,10 @@ namespace {
 using nativeutils::kComponent;
 
 constexpr unsigned int unchanged = 0xFFFFFFFF;
+
+bool isEmpty(const std::string& path) {
+  return platform::untilNul(path).empty();
+}
 
 // The folders above `path` that are not there, outermost first, without those whose paths the system does not take.
 std::vector<std::string> missingParents(const std::string& path) {
@@ -113,7 +118,7 @@ bool utilRenamePathToPath(const std::string& from, const std::string& to) {
 
 bool utilDeleteFolder(const std::string& path, bool /*unused1*/, bool /*unused2*/) {
   const platform::AutoreleaseScope scope;
-  if (path.empty()) return true;
+  if (isEmpty(path)) return true;
 
   const platform::Failure failure = platform::removeTree(path);
   if (!failure) return true;
@@ -123,7 +128,7 @@ bool utilDeleteFolder(const std::string& path, bool /*unused1*/, bool /*unused2*
 
 bool utilDeleteFolderIfEmpty(const std::string& path) {
   const platform::AutoreleaseScope scope;
-  if (path.empty()) return true;
+  if (isEmpty(path)) return true;
 
   if (!utilFolderExitsAtPath(path)) {
     Logger::getInstance()->logWarn(kComponent, "utilDeleteFolderIfEmpty.Not a directory: %s.", path.c_str());
@@ -171,7 +176,8 @@ bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& d
                   dstFolder.c_str());
     return false;
   }
-  const std::string target = platform::appendingPathComponent(dstFolder, platform::lastPathComponent(srcFile));
+  const std::string target = platform::appendingPathComponent(platform::untilNul(dstFolder),
+                                                              platform::lastPathComponent(platform::untilNul(srcFile)));
   const bool wouldDeleteItself = platform::isSameEntry(srcFile, target) || platform::isLinkTo(srcFile, target);
   if (!wouldDeleteItself && !utilDeleteFileIfExitsAtPath(target, false)) {
     log->logFatal(kComponent, "unable to delete dst file (%s).", target.c_str());
@@ -185,7 +191,7 @@ bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& d
 }
 
 bool utilChown(const std::string& path) {
-  if (path.empty()) {
+  if (isEmpty(path)) {
     Logger::getInstance()->logWarn(kComponent, "Failed to open fts stream. %s.", path.c_str());
     return false;
   }
@@ -198,17 +204,22 @@ bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& nam
   const platform::AutoreleaseScope scope;
   if (!utilFolderExitsAtPath(path)) return false;
 
-  for (const platform::FolderEntry& entry : platform::entriesOf(path)) {
+  const std::string folder = platform::untilNul(path);
+  // Of their own until the end: the path may be one of the names.
+  std::vector<std::string> found;
+  for (platform::FolderEntry& entry : platform::entriesOf(folder)) {
     // Most entries are plain files, of which nothing more need be asked.
     if (entry.kind == platform::EntryKind::other) continue;
-    if (utilFolderExitsAtPath(platform::appendingPathComponent(path, entry.name))) names.push_back(entry.name);
+    if (utilFolderExitsAtPath(platform::appendingPathComponent(folder, entry.name)))
+      found.push_back(std::move(entry.name));
   }
+  names.insert(names.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
   return true;
 }
 
 bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displayName) {
   const platform::AutoreleaseScope scope;
-  if (path.empty() || platform::kindOf(path) != platform::FileKind::none) return false;
+  if (isEmpty(path) || platform::kindOf(path) != platform::FileKind::none) return false;
 
   displayName.clear();
   return true;

@@ -2,9 +2,10 @@
 /// Creates, tests, renames, copies and deletes files and folders, and changes their owners.
 ///
 /// All functions may be called from any thread; none keeps state, throws, or waits for anything but the file system.
-/// Paths are bytes: they need not be valid UTF-8 and may hold newlines; a relative path starts at the working folder,
-/// and only `utilIsCreatableWritablePath` knows what "~" means. Messages go to the application's log with the component
-/// "Native-Utils"; what is logged at which level stands with each function.
+/// Paths are bytes: they need not be valid UTF-8 and may hold newlines; a path ends at its first NUL, as it does for
+/// the system; a relative path starts at the working folder, and only `utilIsCreatableWritablePath` knows what "~"
+/// means. Messages go to the application's log with the component "Native-Utils"; what is logged at which level stands
+/// with each function.
 
 #pragma once
 
@@ -29,6 +30,9 @@ bool utilCreateDirectoryPath(const std::string& path, bool unused);
 /// `mode` as `mkdir` and the umask leave it, and never the owner and the group: those are given to the last folder
 /// alone, and to what stood there before. Processes that create the same folders at once all succeed.
 ///
+/// A symbolic link at `path` counts as what it leads to, and owner, group and mode are given to that: a super-user
+/// must not call this with an owner for a path in a folder that others may write, who could put a link there.
+///
 ///     utilCreateDirectoryPathWithAttributes("/tmp/a/b/c", -1, -1, 0775)  => true, and true again
 ///
 /// @param path the folder; null gives false
@@ -37,7 +41,7 @@ bool utilCreateDirectoryPath(const std::string& path, bool unused);
 /// @param mode the POSIX permission bits. The umask applies when the folder is created; with an owner and a group the
 ///        bits are set exactly, afterwards. With -1 (0xFFFFFFFF) for the owner or the group nothing is changed once the
 ///        folder exists: neither owner, group nor mode.
-/// @return whether all of that succeeded; on false `errno` says why
+/// @return whether all of that succeeded; on false `errno` says why, but for null, which leaves it alone
 bool utilCreateDirectoryPathWithAttributes(const char* path, unsigned int owner, unsigned int group,
                                            unsigned short mode);
 
@@ -95,8 +99,9 @@ bool utilDeleteFileIfExitsAtPath(const std::string& path, bool unused);
 /// keeps permission bits, times to the nanosecond, extended attributes with the access list and, as far as this process
 /// may set them, owner and group; blocks are shared where the file system can, and holes stay holes. A symbolic link
 /// to a file is copied as a link with the same text. Pipes, sockets and devices cannot be copied and are never waited
-/// for. A file is not copied over itself, into its own folder or through a link to the target: that fails, and the file
-/// stays.
+/// for. A file is not copied over itself, into its own folder or through a link to the target, nor a link to where it
+/// would lead back to itself: that fails, and the file at the target stays. A file that grows meanwhile is copied as
+/// far as it went.
 ///
 /// Every failure is logged at fatal level: "Error Src file (%s) does not exits.", "Error Failed to copy src file to dst
 /// (%s) ... either dst does not exits or not a folder.", "unable to delete dst file (%s)." or "Error Failed to copy.
@@ -121,7 +126,9 @@ bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& d
 bool utilChown(const std::string& path);
 
 /// Appends the names of the folders in a folder, hidden ones and symbolic links to folders included. Logs nothing.
-/// @param path the folder, or a symbolic link to it
+///
+/// A folder that is there but cannot be read, since this user may not or no descriptor is free, gives true and no name.
+/// @param path the folder, or a symbolic link to it; it may be one of `names`
 /// @param names keeps what it held; the new names come in the order in which the file system lists them
 /// @return whether a folder is at `path`, also when it holds no folder
 bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& names);
@@ -134,9 +141,10 @@ bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displ
 /// Whether a file or folder can be created at `path`, once its missing parents have been. Logs nothing.
 ///
 /// The nearest existing object on the way up decides, `path` itself included: the process's real user must be able to
-/// read, write and search it (so a plain file passes only when it may be executed too). A first component "~" or
-/// "~name" stands for a home folder, as the password database has it. A relative path of which nothing exists gives
-/// false; the working folder is not asked.
+/// read, write and search it. Whether that is a folder is not asked: below a plain file that may be executed too the
+/// answer is true, though nothing can be made there, and of "file/" with a plain file its folder decides, since nothing
+/// is at that path. A first component "~" or "~name" stands for a home folder, as the password database has it. A
+/// relative path of which nothing exists gives false; the working folder is not asked.
 ///
 ///     utilIsCreatableWritablePath("~/new/deeper", out)  => true, out is "/home/ann"
 ///

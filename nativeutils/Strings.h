@@ -74,7 +74,8 @@ bool utilGetFilePathBaseName(const std::string& path, std::string& baseName);
 
 /// Replaces a path by its parent, as text: the file system is not asked. Repeated slashes count as one and a trailing
 /// slash counts for nothing. False, with the path unchanged, where a system has no path for the bytes; here every byte
-/// string is a path, whatever its encoding, so the answer is always true. Logs nothing.
+/// string is a path, whatever its encoding, so the answer is always true. A NUL is a byte like others here; for the
+/// functions that look at files a path ends at its first one. Logs nothing.
 ///
 ///     "/a/b/"  => "/a"      "/"  => "/"      "file"  => ""      "~/file"  => "~"
 bool utilRemoveFileSpec(std::string& path);

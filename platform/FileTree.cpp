@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/FolderListing.h"
+#include "platform/PathString.h"
 #include "platform/UniqueFd.h"
 
 namespace platform {
@@ -38,7 +39,7 @@ using Folder = std::unique_ptr<DIR, CloseFolder>;
 class Walk {
  public:
   Walk(const std::string& root, TreeVisitor& visitor, Mounts mounts)
-      : path_(root), rootLength_(root.size()), visitor_(visitor), mounts_(mounts) {}
+      : path_(untilNul(root)), rootLength_(path_.size()), visitor_(visitor), mounts_(mounts) {}
 
   void run() {
     meet(entry(AT_FDCWD, 0, kindAt(AT_FDCWD, path_.c_str())));

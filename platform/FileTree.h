@@ -1,5 +1,6 @@
 // Walks and removes folders with everything in them.
 //
+// A path ends at its first NUL.
 // A walk never follows a symbolic link, not even when another process puts one in the place of a folder in mid-walk: it
 // goes from folder to folder by open descriptors. It keeps few of them open, so that neither the limit on descriptors
 // nor that on the length of a path limits its depth. Names are bytes. Thread-safe; what others change meanwhile may or

@@ -58,18 +58,18 @@ class Removal : public TreeVisitor {
   Failure first_;
 };
 
-std::string withoutTrailingSlashes(const std::string& path) {
-  return path.substr(0, path.find_last_not_of('/') + 1);
+Failure failureAt(const std::string& path) {
+  return describedError(errno, untilNul(path));
 }
 
 }  // namespace
 
 Failure removeTree(const std::string& path) {
   // With its slash "link/" would be the folder that the link leads to.
-  const std::string root = withoutTrailingSlashes(path);
+  const std::string root = withoutTrailingSlashes(untilNul(path));
   const std::string name = lastPathComponent(root);
-  if (name.empty() || name == "." || name == "..") return describedError(EINVAL, path);
-  if (!isSomethingAt(root)) return describedError(errno, path);
+  if (name.empty() || name == "." || name == "..") return describedError(EINVAL, untilNul(path));
+  if (!isSomethingAt(root)) return failureAt(path);
 
   Removal removal;
   walkTree(root, removal, Mounts::entered);
@@ -78,7 +78,7 @@ Failure removeTree(const std::string& path) {
 
 Failure removeObject(const std::string& path) {
   if (std::remove(path.c_str()) == 0) return std::nullopt;
-  return describedError(errno, path);
+  return failureAt(path);
 }
 
 }  // namespace platform

@@ -107,9 +107,12 @@ TEST_F(FileTestsTest, ADanglingLinkIsPassedOver) {
   EXPECT_EQ(nearest(folder / "dangling/x"), folder.path());
 }
 
-TEST_F(FileTestsTest, APlainFileOnTheWayCannotHoldAnything) {
+TEST_F(FileTestsTest, APlainFileOnTheWayCountsByItsPermissionsAlone) {
   support::writeFile(folder / "file", "");
   EXPECT_EQ(nearest(folder / "file/x"), "");
+  EXPECT_EQ(nearest(folder / "file/"), folder.path());
+  ASSERT_EQ(::chmod((folder / "file").c_str(), 0700), 0);
+  EXPECT_EQ(nearest(folder / "file/x"), folder / "file");
 }
 
 TEST_F(FileTestsTest, TheNearestMustBeReadableWritableAndSearchable) {

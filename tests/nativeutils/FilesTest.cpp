@@ -80,6 +80,18 @@ TEST_F(FolderDeletionTest, TakesAFileToo) {
   EXPECT_THAT(namesIn(folder.path()), IsEmpty());
 }
 
+TEST_F(FolderDeletionTest, APathEndsAtItsFirstNul) {
+  using namespace std::string_literals;
+  makeFolder(folder / "d");
+  makeFolder(folder / "d/e");
+  EXPECT_FALSE(utilDeleteFolder(folder / "d/e/.." + "\0"s, false, false));
+  EXPECT_THAT(namesIn(folder / "d"), ElementsAre("e"));
+  EXPECT_TRUE(utilDeleteFolder(folder / "d/e\0/x"s, false, false));
+  EXPECT_THAT(namesIn(folder / "d"), IsEmpty());
+  EXPECT_TRUE(utilDeleteFolder("\0/x"s, false, false));
+  EXPECT_TRUE(utilDeleteFolderIfEmpty("\0/x"s));
+}
+
 TEST_F(FolderDeletionTest, SaysWhyItFailed) {
   EXPECT_FALSE(utilDeleteFolder(folder / "missing", false, false));
   EXPECT_THAT(logged(),
@@ -303,6 +315,28 @@ TEST_F(CopyingTest, AFileIsNotLostByBeingReplacedWithALinkToIt) {
   EXPECT_EQ(support::contentsOf(folder / "y/f.txt"), "precious");
 }
 
+TEST_F(CopyingTest, AFileIsNotLostByBeingReplacedWithALinkThatWouldLeadBack) {
+  makeFolder(folder / "z");
+  support::writeFile(folder / "real", "precious");
+  makeLink("../real", folder / "y/f");
+  makeLink("../y/f", folder / "x/f");
+  makeLink("../x/f", folder / "z/f");
+  for (const std::string& source : {folder / "x/f", folder / "z/f"}) {
+    EXPECT_FALSE(utilCopySrcFileToDstFolder(source, folder / "y", false)) << source;
+    EXPECT_EQ(support::contentsOf(folder / "y/f"), "precious");
+  }
+  EXPECT_TRUE(utilCopySrcFileToDstFolder(folder / "y/f", folder / "z", false));
+  EXPECT_EQ(std::filesystem::read_symlink(folder / "z/f"), "../real");
+}
+
+TEST_F(CopyingTest, APathEndsAtItsFirstNul) {
+  using namespace std::string_literals;
+  EXPECT_TRUE(utilCopySrcFileToDstFolder(folder / "x/f.txt\0/other"s, folder / "y\0/z"s, false));
+  EXPECT_THAT(namesIn(folder / "y"), ElementsAre("f.txt"));
+  EXPECT_FALSE(utilCopySrcFileToDstFolder(folder / "x/f.txt\0"s, folder / "x\0"s, false));
+  EXPECT_EQ(support::contentsOf(folder / "x/f.txt"), "new");
+}
+
 TEST_F(CopyingTest, APipeIsNotWaitedFor) {
   ASSERT_EQ(::mkfifo((folder / "x/pipe").c_str(), 0600), 0);
   EXPECT_FALSE(utilCopySrcFileToDstFolder(folder / "x/pipe", folder / "y", false));
@@ -342,6 +376,12 @@ class OwnerTest : public FilesTest {
 
 TEST_F(OwnerTest, TheWalkCannotStartAtAnEmptyPath) {
   EXPECT_FALSE(utilChown(""));
+  EXPECT_THAT(logged(), ElementsAre("WARN Failed to open fts stream. ."));
+}
+
+TEST_F(OwnerTest, APathEndsAtItsFirstNul) {
+  using namespace std::string_literals;
+  EXPECT_FALSE(utilChown("\0x"s));
   EXPECT_THAT(logged(), ElementsAre("WARN Failed to open fts stream. ."));
 }
 
@@ -464,6 +504,24 @@ TEST_F(SubFolderTest, AFolderWithoutFoldersIsNoFailure) {
   EXPECT_THAT(names, IsEmpty());
 }
 
+TEST_F(SubFolderTest, ItsPathMayBeOneOfTheNames) {
+  for (int i = 0; i < 20; ++i)
+    makeFolder(folder / std::to_string(i));
+  std::vector<std::string> names{folder.path()};
+  names.shrink_to_fit();
+  EXPECT_TRUE(utilGetSubFolderList(names[0], names));
+  EXPECT_EQ(names.size(), 21u);
+  EXPECT_EQ(names[0], folder.path());
+}
+
+TEST_F(SubFolderTest, APathEndsAtItsFirstNul) {
+  using namespace std::string_literals;
+  makeFolder(folder / "a");
+  std::vector<std::string> names;
+  EXPECT_TRUE(utilGetSubFolderList(folder.path() + "\0"s, names));
+  EXPECT_THAT(names, ElementsAre("a"));
+}
+
 TEST_F(SubFolderTest, NeedsAFolder) {
   support::writeFile(folder / "file", "");
   std::vector<std::string> names{"former"};
@@ -479,6 +537,7 @@ TEST_F(DisplayNameTest, IsAnsweredOnlyForWhatIsNotThere) {
   EXPECT_FALSE(utilGetDisplayNameForFolderPath("", name));
   EXPECT_FALSE(utilGetDisplayNameForFolderPath(folder.path(), name));
   EXPECT_EQ(name, "former");
+  EXPECT_FALSE(utilGetDisplayNameForFolderPath(std::string(1, '\0'), name));
   EXPECT_TRUE(utilGetDisplayNameForFolderPath(folder / "missing", name));
   EXPECT_EQ(name, "");
   EXPECT_THAT(logged(), IsEmpty());

@@ -462,6 +462,19 @@ TEST_F(FileTreeTest, AnEntryIsKnownByItsFolderAndItsName) {
   EXPECT_FALSE(platform::isSameEntry(folder / "missing/a", folder / "missing/a"));
 }
 
+TEST_F(FileTreeTest, APathEndsAtItsFirstNul) {
+  using namespace std::string_literals;
+  makeSmallTree(folder / "t");
+  EXPECT_TRUE(platform::isSameEntry(folder / "t/a\0/x"s, folder / "t/a"));
+  EXPECT_TRUE(platform::isSameObject(folder / "t/a\0/x"s, folder / "t/a/."));
+  EXPECT_EQ(diaryOf(folder / "t\0"s).paths, diaryOf(folder / "t").paths);
+  EXPECT_EQ(platform::removeTree(folder / "t/a/..\0"s), "Invalid argument: " + folder / "t/a/..");
+  EXPECT_EQ(platform::removeTree(folder / "missing\0"s), "No such file or directory: " + folder / "missing");
+  EXPECT_EQ(platform::removeObject(folder / "t/a\0"s), "Directory not empty: " + folder / "t/a");
+  EXPECT_EQ(platform::removeTree(folder / "t\0/a"s), std::nullopt);
+  EXPECT_THAT(namesIn(folder.path()), testing::IsEmpty());
+}
+
 TEST_F(FileTreeTest, ALinkIsKnownByWhatItLeadsTo) {
   makeSmallTree(folder / "t");
   EXPECT_TRUE(platform::isLinkTo(folder / "t/to a", folder / "t/a"));
