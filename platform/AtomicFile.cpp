@@ -6,8 +6,8 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <utility>
 
+#include "platform/PathString.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
 #include "platform/WriteAll.h"
@@ -15,34 +15,56 @@
 namespace platform {
 namespace {
 
-// In the same folder, so that it can be renamed; the name is short enough for any.
-std::string pathBeside(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return path.substr(0, slash == std::string::npos ? 0 : slash + 1) + "." + randomUuidText();
-}
+// The folder that a path lies in, and how what is in it is called from there.
+class Place {
+ public:
+  explicit Place(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    name_ = slash == std::string::npos ? path : path.substr(slash + 1);
+    before_ = path.substr(0, path.size() - name_.size());
+    const char* const folder = before_.empty() ? "." : before_.c_str();
+    folder_.reset(::open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // From an open folder even a path that leaves no room for a longer name can be reached. One that may be searched
+    // but not read cannot be opened.
+    if (folder_) before_.clear();
+  }
 
-// A file that is removed unless it has been given its name.
+  int folder() const { return folder_ ? folder_.get() : AT_FDCWD; }
+  std::string itself() const { return before_ + name_; }
+  std::string beside(const std::string& name) const { return before_ + name; }
+
+ private:
+  std::string name_;
+  std::string before_;
+  UniqueFd folder_;
+};
+
+// A file in the same folder, so that it can be renamed, which is removed unless it has been given its name. The first
+// one is short enough for any folder.
 class Draft {
  public:
-  Draft(std::string path, mode_t mode)
-      : path_(std::move(path)), file_(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode)) {}
+  Draft(const Place& place, mode_t mode)
+      : place_(place),
+        name_(place.beside("." + randomUuidText())),
+        file_(::openat(place.folder(), name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode)) {}
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
   ~Draft() {
-    if (file_) (void)::unlink(path_.c_str());  // there is nothing better to do with it
+    if (file_) (void)::unlinkat(place_.folder(), name_.c_str(), 0);  // there is nothing better to do with it
   }
 
   explicit operator bool() const { return static_cast<bool>(file_); }
   int get() const { return file_.get(); }
 
-  bool rename(const std::string& path) {
-    if (std::rename(path_.c_str(), path.c_str()) != 0) return false;
+  bool takeThePlace() {
+    if (::renameat(place_.folder(), name_.c_str(), place_.folder(), place_.itself().c_str()) != 0) return false;
     file_.reset();
     return true;
   }
 
  private:
-  std::string path_;
+  const Place& place_;
+  std::string name_;
   UniqueFd file_;
 };
 
@@ -64,14 +86,17 @@ bool resemble(int fd, const struct stat& model, mode_t permissions) {
 
 bool writeFileAtomically(const std::string& path, std::string_view bytes) {
   struct stat former {};
-  const bool replaces = ::lstat(path.c_str(), &former) == 0 && S_ISREG(former.st_mode);
+  const bool exists = ::lstat(path.c_str(), &former) == 0;
+  if (!exists && errno != ENOENT) return false;
+  const bool replaces = exists && S_ISREG(former.st_mode);
   const mode_t permissions = former.st_mode & 0777;
 
   // What only the owner may read is not shown to others meanwhile.
-  Draft draft(pathBeside(path), replaces ? 0600 : 0666);
+  const Place place(untilNul(path));
+  Draft draft(place, replaces ? 0600 : 0666);
   if (!draft) return false;
   if (replaces && !resemble(draft.get(), former, permissions)) return false;
-  return writeAll(draft.get(), bytes) && bringToDisk(draft.get()) && draft.rename(path);
+  return writeAll(draft.get(), bytes) && bringToDisk(draft.get()) && draft.takeThePlace();
 }
 
 }  // namespace platform

@@ -13,8 +13,11 @@
 #include <climits>
 #include <string>
 
+#include "platform/FileTree.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Powers.h"
+#include "tests/support/Trees.h"
 
 namespace {
 
@@ -146,6 +149,34 @@ TEST_F(AtomicFile, MayHaveTheLongestNameAndAnyBytesInIt) {
   EXPECT_FALSE(writeFileAtomically("/" + std::string(2 * PATH_MAX, '/') + "file", "x"));
   EXPECT_TRUE(writeFileAtomically(folder / "\n\xFF", "x"));
   EXPECT_EQ(support::namesIn(folder.path()).size(), 2u);
+}
+
+TEST_F(AtomicFile, MayHaveTheLongestPathThatTheSystemTakes) {
+  std::string longest = folder / "d";
+  ASSERT_TRUE(support::makeDeepFolder(longest, static_cast<int>(4088 - longest.size()) / 2));
+  while (longest.size() < 4088)
+    longest += "/d";
+  longest += "/" + std::string(4090 - longest.size() - 1, 'f');
+  ASSERT_EQ(longest.size(), 4090u);
+  EXPECT_TRUE(writeFileAtomically(longest, "old"));
+  EXPECT_TRUE(writeFileAtomically(longest, "new"));
+  EXPECT_EQ(support::contentsOf(longest), "new");
+  EXPECT_FALSE(writeFileAtomically(longest + "too long", "x"));
+  EXPECT_THAT(support::namesIn(longest.substr(0, longest.rfind('/'))).size(), 1u);
+  EXPECT_EQ(platform::removeTree(folder / "d"), std::nullopt);
+}
+
+TEST_F(AtomicFile, NeedsToSearchItsFolderAndNotToReadIt) {
+  ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0300), 0);
+  support::Child powerless(
+      [&] { return support::giveUpPowers() && writeFileAtomically(folder / "closed/file", "x") ? 0 : 1; });
+  EXPECT_EQ(powerless.wait(), 0);
+  EXPECT_EQ(support::contentsOf(folder / "closed/file"), "x");
+}
+
+TEST_F(AtomicFile, EndsItsPathAtTheFirstNul) {
+  EXPECT_TRUE(writeFileAtomically(path + std::string("\0/other", 7), "x"));
+  EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file"));
 }
 
 TEST_F(AtomicFile, IsMadeInTheWorkingFolderWhenItsPathIsANameAlone) {
