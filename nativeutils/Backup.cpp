@@ -18,6 +18,7 @@
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
 #include "platform/PathString.h"
+#include "platform/Replacing.h"
 
 namespace {
 
@@ -96,6 +97,12 @@ void deleteAll(const std::vector<std::string>& paths) {
   }
 }
 
+bool logFailedRenaming(int error, const std::string& from, const std::string& to) {
+  Logger::getInstance()->logFatal(kComponent, "Failed to rename Error code (%d:%s) the directory from %s to %s.", error,
+                                  platform::errorText(error).c_str(), from.c_str(), to.c_str());
+  return false;
+}
+
 // Moves the object back that was at `location`. Without a backup, what has come there since is somebody else's.
 bool restore(const std::string& backup, const std::string& location) {
   const platform::AutoreleaseScope scope;
@@ -109,24 +116,25 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
   Logger* const log = Logger::getInstance();
   log->logInfo(kComponent, "utilBackupFolderIfExits pathToBkp %s", pathToBkp.c_str());
   const platform::AutoreleaseScope scope;
-  if (!utilPathExists(pathToBkp)) {
+  const std::string path = platform::untilNul(pathToBkp);
+  if (!utilPathExists(path)) {
     backupPath.clear();
     log->logInfo(kComponent, "NOTE trying to backup ... Source path does not exits. So Success.");
     return true;
   }
 
-  const std::string parent = platform::parentFolder(pathToBkp);
+  const std::string parent = platform::parentFolder(path);
   std::optional<OtherBackups> others;
   std::string backup;
   if (platform::kindOf(parent) == platform::FileKind::none) {
     log->logInfo(kComponent, "Backup parent folder path '%s' is not present", parent.c_str());
   } else {
-    others.emplace(parent, platform::lastPathComponent(pathToBkp));
+    others.emplace(parent, platform::lastPathComponent(path));
     backup = others->next();
     log->logInfo(kComponent, "Backup folder path '%s'", backup.c_str());
     makeRoomAt(backup);
   }
-  if (!util_renameFolderToFolder(pathToBkp, backup)) {
+  if (!util_renameFolderToFolder(path, backup)) {
     log->logFatal(kComponent, "Error Failed to rename the directory.");
     return false;
   }
@@ -137,7 +145,9 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
 
 bool util_renameFolderToFolder(const std::string& from, const std::string& to) {
   Logger* const log = Logger::getInstance();
-  if (utilPathExists(to) && !platform::isSameEntry(from, to)) {
+  if (utilPathExists(to) && !platform::isSameObject(from, to)) {
+    const int obstacle = platform::obstacleToReplacing(from, to);
+    if (obstacle != 0) return logFailedRenaming(obstacle, from, to);
     log->logInfo(kComponent, "NOTE trying to backup ... backup already exists. trying to remove...");
     if (!utilDeleteFolder(to, false, false)) {
       log->logError(kComponent, "Failed to delete the backup file: %s", to.c_str());
@@ -145,10 +155,7 @@ bool util_renameFolderToFolder(const std::string& from, const std::string& to) {
     }
   }
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
-  const int error = errno;
-  log->logFatal(kComponent, "Failed to rename Error code (%d:%s) the directory from %s to %s.", error,
-                platform::errorText(error).c_str(), from.c_str(), to.c_str());
-  return false;
+  return logFailedRenaming(errno, from, to);
 }
 
 bool utilRestoreFolder(const std::string& backupPath, const std::string& targetPath) {
@@ -162,14 +169,14 @@ bool utilCreateSymlinkFromPathToPath(const std::string& target, const std::strin
   constexpr unsigned short mode = 0775;
   Logger* const log = Logger::getInstance();
   const platform::AutoreleaseScope scope;
-  const std::string parent = platform::deletingLastPathComponent(linkPath);
+  const std::string parent = platform::deletingLastPathComponent(platform::untilNul(linkPath));
   if (!utilFolderExitsAtPath(parent) &&
       !utilCreateDirectoryPathWithAttributes(parent.c_str(), superUser, administrators, mode)) {
     log->logError(kComponent, "Error creating directory %s", parent.c_str());
     return false;
   }
 
-  const std::string location = platform::deletingPathExtension(linkPath);
+  const std::string location = platform::deletingPathExtension(platform::untilNul(linkPath));
   std::string backup;
   if (!utilBackupFolderIfExits(location, backup, false)) {
     log->logError(kComponent, "Failed in backing up folder %s to folder %s", location.c_str(), backup.c_str());

@@ -7,14 +7,17 @@
 ///
 /// All functions may be called from any thread; they keep no state, take no locks and never throw. Two processes that
 /// back up the same object at once can pick the same number: callers that need exclusion hold a lock that all of them
-/// know. Paths are bytes, as in Files.h. Messages go to the application's log with the component "Native-Utils"; what
-/// `utilDeleteFolder` logs about a failing removal comes before the messages named here.
+/// know. Paths are bytes and end at their first NUL, as in Files.h. Messages go to the application's log with the
+/// component "Native-Utils"; what `utilDeleteFolder` logs about a failing removal comes before the messages named here.
 
 #pragma once
 
 #include <string>
 
 /// Moves what is at `pathToBkp` aside: a folder, a file, or a symbolic link itself, dangling or not.
+///
+/// A slash at the end asks for a folder: with it a file or a dangling link counts as nothing, and a link to a folder is
+/// not moved, which is a failure.
 ///
 /// The number is one more than the largest in the folder. To find it the whole tree under P is walked, without
 /// following symbolic links, and every entry counts whose path below P holds N + "_bkp" anywhere and at which something
@@ -48,15 +51,33 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
 
 /// Renames `from` to `to`, after deleting what is at `to`, with everything in it.
 ///
-/// Whether `from` can be renamed is not asked before: a missing `from` costs the object at `to`. When both paths name
-/// the same entry of the same folder nothing is deleted, and nothing changes.
+/// Before anything is deleted it is asked whether `from` can take the place. Where it cannot, what is at `to` stays,
+/// and the failure is logged with the number that says why:
 ///
-/// Logs "NOTE trying to backup ... backup already exists. trying to remove..." (info) before it deletes, "Failed to
-/// delete the backup file: %s" (error) when that fails and it gives up, and "Failed to rename Error code (%d:%s) the
-/// directory from %s to %s." (fatal) with `errno` and its text.
+/// - ENOENT: nothing is at `from`, not even a link;
+/// - EINVAL: the folder at `to` holds `from`, at whatever depth, or the link at `to` is on the way to it, or `to` lies
+///   in the folder `from`;
+/// - ELOOP: `from` is a symbolic link that leads to what is at `to` or into it, or that would lead back to itself
+///   there;
+/// - EXDEV: the two lie on different file systems;
+/// - EACCES and EPERM: this user may not take `from` out of its folder;
+/// - ENOTDIR: a path ends in a slash, and `from` is no folder but a file or a link; EBUSY: `from` ends in "." or "..".
+///
+/// Only what cannot be known before can still cost the object at `to`: what others do meanwhile, a mount point at
+/// `from`, a failing disk. When both paths name one object nothing is deleted: a plain `rename` then gives an entry its
+/// other spelling where case does not count, and changes nothing between hard links of a file, which both stay.
+///
+///     util_renameFolderToFolder("/t/App/App_bkp1", "/t/App")  => false, '/t/App' is as it was
+///     util_renameFolderToFolder("/t/App", "/t/./App")         => true, and nothing has changed
+///     util_renameFolderToFolder("/t/App/.", "/t/App")         => false, '/t/App' is as it was
+///
+/// Logs "NOTE trying to backup ... backup already exists. trying to remove..." (info) before it deletes, and only then;
+/// "Failed to delete the backup file: %s" (error) when that fails and it gives up; and "Failed to rename Error code
+/// (%d:%s) the directory from %s to %s." (fatal) with `errno` and its text.
 bool util_renameFolderToFolder(const std::string& from, const std::string& to);
 
 /// Moves a backup back to `targetPath`, in the place of what is there: `util_renameFolderToFolder`, which logs for it.
+/// When the backup cannot take that place, what is there stays.
 bool utilRestoreFolder(const std::string& backupPath, const std::string& targetPath);
 
 /// Puts a symbolic link in the place of an object, which is backed up until the link is there.

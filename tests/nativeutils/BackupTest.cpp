@@ -6,7 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <functional>
+#include <system_error>
 
 #include "nativeutils/Files.h"
 #include "platform/FileKind.h"
@@ -371,6 +373,155 @@ TEST_F(FolderRenamingTest, OntoItselfLosesNothing) {
     EXPECT_TRUE(util_renameFolderToFolder(app, other)) << other;
   EXPECT_EQ(contentsOf(app + "/file"), "current");
   EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(FolderRenamingTest, UnderAnotherSpellingLosesNothing) {
+  makeApp(app, "current");
+  makeFolder(app + "/sub");
+  for (const std::string& from : {app + "/.", app + "/sub/.."}) {
+    EXPECT_FALSE(util_renameFolderToFolder(from, app)) << from;
+    EXPECT_FALSE(utilRestoreFolder(from, app)) << from;
+  }
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+  EXPECT_THAT(logged(), testing::Each(HasSubstr("FATAL Failed to rename Error code (16:Device or resource busy)")));
+  EXPECT_EQ(logged().size(), 4u);
+}
+
+TEST_F(FolderRenamingTest, OfHardLinksChangesNothing) {
+  makeFile(app, "current");
+  ASSERT_EQ(::link(app.c_str(), (t + "/link").c_str()), 0);
+  EXPECT_TRUE(util_renameFolderToFolder(app, t + "/link"));
+  EXPECT_THAT(namesIn(t), ElementsAre("App", "link"));
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+// An object that cannot take the place of "App", and why.
+struct Hindered {
+  const char* from;
+  const char* to;
+  int error;
+};
+
+TEST_F(FolderRenamingTest, WhatCannotTakeThePlaceCostsNothing) {
+  makeApp(app, "current");
+  makeApp(app + "/App_bkp1", "backup");
+  makeFolder(t + "/other");
+  makeApp(t + "/other/old", "old");
+  makeFile(t + "/file", "file");
+  makeFolder(t + "/closed");
+  makeLink("App", t + "/to app");
+  makeLink("App/App_bkp1", t + "/into app");
+  makeLink("to app", t + "/to the link");
+  makeLink("to app", t + "/through");
+  makeLink("other", t + "/to other");
+  const Hindered cases[] = {
+      {"missing", "App", ENOENT},           {"file/", "App", ENOTDIR},
+      {"missing/x", "App", ENOENT},         {"to app", "App", ELOOP},
+      {"into app", "App", ELOOP},           {"to the link", "to app", ELOOP},
+      {"through/", "App", ENOTDIR},         {"to other/", "App", ENOTDIR},
+      {"to other/.", "App", EBUSY},         {"other/..", "App", EBUSY},
+      {"App/App_bkp1", "App", EINVAL},      {"to app/App_bkp1", "App", EINVAL},
+      {"to other/old", "to other", EINVAL}, {"other", "other/old", EINVAL},
+      {"file", "to other/", ENOTDIR},
+  };
+  for (const auto& [from, to, error] : cases) {
+    forget();
+    EXPECT_FALSE(utilRestoreFolder(t + "/" + from, t + "/" + to)) << from;
+    EXPECT_THAT(logged(), ElementsAre("FATAL Failed to rename Error code (" + std::to_string(error) + ":" +
+                                      std::generic_category().message(error) + ") the directory from " + t + "/" +
+                                      from + " to " + t + "/" + to + "."))
+        << from;
+  }
+  EXPECT_THAT(namesIn(t), ElementsAre("App", "closed", "file", "into app", "other", "through", "to app", "to other",
+                                      "to the link"));
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+  EXPECT_EQ(contentsOf(app + "/App_bkp1/file"), "backup");
+  EXPECT_EQ(contentsOf(t + "/other/old/file"), "old");
+}
+
+TEST_F(FolderRenamingTest, ALinkThatLeadsElsewhereTakesThePlace) {
+  makeApp(app, "current");
+  makeApp(t + "/other", "other");
+  makeLink("other", t + "/link");
+  makeLink("nowhere", t + "/dangling");
+  EXPECT_TRUE(util_renameFolderToFolder(t + "/link", app));
+  EXPECT_EQ(std::filesystem::read_symlink(app), "other");
+  EXPECT_TRUE(util_renameFolderToFolder(t + "/dangling", app));
+  EXPECT_EQ(std::filesystem::read_symlink(app), "nowhere");
+}
+
+TEST_F(FolderRenamingTest, AnObjectComesFromAnotherFolderAtAnyDepth) {
+  makeApp(app, "old");
+  makeFolder(t + "/other");
+  makeFolder(t + "/other/deep");
+  makeApp(t + "/other/deep/new", "new");
+  EXPECT_TRUE(util_renameFolderToFolder(t + "/other/deep/new", app));
+  EXPECT_EQ(contentsOf(app + "/file"), "new");
+  makeApp(t + "/other/deep/old", "old");
+  EXPECT_TRUE(util_renameFolderToFolder(app, t + "/other/deep/old"));
+  EXPECT_EQ(contentsOf(t + "/other/deep/old/file"), "new");
+}
+
+TEST_F(FolderRenamingTest, FromAnotherFileSystemCostsNothing) {
+  makeApp(app, "current");
+  makeFolder(t + "/mount");
+  const int status = support::withOwnMounts([&] {
+    if (!support::mountMemory(t + "/mount", 1 << 20)) return support::kImpossible;
+    makeApp(t + "/mount/new", "new");
+    if (util_renameFolderToFolder(t + "/mount/new", app)) return 1;
+    return contentsOf(t + "/mount/new/file") == "new" ? 0 : 2;
+  });
+  if (status == support::kImpossible) GTEST_SKIP() << "mounts are not allowed here";
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+  EXPECT_THAT(logged(), ElementsAre("FATAL Failed to rename Error code (18:Invalid cross-device link) the directory "
+                                    "from " +
+                                    t + "/mount/new to " + app + "."));
+}
+
+TEST_F(FolderRenamingTest, OutOfAFolderThatMayNotBeChangedCostsNothing) {
+  makeApp(app, "current");
+  makeFolder(t + "/closed");
+  makeApp(t + "/closed/new", "new");
+  makeFolder(t + "/open");
+  makeApp(t + "/open/new", "new");
+  ASSERT_EQ(::chmod((t + "/closed").c_str(), 0500), 0);
+  ASSERT_EQ(::chmod((t + "/open/new").c_str(), 0500), 0);
+  for (const char* from : {"/closed/new", "/open/new"})
+    EXPECT_TRUE(withoutPowers([&] { return !util_renameFolderToFolder(t + from, app); })) << from;
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+  EXPECT_THAT(logged(), testing::Each(HasSubstr("FATAL Failed to rename Error code (13:Permission denied)")));
+  EXPECT_EQ(logged().size(), 2u);
+}
+
+TEST_F(FolderRenamingTest, OfWhatOthersKeepCostsNothing) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user has something of somebody else's";
+  ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+  ASSERT_EQ(::chmod(t.c_str(), 01777), 0);
+  makeApp(t + "/theirs", "new");
+  makeApp(app, "current");
+  ASSERT_EQ(::lchown(app.c_str(), 65534, 65534), 0);
+  ASSERT_EQ(::lchown((app + "/file").c_str(), 65534, 65534), 0);
+  support::Child other([&] {
+    if (::chdir(t.c_str()) != 0 || ::setresuid(65534, 65534, 65534) != 0) return 1;
+    return util_renameFolderToFolder("theirs", "App") ? 2 : 0;
+  });
+  EXPECT_EQ(other.wait(), 0);
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+}
+
+TEST_F(FolderRenamingTest, APathEndsAtItsFirstNul) {
+  using namespace std::string_literals;
+  makeApp(app, "current");
+  EXPECT_TRUE(util_renameFolderToFolder(app + "\0"s, app));
+  EXPECT_TRUE(util_renameFolderToFolder(app + "\0/x"s, app));
+  EXPECT_EQ(contentsOf(app + "/file"), "current");
+  EXPECT_EQ(backedUp(app + "\0"s), t + "//App_bkp1");
+  EXPECT_EQ(contentsOf(t + "/App_bkp1/file"), "current");
+  makeApp(t + "/Link", "old");
+  EXPECT_TRUE(utilCreateSymlinkFromPathToPath("/opt/real", t + "/Link\0.app"s));
+  EXPECT_EQ(std::filesystem::read_symlink(t + "/Link"), "/opt/real");
+  EXPECT_THAT(namesIn(t), ElementsAre("App_bkp1", "Link"));
 }
 
 TEST_F(FolderRenamingTest, RestoringPutsTheBackupBack) {
