@@ -54,16 +54,13 @@ void SignInFlow::launch(const std::string& bundlePath) {
 }
 
 void SignInFlow::mainFrameFinished(const std::optional<std::string>& address) {
+  mainFrameFinished([&address] { return address; });
+}
+
+void SignInFlow::mainFrameFinished(const std::function<std::optional<std::string>()>& address) {
   if (ended_) return;
   window_.forbidMainFrameScrolling();
-  if (!address) return;
-
-  if (*address == spinnerHTMLBaseURL) return startSignIn();
-
-  // A page whose address begins with both is an enterprise page, never a result.
-  const CommandLine& options = *CommandLine::GetInstance();
-  if (beginsWith(*address, options.redirect_type3_url)) return followEnterprisePage(*address);
-  if (beginsWith(*address, options.redirect_url)) endRun(kSignedIn, *address);
+  if (const std::optional<std::string> text = address()) decide(*text);
 }
 
 void SignInFlow::loadFailed(const LoadFailure& failure) {
@@ -86,6 +83,15 @@ bool SignInFlow::linkClicked(const std::string& address) {
   if (!beginsWith(address, "mailto:") && !beginsWith(address, "tel:")) return false;
   newWindowRequested(address);
   return true;
+}
+
+void SignInFlow::decide(const std::string& address) {
+  if (address == spinnerHTMLBaseURL) return startSignIn();
+
+  // A page whose address begins with both is an enterprise page, never a result.
+  const CommandLine& options = *CommandLine::GetInstance();
+  if (beginsWith(address, options.redirect_type3_url)) return followEnterprisePage(address);
+  if (beginsWith(address, options.redirect_url)) endRun(kSignedIn, address);
 }
 
 void SignInFlow::startSignIn() {

@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -32,8 +33,10 @@ class SignInFlow {
   // lies in. The finished spinner page starts the sign-in.
   void launch(const std::string& bundlePath);
 
-  // The main frame has finished loading; `address` is missing when the platform knows none.
+  // The main frame has finished loading; `address` is missing when the platform knows none. The second form asks for
+  // the address once scrolling is off.
   void mainFrameFinished(const std::optional<std::string>& address);
+  void mainFrameFinished(const std::function<std::optional<std::string>()>& address);
 
   // A load of any frame has failed. A cancelled load (-999) and a lost connection (-1005) are logged and the run goes
   // on, as both happen when one navigation replaces another; every other code in any domain ends the run.
@@ -56,6 +59,7 @@ class SignInFlow {
   void setResizingDone(bool done) { resizingDone_ = done; }
 
  private:
+  void decide(const std::string& address);
   void startSignIn();
   void followEnterprisePage(const std::string& address);
   void takeEnterpriseLayout();

@@ -181,6 +181,28 @@ TEST_F(SignInFlowTest, APageWithoutAnAddressIsIgnored) {
   EXPECT_EQ(window.taken(), (Asked{"no scrolling"}));
 }
 
+TEST_F(SignInFlowTest, AnAddressIsAskedForOnceScrollingIsOff) {
+  signIn();
+  Asked before;
+  flow.mainFrameFinished([&] {
+    before = window.taken();
+    return std::optional<std::string>("cb:/done");
+  });
+  EXPECT_EQ(before, (Asked{"no scrolling"}));
+  EXPECT_EQ(window.taken(), (Asked{"terminate"}));
+}
+
+TEST_F(SignInFlowTest, NoAddressIsAskedForAfterTheEnd) {
+  signIn();
+  flow.mainFrameFinished("cb:/done");
+  bool asked = false;
+  flow.mainFrameFinished([&] {
+    asked = true;
+    return std::optional<std::string>("cb:/done");
+  });
+  EXPECT_FALSE(asked);
+}
+
 TEST_F(SignInFlowTest, TheFirstEnterprisePageEnlargesTheWindowAndIsFollowed) {
   signIn();
   CommandLine::GetInstance()->type3_window_title = "My Company";
