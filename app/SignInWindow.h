@@ -40,6 +40,6 @@ class SignInWindow {
 
   virtual void openInBrowser(const std::string& address) = 0;
 
-  // Ends the application once the current event has been handled.
+  // Ends the application: at once, or when the current event has been handled.
   virtual void terminate() = 0;
 };

@@ -9,7 +9,8 @@
 
 extern const std::string spinnerHTMLSource;
 
-// The address under which the spinner page finishes, empty until `SignInFlow::launch` sets it.
+// The address under which the spinner page finishes, empty until `SignInFlow::launch` sets it. A shell whose platform
+// has a form of its own for the address puts that in its place.
 extern std::string spinnerHTMLBaseURL;
 
 // The path of the page, which need not exist: a sibling of the bundle, since no separator is put between them.

@@ -1,6 +1,8 @@
 # What every target of the project shares: warnings, include root, sanitizers.
 
-find_package(PkgConfig REQUIRED)
+if(SVO_PLATFORM STREQUAL "linux")
+  find_package(PkgConfig REQUIRED)
+endif()
 
 function(svo_configure target)
   target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
