@@ -1,0 +1,98 @@
+#include "tests/macos/CocoaTest.h"
+
+#include <cstdlib>
+
+#include "applog/Logger.h"
+#include "tests/endtoend/Home.h"
+#include "tests/macos/doubles/Uncounted.h"
+
+namespace {
+
+constexpr NSUInteger kStyle = NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask;
+
+// The application finds its screen in the environment, and draws its windows' frames itself: there is no window
+// manager.
+void openApplication(const std::string& display) {
+  const doubles::Uncounted uncounted;
+  ::setenv("DISPLAY", display.c_str(), 1);
+  [[NSUserDefaults standardUserDefaults]
+      registerDefaults:[NSDictionary dictionaryWithObject:@"NO" forKey:@"GSBackHandlesWindowDecorations"]];
+  [JournalApplication sharedApplication];
+}
+
+}  // namespace
+
+NSString* string(const std::string& text) {
+  return [NSString stringWithUTF8String:text.c_str()];
+}
+
+NSURLRequest* requestFor(const std::string& address) {
+  return [NSURLRequest requestWithURL:[NSURL URLWithString:string(address)]];
+}
+
+CocoaTest::CocoaTest() : pool([[NSAutoreleasePool alloc] init]), pipe(endtoend::homeFolder() / "pipe") {
+  openApplication(display.name());
+  [NSWorkspace watch];
+  [JournalWindow watchSuperclass];
+
+  options() = CommandLine();
+  options().zel_url = "cb:/Host/Login";
+  options().redirect_url = "cb:/done";
+  options().redirect_type3_url = "t3:/start";
+  options().pipe_name = pipe.path().string();
+  Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
+
+  window = [[JournalWindow alloc] initWithContentRect:NSMakeRect(100, 200, 600, 400)
+                                            styleMask:kStyle
+                                              backing:NSBackingStoreBuffered
+                                                defer:NO];
+  [window setReleasedWhenClosed:NO];
+  webView = [[WebView alloc] initWithFrame:NSMakeRect(0, 0, 600, 400)];
+  [[window contentView] addSubview:webView];
+  delegate = [[AppDelegate alloc] init];
+  [delegate setWindow:window];
+  [delegate setWebView:webView];
+  [window setTitle:@"From the interface file"];
+  [window orderFront:nil];
+  (void)doubles::taken();
+}
+
+CocoaTest::~CocoaTest() {
+  [NSApp setDelegate:nil];
+  [window close];
+  [delegate release];
+  [webView release];
+  [window release];
+  [pool release];
+}
+
+Asked CocoaTest::launch() {
+  [delegate applicationDidFinishLaunching:nil];
+  return doubles::taken();
+}
+
+void CocoaTest::signIn() {
+  (void)launch();
+  (void)finish(spinnerHTMLBaseURL);
+}
+
+Asked CocoaTest::finish(NSURLRequest* request) {
+  [mainFrame() showRequest:request];
+  [delegate webView:webView didFinishLoadForFrame:mainFrame()];
+  return doubles::taken();
+}
+
+Asked CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional) {
+  const std::size_t before = endtoend::logMessages().size();
+  [frame showRequest:requestFor(address)];
+  NSError* const error = [NSError errorWithDomain:@"NSURLErrorDomain" code:code userInfo:nil];
+  if (provisional) {
+    [delegate webView:webView didFailProvisionalLoadWithError:error forFrame:frame];
+  } else {
+    [delegate webView:webView didFailLoadWithError:error forFrame:frame];
+  }
+  Asked all = doubles::taken();
+  const Asked logged = endtoend::logMessages();
+  all.insert(all.end(), logged.begin() + static_cast<std::ptrdiff_t>(before), logged.end());
+  return all;
+}

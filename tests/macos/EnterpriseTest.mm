@@ -1,0 +1,108 @@
+#include "tests/macos/CocoaTest.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+class EnterpriseTest : public CocoaTest {
+ protected:
+  EnterpriseTest() { signIn(); }
+
+  // What is asked of the program's surroundings once the address is known.
+  Asked behindTheLook(const std::string& address) {
+    Asked asked = finish(address);
+    asked.erase(asked.begin(), asked.begin() + 3);
+    return asked;
+  }
+};
+
+TEST_F(EnterpriseTest, TheFirstPageAsksForEverythingInItsOrder) {
+  options().type3_window_title = "My Company";
+  [window setFrame:NSMakeRect(100, 300, 680, 570) display:NO];
+  const std::string resizable = std::to_string([window styleMask] | NSWindowStyleMaskResizable);
+  (void)doubles::taken();
+  EXPECT_EQ(behindTheLook("t3:/start?redirect_uri=next:/x&y=1"),
+            (Asked{"setTitle My Company", "webView frame", "window frame", "webView setFrame 1,1 800x600",
+                   "window setFrame 100,270 800x620 display YES animate YES", "setMinSize 800x620",
+                   "standardWindowButton zoom", "styleMask", "setStyleMask " + resizable, "loadRequest next:/x&y=1"}));
+}
+
+TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
+  const NSRect before = [window frame];
+  finish("t3:/start");
+  EXPECT_EQ(doubles::text([window frame].size), "800x620");
+  EXPECT_EQ(NSMinX([window frame]), NSMinX(before));
+  EXPECT_EQ(NSMaxY([window frame]), NSMaxY(before) + 20);
+}
+
+TEST_F(EnterpriseTest, TheWindowMayBeZoomedAndResizedFromThenOnButNotMadeSmaller) {
+  const NSUInteger before = [window styleMask];
+  finish("t3:/start");
+  EXPECT_TRUE([delegate resizingDone]);
+  EXPECT_EQ([window styleMask], before | NSWindowStyleMaskResizable);
+  EXPECT_TRUE([[window standardWindowButton:NSWindowZoomButton] isEnabled]);
+  EXPECT_EQ(doubles::text([window minSize]), "800x620");
+}
+
+TEST_F(EnterpriseTest, AResizableWindowStaysOne) {
+  [window setStyleMask:[window styleMask] | NSWindowStyleMaskResizable];
+  const NSUInteger before = [window styleMask];
+  finish("t3:/start");
+  EXPECT_EQ([window styleMask], before);
+}
+
+TEST_F(EnterpriseTest, TheTitleStaysWithoutOneForThePage) {
+  finish("t3:/start");
+  EXPECT_EQ(doubles::text([window title]), "From the interface file");
+}
+
+TEST_F(EnterpriseTest, ASecondPageIsOnlyFollowed) {
+  finish("t3:/start?redirect_uri=one:/");
+  options().type3_window_title = "Other";
+  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=two:/"), ElementsAre("loadRequest two:/"));
+}
+
+TEST_F(EnterpriseTest, ALayoutThatIsDoneIsNotDoneAgain) {
+  [delegate setResizingDone:YES];
+  EXPECT_THAT(behindTheLook("t3:/start"), ElementsAre());
+}
+
+TEST_F(EnterpriseTest, AnAddressBehindTheKeyNeedsTwoCharacters) {
+  [delegate setResizingDone:YES];
+  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=a"), ElementsAre());
+  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=ab"), ElementsAre("loadRequest ab"));
+}
+
+TEST_F(EnterpriseTest, AnAddressBehindTheKeyIsTakenAsItStands) {
+  [delegate setResizingDone:YES];
+  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=http%3A%2F%2Fa#b"), ElementsAre("loadRequest http%3A%2F%2Fa#b"));
+}
+
+TEST_F(EnterpriseTest, WhatIsNoAddressIsLoadedAsARequestWithoutOne) {
+  [delegate setResizingDone:YES];
+  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=%"), ElementsAre());
+  options().zel_url = "two words";
+  EXPECT_THAT(behindTheLook(spinnerHTMLBaseURL), ElementsAre("loadRequest nil"));
+}
+
+TEST_F(EnterpriseTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
+  options().redirect_type3_url = "cb:/done/t3";
+  [delegate setResizingDone:YES];
+  EXPECT_THAT(behindTheLook("cb:/done/t3?redirect_uri=next:/"), ElementsAre("loadRequest next:/"));
+  EXPECT_EQ(message(), "");
+}
+
+TEST_F(EnterpriseTest, ItsSignInEndsAtTheRedirectAddressToo) {
+  finish("t3:/start?redirect_uri=next:/x");
+  EXPECT_THAT(behindTheLook("cb:/done?code=1"), ElementsAre("terminate"));
+  EXPECT_EQ(message(), "<result><URL>cb:/done?code=1</URL></result>");
+}
+
+TEST_F(EnterpriseTest, ClosingTheWindowSends1) {
+  finish("t3:/start");
+  EXPECT_TRUE([delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]);
+  EXPECT_EQ(message(), "<errorNo><error>1</error></errorNo>");
+  EXPECT_EQ(doubles::taken(), Asked{});
+}
+
+}  // namespace

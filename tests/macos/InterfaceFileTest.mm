@@ -1,0 +1,68 @@
+// The main interface file, read by the free implementation's own loader.
+
+#include "tests/macos/CocoaTest.h"
+#include "tests/macos/doubles/Uncounted.h"
+
+namespace {
+
+AppDelegate* loadInterfaceFile() {
+  const doubles::Uncounted uncounted;
+  [NSBundle loadNibFile:@SVO_INTERFACE_FILE
+      externalNameTable:[NSDictionary dictionaryWithObject:NSApp forKey:NSNibOwner]
+               withZone:NSDefaultMallocZone()];
+  return static_cast<AppDelegate*>([NSApp delegate]);
+}
+
+class InterfaceFileTest : public CocoaTest {
+ protected:
+  // The items of the menu that stands there in the file; the implementation adds menus and items of its own behind
+  // them.
+  static NSArray* items(NSUInteger menu) {
+    return [[[[[NSApp mainMenu] itemArray] objectAtIndex:menu] submenu] itemArray];
+  }
+
+  AppDelegate* const loaded = loadInterfaceFile();
+};
+
+TEST_F(InterfaceFileTest, MakesTheDelegateTheApplicationsDelegate) {
+  EXPECT_TRUE([loaded isKindOfClass:[AppDelegate class]]);
+}
+
+TEST_F(InterfaceFileTest, ConnectsTheWindowAndTheWebView) {
+  EXPECT_TRUE([[loaded window] isKindOfClass:[SVOWindow class]]);
+  EXPECT_TRUE([[loaded webView] isKindOfClass:[WebView class]]);
+  EXPECT_EQ([[loaded webView] window], [loaded window]);
+}
+
+TEST_F(InterfaceFileTest, ShowsAWindowThatIsNotResizable) {
+  EXPECT_TRUE([[loaded window] isVisible]);
+  EXPECT_EQ([[loaded window] styleMask],
+            NSUInteger{NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask});
+  EXPECT_EQ(doubles::text([[loaded window] title]), "Sign In");
+}
+
+// The delegate owns it, and is asked about it after it has closed.
+TEST_F(InterfaceFileTest, KeepsTheWindowWhenItCloses) {
+  EXPECT_FALSE([[loaded window] isReleasedWhenClosed]);
+}
+
+// `terminate:` would end the run without its message.
+TEST_F(InterfaceFileTest, QuittingClosesTheWindow) {
+  NSMenuItem* const quit = [items(0) lastObject];
+  EXPECT_EQ(doubles::text([quit title]), "Quit SVO");
+  EXPECT_TRUE(sel_isEqual([quit action], @selector(performClose:)));
+  EXPECT_EQ([quit target], [loaded window]);
+  EXPECT_EQ(doubles::text([quit keyEquivalent]), "q");
+}
+
+TEST_F(InterfaceFileTest, NoMenuTakesAKeyFromThePage) {
+  for (const NSUInteger menu : {0u, 1u}) {
+    EXPECT_GE([items(menu) count], 2u);
+    for (NSUInteger i = 0; i < [items(menu) count]; ++i) {
+      const std::string key = doubles::text([[items(menu) objectAtIndex:i] keyEquivalent]);
+      EXPECT_THAT(key, testing::AnyOf("", "h", "m", "q", "w"));
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,96 @@
+#include "tests/macos/CocoaTest.h"
+
+namespace {
+
+using testing::Contains;
+using testing::Not;
+
+class LaunchTest : public CocoaTest {
+ protected:
+  static std::string bundlePath() { return doubles::text([[NSBundle mainBundle] bundlePath]); }
+};
+
+TEST_F(LaunchTest, AsksForEverythingInItsOrder) {
+  options().app_name = "Kelvo";
+  const Asked asked = launch();
+  EXPECT_EQ(asked,
+            (Asked{"preferences", "setJavaEnabled NO", "setPlugInsEnabled NO", "setJavaScriptEnabled YES",
+                   "setLoadsImagesAutomatically YES", "setTabsToLinks YES",
+                   "setJavaScriptCanOpenWindowsAutomatically YES", "setFrameLoadDelegate AppDelegate",
+                   "setContentView WebView", "setPolicyDelegate AppDelegate", "application setDelegate AppDelegate",
+                   "activateIgnoringOtherApps YES", "makeFirstResponder WebView", "window frame", "webView frame",
+                   "window setFrame 99,199 680x570 display YES animate YES", "webView setFrame 1,1 680x550",
+                   "loadHTMLString " + spinnerHTMLSource + " base " + spinnerHTMLBaseURL, "setTitle Kelvo"}));
+}
+
+TEST_F(LaunchTest, GivesTheWindowAndTheViewTheirSizesAndKeepsTheirOrigins) {
+  const NSPoint before = [window frame].origin;
+  launch();
+  EXPECT_EQ(doubles::text([window frame]), doubles::text(NSMakeRect(before.x, before.y, 680, 570)));
+  EXPECT_EQ(doubles::text([webView frame].size), "680x550");
+}
+
+TEST_F(LaunchTest, PutsTheWebViewIntoTheWindowAndTheKeyboardIntoTheWebView) {
+  launch();
+  EXPECT_EQ([window contentView], webView);
+  EXPECT_EQ([window firstResponder], webView);
+}
+
+TEST_F(LaunchTest, MakesTheDelegateEverybodysDelegate) {
+  launch();
+  EXPECT_EQ([NSApp delegate], delegate);
+  EXPECT_EQ([webView frameLoadDelegate], delegate);
+  EXPECT_EQ([webView policyDelegate], delegate);
+}
+
+TEST_F(LaunchTest, LeavesTheWindowAsItIsWithoutPreferences) {
+  doubles::fail("preferences");
+  options().app_name = "Kelvo";
+  EXPECT_EQ(launch(), Asked{"preferences"});
+  EXPECT_EQ(spinnerHTMLBaseURL, "");
+  EXPECT_EQ(message(), "");
+}
+
+TEST_F(LaunchTest, TakesTheEnterpriseLayoutBackEvenWithoutPreferences) {
+  doubles::fail("preferences");
+  [delegate setResizingDone:YES];
+  launch();
+  EXPECT_FALSE([delegate resizingDone]);
+}
+
+TEST_F(LaunchTest, KeepsTheTitleOfTheInterfaceFileWithoutAProductName) {
+  EXPECT_THAT(launch(), Not(Contains(testing::HasSubstr("setTitle"))));
+  EXPECT_EQ(doubles::text([window title]), "From the interface file");
+}
+
+TEST_F(LaunchTest, TitlesTheWindowInEveryScript) {
+  options().app_name = "K\xC3\xA9lvo \xE7\x99\xBB\xE5\xBD\x95";
+  launch();
+  EXPECT_EQ(doubles::text([window title]), options().app_name);
+}
+
+TEST_F(LaunchTest, KeepsTheTitleWhenTheProductNameIsNoText) {
+  options().app_name = "Kelvo\xFF";
+  launch();
+  EXPECT_EQ(doubles::text([window title]), "From the interface file");
+}
+
+TEST_F(LaunchTest, NamesTheSpinnerPageASiblingOfTheBundle) {
+  launch();
+  EXPECT_EQ(spinnerHTMLBaseURL, "file://" + bundlePath() + "spinner_html.html");
+}
+
+TEST_F(LaunchTest, LeavesTheStyleOfTheWindowAlone) {
+  const NSUInteger before = [window styleMask];
+  launch();
+  EXPECT_EQ([window styleMask], before);
+  EXPECT_FALSE([[window standardWindowButton:NSWindowZoomButton] isEnabled]);
+}
+
+TEST_F(LaunchTest, AFrameThatBeginsToLoadMeansNothing) {
+  signIn();
+  [delegate webView:webView didStartProvisionalLoadForFrame:mainFrame()];
+  EXPECT_EQ(doubles::taken(), Asked{});
+}
+
+}  // namespace

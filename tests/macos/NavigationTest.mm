@@ -1,0 +1,160 @@
+#include "tests/macos/CocoaTest.h"
+#include "tests/macos/doubles/Poor.h"
+
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+// What every finished main frame is asked for before anything is decided.
+const Asked kLook = {"setAllowsScrolling NO", "dataSource", "request"};
+
+Asked lookAnd(const Asked& rest) {
+  Asked all = kLook;
+  all.insert(all.end(), rest.begin(), rest.end());
+  return all;
+}
+
+class NavigationTest : public CocoaTest {};
+
+TEST_F(NavigationTest, TheFinishedSpinnerPageStartsTheSignIn) {
+  launch();
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest cb:/Host/Login"}));
+  EXPECT_EQ(message(), "");
+}
+
+TEST_F(NavigationTest, TheSpinnerPageShownAgainRestartsTheSignIn) {
+  signIn();
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest cb:/Host/Login"}));
+}
+
+struct Missing {
+  const char* option;
+  std::string CommandLine::*field;
+
+  friend void PrintTo(const Missing& missing, std::ostream* out) { *out << missing.option; }
+};
+
+class MissingOptionTest : public NavigationTest, public testing::WithParamInterface<Missing> {};
+
+TEST_P(MissingOptionTest, EndsTheRunWith255) {
+  options().*GetParam().field = "";
+  launch();
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"terminate"}));
+  EXPECT_EQ(message(), "<errorNo><error>255</error></errorNo>");
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, MissingOptionTest,
+                         testing::Values(Missing{"zelURL", &CommandLine::zel_url},
+                                         Missing{"redirectURL", &CommandLine::redirect_url},
+                                         Missing{"redirectType3URL", &CommandLine::redirect_type3_url}),
+                         [](const auto& test) { return test.param.option; });
+
+TEST_F(NavigationTest, AnOrdinaryPageOnlyLosesItsScrollBars) {
+  signIn();
+  EXPECT_EQ(finish("cb:/host/password"), kLook);
+  EXPECT_EQ(message(), "");
+}
+
+TEST_F(NavigationTest, ARedirectPageEndsTheRunWithItsWholeAddress) {
+  signIn();
+  EXPECT_EQ(finish("cb:/done?code=1&s=2"), lookAnd({"terminate"}));
+  EXPECT_EQ(message(), "<result><URL>cb:/done?code=1&amp;s=2</URL></result>");
+}
+
+TEST_F(NavigationTest, TheRedirectAddressIsComparedAsItWasLowered) {
+  options().redirect_url = options().ToLowerCase("cb:/Done");
+  signIn();
+  EXPECT_EQ(finish("cb:/Done?code=1"), kLook);
+  EXPECT_EQ(finish("cb:/done?code=1"), lookAnd({"terminate"}));
+}
+
+TEST_F(NavigationTest, ASubFrameNeverCounts) {
+  signIn();
+  WebFrame* const frame = [[WebFrame alloc] initWithWebView:webView];
+  [frame showRequest:requestFor("cb:/done?code=1")];
+  [delegate webView:webView didFinishLoadForFrame:frame];
+  EXPECT_EQ(doubles::taken(), Asked{});
+  EXPECT_EQ(message(), "");
+  [frame release];
+}
+
+TEST_F(NavigationTest, AResultThatNobodyReadsStillEndsTheRun) {
+  options().pipe_name = "/nonexistent/pipe";
+  signIn();
+  EXPECT_EQ(finish("cb:/done"), lookAnd({"terminate"}));
+}
+
+TEST_F(NavigationTest, NothingFollowsTheMessageOfTheRun) {
+  signIn();
+  finish("cb:/done?1");
+  EXPECT_EQ(finish("cb:/done?2"), Asked{});
+  EXPECT_TRUE([delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]);
+  EXPECT_EQ(message(), "<result><URL>cb:/done?1</URL></result>");
+}
+
+class NoAddressTest : public NavigationTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(NoAddressTest, APageWithoutAnAddressIsIgnored) {
+  signIn();
+  doubles::fail(GetParam());
+  NSURL* const address = [[[PoorURL alloc] initWithString:@"cb:/done"] autorelease];
+  const Asked asked = finish([NSURLRequest requestWithURL:address]);
+  EXPECT_EQ(asked.front(), "setAllowsScrolling NO");
+  EXPECT_EQ(Asked(kLook.begin(), kLook.begin() + static_cast<std::ptrdiff_t>(asked.size())), asked);
+  EXPECT_EQ(message(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, NoAddressTest, testing::Values("dataSource", "request", "absoluteString", "UTF8String"),
+                         [](const auto& test) { return std::string(test.param); });
+
+TEST_F(NavigationTest, ARequestWithoutAnAddressIsIgnored) {
+  signIn();
+  EXPECT_EQ(finish([[[NSURLRequest alloc] init] autorelease]), kLook);
+}
+
+TEST_F(NavigationTest, AnAddressThatIsNoneIsLoadedAsARequestWithoutOne) {
+  options().zel_url = "no address at all";
+  launch();
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
+}
+
+TEST_F(NavigationTest, AnAddressThatIsNoTextIsLoadedAsARequestWithoutOne) {
+  options().zel_url = "cb:/\xFF";
+  launch();
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
+}
+
+TEST_F(NavigationTest, ARequestForAWindowGoesToTheBrowserAndThePageStays) {
+  signIn();
+  [delegate webView:webView
+      decidePolicyForNewWindowAction:[NSDictionary dictionary]
+                             request:requestFor("http://host/help?a=1&b=2")
+                        newFrameName:@"_blank"
+                    decisionListener:[PolicyListener listener]];
+  EXPECT_EQ(doubles::taken(), (Asked{"ignore", "openURL http://host/help?a=1&b=2"}));
+}
+
+TEST_F(NavigationTest, ARequestForAWindowIsHandedOverAsItIs) {
+  signIn();
+  NSURL* const address = [[[PoorURL alloc] initWithString:@"http://host/help"] autorelease];
+  doubles::fail("absoluteString");
+  [delegate webView:webView
+      decidePolicyForNewWindowAction:nil
+                             request:[NSURLRequest requestWithURL:address]
+                        newFrameName:nil
+                    decisionListener:[PolicyListener listener]];
+  EXPECT_EQ(doubles::lastOpened(), address);
+}
+
+TEST_F(NavigationTest, ARequestForAWindowWithoutAnAddressIsRefusedAllTheSame) {
+  signIn();
+  [delegate webView:webView
+      decidePolicyForNewWindowAction:nil
+                             request:nil
+                        newFrameName:nil
+                    decisionListener:[PolicyListener listener]];
+  EXPECT_EQ(doubles::taken(), (Asked{"ignore", "openURL nil"}));
+}
+
+}  // namespace
