@@ -1,5 +1,5 @@
-// What happens when the parent folder is seen no more right after the object in it has been seen. No file system does
-// that on demand, so this program answers the library's `stat` itself.
+// What happens when others are at work at the worst moment. No file system does that on demand, so this program answers
+// the library's `stat` and `symlink` itself.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <functional>
+#include <string>
 
 #include "nativeutils/Backup.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
@@ -15,14 +17,25 @@
 
 namespace {
 std::string goneFromSight;
-}
+std::string removedOnceSeen;
+std::function<void()> insteadOfTheLink;
+}  // namespace
 
 extern "C" int stat(const char* path, struct stat* object) noexcept {
   if (goneFromSight == path) {
     errno = ENOENT;
     return -1;
   }
-  return ::fstatat(AT_FDCWD, path, object, 0);
+  const int result = ::fstatat(AT_FDCWD, path, object, 0);
+  if (removedOnceSeen == path) ::unlink(path);
+  return result;
+}
+
+extern "C" int symlink(const char* target, const char* path) noexcept {
+  if (!insteadOfTheLink) return ::symlinkat(target, AT_FDCWD, path);
+  insteadOfTheLink();
+  errno = EEXIST;
+  return -1;
 }
 
 namespace {
@@ -46,6 +59,64 @@ TEST_F(BackupParentTest, WithoutItTheObjectIsNotMoved) {
                   "INFO Backup parent folder path '" + folder.path() + "' is not present",
                   "FATAL Failed to rename Error code (2:No such file or directory) the directory from " + app + " to .",
                   "FATAL Error Failed to rename the directory."));
+}
+
+TEST_F(BackupParentTest, TheBackupDoesNotTakeANumberThatIsGoingToBeDeleted) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "App", "current");
+  support::writeFile(folder / "App_bkp1", "old");
+  support::writeFile(folder / "App_bkp2147483647", "old");
+  removedOnceSeen = folder.path() + "//App_bkp1";
+  std::string backup;
+  EXPECT_TRUE(utilBackupFolderIfExits(folder / "App", backup, false));
+  removedOnceSeen.clear();
+  EXPECT_EQ(backup, folder.path() + "//App_bkp2");
+  EXPECT_EQ(support::contentsOf(folder / "App_bkp2"), "current");
+  EXPECT_THAT(support::namesIn(folder.path()), testing::ElementsAre("App_bkp2"));
+}
+
+class LinkTest : public BackupParentTest {
+ protected:
+  ~LinkTest() override { insteadOfTheLink = nullptr; }
+
+  std::string failed() const {
+    return "ERROR Error Creating symbolic link for path (/opt/real) to path (" + link +
+           "), Errorno: 17, error msg: File exists";
+  }
+
+  const support::TemporaryFolder folder;
+  const std::string link = folder / "Link";
+};
+
+TEST_F(LinkTest, WhatSomebodyElseHasPutThereStays) {
+  insteadOfTheLink = [&] { support::writeFile(link, "theirs"); };
+  EXPECT_FALSE(utilCreateSymlinkFromPathToPath("/opt/real", link));
+  EXPECT_EQ(support::contentsOf(link), "theirs");
+  EXPECT_THAT(logged(), testing::IsSupersetOf({failed(), "ERROR Error in restoring backedup folder  to " + link}));
+}
+
+TEST_F(LinkTest, SaysWhenTheBackupCannotBeMovedBack) {
+  support::writeFile(link, "old");
+  const std::string backup = folder.path() + "//Link_bkp1";
+  insteadOfTheLink = [&] {
+    ::unlink(backup.c_str());
+    support::writeFile(link, "theirs");
+  };
+  EXPECT_FALSE(utilCreateSymlinkFromPathToPath("/opt/real", link));
+  EXPECT_EQ(support::contentsOf(link), "theirs");
+  EXPECT_THAT(logged(),
+              testing::IsSupersetOf({failed(),
+                                     "FATAL Failed to rename Error code (2:No such file or directory) the directory "
+                                     "from " +
+                                         backup + " to " + link + ".",
+                                     "ERROR Error in restoring backedup folder " + backup + " to " + link}));
+}
+
+TEST_F(LinkTest, ABackupTakesThePlaceOfWhatHasComeThereSince) {
+  support::writeFile(link, "old");
+  insteadOfTheLink = [&] { support::writeFile(link, "theirs"); };
+  EXPECT_FALSE(utilCreateSymlinkFromPathToPath("/opt/real", link));
+  EXPECT_EQ(support::contentsOf(link), "old");
 }
 
 }  // namespace

@@ -207,6 +207,14 @@ TEST_F(FileToBase64, LogsAFileThatDoesNotExist) {
   }
 }
 
+TEST_F(FileToBase64, LogsAFileThatCannotBeReadToItsEnd) {
+  std::string out = "former";
+  EXPECT_FALSE(utilGetDataFromFileAndEncodeBase64("/proc/self/mem", out));
+  EXPECT_EQ(out, "former");
+  EXPECT_THAT(logged(), testing::ElementsAre("FATAL GetDataFromFile. Get String error Input/output error. From file "
+                                             "/proc/self/mem"));
+}
+
 TEST_F(FileToBase64, LogsAFileThatIsNotUtf8Throughout) {
   writeFile(path, std::string("fine\0\xFF", 6));
   expectReadError(path, "Invalid or incomplete multibyte or wide character");

@@ -102,6 +102,24 @@ TEST_F(FileTestsTest, AnUnknownUsersTildeIsAnOrdinaryName) {
   EXPECT_EQ(nearest("~no-such-user/new"), "");
 }
 
+TEST_F(FileTestsTest, TheRootMayBeTheNearest) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user can make something there";
+  EXPECT_EQ(nearest("/no-such-folder/x/y"), "/");
+}
+
+TEST_F(FileTestsTest, TheRealUserCountsAndNotTheEffectiveOne) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user can act as somebody else";
+  ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+  ASSERT_EQ(::mkdir((folder / "mine").c_str(), 0700), 0);
+  support::Child other([&] {
+    if (::chdir(folder.path().c_str()) != 0 || ::seteuid(65534) != 0) return 1;
+    if (!utilFolderHasPermission("mine", PermissionType_Read)) return 2;
+    if (!utilFolderHasPermission("mine", PermissionType_Write)) return 3;
+    return nearest("mine/new") == "mine" ? 0 : 4;
+  });
+  EXPECT_EQ(other.wait(), 0);
+}
+
 TEST_F(FileTestsTest, ADanglingLinkIsPassedOver) {
   ASSERT_EQ(::symlink("missing", (folder / "dangling").c_str()), 0);
   EXPECT_EQ(nearest(folder / "dangling/x"), folder.path());

@@ -105,6 +105,30 @@ TEST_F(FolderCreationTest, AFileAtThePathGetsOwnerGroupAndMode) {
   EXPECT_EQ(support::modeOf(folder / "file"), 0640u);
 }
 
+TEST_F(FolderCreationTest, TheModeIsGivenAfterTheOwnerWhoCostsSomeOfItsBits) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user gives files away";
+  for (const mode_t mode : {04755u, 06755u}) {
+    support::writeFile(folder / "file", "");
+    EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "file").c_str(), 4711, 4712,
+                                                      static_cast<unsigned short>(mode)));
+    EXPECT_EQ(support::modeOf(folder / "file"), mode);
+  }
+}
+
+TEST_F(FolderCreationTest, WhatALinkLeadsToGetsOwnerGroupAndMode) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user gives files away";
+  ASSERT_EQ(::mkdir((folder / "t").c_str(), 0700), 0);
+  ASSERT_EQ(::symlink("t", (folder / "link").c_str()), 0);
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "link").c_str(), 4711, 4712, 0750));
+  struct stat object {};
+  ASSERT_EQ(::stat((folder / "t").c_str(), &object), 0);
+  EXPECT_EQ(object.st_uid, 4711u);
+  EXPECT_EQ(object.st_gid, 4712u);
+  EXPECT_EQ(object.st_mode & 07777u, 0750u);
+  ASSERT_EQ(::lstat((folder / "link").c_str(), &object), 0);
+  EXPECT_EQ(object.st_uid, 0u);
+}
+
 TEST_F(FolderCreationTest, FailsWhenTheFolderCannotBeGivenAwayAndLeavesItThere) {
   support::Child powerless([&] {
     if (asRoot() && !support::giveUpPowers()) return 1;

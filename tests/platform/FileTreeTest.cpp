@@ -310,13 +310,14 @@ TEST_F(FileTreeTest, RemovalRefusesWhatCannotGo) {
 }
 
 TEST_F(FileTreeTest, RemovalKnowsNoLimitOfDepthOrDescriptors) {
-  ASSERT_TRUE(support::makeDeepFolder(folder / "deep", 5000));
-  support::Child poor([&] {
+  const int status = support::withOwnMounts([&] {
+    if (!support::mountMemory(folder.path(), 64 << 20)) return support::kImpossible;
+    if (!support::makeDeepFolder(folder / "deep", 5000)) return 1;
     support::limitDescriptors(3);
-    return platform::removeTree(folder / "deep") ? 1 : 0;
+    return !platform::removeTree(folder / "deep") && !platform::isSomethingAt(folder / "deep") ? 0 : 2;
   });
-  EXPECT_EQ(poor.wait(), 0);
-  EXPECT_TRUE(namesIn(folder.path()).empty());
+  if (status == support::kImpossible) GTEST_SKIP() << "mounts are not allowed here";
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(FileTreeTest, RemovalKeepsNoDescriptor) {
