@@ -51,10 +51,23 @@ constexpr std::array<std::uint32_t, 256> second = makeBits(12);
 constexpr std::array<std::uint32_t, 256> third = makeBits(6);
 constexpr std::array<std::uint32_t, 256> fourth = makeBits(0);
 
-const unsigned char* passSkipped(const unsigned char* text, const unsigned char* end) {
-  while (text != end && !isTaken(*text))
-    ++text;
-  return text;
+// What four characters stand for; `odd` is in it when one of them is not in the alphabet.
+std::uint32_t bitsOf(const unsigned char* c) {
+  return first[c[0]] | second[c[1]] | third[c[2]] | fourth[c[3]];
+}
+
+void store(std::uint32_t bits, unsigned char* out) {
+  out[0] = static_cast<unsigned char>(bits >> 16);
+  out[1] = static_cast<unsigned char>(bits >> 8);
+  out[2] = static_cast<unsigned char>(bits);
+}
+
+// How many characters are skipped from here on. A count and not a place: what is a guess here need not be waited for.
+std::ptrdiff_t gapAt(const unsigned char* text, const unsigned char* end) {
+  std::ptrdiff_t gap = 0;
+  while (text + gap != end && !isTaken(text[gap]))
+    ++gap;
+  return gap;
 }
 
 #if defined(__x86_64__)
@@ -101,7 +114,22 @@ SVO_AVX2 std::size_t encodeByEights(const unsigned char* bytes, std::size_t grou
   return done;
 }
 
-// Decodes 8 groups at a time, fewer where something else stands between them, and leaves the last ones.
+// Decodes a group with a gap behind its first characters. False when there is another gap, or anything else.
+bool decodeTorn(const unsigned char* text, unsigned before, std::ptrdiff_t gap, unsigned char* out) {
+  std::uint32_t head = 0;
+  std::uint32_t tail = 0;
+  std::memcpy(&head, text, 4);
+  std::memcpy(&tail, text + gap, 4);
+  const std::uint32_t ofTail = ~std::uint32_t{0} << before * 8;
+  const std::uint32_t joined = (head & ~ofTail) | (tail & ofTail);
+  unsigned char characters[4];
+  std::memcpy(characters, &joined, 4);
+  const std::uint32_t bits = bitsOf(characters);
+  store(bits, out);
+  return (bits & odd) == 0;
+}
+
+// Decodes 8 groups at a time, fewer where something else stands among them, and leaves the last ones.
 SVO_AVX2 DecodedRun decodeByEights(const unsigned char* text, const unsigned char* end, std::size_t mostGroups,
                                    unsigned char* out) {
   // A character is in the alphabet when the entries of its two halves have no bit in common.
@@ -140,15 +168,23 @@ SVO_AVX2 DecodedRun decodeByEights(const unsigned char* text, const unsigned cha
       run.groups += 8;
       continue;
     }
-    auto whole = static_cast<unsigned>(__builtin_ctz(~right)) / 4;
+    const auto place = static_cast<unsigned>(__builtin_ctz(~right));
+    auto whole = place / 4;
     if (whole != formerWhole) {
       asm volatile("" : "+r"(whole));  // keeps the compiler from computing the place after all
       formerWhole = whole;
     }
     run.groups += formerWhole;
-    const unsigned char* stop = run.next + std::size_t{formerWhole} * 4;
-    run.next = passSkipped(stop, end);
-    if (run.next == stop) break;
+    run.next += std::size_t{formerWhole} * 4;
+    const unsigned before = place % 4;
+    const std::ptrdiff_t gap = gapAt(run.next + before, end);
+    if (gap == 0) break;
+    if (before != 0) {
+      if (end - run.next < gap + 4 || !decodeTorn(run.next, before, gap, out + run.groups * 3)) break;
+      run.next += 4;
+      ++run.groups;
+    }
+    run.next += gap;
   }
   return run;
 }
@@ -183,17 +219,18 @@ DecodedRun decodeGroupwise(const unsigned char* text, const unsigned char* end, 
                            unsigned char* out) {
   DecodedRun run{text, 0};
   while (run.groups < mostGroups && end - run.next >= 4) {
-    const unsigned char* c = run.next;
-    const std::uint32_t bits = first[c[0]] | second[c[1]] | third[c[2]] | fourth[c[3]];
+    const unsigned char* const start = run.next;
+    const unsigned char* behind = start + 4;
+    std::uint32_t bits = bitsOf(start);
     if ((bits & odd) != 0) {
-      run.next = passSkipped(c, end);
-      if (run.next == c) return run;
-      continue;
+      run.next += gapAt(start, end);
+      if (run.next != start) continue;
+      behind = start;
+      bits = bitsOf(nativeutils_base64::nextGroup(behind, end).characters);  // NUL for what is missing
+      if ((bits & odd) != 0) return run;
     }
-    *out++ = static_cast<unsigned char>(bits >> 16);
-    *out++ = static_cast<unsigned char>(bits >> 8);
-    *out++ = static_cast<unsigned char>(bits);
-    run.next += 4;
+    store(bits, out + run.groups * 3);
+    run.next = behind;
     ++run.groups;
   }
   return run;

@@ -17,8 +17,8 @@ struct DecodedRun {
 // How many bytes behind its last group `decodeRun` may write over.
 constexpr std::size_t decodingSlack = 8;
 
-// Decodes groups of 4 characters of the alphabet, passing over what is skipped between two groups. Stops before a group
-// that holds anything else, before a piece of fewer than 4 characters, and after `mostGroups`.
+// Decodes groups of 4 characters of the alphabet, passing over what is skipped. Stops before a group that holds
+// anything else, before fewer than 4 characters, and after `mostGroups`.
 DecodedRun decodeRun(const unsigned char* text, const unsigned char* end, std::size_t mostGroups, unsigned char* out);
 
 // The same, as processors do it for which there is nothing special.
