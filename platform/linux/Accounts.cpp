@@ -29,7 +29,8 @@ std::string nameOfGroup(gid_t group) {
   struct ::group entry {};
   struct ::group* found = nullptr;
   for (std::vector<char> texts(1024); texts.size() <= largestEntry; texts.resize(texts.size() * 2)) {
-    const int error = ::getgrgid_r(group, &entry, texts.data(), texts.size(), &found);
+    const int result = ::getgrgid_r(group, &entry, texts.data(), texts.size(), &found);
+    const int error = result < 0 ? errno : result;  // nss_wrapper, which containers use, answers in the other way
     if (error == EINTR || error == ERANGE) continue;
     return error == 0 && found != nullptr && entry.gr_name != nullptr ? std::string(entry.gr_name) : std::string();
   }

@@ -7,12 +7,19 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 
 using namespace platform_test;
 
 // Both take the place of the C library's.
 extern "C" int statfs(const char* path, struct statfs* system) noexcept {
+  if (!errors.empty()) {
+    errno = errors.back();
+    errors.pop_back();
+    return -1;
+  }
   const auto result = static_cast<int>(::syscall(SYS_statfs, path, system));
   if (result == 0 && fakeType) system->f_type = static_cast<decltype(system->f_type)>(*fakeType);
   return result;
@@ -23,6 +30,10 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
   va_start(arguments, request);
   void* const argument = va_arg(arguments, void*);
   va_end(arguments);
+  if (request == FS_IOC_GETFSLABEL && fakeLabel) {
+    *std::copy(fakeLabel->begin(), fakeLabel->end(), static_cast<char*>(argument)) = '\0';
+    return 0;
+  }
   if (request != FS_IOC_GETFLAGS || !fakeFlags) return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
   struct stat item {};
   if (::fstat(fd, &item) != 0 || !S_ISDIR(item.st_mode)) ++filesAsked;

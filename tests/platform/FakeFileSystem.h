@@ -4,6 +4,8 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace platform_test {
 
@@ -12,6 +14,12 @@ inline std::optional<unsigned> fakeType;
 
 // The attributes of every folder; nothing: what the kernel says.
 inline std::optional<int> fakeFlags;
+
+// The label of every file system that is asked for it; nothing: what the kernel says.
+inline std::optional<std::string> fakeLabel;
+
+// What the next questions for a file system fail with, one each, the last one first.
+inline std::vector<int> errors;
 
 // How many files were asked for the attributes of a folder.
 inline int filesAsked = 0;
