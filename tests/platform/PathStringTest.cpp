@@ -38,6 +38,14 @@ const Row rows[] = {
     {".hidden.txt", ".hidden.txt", "", "txt", ".hidden"},
     {"/x.d/name", "name", "/x.d", "", "/x.d/name"},
     {".", ".", "", "", "."},
+    {"..", "..", "", "", "."},
+    {"...", "...", "", "", ".."},
+    {"/..", "..", "/", "", "/."},
+    {"a/.", ".", "a", "", "a/."},
+    {"a/..", "..", "a", "", "a/."},
+    {"a/../", "..", "a", "", "a/."},
+    {"../a.b", "a.b", "..", "b", "../a"},
+    {"./a", "a", ".", "", "./a"},
     {"a b.c d", "a b.c d", "", "c d", "a b"},
     {"/h\xC3\xB6me/\xC3\xA4.log", "\xC3\xA4.log", "/h\xC3\xB6me", "log", "/h\xC3\xB6me/\xC3\xA4"},
     {"http://host/page.html", "page.html", "http:/host", "html", "http:/host/page"},
@@ -111,6 +119,11 @@ TEST(PathString, AppendingAnExtensionExtendsTheLastComponent) {
       {"a", "", "a."},
       {"a", "tar.gz", "a.tar.gz"},
       {".hidden", "txt", ".hidden.txt"},
+      {".", "txt", "..txt"},
+      {"..", "txt", "...txt"},
+      {"a/..", "txt", "a/...txt"},
+      {"a", ".", "a.."},
+      {"a", "..", "a..."},
   };
   for (const Joint& joint : joints) {
     EXPECT_EQ(platform::appendingPathExtension(joint.left, joint.right), joint.joined)
