@@ -1,11 +1,13 @@
 #include <fnmatch.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <optional>
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
@@ -146,17 +148,27 @@ TEST_F(SystemFoldersTest, TheFolderOfAPathIsAMatterOfText) {
 // Where the shared files may go for a user with a home folder of the test's, to whom permission bits apply.
 class SharedFilesTest : public SystemFoldersTest {
  protected:
-  std::string place() const {
+  enum class Temporary { open, closed };
+
+  // The answer in a process of its own, which must log nothing; nothing where a process may not close a folder for
+  // itself alone.
+  std::optional<std::string> place(Temporary temporary = Temporary::open) const {
     const std::string id = std::to_string(::geteuid());
     const support::PasswordDatabase user("tester:x:" + id + ":" + id + "::" + home + ":/bin/sh\n");
     const support::Shared<std::array<char, 200>> answer;
-    support::Child child([&] {
-      std::string path;
-      if (!support::giveUpPowers() || !utilGetUSFPath(path)) return 1;
-      path.copy(answer->data(), answer->size() - 1);
+    const auto ask = [&] {
+      if (!support::giveUpPowers()) return 1;
+      std::string path = "former";
+      const bool found = utilGetUSFPath(path);
+      ((found ? "" : "(false) ") + path).copy(answer->data(), answer->size() - 1);
       return 0;
+    };
+    const int result = temporary == Temporary::open ? support::Child(ask).wait() : support::withOwnMounts([&] {
+      return closeTemporaryFolder() ? ask() : support::kImpossible;
     });
-    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(logged(), Lines{});
+    if (result == support::kImpossible) return std::nullopt;
+    EXPECT_EQ(result, 0);
     return answer->data();
   }
 
@@ -185,7 +197,20 @@ class SharedFilesTest : public SystemFoldersTest {
     ASSERT_EQ(::chmod(path.c_str(), mode), 0);
   }
 
+  // A UUID stands between the two.
+  static bool isFreshIn(const std::string& parent, const std::string& path) {
+    return ::fnmatch((parent + "/*-*-*-*-*/Orvane/TARN/Kelvo/").c_str(), path.c_str(), FNM_PATHNAME) == 0;
+  }
+
   const std::string home = folder / "home";
+
+ private:
+  // Nothing can be made in /tmp from now on, but in the home folder it can, wherever that is.
+  bool closeTemporaryFolder() const {
+    const auto bind = [](const char* path) { return ::mount(path, path, nullptr, MS_BIND | MS_REC, nullptr) == 0; };
+    return bind(home.c_str()) && bind("/tmp") &&
+           ::mount(nullptr, "/tmp", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
+  }
 };
 
 TEST_F(SharedFilesTest, AWritableHomeFolderGivesTheFirstPlaceEvenWithoutAnApplicationsFolder) {
@@ -200,11 +225,16 @@ TEST_F(SharedFilesTest, AClosedApplicationsFolderGivesTheSecondPlace) {
   EXPECT_EQ(place(), home + "/Library/Application Support/Orvane/TARN/Kelvo/");
 }
 
+TEST_F(SharedFilesTest, AFileThatIsNoProgramInTheFirstPlaceGivesTheSecond) {
+  make(home, 0700);
+  support::writeFile(home + "/Applications", "");
+  EXPECT_EQ(place(), home + "/Library/Application Support/Orvane/TARN/Kelvo/");
+}
+
 TEST_F(SharedFilesTest, AClosedHomeFolderGivesAFreshOneInTheTemporaryFolder) {
   make(home, 0500);
-  const std::string first = place();
-  const char* const expected = "/tmp/*-*-*-*-*/Orvane/TARN/Kelvo/";
-  EXPECT_EQ(::fnmatch(expected, first.c_str(), FNM_PATHNAME), 0) << first;
+  const std::string first = place().value();
+  EXPECT_TRUE(isFreshIn("/tmp", first)) << first;
   EXPECT_NE(place(), first);
   EXPECT_FALSE(std::filesystem::exists(first));
   EXPECT_EQ(logged(), Lines{});
@@ -226,6 +256,30 @@ TEST_F(SharedFilesTest, NoPlaceIsLeftWhenAllFoldersAreClosed) {
   if (found == "impossible") GTEST_SKIP() << "mounts are not allowed here";
   EXPECT_EQ(found, "(false) former");
   EXPECT_EQ(logged(), Lines{});
+}
+
+TEST_F(SharedFilesTest, TwoClosedFoldersInTheHomeFolderGiveTheTemporaryFolderBeforeTheHomeFolder) {
+  make(home + "/Applications", 0500);
+  make(home + "/Library", 0500);
+  const std::string path = place().value();
+  EXPECT_TRUE(isFreshIn("/tmp", path)) << path;
+}
+
+TEST_F(SharedFilesTest, AClosedTemporaryFolderBesidesGivesAFreshOneInTheHomeFolder) {
+  make(home + "/Applications", 0500);
+  make(home + "/Library", 0500);
+  const auto path = place(Temporary::closed);
+  if (!path) GTEST_SKIP() << "this process may not mount";
+  EXPECT_TRUE(isFreshIn(home, *path)) << *path;
+  EXPECT_NE(place(Temporary::closed), path);
+  EXPECT_EQ(support::namesIn(home), (Lines{"Applications", "Library"})) << "nothing is created";
+}
+
+TEST_F(SharedFilesTest, WhereNothingCanBeMadeThereIsNoPlaceAndTheAnswerStays) {
+  make(home, 0500);
+  const auto path = place(Temporary::closed);
+  if (!path) GTEST_SKIP() << "this process may not mount";
+  EXPECT_EQ(path, "(false) former");
 }
 
 }  // namespace
