@@ -2,12 +2,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/platform/FakeFileSystem.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Mounts.h"
 #include "tests/support/Powers.h"
 
 namespace {
@@ -26,6 +29,11 @@ std::string nameOf(const std::string& path) {
 
 class SystemVolumesTest : public nativeutils_test::LoggedTest {
  protected:
+  ~SystemVolumesTest() override {
+    platform_test::fakeLabel.reset();
+    platform_test::errors.clear();
+  }
+
   // What the two say that look for a volume in vain.
   const std::string error = "ERROR Error in getting ... util_getVolumePath";
   const std::string warning = "WARN utilGetVolumeNameOfPath failed to get volume path.";
@@ -94,9 +102,29 @@ TEST_F(SystemVolumesTest, AFolderThatMayNotBeEnteredIsAnError) {
 }
 
 TEST_F(SystemVolumesTest, TheRootIsCalledByItsSlashUnlessItHasALabel) {
-  const std::string name = nameOf("/");
-  EXPECT_FALSE(name.empty());
-  EXPECT_EQ(name, nameOf("/no-such-file"));
+  const int result = support::withOwnMounts([&] {
+    const std::string root = folder.path();
+    if (!support::mountMemory(root, 1 << 20) || ::chroot(root.c_str()) != 0) return support::kImpossible;
+    if (nameOf("/") != "/" || nameOf("/no/such/file") != "/") return 1;
+    platform_test::fakeLabel = "Back up";
+    return nameOf("/") == "Back up" && nameOf("/no/such/file") == "Back up" ? 0 : 2;
+  });
+  if (result == support::kImpossible) GTEST_SKIP() << "this process may not mount";
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(logged(), Lines{});
+}
+
+TEST_F(SystemVolumesTest, AVolumeIsCalledByItsLabelIfThatIsText) {
+  platform_test::fakeLabel = "M\xC3\xBCller";
+  EXPECT_EQ(nameOf("/proc/self"), "M\xC3\xBCller");
+  platform_test::fakeLabel = "M\xFCller";
+  EXPECT_EQ(nameOf("/proc/self"), "proc");
+}
+
+TEST_F(SystemVolumesTest, APathOnADeadFileSystemIsAnErrorEvenIfItsParentIsOnALivingOne) {
+  platform_test::errors = {ESTALE};
+  EXPECT_EQ(volumeOf("/proc/no-such"), "(false) former");
+  EXPECT_EQ(logged(), Lines{error});
 }
 
 TEST_F(SystemVolumesTest, AVolumeWithoutALabelIsCalledByItsMountPoint) {
