@@ -122,7 +122,8 @@ bool utilGetOSVersionFromOSVersionString(std::string text, os_version& version);
 int utilCompareOSVersion(os_version& a, os_version& b);
 
 /// Whether the file of the running program holds code for x86-64 or 64-bit PowerPC, the two kinds that are asked for:
-/// false for every other processor, a 64-bit ARM too, and for x32. False also when the file cannot be read.
+/// false for every other processor, a 64-bit ARM too, and for x32. False also when the file cannot be read, as by a
+/// process that has no descriptor left for it.
 bool utilIs64Bit();
 
 /// Where the volume is mounted that `path` lies on; for a path that does not exist, that of its nearest ancestor that

@@ -141,6 +141,12 @@ TEST_F(TempFileAtFolder, KeepsTheSlashesOfItsFolder) {
   EXPECT_EQ(out, folder / "new/place//name");
 }
 
+TEST_F(TempFileAtFolder, LiesWhereItsNameLeads) {
+  EXPECT_TRUE(create("Zm9v", "../name"));
+  EXPECT_EQ(out, folder / "new/place/../name");
+  EXPECT_EQ(contentsOf(folder / "new/name"), "foo");
+}
+
 TEST_F(TempFileAtFolder, ThatCannotBeDecodedLeavesTheFolderOnly) {
   EXPECT_FALSE(create("Zm9", "name"));
   EXPECT_EQ(out, "former");

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -157,6 +158,14 @@ TEST(SelfTest, AProgramForX86_64IsSixtyFourBit) {
 #else
   GTEST_SKIP() << "built for another processor";
 #endif
+}
+
+TEST(SelfTest, AProgramWhoseFileCannotBeReadIsNot) {
+  support::Child poor([] {
+    const rlimit none{0, 0};
+    return ::setrlimit(RLIMIT_NOFILE, &none) == 0 && !utilIs64Bit() ? 0 : 1;
+  });
+  EXPECT_EQ(poor.wait(), 0);
 }
 
 }  // namespace
