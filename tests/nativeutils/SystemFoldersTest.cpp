@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <optional>
 
 #include "nativeutils/NativeUtils.h"
@@ -153,8 +154,6 @@ class SharedFilesTest : public SystemFoldersTest {
   // The answer in a process of its own, which must log nothing; nothing where a process may not close a folder for
   // itself alone.
   std::optional<std::string> place(Temporary temporary = Temporary::open) const {
-    const std::string id = std::to_string(::geteuid());
-    const support::PasswordDatabase user("tester:x:" + id + ":" + id + "::" + home + ":/bin/sh\n");
     const support::Shared<std::array<char, 200>> answer;
     const auto ask = [&] {
       if (!support::giveUpPowers()) return 1;
@@ -163,8 +162,9 @@ class SharedFilesTest : public SystemFoldersTest {
       ((found ? "" : "(false) ") + path).copy(answer->data(), answer->size() - 1);
       return 0;
     };
-    const int result = temporary == Temporary::open ? support::Child(ask).wait() : support::withOwnMounts([&] {
-      return closeTemporaryFolder() ? ask() : support::kImpossible;
+    const int result = asUserAtHome([&] {
+      if (temporary == Temporary::open) return support::Child(ask).wait();
+      return support::withOwnMounts([&] { return closeTemporaryFolder() ? ask() : support::kImpossible; });
     });
     EXPECT_EQ(logged(), Lines{});
     if (result == support::kImpossible) return std::nullopt;
@@ -205,6 +205,12 @@ class SharedFilesTest : public SystemFoldersTest {
   const std::string home = folder / "home";
 
  private:
+  int asUserAtHome(const std::function<int()>& body) const {
+    const std::string id = std::to_string(::geteuid());
+    const support::PasswordDatabase user("tester:x:" + id + ":" + id + "::" + home + ":/bin/sh\n");
+    return body();
+  }
+
   // Nothing can be made in /tmp from now on, but in the home folder it can, wherever that is.
   bool closeTemporaryFolder() const {
     const auto bind = [](const char* path) { return ::mount(path, path, nullptr, MS_BIND | MS_REC, nullptr) == 0; };
