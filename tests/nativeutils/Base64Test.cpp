@@ -210,6 +210,21 @@ TEST(Base64, IsTheSameOnProcessorsThatHaveNothingSpecial) {
   EXPECT_EQ(std::string(out.begin(), out.begin() + 300), bytes);
 }
 
+TEST(Base64, DecodesNothingBehindTheEndWhereverThatIs) {
+  const std::string text = encode(someBytes(300));
+  for (std::size_t length = 27; length < 66; ++length) {
+    const std::string lines = text.substr(0, length) + "\n\n\n" + text.substr(length);
+    const auto* const begin = reinterpret_cast<const unsigned char*>(lines.data());
+    for (std::size_t size = 0; size < 140; ++size) {
+      std::vector<unsigned char> out(300 + nativeutils::decodingSlack);
+      const nativeutils::DecodedRun fast = nativeutils::decodeRun(begin, begin + size, 100, out.data());
+      const nativeutils::DecodedRun plain = nativeutils::decodeGroupwise(begin, begin + size, 100, out.data());
+      ASSERT_EQ(fast.groups, plain.groups) << size << " characters of lines of " << length;
+      ASSERT_EQ(fast.next, plain.next) << size << " characters of lines of " << length;
+    }
+  }
+}
+
 class Base64Functions : public nativeutils_test::LoggedTest {
  protected:
   std::string out = "former";
