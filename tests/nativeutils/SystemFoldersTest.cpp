@@ -172,26 +172,6 @@ class SharedFilesTest : public SystemFoldersTest {
     return answer->data();
   }
 
-  // The same where nobody can write into the temporary folder; "impossible" where that cannot be had.
-  std::string placeWithoutTemporaryFolder() const {
-    const std::string id = std::to_string(::geteuid());
-    const support::PasswordDatabase user("tester:x:" + id + ":" + id + "::" + home + ":/bin/sh\n");
-    const support::Shared<std::array<char, 200>> answer;
-    const int status = support::withOwnMounts([&] {
-      // The home folder may lie below it.
-      if (::mount("/tmp", "/tmp", nullptr, MS_BIND | MS_REC, nullptr) != 0 ||
-          ::mount(home.c_str(), home.c_str(), nullptr, MS_BIND, nullptr) != 0 ||
-          ::mount(nullptr, "/tmp", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0 || !support::giveUpPowers())
-        return support::kImpossible;
-      std::string path = "former";
-      const bool found = utilGetUSFPath(path);
-      path = (found ? "" : "(false) ") + path;
-      path.copy(answer->data(), answer->size() - 1);
-      return 0;
-    });
-    return status == 0 ? answer->data() : "impossible";
-  }
-
   static void make(const std::string& path, mode_t mode) {
     std::filesystem::create_directories(path);
     ASSERT_EQ(::chmod(path.c_str(), mode), 0);
@@ -243,25 +223,6 @@ TEST_F(SharedFilesTest, AClosedHomeFolderGivesAFreshOneInTheTemporaryFolder) {
   EXPECT_TRUE(isFreshIn("/tmp", first)) << first;
   EXPECT_NE(place(), first);
   EXPECT_FALSE(std::filesystem::exists(first));
-  EXPECT_EQ(logged(), Lines{});
-}
-
-TEST_F(SharedFilesTest, AClosedTemporaryFolderGivesAFreshOneInTheHomeFolder) {
-  make(home, 0700);
-  make(home + "/Applications", 0500);
-  make(home + "/Library/Application Support", 0500);
-  const std::string found = placeWithoutTemporaryFolder();
-  if (found == "impossible") GTEST_SKIP() << "mounts are not allowed here";
-  EXPECT_EQ(::fnmatch((home + "/*-*-*-*-*/Orvane/TARN/Kelvo/").c_str(), found.c_str(), FNM_PATHNAME), 0) << found;
-  EXPECT_EQ(logged(), Lines{});
-}
-
-TEST_F(SharedFilesTest, NoPlaceIsLeftWhenAllFoldersAreClosed) {
-  make(home, 0500);
-  const std::string found = placeWithoutTemporaryFolder();
-  if (found == "impossible") GTEST_SKIP() << "mounts are not allowed here";
-  EXPECT_EQ(found, "(false) former");
-  EXPECT_EQ(logged(), Lines{});
 }
 
 TEST_F(SharedFilesTest, TwoClosedFoldersInTheHomeFolderGiveTheTemporaryFolderBeforeTheHomeFolder) {
