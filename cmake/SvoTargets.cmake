@@ -28,6 +28,8 @@ function(svo_library name)
   add_library(svo::${name} ALIAS svo-${name})
   set_target_properties(svo-${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
   target_link_libraries(svo-${name} PUBLIC ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
+  # Names that are unique in a whole process could not be kept within the one object that strangers link.
+  target_compile_options(svo-${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   svo_configure(svo-${name})
 endfunction()
 

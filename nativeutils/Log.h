@@ -3,7 +3,7 @@
 ///
 /// The log is the file "Kelvo.log" in the log folder of the user at the machine, shared by every program of the family;
 /// the functions of this library write there with the component "Native-Utils". Nothing is written before
-/// utilSetLogLevel has been called.
+/// utilSetLogLevel has been called, though the first function with something to say makes the file.
 
 #pragma once
 

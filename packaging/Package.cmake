@@ -51,6 +51,8 @@ set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_NAME libnativeutils-dev)
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_DEPENDS "libnativeutils${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+# Only the static library wants them.
+set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_RECOMMENDS "libglib2.0-dev, libsystemd-dev, libxcb1-dev")
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_DESCRIPTION [[
 files, backups, processes, system queries (development)
 Headers, the static library, and what CMake and pkg-config want to know to

@@ -1,4 +1,5 @@
-// Calls a function of each header, and has a Logger of its own.
+// Calls a function of each header, has a Logger of its own, and uses pieces of the standard library that the installed
+// one holds too.
 
 #include <nativeutils/NativeUtils.h>
 
@@ -36,6 +37,7 @@ int main() {
   utilLaunchApplication(folder + "/missing");
   utilDeleteFolder(folder, false, false);
 
-  std::printf("%zu %s %ld %s\n%s\n", uuid.size(), encoded.c_str(), static_cast<long>(version.bugFix),
-              Logger::getInstance()->name(), home.c_str());
+  const std::string answer = std::to_string(uuid.size()) + " " + encoded + " " + std::to_string(version.bugFix) + " " +
+                             Logger::getInstance()->name() + "\n" + home;
+  std::puts(answer.c_str());
 }
