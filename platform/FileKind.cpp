@@ -16,7 +16,8 @@ bool wouldComeBack(std::string text, const std::string& place) {
   constexpr int mostLinks = 40;  // the system follows no more
   std::string folder = parentFolder(place);
   for (int links = 0; links < mostLinks; ++links) {
-    const std::string next = text.rfind('/', 0) == 0 ? text : folder + "/" + text;
+    const bool absolute = text.rfind('/', 0) == 0;
+    const std::string next = absolute ? text : std::string(folder).append("/").append(text);
     if (isSameEntry(next, place)) return true;
     std::optional<std::string> onward = textOfLink(next);
     if (!onward) return false;
