@@ -6,13 +6,13 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <thread>
 
 #include "platform/Applications.h"
 #include "platform/Notifications.h"
 #include "platform/RunLoop.h"
 #include "platform/UniqueFd.h"
+#include "tests/endtoend/SessionBus.h"
 #include "tests/support/Child.h"
 #include "tests/support/Environment.h"
 #include "tests/support/Files.h"
@@ -103,6 +103,45 @@ TEST(RunLoop, MayBeRunByAnEventThatItServes) {
   EXPECT_TRUE(done);
 }
 
+// Accepts connections and says nothing.
+class SilentServer {
+ public:
+  explicit SilentServer(const std::string& path) : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(::bind(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(::listen(socket_.get(), 5), 0);
+  }
+
+ private:
+  const platform::UniqueFd socket_;
+};
+
+// Whether a bus hands on the signal that `NoBusTest` posts.
+class Listener {
+ public:
+  explicit Listener(const std::string& address) : bus_(endtoend::connectToBus(address)) {
+    const auto note = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*,
+                         gpointer heard) { *static_cast<bool*>(heard) = true; };
+    g_dbus_connection_signal_subscribe(bus_.get(), nullptr, "org.example.Agent", "Stop", "/org/example/Agent", nullptr,
+                                       G_DBUS_SIGNAL_FLAGS_NONE, note, &heard_, nullptr);
+  }
+  Listener(const Listener&) = delete;
+  Listener& operator=(const Listener&) = delete;
+
+  bool hears() const {
+    return support::comesTrue([this] {
+      g_main_context_iteration(nullptr, FALSE);
+      return heard_;
+    });
+  }
+
+ private:
+  const examples::Owned<GDBusConnection> bus_;
+  bool heard_ = false;
+};
+
 class NoBusTest : public testing::Test {
  protected:
   static std::chrono::steady_clock::duration timeToPost() {
@@ -135,13 +174,18 @@ TEST_F(NoBusTest, NoBusIsStarted) {
 }
 
 TEST_F(NoBusTest, ABusThatNeverAnswersIsGivenUp) {
-  const platform::UniqueFd server(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, (folder / "bus").c_str(), sizeof address.sun_path - 1);
-  ASSERT_EQ(::bind(server.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  ASSERT_EQ(::listen(server.get(), 5), 0);
+  const SilentServer bus(folder / "bus");
   EXPECT_LT(timeToPost(), 10s);
+}
+
+TEST_F(NoBusTest, TheSystemBusHearsItAlthoughTheSessionsNeverAnswers) {
+  const SilentServer session(folder / "bus");
+  if (!endtoend::SessionBus::isPossible()) GTEST_SKIP() << "there is no message bus here";
+  const endtoend::SessionBus bus(folder / "system");
+  const Variable system("DBUS_SYSTEM_BUS_ADDRESS", bus.address());
+  const Listener listener(bus.address());
+  EXPECT_LT(timeToPost(), 10s);
+  EXPECT_TRUE(listener.hears());
 }
 
 TEST_F(NoBusTest, NamesThatNoSignalCanHaveArePostedNowhere) {
