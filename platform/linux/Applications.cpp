@@ -4,11 +4,16 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/linux/TimedCalls.h"
+
 namespace platform {
 namespace {
+
+constexpr std::chrono::seconds kPatience(2);  // with a bus that does not answer
 
 bool hasDisplay() {
   const auto isSet = [](const char* variable) {
@@ -18,10 +23,40 @@ bool hasDisplay() {
   return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
 }
 
+// A launch of which GIO awaits more than that the program has been started, or asked over the bus to open something.
+class Launch {
+ public:
+  explicit Launch(GCancellable* end) : context_(g_app_launch_context_new()), end_(end) {
+    g_signal_connect_swapped(context_.get(), "launch-started", G_CALLBACK(noteStart), this);
+    g_signal_connect_swapped(context_.get(), "launched", G_CALLBACK(noteEnd), this);
+  }
+  Launch(const Launch&) = delete;
+  Launch& operator=(const Launch&) = delete;
+
+  GAppLaunchContext* context() const { return context_.get(); }
+  bool isDone() const { return done_; }
+
+ private:
+  // Begun in time it needs no answer; begun late, it may still fail.
+  static void noteStart(Launch* self) { self->done_ = g_cancellable_is_cancelled(self->end_) == FALSE; }
+  static void noteEnd(Launch* self) { self->done_ = true; }
+
+  const Owned<GAppLaunchContext> context_;
+  GCancellable* const end_;
+  bool done_ = false;
+};
+
 }  // namespace
 
 bool openUrl(const std::string& url) {
-  return isUrl(url) && hasDisplay() && g_app_info_launch_default_for_uri(url.c_str(), nullptr, nullptr) == TRUE;
+  if (!isUrl(url) || !hasDisplay()) return false;
+  TimedCalls calls(kPatience);
+  const Launch launch(calls.end());
+  g_app_info_launch_default_for_uri_async(url.c_str(), launch.context(), calls.end(), TimedCalls::keepResult, &calls);
+  GError* failure = nullptr;
+  if (g_app_info_launch_default_for_uri_finish(calls.result().get(), &failure) == TRUE) return true;
+  const Owned<GError> error(failure);
+  return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) == TRUE && launch.isDone();
 }
 
 std::optional<ReferenceFailure> failureToRefer(const std::string& path) {

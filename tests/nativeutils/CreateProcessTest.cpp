@@ -233,6 +233,19 @@ TEST_F(CreateProcessTest, AnApplicationThatIsNoneIsNotLaunched) {
   EXPECT_EQ(logged(), Lines{});
 }
 
+TEST_F(CreateProcessTest, AUrlIsOpenedInTheProgramThatHandlesItsScheme) {
+  const support::Variable data("XDG_DATA_HOME", folder.path()), display("DISPLAY", ":98");
+  std::filesystem::create_directory(folder / "applications");
+  const std::string handler = program("printf %s \"$1\" >'" + (folder / "done") + "'");
+  support::writeFile(folder / "applications/handler.desktop", "[Desktop Entry]\nType=Application\nName=Test\nExec=" +
+                                                                  handler + " %u\nMimeType=x-scheme-handler/svo;\n");
+  support::writeFile(folder / "applications/mimeapps.list",
+                     "[Default Applications]\nx-scheme-handler/svo=handler.desktop\n");
+  EXPECT_TRUE(utilOpenURL("svo:a%20b"));
+  EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "done") == "svo:a%20b"; }));
+  EXPECT_EQ(logged(), Lines{});
+}
+
 TEST_F(CreateProcessTest, ATextThatIsNoUrlIsNotOpened) {
   EXPECT_FALSE(utilOpenURL(""));
   EXPECT_FALSE(utilOpenURL("http://example.com/a b"));

@@ -239,6 +239,18 @@ TEST_F(OpenUrlTest, StartsTheUsersProgramForTheScheme) {
   std::filesystem::remove(opened);
 }
 
+TEST_F(OpenUrlTest, StartsItWithoutABusThatNeverAnswers) {
+  const support::TemporaryFolder folder;
+  const SilentServer bus(folder / "bus");
+  const Variable display("DISPLAY", ":98"), session("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder / "bus"));
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(platform::openUrl("svotest:late"));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+  EXPECT_TRUE(support::comesTrue([&] { return std::filesystem::exists(opened); }));
+  EXPECT_EQ(support::contentsOf(opened), "svotest:late");
+  std::filesystem::remove(opened);
+}
+
 TEST_F(OpenUrlTest, FailsWithoutAProgramForTheScheme) {
   const Variable display("DISPLAY", ":98");
   EXPECT_FALSE(platform::openUrl("svo-no-such-scheme:a"));
