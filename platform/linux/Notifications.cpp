@@ -38,17 +38,30 @@ std::string socketAddress(const std::string& path) {
   return std::string("unix:path=") + escaped.get();
 }
 
+// The entries of the list of addresses by which no bus would be started.
+std::string runningOnly(std::string_view addresses) {
+  std::string running;
+  while (!addresses.empty()) {
+    const std::string_view entry = addresses.substr(0, addresses.find(';'));
+    addresses.remove_prefix(std::min(entry.size() + 1, addresses.size()));
+    if (entry.empty() || entry.rfind("autolaunch:", 0) == 0) continue;
+    if (!running.empty()) running += ';';
+    running += entry;
+  }
+  return running;
+}
+
 // "" when there is no such bus; a bus that would have to be started is none.
 std::string sessionBus() {
   const std::string told = textOf("DBUS_SESSION_BUS_ADDRESS");
-  if (!told.empty()) return told.rfind("autolaunch:", 0) == 0 ? "" : told;
+  if (!told.empty()) return runningOnly(told);
   const std::string folder = textOf("XDG_RUNTIME_DIR");
   return folder.empty() ? "" : socketAddress(folder + "/bus");
 }
 
 std::string systemBus() {
   const std::string told = textOf("DBUS_SYSTEM_BUS_ADDRESS");
-  return told.empty() ? socketAddress("/run/dbus/system_bus_socket") : told;
+  return told.empty() ? socketAddress("/run/dbus/system_bus_socket") : runningOnly(told);
 }
 
 void emit(const std::string& address, const Signal& signal) {

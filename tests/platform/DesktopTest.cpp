@@ -173,6 +173,19 @@ TEST_F(NoBusTest, NoBusIsStarted) {
   EXPECT_FALSE(support::hasChildren());
 }
 
+TEST_F(NoBusTest, NoBusIsStartedForAnEntryAfterOthersEither) {
+  support::writeFile(folder / "dbus-launch", "#!/bin/sh\ntouch '" + (folder / "started") + "'\n");
+  std::filesystem::permissions(folder / "dbus-launch", std::filesystem::perms(0755));
+  const Variable path("PATH", folder.path() + ":" + std::getenv("PATH")), display("DISPLAY", ":98");
+  for (const char* bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"}) {
+    for (const char* address : {"unix:path=/no;autolaunch:", "autolaunch:;unix:path=/no", ";autolaunch:scope=user;"}) {
+      const Variable told(bus, address);
+      EXPECT_LT(timeToPost(), 1500ms) << address;
+      EXPECT_FALSE(std::filesystem::exists(folder / "started")) << bus << "=" << address;
+    }
+  }
+}
+
 TEST_F(NoBusTest, ABusThatNeverAnswersIsGivenUp) {
   const SilentServer bus(folder / "bus");
   EXPECT_LT(timeToPost(), 10s);
