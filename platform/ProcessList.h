@@ -13,7 +13,8 @@ namespace platform {
 std::vector<pid_t> allProcesses();
 
 // The path of the program that a process runs, never one of its arguments; "" when the process has ended or has no
-// program. On Linux the first argument stands in for the path where that may not be seen.
+// program. On Linux the first argument stands in for the path where that may not be seen, except for a super-user who
+// has given up that power: to him it is "".
 std::string programOf(pid_t process);
 
 }  // namespace platform

@@ -1,5 +1,7 @@
 #include "platform/ProcessList.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <charconv>
 #include <filesystem>
@@ -29,7 +31,8 @@ std::string programOf(pid_t process) {
   const std::filesystem::path folder = kProcesses / std::to_string(process);
   std::error_code failed;
   std::string path = std::filesystem::read_symlink(folder / "exe", failed).string();
-  if (failed != std::errc::permission_denied) return path;
+  // What a process calls itself is no reason for the super-user to take it for that.
+  if (failed != std::errc::permission_denied || ::geteuid() == 0) return path;
   std::ifstream arguments(folder / "cmdline", std::ios::binary);
   std::getline(arguments, path, '\0');
   return path;

@@ -15,6 +15,7 @@
 #include "platform/UniqueFd.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Powers.h"
 
 namespace {
 
@@ -226,6 +227,21 @@ TEST(ProcessList, TheFirstArgumentStandsInForAProgramThatMayNotBeSeen) {
   EXPECT_EQ(other.wait(), 0);
   ::kill(*process, SIGKILL);
   EXPECT_EQ(waitForTask(*process), SIGKILL);
+}
+
+TEST(ProcessList, NoArgumentStandsInForASuperUserWhoMayNotSeeTheProgram) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can give up his powers";
+  support::Child pretender([] {
+    if (::setresuid(65534, 65534, 65534) != 0) return 2;
+    return ::execl("/bin/sleep", "pretended", "1000", nullptr);
+  });
+  const std::string arguments = "/proc/" + std::to_string(pretender.id()) + "/cmdline";
+  ASSERT_TRUE(support::comesTrue([&] { return support::contentsOf(arguments).rfind("pretended", 0) == 0; }));
+  support::Child powerless([&] {
+    if (!support::giveUpPowers()) return 2;
+    return platform::programOf(pretender.id()).empty() ? 0 : 1;
+  });
+  EXPECT_EQ(powerless.wait(), 0);
 }
 
 }  // namespace
