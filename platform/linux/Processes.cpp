@@ -9,7 +9,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
-#include <thread>
+
+#include "platform/linux/AsideThread.h"
 
 namespace platform {
 namespace {
@@ -81,22 +82,6 @@ std::vector<char*> pointersTo(std::string& program, std::vector<std::string>& ar
   return pointers;
 }
 
-// The thread must not be the one that a signal of the program's interrupts.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &former_);
-  }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
-
- private:
-  sigset_t former_;
-};
-
 }  // namespace
 
 std::optional<pid_t> startTask(const Task& task) {
@@ -127,12 +112,8 @@ int waitForTask(pid_t process) {
 }
 
 void waitForTaskAside(pid_t process) {
-  const SignalsBlocked duringTheStart;
-  try {
-    std::thread([process] { (void)waitForTask(process); }).detach();
-  } catch (const std::system_error&) {
-    // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
-  }
+  // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
+  (void)doAside([process] { (void)waitForTask(process); });
 }
 
 }  // namespace platform
