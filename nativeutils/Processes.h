@@ -51,8 +51,9 @@ bool utilCreateProcessWithReturnCode(const std::string& path, const std::vector<
 /// context, and the window is one on the X display that says the process's number (`_NET_WM_PID`); the window manager
 /// is asked to activate it. "Bring to front process .... %d" at info level tells that it was, the warning "Failed bring
 /// front... took much time to Launch Process %s" with the path that it was not, in time or at all; without a display
-/// that is said at once. The warning "Launch Process get FSRef  ErrorString (%s:%s), For file %s" (error, its meaning,
-/// path) tells that the launcher could not refer to the file.
+/// that is said at once, with one that does not answer after two seconds. The warning "Launch Process get FSRef
+/// ErrorString (%s:%s), For file %s" (two blanks before "ErrorString"; error, its meaning, path) tells that the launcher
+/// could not refer to the file.
 ///
 /// The watcher: without `bringToFront`, the function runs in a new thread, with the number of the process as its
 /// argument, cast to a pointer. The thread is neither joined nor detached, and the process is left for it to wait for:

@@ -37,7 +37,7 @@ bool launchInFront(const std::string& path, const std::vector<std::string>& argu
 //
 // On Linux asks the window manager of the X display, as a taskbar does (EWMH, `_NET_ACTIVE_WINDOW`), for the process's
 // topmost window, known by its `_NET_WM_PID`: processes that it has started are not looked for. Without a display,
-// `impossible`.
+// or with one that does not answer within two seconds, `impossible`.
 enum class Fronting { done, unknown, impossible };
 Fronting bringToFront(pid_t process);
 

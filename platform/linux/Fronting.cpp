@@ -2,11 +2,14 @@
 #include <xcb/xcb.h>
 
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <future>
 #include <memory>
 
 #include "platform/Applications.h"
+#include "platform/linux/AsideThread.h"
 
 namespace platform {
 namespace {
@@ -100,9 +103,7 @@ std::vector<std::uint32_t> managedWindows(const Display& display, xcb_window_t r
   return windows;
 }
 
-}  // namespace
-
-Fronting bringToFront(pid_t process) {
+Fronting askDisplay(pid_t process) {
   const Display display;
   if (!display.works()) return Fronting::impossible;
   for (const xcb_window_t root : display.roots()) {
@@ -113,6 +114,17 @@ Fronting bringToFront(pid_t process) {
     }
   }
   return display.works() ? Fronting::unknown : Fronting::impossible;
+}
+
+}  // namespace
+
+// An X client waits as long as the server lives; so one that waits for a silent server is left behind.
+Fronting bringToFront(pid_t process) {
+  constexpr std::chrono::seconds patience(2);
+  const auto asked = std::make_shared<std::promise<Fronting>>();
+  std::future<Fronting> answer = asked->get_future();
+  if (!doAside([asked, process] { asked->set_value(askDisplay(process)); })) return Fronting::impossible;
+  return answer.wait_for(patience) == std::future_status::ready ? answer.get() : Fronting::impossible;
 }
 
 }  // namespace platform

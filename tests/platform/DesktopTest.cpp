@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -118,6 +119,29 @@ class SilentServer {
   const platform::UniqueFd socket_;
 };
 
+// An X display that does so, under a number that is free.
+class SilentDisplay {
+ public:
+  SilentDisplay() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    auto* const name = reinterpret_cast<sockaddr*>(&address);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(::bind(socket_.get(), name, size), 0);
+    EXPECT_EQ(::getsockname(socket_.get(), name, &size), 0);
+    EXPECT_EQ(::listen(socket_.get(), 5), 0);
+    constexpr int portOfTheFirst = 6000;
+    name_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - portOfTheFirst);
+  }
+
+  const std::string& name() const { return name_; }
+
+ private:
+  const platform::UniqueFd socket_;
+  std::string name_;
+};
+
 // Whether a bus hands on the signal that `NoBusTest` posts.
 class Listener {
  public:
@@ -213,6 +237,15 @@ TEST(Fronting, IsImpossibleWithoutADisplay) {
   EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
   const Variable gone("DISPLAY", ":9876");
   EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+}
+
+TEST(Fronting, IsImpossibleWithADisplayThatNeverAnswers) {
+  const SilentDisplay server;
+  const Variable display("DISPLAY", server.name());
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+  EXPECT_GT(std::chrono::steady_clock::now() - start, 1s) << "the display has been asked";
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
 }
 
 TEST(Launcher, RefersToWhatExistsAndLaunchesNothing) {
