@@ -2,11 +2,11 @@
 /// Starts programs, opens addresses, and ends the update notifier before work that must not run beside it.
 ///
 /// A program is given by its path; no PATH is searched, and no shell takes part, so arguments need no quotes. A path or
-/// an argument ends at its first NUL. A started process has this process's environment, every signal at its default, and
-/// no open file but its standard input, output and error. It is not tracked after the call. On Linux nothing is left of
-/// it in the process table once it has ended: a sleeping thread of this library waits for it, and for no other child,
-/// except where a function says that the process is left to a watcher. A program that itself waits for all its children
-/// (`wait`, SIGCHLD ignored) may get there first; an exit status is then not known.
+/// an argument ends at its first NUL. A started process has this process's environment, every signal at its default,
+/// and no open file but its standard input, output and error. It is not tracked after the call. On Linux nothing is
+/// left of it in the process table once it has ended: a sleeping thread of this library waits for it, and for no other
+/// child, except where a function says that the process is left to a watcher. A program that itself waits for all its
+/// children (`wait`, SIGCHLD ignored) may get there first; an exit status is then not known.
 ///
 /// No function throws. Messages go to the application's log with the component "Native-Utils"; what is logged at which
 /// level stands with each function. All may be used in a program without windows and without a main loop.
@@ -52,8 +52,8 @@ bool utilCreateProcessWithReturnCode(const std::string& path, const std::vector<
 /// is asked to activate it. "Bring to front process .... %d" at info level tells that it was, the warning "Failed bring
 /// front... took much time to Launch Process %s" with the path that it was not, in time or at all; without a display
 /// that is said at once, with one that does not answer after two seconds. The warning "Launch Process get FSRef
-/// ErrorString (%s:%s), For file %s" (two blanks before "ErrorString"; error, its meaning, path) tells that the launcher
-/// could not refer to the file.
+/// ErrorString (%s:%s), For file %s" (two blanks before "ErrorString"; error, its meaning, path) tells that the
+/// launcher could not refer to the file.
 ///
 /// The watcher: without `bringToFront`, the function runs in a new thread, with the number of the process as its
 /// argument, cast to a pointer. The thread is neither joined nor detached, and the process is left for it to wait for:
@@ -82,8 +82,8 @@ bool utilLaunchApplication(const std::string& path);
 /// Opens an address in the user's default program for it. Logs nothing. May be called from any thread.
 ///
 /// On Linux the program is the one that the desktop's settings name for the scheme (`x-scheme-handler/…`), and for
-/// files the one for their type. A bus of the session that does not answer is given up after two seconds, and the program
-/// is started without it.
+/// files the one for their type. A bus of the session that does not answer is given up after two seconds, and the
+/// program is started without it.
 ///
 /// @param url an absolute URL by RFC 3986: "http://h/a b", "h/a" and "" are none
 /// @return whether such a program was started; on Linux always false without a display
