@@ -1,26 +1,17 @@
 #include "platform/RunLoop.h"
 
-#include <glib.h>
 #include <unistd.h>
 
-#include <memory>
 #include <thread>
+
+#include "platform/linux/GioHandles.h"
 
 namespace platform {
 namespace {
 
-struct Unref {
-  void operator()(GMainContext* context) const { g_main_context_unref(context); }
-  void operator()(GSource* source) const {
-    g_source_destroy(source);
-    g_source_unref(source);
-  }
-};
-using Context = std::unique_ptr<GMainContext, Unref>;
-
 // Nothing when the thread has none.
-Context contextOfThread() {
-  Context context(g_main_context_ref_thread_default());
+Owned<GMainContext> contextOfThread() {
+  Owned<GMainContext> context(g_main_context_ref_thread_default());
   const bool firstThread = ::gettid() == ::getpid();
   if (context.get() == g_main_context_default() && !firstThread) return nullptr;
   return context;
@@ -38,13 +29,13 @@ std::chrono::steady_clock::time_point runLoopTime() {
 }
 
 void runLoopFor(std::chrono::milliseconds duration) {
-  const Context context = contextOfThread();
+  const Owned<GMainContext> context = contextOfThread();
   if (!context || !g_main_context_acquire(context.get())) {
     std::this_thread::sleep_for(duration);
     return;
   }
   bool over = false;
-  const std::unique_ptr<GSource, Unref> timer(g_timeout_source_new(static_cast<guint>(duration.count())));
+  const Owned<GSource> timer(g_timeout_source_new(static_cast<guint>(duration.count())));
   g_source_set_callback(timer.get(), noteTime, &over, nullptr);
   g_source_attach(timer.get(), context.get());
   while (!over)

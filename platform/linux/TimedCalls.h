@@ -5,26 +5,11 @@
 #include <gio/gio.h>
 
 #include <chrono>
-#include <memory>
 #include <utility>
 
-namespace platform {
+#include "platform/linux/GioHandles.h"
 
-struct Unref {
-  void operator()(GMainContext* context) const { g_main_context_unref(context); }
-  void operator()(GSource* source) const {
-    g_source_destroy(source);
-    g_source_unref(source);
-  }
-  void operator()(gchar* text) const { g_free(text); }
-  void operator()(GError* error) const { g_error_free(error); }
-  template <typename Object>
-  void operator()(Object* object) const {
-    g_object_unref(object);
-  }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Unref>;
+namespace platform {
 
 // Runs asynchronous calls one after the other in a context of their own, so that no event of the caller's is served
 // meanwhile. All together have the time given; what is under way then is cancelled.
