@@ -124,12 +124,12 @@ TEST_F(ManyProcessesTest, NothingIsLostWhenACutIsKilledInItsMiddle) {
   const LeftoverRemover remover(home, file);
   Writers writers(2, cuts * linesACut);
   for (int cut = 1; cut <= cuts; ++cut) {
-    const std::time_t second = std::time(nullptr);
     writers.allow(cut * linesACut);
     ASSERT_TRUE(logReachesTheSizeToCutAt());
     killInTheMiddleOfACut(logs, std::chrono::microseconds(500 * (cut - 1)));
+    const std::time_t lastSecondOfTheCut = std::time(nullptr);
     ASSERT_TRUE(writers.areDone());
-    while (std::time(nullptr) <= second)
+    while (std::time(nullptr) <= lastSecondOfTheCut)
       ::sched_yield();
   }
   writers.expectEnded();
