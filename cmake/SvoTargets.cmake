@@ -7,6 +7,10 @@ endif()
 function(svo_configure target)
   target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Werror)
+  if(SVO_PLATFORM STREQUAL "macos")
+    # Objects are given back by hand, which the interfaces of that time ask for.
+    target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-fno-objc-arc>")
+  endif()
   if(SVO_SANITIZE STREQUAL "address")
     target_compile_options(${target} PUBLIC -fsanitize=address,undefined -fno-sanitize-recover=undefined
                                             -fno-omit-frame-pointer)

@@ -4,8 +4,7 @@
 #pragma once
 
 #include <Cocoa/Cocoa.h>
-
-#define SDK_DEPRECATED __attribute__((deprecated))
+#include <Deprecated.h>
 
 @class WebDataSource;
 @class WebFrame;

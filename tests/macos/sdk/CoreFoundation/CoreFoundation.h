@@ -1,0 +1,14 @@
+// Core Foundation's objects, as far as the program uses them. Its strings are Foundation's under another name.
+
+#pragma once
+
+#include <CoreServices/MacTypes.h>
+
+using CFTypeRef = const void*;
+using CFStringRef = const struct __CFString*;
+using CFAllocatorRef = const struct __CFAllocator*;
+
+extern "C" {
+extern const CFAllocatorRef kCFAllocatorDefault;
+void CFRelease(CFTypeRef object);
+}
