@@ -5,4 +5,5 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/Files.h>
+#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacTypes.h>

@@ -1,0 +1,15 @@
+// The numbers that the system's C interfaces answer with.
+
+#pragma once
+
+enum {
+  ioErr = -36,
+  bdNamErr = -37,
+  fnfErr = -43,
+  paramErr = -50,
+  dirNFErr = -120,
+  errFSNotAFolder = -1407,
+  pathTooLongErr = -2110,
+  afpAccessDenied = -5000,
+  gestaltUndefSelectorErr = -5551,
+};
