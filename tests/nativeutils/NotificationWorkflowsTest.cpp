@@ -1,5 +1,6 @@
 // How the notifier's workflows are closed, by the clock of a run loop that takes no time.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -44,14 +45,14 @@ class Workflow {
  public:
   explicit Workflow(const std::vector<std::string>& command = {}) {
     int ready[2], end[2];
-    if (::pipe(ready) != 0 || ::pipe(end) != 0) throw std::runtime_error("no pipe");
+    if (::pipe2(ready, O_CLOEXEC) != 0 || ::pipe(end) != 0) throw std::runtime_error("no pipe");
     process_ = std::make_unique<support::Child>([&] {
       ::close(end[1]);
       OVNSemaphoreLock lock(kLock, 255, SystemLock);
       const bool held = lock.AcquireLock();
       if (::write(ready[1], "+", held ? 1 : 0) < 0) return 3;
-      ::close(ready[1]);
       if (!command.empty()) return run(command);
+      ::close(ready[1]);
       char told = 0;
       if (::read(end[0], &told, 1) != 1) return 2;
       return lock.releaseLock() ? 0 : 1;
@@ -61,7 +62,9 @@ class Workflow {
     const platform::UniqueFd isReady(ready[0]);
     end_.reset(end[1]);
     char plus = 0;
-    if (::read(isReady.get(), &plus, 1) != 1) throw std::runtime_error("no slot");
+    // The end of the pipe tells that the program runs.
+    if (::read(isReady.get(), &plus, 1) != 1 || ::read(isReady.get(), &plus, 1) != 0)
+      throw std::runtime_error("no slot");
   }
 
   // Lets it give back its slot and end; its exit status.
