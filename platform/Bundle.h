@@ -18,8 +18,4 @@ std::string executablePath();
 // What the running executable's file holds code for; empty when it cannot be read.
 std::vector<Architecture> executableArchitectures();
 
-// The same of any file: empty unless it is an executable of this kind of system. A program with the instructions of a
-// 64-bit processor and pointers of 32 bits (x32) counts as `other`.
-std::vector<Architecture> architecturesOf(const std::string& file);
-
 }  // namespace platform

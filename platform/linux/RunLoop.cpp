@@ -24,10 +24,6 @@ gboolean noteTime(gpointer over) {
 
 }  // namespace
 
-std::chrono::steady_clock::time_point runLoopTime() {
-  return std::chrono::steady_clock::now();
-}
-
 void runLoopFor(std::chrono::milliseconds duration) {
   const Owned<GMainContext> context = contextOfThread();
   if (!context || !g_main_context_acquire(context.get())) {

@@ -22,17 +22,6 @@ Uuid randomBytes() {
 
 }  // namespace
 
-bool isUtf8(std::string_view bytes) {
-  const char* const end = bytes.data() + bytes.size();
-  const char* stop = bytes.data();
-  // GLib's check stops at every NUL as well.
-  while (!g_utf8_validate_len(stop, static_cast<gsize>(end - stop), &stop)) {
-    if (*stop != '\0') return false;
-    ++stop;
-  }
-  return true;
-}
-
 std::string canonicallyComposed(const char* text) {
   if (!isUtf8(text)) return text;
   const std::unique_ptr<gchar, decltype(&g_free)> composed(g_utf8_normalize(text, -1, G_NORMALIZE_NFC), &g_free);

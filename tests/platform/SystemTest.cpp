@@ -10,6 +10,7 @@
 #include "platform/SystemVersion.h"
 #include "platform/Threads.h"
 #include "platform/UserFolders.h"
+#include "platform/linux/ExecutableFile.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <unicode/normalizer2.h>
+#include <unicode/stringpiece.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unistd.h>
@@ -31,6 +32,33 @@ TEST(Utf8, RefusesWhatIsCutOverlongASurrogateOrTooHigh) {
                             "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFE", "\xFF"}) {
     EXPECT_FALSE(platform::isUtf8(bytes)) << bytes;
   }
+}
+
+TEST(Utf8, AgreesWithAnotherLibraryAboutEveryBeginning) {
+  int differences = 0;
+  std::array<char, 4> bytes{};
+  const auto compare = [&](std::size_t length) {
+    const icu::StringPiece peers(bytes.data(), static_cast<std::int32_t>(length));
+    const bool refused = icu::UnicodeString::fromUTF8(peers).indexOf(char16_t{0xFFFD}) >= 0;
+    if (platform::isUtf8({bytes.data(), length}) == refused) ++differences;
+  };
+  for (int first = 0; first < 256; ++first) {
+    bytes[0] = static_cast<char>(first);
+    compare(1);
+    for (int second = 0; second < 256; ++second) {
+      bytes[1] = static_cast<char>(second);
+      compare(2);
+      for (const char third : {'\0', '\x7F', '\x80', '\xBF', '\xC0', '\xFF'}) {
+        bytes[2] = third;
+        compare(3);
+        for (const char fourth : {'\0', '\x7F', '\x80', '\xBF', '\xC0', '\xFF'}) {
+          bytes[3] = fourth;
+          compare(4);
+        }
+      }
+    }
+  }
+  EXPECT_EQ(differences, 0);
 }
 
 TEST(Composing, MakesOneCharacterOfALetterAndItsAccent) {

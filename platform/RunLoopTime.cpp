@@ -1,0 +1,9 @@
+#include "platform/RunLoop.h"
+
+namespace platform {
+
+std::chrono::steady_clock::time_point runLoopTime() {
+  return std::chrono::steady_clock::now();
+}
+
+}  // namespace platform
