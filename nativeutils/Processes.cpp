@@ -34,19 +34,33 @@ void logStart(const std::string& path, const std::vector<std::string>& args) {
     log->logDebug(kComponent, "Launch Process With Arg %d : %s", number++, each.c_str());
 }
 
-std::optional<pid_t> startInheriting(const std::string& path, const std::vector<std::string>& args) {
+platform::Task inheriting(const std::string& path, const std::vector<std::string>& args) {
   platform::Task task;
   task.program = path;
   task.arguments = args;
-  return platform::startTask(task);
+  return task;
+}
+
+// Whether it was started; `returnCode` is set only then.
+bool run(const platform::Task& task, unsigned long& returnCode) {
+  const std::optional<int> end = platform::runTask(task);
+  if (end) returnCode = static_cast<unsigned long>(static_cast<long>(*end));
+  return end.has_value();
+}
+
+bool startAside(const platform::Task& task) {
+  const std::optional<pid_t> process = platform::startTask(task);
+  if (process) platform::waitForTaskAside(*process);
+  return process.has_value();
 }
 
 bool launchInFront(const std::string& path, const std::vector<std::string>& args) {
-  const std::optional<platform::ReferenceFailure> failure = platform::failureToRefer(path);
-  if (!failure) return platform::launchInFront(path, args);
-  Logger::getInstance()->logWarn(kComponent, "Launch Process get FSRef  ErrorString (%s:%s), For file %s",
-                                 failure->error.c_str(), failure->comment.c_str(), path.c_str());
-  return false;
+  const platform::FrontLaunch launch = platform::launchInFront(path, args);
+  if (launch.failure) {
+    Logger::getInstance()->logWarn(kComponent, "Launch Process get FSRef  ErrorString (%s:%s), For file %s",
+                                   launch.failure->error.c_str(), launch.failure->comment.c_str(), path.c_str());
+  }
+  return launch.launched;
 }
 
 Fronting bringToFrontInTime(pid_t process) {
@@ -96,19 +110,13 @@ bool utilCreateProcessWithReturnCode(const std::string& path, const std::vector<
 
   logStart(path, args);
   log->logInfo(kComponent, "Launch Process With Task ");
-  const std::optional<pid_t> process =
-      platform::startTask({path, args, platform::deletingLastPathComponent(path), true});
-  if (!process) {
+  const platform::Task task{path, args, platform::deletingLastPathComponent(path), true};
+  if (!(wait ? run(task, returnCode) : startAside(task))) {
     log->logError(kComponent, "Launch Process With Task ");
     return false;
   }
 
-  if (wait) {
-    returnCode = static_cast<unsigned long>(static_cast<long>(platform::waitForTask(*process)));
-  } else {
-    platform::waitForTaskAside(*process);
-    returnCode = status = 0;
-  }
+  if (!wait) returnCode = status = 0;
   return true;
 }
 
@@ -121,7 +129,7 @@ bool utilCreateProcess(const std::string& path, const std::vector<std::string>& 
   if (bringToFront && launchInFront(path, args)) return true;
 
   Logger::getInstance()->logInfo(kComponent, "Launch Process With Task ");
-  const std::optional<pid_t> process = startInheriting(path, args);
+  const std::optional<pid_t> process = platform::startTask(inheriting(path, args));
   if (!process) return false;
 
   const bool watched = !bringToFront && watcher != nullptr && startWatcher(watcher, *process);
@@ -133,9 +141,7 @@ bool utilCreateProcess(const std::string& path, const std::vector<std::string>& 
 bool utilLaunchApplication(const std::string& path) {
   const platform::AutoreleaseScope scope;
   if (!exists(path)) return false;
-  const std::optional<pid_t> process = startInheriting(path, {});
-  if (process) platform::waitForTaskAside(*process);
-  return process.has_value();
+  return startAside(inheriting(path, {}));
 }
 
 bool utilOpenURL(const std::string& url) {

@@ -21,16 +21,20 @@ bool openUrl(const std::string& url);
 //   "http://h/a%20b?c#d" => true   "http://h/a b" => false   "//h/a" => false   "mailto:a@b" => true
 bool isUrl(std::string_view text);
 
-// Why the application launcher cannot refer to a file: the name of the error and what it means. Nothing when it can.
+// Why the application launcher cannot refer to a file: the name of the error and what it means.
 struct ReferenceFailure {
   std::string error;
   std::string comment;
 };
-std::optional<ReferenceFailure> failureToRefer(const std::string& path);
 
-// Starts a new instance of a program through the application launcher, which brings it to the front. False when it
-// cannot: Linux has no such launcher.
-bool launchInFront(const std::string& path, const std::vector<std::string>& arguments);
+struct FrontLaunch {
+  bool launched = false;
+  std::optional<ReferenceFailure> failure;  // when it came to referring to the file, and that failed
+};
+
+// Starts a new instance of a program through the application launcher, which brings it to the front. Linux has no such
+// launcher: there nothing is launched, but a file that cannot be referred to is told.
+FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments);
 
 // Brings the windows of a process to the front. `unknown` while the process has not shown up among those with windows;
 // `impossible` when nothing can be brought to the front here, or not this.

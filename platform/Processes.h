@@ -20,14 +20,15 @@ struct Task {
   bool silent = false;                 // standard output and error go to the null device
 };
 
-// The process's number; nothing when the program cannot be started, and `errno` says why: then no process is left. It
-// has this process's environment and its standard descriptors unless it is silent, no other descriptor, and every
-// signal at its default and let through. A relative program is looked for from this process's working folder. Who
-// starts a task waits for it, or has it waited for, once.
-std::optional<pid_t> startTask(const Task& task);
+// Blocks until the process has ended. Its exit status, or the number of the signal that ended it; -1 when that is not
+// known; nothing when the program cannot be started, and `errno` says why: then no process is left. The process has
+// this process's environment and its standard descriptors unless it is silent, no other descriptor, and every signal at
+// its default and let through. A relative program is looked for from this process's working folder.
+std::optional<int> runTask(const Task& task);
 
-// Blocks until the process ends. Its exit status, or the number of the signal that ended it; -1 when that is not known.
-int waitForTask(pid_t process);
+// The process's number, while it runs; otherwise the same. Who starts a task waits for it by its number, or has it
+// waited for aside.
+std::optional<pid_t> startTask(const Task& task);
 
 // Returns at once; the process is waited for when it ends, so that nothing is left of it. Until then a thread sleeps.
 void waitForTaskAside(pid_t process);

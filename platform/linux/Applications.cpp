@@ -59,16 +59,12 @@ bool openUrl(const std::string& url) {
   return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) == TRUE && launch.isDone();
 }
 
-std::optional<ReferenceFailure> failureToRefer(const std::string& path) {
+FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& /*arguments*/) {
   struct stat item {};
-  if (::stat(path.c_str(), &item) == 0) return std::nullopt;
+  if (::stat(path.c_str(), &item) == 0) return {};
   const int error = errno;
   const char* const name = ::strerrorname_np(error);
-  return ReferenceFailure{name == nullptr ? std::to_string(error) : name, g_strerror(error)};
-}
-
-bool launchInFront(const std::string& /*path*/, const std::vector<std::string>& /*arguments*/) {
-  return false;
+  return {false, ReferenceFailure{name == nullptr ? std::to_string(error) : name, g_strerror(error)}};
 }
 
 }  // namespace platform

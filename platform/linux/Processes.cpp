@@ -82,7 +82,22 @@ std::vector<char*> pointersTo(std::string& program, std::vector<std::string>& ar
   return pointers;
 }
 
+// As `runTask` has it.
+int endOf(pid_t process) {
+  int status = 0;
+  while (::waitpid(process, &status, 0) < 0) {
+    if (errno != EINTR) return -1;
+  }
+  return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+}
+
 }  // namespace
+
+std::optional<int> runTask(const Task& task) {
+  const std::optional<pid_t> process = startTask(task);
+  if (!process) return std::nullopt;
+  return endOf(*process);
+}
 
 std::optional<pid_t> startTask(const Task& task) {
   const DefaultSignals signals;
@@ -103,17 +118,9 @@ std::optional<pid_t> startTask(const Task& task) {
   return std::nullopt;
 }
 
-int waitForTask(pid_t process) {
-  int status = 0;
-  while (::waitpid(process, &status, 0) < 0) {
-    if (errno != EINTR) return -1;
-  }
-  return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
-}
-
 void waitForTaskAside(pid_t process) {
   // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
-  (void)doAside([process] { (void)waitForTask(process); });
+  (void)doAside([process] { (void)endOf(process); });
 }
 
 }  // namespace platform

@@ -29,15 +29,11 @@ bool openUrl(const std::string&) {
   return false;
 }
 
-std::optional<ReferenceFailure> failureToRefer(const std::string&) {
-  return fakeDesktop.failureToRefer;
-}
-
-bool launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
-  if (!fakeDesktop.canLaunch) return false;
+FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
+  if (fakeDesktop.failureToRefer || !fakeDesktop.canLaunch) return {false, fakeDesktop.failureToRefer};
   fakeDesktop.launched = {path};
   fakeDesktop.launched.insert(fakeDesktop.launched.end(), arguments.begin(), arguments.end());
-  return true;
+  return {true, std::nullopt};
 }
 
 Fronting bringToFront(pid_t process) {

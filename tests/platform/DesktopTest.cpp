@@ -249,12 +249,14 @@ TEST(Fronting, IsImpossibleWithADisplayThatNeverAnswers) {
 }
 
 TEST(Launcher, RefersToWhatExistsAndLaunchesNothing) {
-  EXPECT_FALSE(platform::failureToRefer("/bin/sh"));
-  const auto failure = platform::failureToRefer("/no/such");
-  ASSERT_TRUE(failure);
-  EXPECT_EQ(failure->error, "ENOENT");
-  EXPECT_EQ(failure->comment, "No such file or directory");
-  EXPECT_FALSE(platform::launchInFront("/bin/true", {}));
+  const platform::FrontLaunch refused = platform::launchInFront("/no/such", {});
+  EXPECT_FALSE(refused.launched);
+  ASSERT_TRUE(refused.failure);
+  EXPECT_EQ(refused.failure->error, "ENOENT");
+  EXPECT_EQ(refused.failure->comment, "No such file or directory");
+  const platform::FrontLaunch unable = platform::launchInFront("/bin/true", {});
+  EXPECT_FALSE(unable.launched);
+  EXPECT_FALSE(unable.failure);
 }
 
 // A desktop whose program for the scheme "svotest" writes down what it is asked to open.

@@ -19,9 +19,9 @@
 
 namespace {
 
+using platform::runTask;
 using platform::startTask;
 using platform::Task;
-using platform::waitForTask;
 
 class ProcessesTest : public testing::Test {
  protected:
@@ -38,9 +38,9 @@ class ProcessesTest : public testing::Test {
   }
 
   static int endOf(const Task& task) {
-    const auto process = startTask(task);
-    EXPECT_TRUE(process) << std::strerror(errno);
-    return process ? waitForTask(*process) : -1;
+    const auto end = runTask(task);
+    EXPECT_TRUE(end) << std::strerror(errno);
+    return end.value_or(-1);
   }
 
   static int endOf(const std::string& script) { return endOf(shell(script)); }
@@ -50,8 +50,11 @@ class ProcessesTest : public testing::Test {
     Task task;
     task.program = program;
     task.folder = folder;
+    EXPECT_FALSE(runTask(task));
+    const int error = errno;
     EXPECT_FALSE(startTask(task));
-    return errno;
+    EXPECT_EQ(errno, error);
+    return error;
   }
 
   static std::size_t openFiles() { return support::namesIn("/proc/self/fd").size(); }
@@ -71,10 +74,11 @@ TEST_F(ProcessesTest, AProgramThatASignalEndedHasTheSignalsNumber) {
 }
 
 TEST_F(ProcessesTest, AnEndThatSomebodyElseHasTakenIsNotKnown) {
-  const auto process = startTask(shell("exit 3"));
-  ASSERT_TRUE(process);
-  ASSERT_EQ(::waitpid(*process, nullptr, 0), *process);
-  EXPECT_EQ(waitForTask(*process), -1);
+  support::Child deaf([] {
+    ::signal(SIGCHLD, SIG_IGN);
+    return runTask(shell("exit 3")) == -1 ? 0 : 1;
+  });
+  EXPECT_EQ(deaf.wait(), 0);
 }
 
 TEST_F(ProcessesTest, ArgumentsArriveAsTheyAre) {
@@ -164,8 +168,7 @@ TEST_F(ProcessesTest, ASignalDoesNotEndTheWait) {
     struct sigaction action {};
     action.sa_handler = [](int) {};
     ::sigaction(SIGALRM, &action, nullptr);
-    const auto process = startTask(shell("kill -ALRM $PPID; kill -ALRM $PPID; exec sleep 0.1"));
-    return process ? waitForTask(*process) : 1;
+    return endOf("kill -ALRM $PPID; kill -ALRM $PPID; exec sleep 0.1");
   });
   EXPECT_EQ(waiting.wait(), 0);
 }
@@ -226,7 +229,7 @@ TEST(ProcessList, TheFirstArgumentStandsInForAProgramThatMayNotBeSeen) {
   });
   EXPECT_EQ(other.wait(), 0);
   ::kill(*process, SIGKILL);
-  EXPECT_EQ(waitForTask(*process), SIGKILL);
+  ASSERT_EQ(::waitpid(*process, nullptr, 0), *process);
 }
 
 TEST(ProcessList, NoArgumentStandsInForASuperUserWhoMayNotSeeTheProgram) {
