@@ -1,8 +1,13 @@
 #include "platform/UserFolders.h"
 
+#include "platform/PasswordEntry.h"
 #include "platform/PathString.h"
 
 namespace platform {
+
+std::string homeFolderOf(const std::string& user) {
+  return homeFolderBy([&](auto... rest) { return ::getpwnam_r(user.c_str(), rest...); });
+}
 
 std::string expandingTilde(std::string_view path) {
   if (path.substr(0, 1) != "~") return std::string(path);

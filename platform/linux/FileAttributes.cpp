@@ -1,22 +1,13 @@
-#include "platform/linux/FileAttributes.h"
+#include "platform/FileAttributes.h"
 
-#include <fcntl.h>
 #include <linux/limits.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <vector>
 
 namespace platform {
 namespace {
-
-// False when the owner has not been kept; the group may have been all the same.
-bool giveTo(const struct stat& object, int fd) {
-  if (::fchown(fd, object.st_uid, object.st_gid) == 0) return true;
-  [[maybe_unused]] const int kept = ::fchown(fd, static_cast<uid_t>(-1), object.st_gid);
-  return false;
-}
 
 std::vector<char> attributeNames(int fd) {
   for (int tries = 0; tries < 10; ++tries) {
@@ -31,7 +22,8 @@ std::vector<char> attributeNames(int fd) {
   return {};
 }
 
-// What the other file system does not take, or this user may not set, is left out.
+}  // namespace
+
 void copyExtendedAttributes(int from, int to) {
   const std::vector<char> names = attributeNames(from);
   if (names.empty()) return;
@@ -45,21 +37,8 @@ void copyExtendedAttributes(int from, int to) {
   }
 }
 
-}  // namespace
-
-int copyAttributes(int from, const struct stat& object, int to) {
-  const bool ownerKept = giveTo(object, to);
-  copyExtendedAttributes(from, to);
-  const mode_t bits = ownerKept ? 07777 : 01777;
-  if (::fchmod(to, object.st_mode & bits) != 0) return errno;
-  const timespec times[] = {object.st_atim, object.st_mtim};
-  return ::futimens(to, times) == 0 ? 0 : errno;
-}
-
-void copyLinkAttributes(const struct stat& object, const std::string& to) {
-  [[maybe_unused]] const int given = ::lchown(to.c_str(), object.st_uid, object.st_gid);
-  const timespec times[] = {object.st_atim, object.st_mtim};
-  (void)::utimensat(AT_FDCWD, to.c_str(), times, AT_SYMLINK_NOFOLLOW);
+std::array<timespec, 2> timesOf(const struct stat& object) {
+  return {object.st_atim, object.st_mtim};
 }
 
 }  // namespace platform

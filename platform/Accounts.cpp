@@ -1,7 +1,6 @@
 #include "platform/Accounts.h"
 
 #include <grp.h>
-#include <limits.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,19 +8,29 @@
 #include <cerrno>
 
 namespace platform {
+namespace {
 
-std::vector<gid_t> groupsOfLogin(std::size_t most) {
-  std::array<char, LOGIN_NAME_MAX + 1> name{};
-  if (::getlogin_r(name.data(), name.size()) != 0 || name.front() == '\0') return {};
+// `ask` is `getgrouplist`, to which a group is a signed number on some systems.
+template <typename Group>
+std::vector<gid_t> groupsOf(const char* user, std::size_t most, int (*ask)(const char*, Group, Group*, int*)) {
   // All are asked for first: not every source of users gives a part of them.
   constexpr std::size_t mostAnywhere = 65536;
-  for (std::vector<gid_t> groups(most); groups.size() <= mostAnywhere; groups.resize(groups.size() * 2 + 1)) {
+  for (std::vector<Group> groups(most); groups.size() <= mostAnywhere; groups.resize(groups.size() * 2 + 1)) {
     int count = static_cast<int>(groups.size());
-    if (::getgrouplist(name.data(), ::getegid(), groups.data(), &count) < 0) continue;
-    groups.resize(std::min(most, static_cast<std::size_t>(count)));
-    return groups;
+    if (ask(user, static_cast<Group>(::getegid()), groups.data(), &count) < 0) continue;
+    const auto given = groups.begin() + static_cast<std::ptrdiff_t>(std::min(most, static_cast<std::size_t>(count)));
+    return {groups.begin(), given};
   }
   return {};
+}
+
+}  // namespace
+
+std::vector<gid_t> groupsOfLogin(std::size_t most) {
+  constexpr std::size_t longestName = 256;
+  std::array<char, longestName + 1> name{};
+  if (::getlogin_r(name.data(), name.size()) != 0 || name.front() == '\0') return {};
+  return groupsOf(name.data(), most, ::getgrouplist);
 }
 
 std::string nameOfGroup(gid_t group) {
