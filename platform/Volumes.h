@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace platform {
 
@@ -23,9 +22,5 @@ std::optional<std::string> volumeNameOf(const std::string& mountPoint);
 // that know only one rule have that rule, and elsewhere the folder decides (that of a file is the one that holds it):
 // ext4, f2fs and tmpfs may fold case folder by folder.
 std::optional<bool> tellsCaseApart(const std::string& path);
-
-// A name below /dev/disk/by-label as the label that it stands for.
-//   "Back\x20up" => "Back up"   "a\x2fb" => "a/b"   "\x2" => "\x2"
-std::string labelOfLink(std::string_view name);
 
 }  // namespace platform

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 
+#include "platform/linux/DeviceLabel.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
 
