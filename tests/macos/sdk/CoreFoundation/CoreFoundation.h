@@ -7,8 +7,13 @@
 using CFTypeRef = const void*;
 using CFStringRef = const struct __CFString*;
 using CFAllocatorRef = const struct __CFAllocator*;
+using CFIndex = signed long;
+using CFStringEncoding = UInt32;
+
+enum : CFStringEncoding { kCFStringEncodingUTF8 = 0x08000100 };
 
 extern "C" {
 extern const CFAllocatorRef kCFAllocatorDefault;
 void CFRelease(CFTypeRef object);
+Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding);
 }

@@ -5,5 +5,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/Files.h>
+#include <CoreServices/Folders.h>
+#include <CoreServices/Gestalt.h>
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacTypes.h>

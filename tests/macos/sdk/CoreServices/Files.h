@@ -4,12 +4,85 @@
 
 #include <CoreServices/MacTypes.h>
 
+using FSVolumeRefNum = SInt16;
+using FSCatalogInfoBitmap = UInt32;
+using FSVolumeInfoBitmap = UInt32;
+
+enum : FSCatalogInfoBitmap { kFSCatInfoVolume = 0x00000004 };
+enum : FSVolumeInfoBitmap { kFSVolInfoNone = 0x0000 };
+enum { bIsCaseSensitive = 22 };
+
+#pragma pack(push, 2)
+
 // Names a file or a folder, whatever its path is meanwhile.
 struct FSRef {
   UInt8 hidden[80];
 };
 
+struct FSSpec {
+  UInt8 hidden[70];
+};
+using FSSpecPtr = FSSpec*;
+
+struct UTCDateTime {
+  UInt16 highSeconds;
+  UInt32 lowSeconds;
+  UInt16 fraction;
+};
+
+struct FSCatalogInfo {
+  UInt16 nodeFlags;
+  FSVolumeRefNum volume;
+  UInt32 parentDirID;
+  UInt32 nodeID;
+  UInt8 sharingFlags;
+  UInt8 userPrivileges;
+  UInt8 reserved1;
+  UInt8 reserved2;
+  UTCDateTime createDate;
+  UTCDateTime contentModDate;
+  UTCDateTime attributeModDate;
+  UTCDateTime accessDate;
+  UTCDateTime backupDate;
+  UInt32 permissions[4];
+  UInt8 finderInfo[16];
+  UInt8 extFinderInfo[16];
+  UInt64 dataLogicalSize;
+  UInt64 dataPhysicalSize;
+  UInt64 rsrcLogicalSize;
+  UInt64 rsrcPhysicalSize;
+  UInt32 valence;
+  UInt32 textEncodingHint;
+};
+
+struct HFSUniStr255 {
+  UInt16 length;
+  UniChar unicode[255];
+};
+
+struct GetVolParmsInfoBuffer {
+  SInt16 vMVersion;
+  SInt32 vMAttrib;
+  Handle vMLocalHand;
+  SInt32 vMServerAdr;
+  SInt32 vMVolumeGrade;
+  SInt16 vMForeignPrivID;
+  SInt32 vMExtendedAttributes;
+  void* vMDeviceID;
+  UniCharCount vMMaxNameLength;
+};
+
+#pragma pack(pop)
+
+struct FSVolumeInfo;
+
 extern "C" {
 OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) SDK_DEPRECATED;
 OSStatus FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 pathBufferSize) SDK_DEPRECATED;
+OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
+                       HFSUniStr255* outName, FSSpecPtr fsSpec, FSRef* parentRef) SDK_DEPRECATED;
+OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volumeIndex, FSVolumeRefNum* actualVolume,
+                      FSVolumeInfoBitmap whichInfo, FSVolumeInfo* info, HFSUniStr255* volumeName,
+                      FSRef* rootDirectory) SDK_DEPRECATED;
+OSStatus FSGetVolumeParms(FSVolumeRefNum volume, GetVolParmsInfoBuffer* buffer, ByteCount bufferSize) SDK_DEPRECATED;
 }

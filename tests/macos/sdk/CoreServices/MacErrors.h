@@ -3,6 +3,7 @@
 #pragma once
 
 enum {
+  nsvErr = -35,
   ioErr = -36,
   bdNamErr = -37,
   fnfErr = -43,

@@ -1,0 +1,10 @@
+#include "platform/UserFolders.h"
+#include "platform/macos/FolderFinder.h"
+
+namespace platform {
+
+std::string homeFolder() {
+  return folderOf(kUserDomain, kVolumeRootFolderType).path;
+}
+
+}  // namespace platform

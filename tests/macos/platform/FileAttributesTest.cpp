@@ -1,0 +1,39 @@
+#include <fcntl.h>
+
+#include <cerrno>
+
+#include "platform/FileCopy.h"
+#include "platform/FileKind.h"
+#include "platform/UniqueFd.h"
+#include "tests/macos/platform/SystemTest.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+class FileAttributesTest : public macos_test::SystemTest {
+ protected:
+  FileAttributesTest() { support::writeFile(folder / "from", "text"); }
+
+  const support::TemporaryFolder folder;
+};
+
+TEST_F(FileAttributesTest, TheSystemCopiesAccessListAndExtendedAttributesOnly) {
+  EXPECT_EQ(platform::copyFile(folder / "from", folder / "to"), std::nullopt);
+  EXPECT_THAT(doubles::takenCalls(), ElementsAre("fcopyfile 5"));
+}
+
+TEST_F(FileAttributesTest, WhatCannotBeKeptIsLeftOut) {
+  doubles::failCall("fcopyfile", ENOTSUP);
+  EXPECT_EQ(platform::copyFile(folder / "from", folder / "to"), std::nullopt);
+  EXPECT_EQ(support::contentsOf(folder / "to"), "text");
+}
+
+TEST_F(FileAttributesTest, ContentsAreCopiedWithoutAttributes) {
+  EXPECT_TRUE(platform::copyFileContents(folder / "from", folder / "to"));
+  EXPECT_TRUE(platform::copyFileContents(folder / "from", "/dev/null"));
+  EXPECT_THAT(doubles::takenCalls(), testing::IsEmpty());
+}
+
+}  // namespace
