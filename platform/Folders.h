@@ -7,6 +7,9 @@
 //   local   applications         "/opt" (FHS 3.13: add-on packages, a folder each)
 //   local   utilities            "/opt" too: nothing on Linux parts tools from other add-on packages
 //   system  applicationSupport   "/usr/share" (FHS 4.11: data of the system's own packages)
+//
+// On macOS what its folder finder (`FSFindFolder`) gives, local: "/Library/Application Support", "/Applications" and
+// "/Applications/Utilities".
 
 #pragma once
 
@@ -23,7 +26,7 @@ struct FolderSearch {
   enum class Failure { none, find, path, text };
 
   Failure failure = Failure::none;
-  int status = 0;    // the system's number for a failure of `find` or `path`; on Linux an `errno`
+  int status = 0;    // the system's number for a failure of `find` or `path`: an `errno`, on macOS an `OSStatus`
   std::string path;  // also after a failure where the folder should be, as far as that is known; else ""
 };
 

@@ -14,7 +14,8 @@ std::vector<pid_t> allProcesses();
 
 // The path of the program that a process runs, never one of its arguments; "" when the process has ended or has no
 // program. On Linux the first argument stands in for the path where that may not be seen, except for a super-user who
-// has given up that power: to him it is "".
+// has given up that power: to him it is "". On macOS it is "" too for other users' processes unless the super-user
+// asks.
 std::string programOf(pid_t process);
 
 }  // namespace platform

@@ -13,7 +13,7 @@ struct SystemVersion {
   int bugFix = 0;
 };
 
-// Nothing when the system does not tell.
+// Nothing when the system does not tell. macOS is asked number by number, up to the first that it does not tell.
 std::optional<SystemVersion> systemVersion();
 
 enum class VersionPart { major, minor, bugFix };

@@ -6,7 +6,8 @@
 
 namespace platform {
 
-// The number that `ps -T` and debuggers show. Cheap: asked of the system once a thread, and again after a fork.
+// The number that `ps -T`, on macOS `sample`, and debuggers show. Cheap: asked of the system once a thread, and again
+// after a fork.
 std::uint64_t currentThreadId();
 
 }  // namespace platform

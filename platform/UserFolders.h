@@ -12,10 +12,12 @@
 
 namespace platform {
 
-// The user whose session is on the screen of the first seat; nothing when nobody is logged in there.
+// The user whose session is on the screen of the first seat, on macOS at the console; nothing when nobody is logged in
+// there.
 std::optional<uid_t> consoleUser();
 
-// The home folder of the effective user, as the password database has it; "" when it has none.
+// The home folder of the effective user, as the password database has it; "" when it has none. On macOS as the folder
+// finder (`FSFindFolder`) has it; "" when its path has more than 1023 bytes.
 std::string homeFolder();
 
 // The home folder of the user with this login name, as the password database has it; "" when it has none.

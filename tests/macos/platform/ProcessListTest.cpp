@@ -23,8 +23,8 @@ class ProcessListTest : public macos_test::SystemTest {
   const std::string arguments = " 1 38 " + std::to_string(::getpid());
 };
 
-TEST_F(ProcessListTest, NamesThisProcess) {
-  EXPECT_THAT(platform::allProcesses(), Contains(::getpid()));
+TEST_F(ProcessListTest, NamesThisProcessAndNoneThatIsNotThere) {
+  EXPECT_THAT(platform::allProcesses(), testing::AllOf(Contains(::getpid()), testing::Each(testing::Gt(0))));
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("sysctl size 1 14 0", "sysctl 1 14 0"));
 }
 
