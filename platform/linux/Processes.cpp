@@ -7,9 +7,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
 
+#include "platform/TaskProgram.h"
 #include "platform/linux/AsideThread.h"
 
 namespace platform {
@@ -66,14 +65,6 @@ class DefaultSignals {
   int error_;
 };
 
-// The new process is in its working folder already when it looks for the program.
-std::string pathFromThere(const Task& task) {
-  if (task.folder.empty() || task.program.empty() || task.program.front() == '/') return task.program;
-  std::error_code unknown;
-  const std::filesystem::path here = std::filesystem::current_path(unknown);
-  return unknown ? task.program : (here / task.program).string();
-}
-
 std::vector<char*> pointersTo(std::string& program, std::vector<std::string>& arguments) {
   std::vector<char*> pointers{program.data()};
   for (std::string& argument : arguments)
@@ -106,7 +97,7 @@ std::optional<pid_t> startTask(const Task& task) {
   if (!task.folder.empty()) actions.changeFolder(task.folder);
   actions.closeAllOthers();
 
-  std::string program = pathFromThere(task);
+  std::string program = programFromItsFolder(task);
   std::vector<std::string> arguments = task.arguments;
   const std::vector<char*> pointers = pointersTo(program, arguments);
   pid_t process = 0;

@@ -1,18 +1,14 @@
 #include <SystemConfiguration/SystemConfiguration.h>
 
 #include <cstring>
-#include <memory>
-#include <type_traits>
 
 #include "platform/UserFolders.h"
+#include "platform/macos/Owned.h"
 
 namespace platform {
 namespace {
 
-struct Release {
-  void operator()(CFStringRef text) const { CFRelease(text); }
-};
-using Text = std::unique_ptr<std::remove_pointer_t<CFStringRef>, Release>;
+using Text = Owned<CFStringRef>;
 
 // While nobody is logged in the login window may have the screen, in the super-user's name.
 bool isLoginWindow(const Text& name) {

@@ -1,6 +1,7 @@
 #include "tests/macos/doubles/CoreFoundation.h"
 
 #import <Foundation/Foundation.h>
+#include <unistd.h>
 
 #include <map>
 #include <mutex>
@@ -49,4 +50,33 @@ Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize,
   if (encoding != kCFStringEncodingUTF8) return 0;
   NSString* const text = static_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(string)));
   return [text getCString:buffer maxLength:static_cast<NSUInteger>(bufferSize) encoding:NSUTF8StringEncoding] ? 1 : 0;
+}
+
+namespace {
+
+// The implementation's own random ones are of no version.
+NSUUID* randomUuid() {
+  unsigned char bytes[16];
+  if (::getentropy(bytes, sizeof bytes) != 0) return nil;
+  bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
+  bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
+  return [[NSUUID alloc] initWithUUIDBytes:bytes];
+}
+
+}  // namespace
+
+CFUUIDRef CFUUIDCreate(CFAllocatorRef) {
+  doubles::noteCall("CFUUIDCreate");
+  if (doubles::statusOf("CFUUIDCreate") != 0) return nullptr;
+  return static_cast<CFUUIDRef>(doubles::handedOut(randomUuid(), "CFUUID"));
+}
+
+CFStringRef CFUUIDCreateString(CFAllocatorRef, CFUUIDRef uuid) {
+  doubles::noteCall("CFUUIDCreateString");
+  if (doubles::statusOf("CFUUIDCreateString") != 0) return nullptr;
+  NSUUID* const object = static_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(uuid)));
+  NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+  NSString* const text = [[object UUIDString] retain];
+  [pool release];
+  return static_cast<CFStringRef>(doubles::handedOut(text, "CFString"));
 }

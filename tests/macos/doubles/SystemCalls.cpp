@@ -1,6 +1,7 @@
 #include "tests/macos/doubles/SystemCalls.h"
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -8,47 +9,56 @@ namespace doubles {
 namespace {
 
 std::mutex turn;
-std::vector<std::string> lines;
-std::map<std::string, int> failing;
-std::map<std::string, int> objects;
+
+struct Record {
+  std::vector<std::string> lines;
+  std::map<std::string, int> failing;
+  std::map<std::string, int> objects;
+};
+
+// Some are called before the program begins, and by threads that are left behind at its end.
+Record& record() {
+  static Record& only = *std::make_unique<Record>().release();
+  return only;
+}
 
 }  // namespace
 
 void noteCall(const std::string& line) {
   const std::lock_guard<std::mutex> held(turn);
-  lines.push_back(line);
+  record().lines.push_back(line);
 }
 
 std::vector<std::string> takenCalls() {
   const std::lock_guard<std::mutex> held(turn);
-  return std::exchange(lines, {});
+  return std::exchange(record().lines, {});
 }
 
 void failCall(const std::string& call, int status) {
   const std::lock_guard<std::mutex> held(turn);
-  failing[call] = status;
+  record().failing[call] = status;
 }
 
 int statusOf(const std::string& call) {
   const std::lock_guard<std::mutex> held(turn);
-  const auto entry = failing.find(call);
-  return entry == failing.end() ? 0 : entry->second;
+  const auto entry = record().failing.find(call);
+  return entry == record().failing.end() ? 0 : entry->second;
 }
 
 void made(const std::string& type) {
   const std::lock_guard<std::mutex> held(turn);
-  ++objects[type];
+  ++record().objects[type];
 }
 
 void givenBack(const std::string& type) {
   const std::lock_guard<std::mutex> held(turn);
-  --objects[type];
+  --record().objects[type];
 }
 
 std::vector<std::string> unsettled() {
   const std::lock_guard<std::mutex> held(turn);
   std::vector<std::string> left;
-  for (const auto& [type, count] : objects) {
+  for (const auto& [type, count] : record().objects) {
     if (count != 0) left.push_back(type + " " + std::to_string(count));
   }
   return left;
@@ -56,9 +66,9 @@ std::vector<std::string> unsettled() {
 
 void forgetCalls() {
   const std::lock_guard<std::mutex> held(turn);
-  lines.clear();
-  failing.clear();
-  objects.clear();
+  record().lines.clear();
+  record().failing.clear();
+  record().objects.clear();
 }
 
 }  // namespace doubles

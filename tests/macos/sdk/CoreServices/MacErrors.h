@@ -9,6 +9,7 @@ enum {
   fnfErr = -43,
   paramErr = -50,
   dirNFErr = -120,
+  procNotFound = -600,
   errFSNotAFolder = -1407,
   pathTooLongErr = -2110,
   afpAccessDenied = -5000,

@@ -1,0 +1,17 @@
+#include <CoreFoundation/CoreFoundation.h>
+
+#include "platform/Text.h"
+#include "platform/macos/Owned.h"
+
+namespace platform {
+
+std::string randomUuidText() {
+  const Owned<CFUUIDRef> uuid(CFUUIDCreate(kCFAllocatorDefault));
+  if (!uuid) return "";
+  const Owned<CFStringRef> string(CFUUIDCreateString(kCFAllocatorDefault, uuid.get()));
+  char text[sizeof "9F0C3B6E-52A1-4D0B-8C57-1E2F6A7B8C9D"];
+  if (!string || !CFStringGetCString(string.get(), text, sizeof text, kCFStringEncodingUTF8)) return "";
+  return text;
+}
+
+}  // namespace platform

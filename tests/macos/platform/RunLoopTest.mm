@@ -1,0 +1,68 @@
+#include "platform/RunLoop.h"
+
+#import <Foundation/Foundation.h>
+
+#include <thread>
+
+#include "tests/macos/platform/SystemTest.h"
+
+@interface Ticker : NSObject
+- (void)tick:(NSTimer*)timer;
+@end
+
+@implementation Ticker
+
+- (void)tick:(NSTimer*)timer {
+  (void)timer;
+  doubles::noteCall("tick");
+}
+
+@end
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class RunLoopTest : public macos_test::SystemTest {
+ protected:
+  // Runs the loop, and how long that took.
+  static auto timeOf(std::chrono::milliseconds duration) {
+    const auto start = platform::runLoopTime();
+    platform::runLoopFor(duration);
+    return platform::runLoopTime() - start;
+  }
+
+  static void tickIn(NSTimeInterval seconds) {
+    NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+    Ticker* const ticker = [[[Ticker alloc] init] autorelease];
+    [NSTimer scheduledTimerWithTimeInterval:seconds target:ticker selector:@selector(tick:) userInfo:nil repeats:NO];
+    [pool release];
+  }
+};
+
+TEST_F(RunLoopTest, TheTimePassesWithoutAnythingToWaitFor) {
+  std::thread([] { EXPECT_GE(timeOf(50ms), 50ms); }).join();
+  EXPECT_GE(timeOf(50ms), 50ms);
+}
+
+TEST_F(RunLoopTest, EventsAreServedMeanwhileAndTheTimePassesAllTheSame) {
+  tickIn(0.01);
+  EXPECT_GE(timeOf(60ms), 60ms);
+  EXPECT_THAT(doubles::takenCalls(), ElementsAre("tick"));
+}
+
+TEST_F(RunLoopTest, EventsOfAnotherThreadAreNotServed) {
+  tickIn(0);
+  std::thread([] { timeOf(30ms); }).join();
+  EXPECT_THAT(doubles::takenCalls(), IsEmpty());
+  timeOf(10ms);
+  EXPECT_THAT(doubles::takenCalls(), ElementsAre("tick"));
+}
+
+TEST_F(RunLoopTest, NoTimeIsATurnOfTheLoop) {
+  EXPECT_LT(timeOf(0ms), 10s);
+}
+
+}  // namespace

@@ -1,0 +1,189 @@
+// Tasks as Foundation runs them: real processes, and what Foundation is asked for.
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <thread>
+
+#include "platform/Processes.h"
+#include "platform/UniqueFd.h"
+#include "tests/macos/platform/SystemTest.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+
+namespace {
+
+using platform::runTask;
+using platform::startTask;
+using platform::Task;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class TasksTest : public macos_test::SystemTest {
+ protected:
+  // Foundation lets go of a task once it has collected its end.
+  void TearDown() override {
+    EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren() && doubles::unsettled().empty(); }));
+  }
+
+  static Task shell(const std::string& script) {
+    Task task;
+    task.program = "/bin/sh";
+    task.arguments = {"-c", script};
+    return task;
+  }
+
+  static std::size_t openFiles() { return support::namesIn("/proc/self/fd").size(); }
+
+  // What is written to standard output and error while `body` runs.
+  std::string outputOf(const std::function<void()>& body) const {
+    const std::string seen = folder / "output";
+    const platform::UniqueFd file(::open(seen.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    const platform::UniqueFd output(::dup(STDOUT_FILENO)), errors(::dup(STDERR_FILENO));
+    ::dup2(file.get(), STDOUT_FILENO);
+    ::dup2(file.get(), STDERR_FILENO);
+    body();
+    ::dup2(output.get(), STDOUT_FILENO);
+    ::dup2(errors.get(), STDERR_FILENO);
+    return support::contentsOf(seen);
+  }
+
+  const support::TemporaryFolder folder;
+};
+
+TEST_F(TasksTest, ATaskThatInheritsEverythingIsMadeInOneCall) {
+  EXPECT_EQ(runTask(shell("exit 3")), 3);
+  EXPECT_THAT(doubles::takenCalls(),
+              ElementsAre("launchedTaskWithLaunchPath:arguments:", "launch /bin/sh <-c> <exit 3>", "waitUntilExit"));
+}
+
+TEST_F(TasksTest, ASilentTaskGetsItsFolderAndTheNullDevice) {
+  Task task = shell("exit 3");
+  task.folder = "/usr";
+  task.silent = true;
+  EXPECT_EQ(runTask(task), 3);
+  EXPECT_THAT(doubles::takenCalls(),
+              ElementsAre("launch /bin/sh <-c> <exit 3> in /usr output null errors null", "waitUntilExit"));
+}
+
+TEST_F(TasksTest, OnlyARunTaskIsWaitedFor) {
+  const auto process = startTask(shell("exit 3"));
+  ASSERT_TRUE(process);
+  EXPECT_GT(*process, 0);
+  platform::waitForTaskAside(*process);
+  EXPECT_THAT(doubles::takenCalls(),
+              ElementsAre("launchedTaskWithLaunchPath:arguments:", "launch /bin/sh <-c> <exit 3>"));
+}
+
+TEST_F(TasksTest, OutputIsSilencedOrKept) {
+  Task task = shell("echo out; echo err >&2");
+  EXPECT_EQ(outputOf([&] { EXPECT_EQ(runTask(task), 0); }), "out\nerr\n");
+  task.silent = true;
+  EXPECT_EQ(outputOf([&] { EXPECT_EQ(runTask(task), 0); }), "");
+}
+
+TEST_F(TasksTest, ATaskThatASignalEndedHasTheSignalsNumber) {
+  EXPECT_EQ(runTask(shell("kill -TERM $$")), SIGTERM);
+}
+
+TEST_F(TasksTest, ArgumentsArriveAsTheyAre) {
+  Task task = shell("printf '%s|' \"$0\" \"$@\" >'" + (folder / "seen") + "'");
+  task.arguments.insert(task.arguments.end(), {"a b", "", "\"'$HOME*\n", "\xC3\xA4\xF0\x9F\x98\x80"});
+  EXPECT_EQ(runTask(task), 0);
+  EXPECT_EQ(support::contentsOf(folder / "seen"), "a b||\"'$HOME*\n|\xC3\xA4\xF0\x9F\x98\x80|");
+}
+
+TEST_F(TasksTest, AnArgumentThatIsNoTextCannotBeHandedOver) {
+  Task task = shell("exit 0");
+  task.arguments.push_back("\xFF");
+  EXPECT_FALSE(runTask(task));
+  EXPECT_EQ(errno, EILSEQ);
+  EXPECT_THAT(doubles::takenCalls(), IsEmpty());
+}
+
+TEST_F(TasksTest, TheWorkingFolderIsTheOneGiven) {
+  Task task = shell("pwd -P >seen");
+  task.folder = folder.path();
+  EXPECT_EQ(runTask(task), 0);
+  EXPECT_EQ(support::contentsOf(folder / "seen"), std::filesystem::canonical(folder.path()).string() + "\n");
+}
+
+TEST_F(TasksTest, WhatFoundationThrowsAtIsNotStartedAndLeavesNothing) {
+  support::writeFile(folder / "text", "exit 0\n");
+  support::writeFile(folder / "script", "exit 0\n");
+  ASSERT_EQ(::chmod((folder / "script").c_str(), 0755), 0);
+  const auto errorOf = [](const std::string& program, const std::string& workingFolder = "") {
+    Task task;
+    task.program = program;
+    task.folder = workingFolder;
+    errno = 0;
+    EXPECT_FALSE(startTask(task)) << program;
+    return errno;
+  };
+  EXPECT_EQ(errorOf(folder / "text"), EACCES);
+  EXPECT_EQ(errorOf(folder / "script"), ENOEXEC);
+  EXPECT_EQ(errorOf(folder.path()), EACCES);
+  EXPECT_EQ(errorOf(folder / "none"), ENOENT);
+  EXPECT_EQ(errorOf("true"), ENOENT);
+  EXPECT_EQ(errorOf("/bin/true", folder / "none"), ENOENT);
+  EXPECT_EQ(errorOf("/bin/\xFF"), EILSEQ);
+  EXPECT_FALSE(support::hasChildren());
+}
+
+TEST_F(TasksTest, WithoutMemoryForATaskObjectNothingIsStarted) {
+  doubles::failCall("NSTask init", 1);
+  Task task = shell("exit 0");
+  EXPECT_FALSE(runTask(task));
+  task.silent = true;
+  EXPECT_FALSE(runTask(task));
+  EXPECT_FALSE(startTask(task));
+  EXPECT_FALSE(support::hasChildren());
+}
+
+TEST_F(TasksTest, AnEndThatFoundationCannotTellIsNotKnown) {
+  doubles::failCall("waitUntilExit", 1);
+  EXPECT_EQ(runTask(shell("exit 3")), -1);
+}
+
+TEST_F(TasksTest, TwoHundredTasksLeaveNoProcessAndNoDescriptor) {
+  Task task = shell("exit 1");
+  task.silent = true;
+  EXPECT_EQ(runTask(task), 1);
+  const std::size_t before = openFiles();
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(runTask(task), 1);
+    const auto process = startTask(task);
+    ASSERT_TRUE(process);
+    platform::waitForTaskAside(*process);
+  }
+  EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren() && doubles::unsettled().empty(); }));
+  EXPECT_TRUE(support::comesTrue([&] { return openFiles() <= before; }));
+}
+
+TEST_F(TasksTest, ThreadsStartTasksAtOnceAndEachLearnsItsOwnEnd) {
+  std::atomic<int> right{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&, i] {
+      for (int j = 0; j < 5; ++j) {
+        if (runTask(shell("exit " + std::to_string(10 * i + j))) == 10 * i + j) ++right;
+        (void)startTask(shell("exit 1"));
+      }
+    });
+  }
+  for (std::thread& each : threads)
+    each.join();
+  EXPECT_EQ(right, 20);
+}
+
+TEST_F(TasksTest, NoOtherChildIsTakenAway) {
+  support::Child own([] { return 5; });
+  EXPECT_EQ(runTask(shell("exit 0")), 0);
+  EXPECT_EQ(own.wait(), 5);
+}
+
+}  // namespace

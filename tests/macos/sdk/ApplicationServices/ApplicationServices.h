@@ -1,0 +1,13 @@
+// The running applications as the documentation of their C interface describes them, as far as the program uses them.
+
+#pragma once
+
+#include <CoreServices/CoreServices.h>
+#include <sys/types.h>
+
+enum { kNoProcess = 0, kSystemProcess = 1, kCurrentProcess = 2 };
+
+extern "C" {
+OSStatus GetProcessForPID(pid_t pid, ProcessSerialNumber* psn) SDK_DEPRECATED;
+OSErr SetFrontProcess(const ProcessSerialNumber* pPSN) SDK_DEPRECATED;
+}

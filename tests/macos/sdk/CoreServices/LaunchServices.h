@@ -1,0 +1,29 @@
+// The application launcher.
+
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreServices/AppleEvents.h>
+#include <CoreServices/Files.h>
+#include <CoreServices/MacTypes.h>
+
+using LSLaunchFlags = UInt32;
+enum : LSLaunchFlags {
+  kLSLaunchDefaults = 0x00000001,
+  kLSLaunchAsync = 0x00010000,
+  kLSLaunchNewInstance = 0x00080000,
+};
+
+struct LSApplicationParameters {
+  CFIndex version;
+  LSLaunchFlags flags;
+  const FSRef* application;
+  void* asyncLaunchRefCon;
+  CFDictionaryRef environment;
+  CFArrayRef argv;
+  AppleEvent* initialEvent;
+};
+
+extern "C" {
+OSStatus LSOpenApplication(const LSApplicationParameters* appParams, ProcessSerialNumber* outPSN) SDK_DEPRECATED;
+}

@@ -1,0 +1,18 @@
+// Foundation as the program uses it, over a free implementation that lacks some of it.
+
+#pragma once
+
+#include_next <Foundation/Foundation.h>
+
+using NSDistributedNotificationOptions = NSUInteger;
+enum : NSDistributedNotificationOptions {
+  NSDistributedNotificationDeliverImmediately = 1UL << 0,
+  NSDistributedNotificationPostToAllSessions = 1UL << 1,
+};
+
+@interface NSDistributedNotificationCenter (Options)
+- (void)postNotificationName:(NSString*)name
+                      object:(NSString*)object
+                    userInfo:(NSDictionary*)userInfo
+                     options:(NSDistributedNotificationOptions)options;
+@end
