@@ -36,9 +36,11 @@ TEST_F(ProcessListTest, IsAskedForAnewWithItsSizeWhenItHasGrown) {
 }
 
 TEST_F(ProcessListTest, IsEmptyAfterAnyOtherFailure) {
-  doubles::failCall("sysctl", EPERM);
-  EXPECT_THAT(platform::allProcesses(), IsEmpty());
-  EXPECT_THAT(doubles::takenCalls(), ElementsAre("sysctl size 1 14 0", "sysctl 1 14 0"));
+  for (const int error : {EPERM, EINVAL, EFAULT}) {
+    doubles::failCall("sysctl", error);
+    EXPECT_THAT(platform::allProcesses(), IsEmpty());
+    EXPECT_THAT(doubles::takenCalls(), ElementsAre("sysctl size 1 14 0", "sysctl 1 14 0"));
+  }
   doubles::failCall("sysctl size", ENOMEM);
   EXPECT_THAT(platform::allProcesses(), IsEmpty());
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("sysctl size 1 14 0"));
