@@ -17,6 +17,10 @@ if(SVO_PLATFORM STREQUAL "linux")
   target_link_options(nativeutils PRIVATE "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/exports.map"
                                           LINKER:--as-needed LINKER:--no-undefined LINKER:-z,nodelete)
   set_property(TARGET nativeutils PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/exports.map")
+else()
+  target_link_options(nativeutils PRIVATE
+    "LINKER:-exported_symbols_list,${CMAKE_CURRENT_SOURCE_DIR}/exports.macos" LINKER:-dead_strip_dylibs)
+  set_property(TARGET nativeutils PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/exports.macos")
 endif()
 
 # The static library is one object, whose inner names are its own: a program that has a class Logger too keeps it.
@@ -45,7 +49,8 @@ if(SVO_PLATFORM_MODULES)
   pkg_check_modules(NATIVEUTILS_SYSTEM REQUIRED ${SVO_PLATFORM_MODULES})
   set(system_libraries ${NATIVEUTILS_SYSTEM_LIBRARIES})
 endif()
-target_link_libraries(nativeutils-static INTERFACE ${system_libraries})
+list(TRANSFORM SVO_PLATFORM_FRAMEWORKS PREPEND "-framework " OUTPUT_VARIABLE frameworks)
+target_link_libraries(nativeutils-static INTERFACE ${system_libraries} ${frameworks})
 
 foreach(library IN ITEMS nativeutils nativeutils-static)
   svo_configure(${library})
@@ -70,6 +75,9 @@ file(RELATIVE_PATH prefix_from_pc "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" prefix_from_pc "${prefix_from_pc}")
 list(TRANSFORM system_libraries PREPEND "-l" OUTPUT_VARIABLE private_libraries)
 list(JOIN private_libraries " " private_libraries)
+if(frameworks)
+  list(JOIN frameworks " " private_libraries)
+endif()
 configure_file(nativeutils.pc.in nativeutils.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/nativeutils.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
         COMPONENT nativeutils-dev)
