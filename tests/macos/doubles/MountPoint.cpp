@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/mount.h>
+#include <sys/param.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,8 +28,10 @@ bool isOneMount(const std::string& path, const std::string& other) {
 }  // namespace
 
 int statfs(const char* path, struct statfs* system) {
-  doubles::noteCall("statfs " + std::string(path));
-  if (const int error = doubles::statusOf("statfs")) {
+  const std::size_t length = ::strnlen(path, MAXPATHLEN);
+  doubles::noteCall("statfs " + std::string(path, length));
+  const int error = length == MAXPATHLEN ? ENAMETOOLONG : doubles::statusOf("statfs");
+  if (error != 0) {
     errno = error;
     return -1;
   }

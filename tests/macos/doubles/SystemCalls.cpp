@@ -8,6 +8,9 @@
 namespace doubles {
 namespace {
 
+// Nobody reads what a program that runs for long, or climbs for long, has asked.
+constexpr std::size_t mostLines = 1000;
+
 std::mutex turn;
 
 struct Record {

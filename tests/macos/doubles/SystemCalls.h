@@ -11,7 +11,7 @@ namespace doubles {
 // One line a call, with its arguments.
 void noteCall(const std::string& line);
 
-// The lines since the last time, and none of them again.
+// The lines since the last time, a thousand at most, and none of them again.
 std::vector<std::string> takenCalls();
 
 // From now on the call answers with this status, in the numbers that it answers with. 0: it works again.
