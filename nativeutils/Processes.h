@@ -8,6 +8,9 @@
 /// child, except where a function says that the process is left to a watcher. A program that itself waits for all its
 /// children (`wait`, SIGCHLD ignored) may get there first; an exit status is then not known.
 ///
+/// On macOS Foundation starts the processes and collects their ends itself, also that of a process left to a watcher,
+/// whose `waitpid` may find it taken. Paths and arguments have to be UTF-8 there.
+///
 /// No function throws. Messages go to the application's log with the component "Native-Utils"; what is logged at which
 /// level stands with each function. All may be used in a program without windows and without a main loop.
 
@@ -17,7 +20,8 @@
 #include <vector>
 
 /// Starts a program in the folder that holds it, its output and errors discarded, and waits for its end if asked to.
-/// May be called from any thread; no events are served while it waits.
+/// May be called from any thread; no events are served while it waits, except on macOS, where Foundation waits in the
+/// thread's run loop.
 ///
 /// Logged are at debug level "Launch Process at path %s" and for each argument "Launch Process With Arg %d : %s" with
 /// its number from 0, then at info level "Launch Process With Task " (which ends in a blank). Errors are "CreateProcess

@@ -13,7 +13,8 @@ namespace platform {
 
 // Opens an address in the user's default program for it; true when that has been started. False for a text that is no
 // address, without a program for it, and, on Linux, without a display. On Linux a bus of the session that does not
-// answer is given up after two seconds, and the program started without it; GIO may start a bus where there is none.
+// answer is given up after two seconds, and the program started without it; GIO may start a bus where there is none. On
+// macOS the workspace is asked.
 bool openUrl(const std::string& url);
 
 // Whether the text has a scheme and is otherwise made of what RFC 3986 allows: no blanks, no letters beyond ASCII, "%"
@@ -32,8 +33,9 @@ struct FrontLaunch {
   std::optional<ReferenceFailure> failure;  // when it came to referring to the file, and that failed
 };
 
-// Starts a new instance of a program through the application launcher, which brings it to the front. Linux has no such
-// launcher: there nothing is launched, but a file that cannot be referred to is told.
+// Starts a new instance of a program through the application launcher, which brings it to the front. On macOS that is
+// Launch Services, told to begin it with the Apple event that activates. Linux has no such launcher: there nothing is
+// launched, but a file that cannot be referred to is told.
 FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments);
 
 // Brings the windows of a process to the front. `unknown` while the process has not shown up among those with windows;
@@ -41,7 +43,8 @@ FrontLaunch launchInFront(const std::string& path, const std::vector<std::string
 //
 // On Linux asks the window manager of the X display, as a taskbar does (EWMH, `_NET_ACTIVE_WINDOW`), for the process's
 // topmost window, known by its `_NET_WM_PID`: processes that it has started are not looked for. Without a display,
-// or with one that does not answer within two seconds, `impossible`.
+// or with one that does not answer within two seconds, `impossible`. On macOS the Process Manager is asked, which knows
+// what has become an application.
 enum class Fronting { done, unknown, impossible };
 Fronting bringToFront(pid_t process);
 

@@ -2,6 +2,10 @@
 //
 // Thread-safe. A signal handler that collects every child of the process, or SIGCHLD ignored, may take an end away from
 // these functions; they then answer that it is not known.
+//
+// On macOS a process is started by a task object of Foundation's, which lives until the process ends and collects its
+// end itself, whoever else waits for it: `waitpid` may find it taken (ECHILD). Its signals are as Foundation leaves them.
+// Paths and arguments that are not UTF-8 cannot be handed over (EILSEQ).
 
 #pragma once
 
@@ -20,17 +24,19 @@ struct Task {
   bool silent = false;                 // standard output and error go to the null device
 };
 
-// Blocks until the process has ended. Its exit status, or the number of the signal that ended it; -1 when that is not
-// known; nothing when the program cannot be started, and `errno` says why: then no process is left. The process has
-// this process's environment and its standard descriptors unless it is silent, no other descriptor, and every signal at
-// its default and let through. A relative program is looked for from this process's working folder.
+// Blocks until the process has ended; on macOS the calling thread's run loop runs in its default mode meanwhile. The
+// process's exit status, or the number of the signal that ended it; -1 when that is not known; nothing when the program
+// cannot be started, and `errno` says why: then no process is left. The process has this process's environment and its
+// standard descriptors unless it is silent, no other descriptor, and every signal at its default and let through. A
+// relative program is looked for from this process's working folder.
 std::optional<int> runTask(const Task& task);
 
 // The process's number, while it runs; otherwise the same. Who starts a task waits for it by its number, or has it
 // waited for aside.
 std::optional<pid_t> startTask(const Task& task);
 
-// Returns at once; the process is waited for when it ends, so that nothing is left of it. Until then a thread sleeps.
+// Returns at once; the process is waited for when it ends, so that nothing is left of it. On Linux a thread sleeps until
+// then; on macOS the task object does it without being asked.
 void waitForTaskAside(pid_t process);
 
 }  // namespace platform
