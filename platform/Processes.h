@@ -4,8 +4,8 @@
 // these functions; they then answer that it is not known.
 //
 // On macOS a process is started by a task object of Foundation's, which lives until the process ends and collects its
-// end itself, whoever else waits for it: `waitpid` may find it taken (ECHILD). Its signals are as Foundation leaves them.
-// Paths and arguments that are not UTF-8 cannot be handed over (EILSEQ).
+// end itself, whoever else waits for it: `waitpid` may find it taken (ECHILD). Its signals are as Foundation leaves
+// them. Paths and arguments that are not UTF-8 cannot be handed over (EILSEQ).
 
 #pragma once
 
@@ -35,8 +35,8 @@ std::optional<int> runTask(const Task& task);
 // waited for aside.
 std::optional<pid_t> startTask(const Task& task);
 
-// Returns at once; the process is waited for when it ends, so that nothing is left of it. On Linux a thread sleeps until
-// then; on macOS the task object does it without being asked.
+// Returns at once; the process is waited for when it ends, so that nothing is left of it. On Linux a thread sleeps
+// until then; on macOS the task object does it without being asked.
 void waitForTaskAside(pid_t process);
 
 }  // namespace platform

@@ -17,8 +17,8 @@ bool isUtf8(std::string_view bytes);
 //   "e" U+0301 FF  => "e" U+0301 FF
 std::string canonicallyComposed(const char* text);
 
-// A random UUID (RFC 9562, version 4) as text, upper-case. A child of `fork` gets others than its parent. On macOS "" when
-// Core Foundation has no memory for one.
+// A random UUID (RFC 9562, version 4) as text, upper-case. A child of `fork` gets others than its parent. On macOS ""
+// when Core Foundation has no memory for one.
 //   => "9F0C3B6E-52A1-4D0B-8C57-1E2F6A7B8C9D"
 std::string randomUuidText();
 

@@ -7,7 +7,6 @@
 namespace platform {
 
 std::string canonicallyComposed(const char* text) {
-  if (!isUtf8(text)) return text;
   const AutoreleaseScope scope;
   NSString* const composed = [[NSString stringWithUTF8String:text] precomposedStringWithCanonicalMapping];
   const char* const bytes = [composed UTF8String];

@@ -23,6 +23,7 @@
 @interface NSTask (AsOnAMac)
 - (std::string)told;
 - (void)keepStill;
+- (void)lose;
 @end
 
 @implementation NSTask (AsOnAMac)
@@ -30,6 +31,14 @@
 // Its notification would keep it until the run loop of the thread that launched it runs.
 - (void)keepStill {
   _hasNotified = YES;
+}
+
+// Somebody else has taken its end.
+- (void)lose {
+  if (_hasCollected) return;
+  _terminationStatus = -1;
+  _hasCollected = YES;
+  _hasTerminated = YES;
 }
 
 - (std::string)told {
@@ -100,10 +109,16 @@ void collectWhenEnded(NSTask* task) {
   ::pthread_sigmask(SIG_SETMASK, &all, nullptr);
   siginfo_t ended{};
   const auto process = static_cast<id_t>([task processIdentifier]);
-  while (::waitid(P_PID, process, &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
-  }
+  int result = 0;
+  do {
+    result = ::waitid(P_PID, process, &ended, WEXITED | WNOWAIT);
+  } while (result != 0 && errno == EINTR);
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
-  (void)[task isRunning];
+  {
+    const std::lock_guard<std::recursive_mutex> turn(collecting);
+    if (result == 0) (void)[task isRunning];
+    [task lose];
+  }
   [task release];
   [pool release];
 }

@@ -43,8 +43,10 @@ class RunLoopTest : public macos_test::SystemTest {
 };
 
 TEST_F(RunLoopTest, TheTimePassesWithoutAnythingToWaitFor) {
-  std::thread([] { EXPECT_GE(timeOf(50ms), 50ms); }).join();
+  doubles::failCall("runUntilDate:", 1);
   EXPECT_GE(timeOf(50ms), 50ms);
+  doubles::failCall("runUntilDate:", 0);
+  std::thread([] { EXPECT_GE(timeOf(50ms), 50ms); }).join();
 }
 
 TEST_F(RunLoopTest, EventsAreServedMeanwhileAndTheTimePassesAllTheSame) {

@@ -1,0 +1,32 @@
+// A run loop that returns at once, as on a Mac when there is nothing that it could wait for. The implementation's own
+// then waits in vain, so a test has to ask for it: `failCall("runUntilDate:", 1)`.
+
+#import <Foundation/Foundation.h>
+
+#include "tests/macos/doubles/Methods.h"
+#include "tests/macos/doubles/SystemCalls.h"
+#include "tests/macos/doubles/Uncounted.h"
+
+namespace {
+
+void (*theirRun)(NSRunLoop*, SEL, NSDate*);
+
+void run(NSRunLoop* self, SEL method, NSDate* end) {
+  if (doubles::statusOf("runUntilDate:") == 0) theirRun(self, method, end);
+}
+
+}  // namespace
+
+@interface RunLoopAsOnAMac : NSObject
+@end
+
+@implementation RunLoopAsOnAMac
+
++ (void)load {
+  const doubles::Uncounted uncounted;
+  NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+  theirRun = doubles::replaceIn([NSRunLoop class], @selector(runUntilDate:), run, "v@:@");
+  [pool release];
+}
+
+@end
