@@ -29,7 +29,8 @@ Record& record() {
 
 void noteCall(const std::string& line) {
   const std::lock_guard<std::mutex> held(turn);
-  record().lines.push_back(line);
+  std::vector<std::string>& lines = record().lines;
+  if (lines.size() < mostLines) lines.push_back(line);
 }
 
 std::vector<std::string> takenCalls() {
