@@ -15,22 +15,7 @@ namespace {
 // Large enough to make the calls cheap, small enough to stay in the processor's cache between the read and the write.
 constexpr std::size_t blockSize = 128 * 1024;
 
-// Leaves out the holes of a file of this size; answers how far it came.
-off_t copyData(int from, int to, off_t size) {
-  off_t at = 0;
-  while (at < size) {
-    const off_t data = ::lseek(from, at, SEEK_DATA);
-    if (data < 0) return errno == ENXIO ? size : at;  // there is nothing but a hole up to the end
-    const off_t hole = std::min(::lseek(from, data, SEEK_HOLE), size);
-    if (hole <= data) return at;
-    at = copyPart(from, to, data, hole);
-    if (at < hole) return at;
-  }
-  return at;
-}
-
-}  // namespace
-
+// Copies from where both files stand, at most so many bytes. False, with `errno`, when it stopped at an error.
 bool copyBlocks(int from, int to, off_t most) {
   std::vector<char> block(blockSize);
   while (most > 0) {
@@ -44,11 +29,13 @@ bool copyBlocks(int from, int to, off_t most) {
   return true;
 }
 
+}  // namespace
+
 bool copyContents(int from, int to, off_t size) {
   // Where files can share their blocks nothing need be copied.
   if (shareBlocks(from, to)) return true;
 
-  // Some systems cannot copy on their own: what is left goes block by block.
+  // What the system has not copied on its own goes block by block.
   const off_t done = copyData(from, to, size);
   if (done > 0 && (::ftruncate(to, done) != 0 || ::lseek(to, done, SEEK_SET) < 0)) return false;
   (void)::lseek(from, done, SEEK_SET);  // a pipe has no places

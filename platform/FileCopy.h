@@ -18,8 +18,8 @@ bool copyFileContents(const std::string& from, const std::string& to);
 //
 // A symbolic link is copied as a link with the same text. Kept are the permission bits, the times to the nanosecond,
 // extended attributes with the access list, and the holes; owner and group as far as this process may give files
-// away, and without the owner no set-user-id bit either. On macOS flags are not kept: the copy of a locked file can be
-// replaced. A file that grows meanwhile is copied as far as it went.
+// away, and without the owner no set-user-id bit either. On macOS holes are filled with zeros, and flags are not
+// kept: the copy of a locked file can be replaced. A file that grows meanwhile is copied as far as it went.
 // Pipes, sockets, devices and folders are refused without being opened. On failure nothing is left at `to`, and what
 // had been there still is. The file is not flushed to the disk.
 Failure copyFile(const std::string& from, const std::string& to);

@@ -8,11 +8,9 @@
 #include <cerrno>
 
 namespace platform {
+namespace {
 
-bool shareBlocks(int from, int to) {
-  return ::ioctl(to, FICLONE, from) == 0;
-}
-
+// Copies the bytes from `at` up to `end`; answers how far it came.
 off_t copyPart(int from, int to, off_t at, off_t end) {
   constexpr off_t mostAtOnce = 1 << 30;
   off_t read = at;
@@ -24,6 +22,25 @@ off_t copyPart(int from, int to, off_t at, off_t end) {
     if (copied <= 0) break;
   }
   return read;
+}
+
+}  // namespace
+
+bool shareBlocks(int from, int to) {
+  return ::ioctl(to, FICLONE, from) == 0;
+}
+
+off_t copyData(int from, int to, off_t size) {
+  off_t at = 0;
+  while (at < size) {
+    const off_t data = ::lseek(from, at, SEEK_DATA);
+    if (data < 0) return errno == ENXIO ? size : at;  // there is nothing but a hole up to the end
+    const off_t hole = std::min(::lseek(from, data, SEEK_HOLE), size);
+    if (hole <= data) return at;
+    at = copyPart(from, to, data, hole);
+    if (at < hole) return at;
+  }
+  return at;
 }
 
 }  // namespace platform
