@@ -4,6 +4,7 @@
 
 #include "platform/UserFolders.h"
 #include "tests/macos/platform/SystemTest.h"
+#include "tests/support/Files.h"
 #include "tests/support/Home.h"
 
 namespace {
@@ -59,8 +60,14 @@ std::string entryWithHome(const std::string& home) {
 }
 
 TEST_F(FoldersTest, WhosePathIsNoTextAreNotGiven) {
-  const support::PasswordDatabase users(entryWithHome("/tmp/\xff"));
+  const support::TemporaryFolder place;
+  const std::string home = place / "\xff";
+  std::filesystem::create_directory(home);
+  const support::PasswordDatabase users(entryWithHome(home));
   EXPECT_EQ(platform::homeFolder(), "");
+  const FolderSearch search = findFolder(FolderDomain::user, FolderKind::applicationSupport);
+  EXPECT_EQ(search.failure, FolderSearch::Failure::text);
+  EXPECT_EQ(search.path, "");
 }
 
 TEST_F(FoldersTest, OfMoreThan1023BytesHaveNoPath) {
