@@ -16,6 +16,7 @@ std::mutex turn;
 struct Record {
   std::vector<std::string> lines;
   std::map<std::string, int> failing;
+  std::map<std::string, int> failingNext;
   std::map<std::string, int> objects;
 };
 
@@ -43,8 +44,14 @@ void failCall(const std::string& call, int status) {
   record().failing[call] = status;
 }
 
+void failNextCall(const std::string& call, int status) {
+  const std::lock_guard<std::mutex> held(turn);
+  record().failingNext[call] = status;
+}
+
 int statusOf(const std::string& call) {
   const std::lock_guard<std::mutex> held(turn);
+  if (const auto next = record().failingNext.extract(call)) return next.mapped();
   const auto entry = record().failing.find(call);
   return entry == record().failing.end() ? 0 : entry->second;
 }
@@ -72,6 +79,7 @@ void forgetCalls() {
   const std::lock_guard<std::mutex> held(turn);
   record().lines.clear();
   record().failing.clear();
+  record().failingNext.clear();
   record().objects.clear();
 }
 

@@ -17,7 +17,10 @@ std::vector<std::string> takenCalls();
 // From now on the call answers with this status, in the numbers that it answers with. 0: it works again.
 void failCall(const std::string& call, int status);
 
-// 0 unless the call is to fail.
+// The next such call answers so, and no other.
+void failNextCall(const std::string& call, int status);
+
+// 0 unless the call that is being made is to fail.
 int statusOf(const std::string& call);
 
 // Objects that somebody has to give back, by their type.

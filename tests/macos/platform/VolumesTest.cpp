@@ -35,6 +35,12 @@ TEST_F(VolumesTest, TellWhyAPathIsOnNone) {
   }
 }
 
+TEST_F(VolumesTest, AreAskedForAnewAfterAnInterruption) {
+  doubles::failNextCall("statfs", EINTR);
+  EXPECT_EQ(mountPointOf("/proc"), "/proc");
+  EXPECT_THAT(doubles::takenCalls(), ElementsAre("statfs /proc", "statfs /proc"));
+}
+
 TEST_F(VolumesTest, HaveTheNameThatTheFileManagerGivesThem) {
   EXPECT_EQ(volumeNameOf("/proc/"), "Macintosh HD");
   EXPECT_THAT(doubles::takenCalls(),
