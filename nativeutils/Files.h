@@ -97,11 +97,11 @@ bool utilDeleteFileIfExitsAtPath(const std::string& path, bool unused);
 ///
 /// The former file is deleted first, so a failing copy leaves none; an unfinished copy is removed. On Linux a copy
 /// keeps permission bits, times to the nanosecond, extended attributes with the access list and, as far as this process
-/// may set them, owner and group; blocks are shared where the file system can, and holes stay holes. A symbolic link
-/// to a file is copied as a link with the same text. Pipes, sockets and devices cannot be copied and are never waited
-/// for. A file is not copied over itself, into its own folder or through a link to the target, nor a link to where it
-/// would lead back to itself: that fails, and the file at the target stays. A file that grows meanwhile is copied as
-/// far as it went.
+/// may set them, owner and group; blocks are shared where the file system can, and holes stay holes. On macOS it keeps
+/// the same, but shares no blocks and keeps neither holes nor file flags. A symbolic link to a file is copied as a link
+/// with the same text. Pipes, sockets and devices cannot be copied and are never waited for. A file is not copied over
+/// itself, into its own folder or through a link to the target, nor a link to where it would lead back to itself: that
+/// fails, and the file at the target stays. A file that grows meanwhile is copied as far as it went.
 ///
 /// Every failure is logged at fatal level: "Error Src file (%s) does not exits.", "Error Failed to copy src file to dst
 /// (%s) ... either dst does not exits or not a folder.", "unable to delete dst file (%s)." or "Error Failed to copy.

@@ -22,7 +22,9 @@ int copyAttributes(int from, const struct stat& object, int to) {
   copyExtendedAttributes(from, to);
   const mode_t bits = ownerKept ? 07777 : 01777;
   if (::fchmod(to, object.st_mode & bits) != 0) return errno;
-  return ::futimens(to, timesOf(object).data()) == 0 ? 0 : errno;
+  if (::futimens(to, timesOf(object).data()) != 0) return errno;
+  copyAccessList(from, to);
+  return 0;
 }
 
 void copyLinkAttributes(const struct stat& object, const std::string& to) {

@@ -19,9 +19,11 @@ void copyLinkAttributes(const struct stat& object, const std::string& to);
 
 // What a system does in its own way.
 
-// Extended attributes and the access list. What the other file system does not take, or this user may not set, is left
-// out.
+// What the other file system does not take, or this user may not set, is left out.
 void copyExtendedAttributes(int from, int to);
+
+// Comes last, for it may forbid its owner to set the rest. On Linux the list is an extended attribute.
+void copyAccessList(int from, int to);
 
 // When it was last read and last written, to the nanosecond.
 std::array<timespec, 2> timesOf(const struct stat& object);

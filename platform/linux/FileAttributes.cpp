@@ -37,6 +37,8 @@ void copyExtendedAttributes(int from, int to) {
   }
 }
 
+void copyAccessList(int /*from*/, int /*to*/) {}
+
 std::array<timespec, 2> timesOf(const struct stat& object) {
   return {object.st_atim, object.st_mtim};
 }

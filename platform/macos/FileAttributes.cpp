@@ -4,10 +4,12 @@
 
 namespace platform {
 
-// Not with COPYFILE_STAT, which would leave the set-user-id bit to whoever copies. One by one: the system goes no
-// further after an extended attribute that cannot be kept. What cannot be kept is left out.
+// Not with COPYFILE_STAT, which would leave the set-user-id bit to whoever copies. What cannot be kept is left out.
 void copyExtendedAttributes(int from, int to) {
   (void)::fcopyfile(from, to, nullptr, COPYFILE_XATTR);
+}
+
+void copyAccessList(int from, int to) {
   (void)::fcopyfile(from, to, nullptr, COPYFILE_ACL);
 }
 

@@ -122,6 +122,7 @@ TEST_F(LoggerTest, TheContextIsTheFirstText) {
     logger.setLogLevel(level(4), nullptr, nullptr);
     logger.logInfo("SVO", "text");
   });
+  ASSERT_THAT(lines, testing::Not(IsEmpty()));
   EXPECT_EQ(withoutTimeAndThread(lines.back()), "[INFO] | context | QSU | SVO | SVO |  |  | text");
 }
 

@@ -1,6 +1,7 @@
 // The system's own copy of files, of which the access list and the extended attributes are one thing here.
 
 #include <copyfile.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include <cerrno>
@@ -9,8 +10,19 @@
 
 #include "tests/macos/doubles/SystemCalls.h"
 
+namespace {
+
+// A list may forbid its owner to set times and bits.
+std::string whatIsSet(int fd) {
+  struct stat item {};
+  (void)::fstat(fd, &item);
+  return " after mode " + std::to_string(item.st_mode & 07777) + " and time " + std::to_string(item.st_mtime);
+}
+
+}  // namespace
+
 int fcopyfile(int from_fd, int to_fd, copyfile_state_t, copyfile_flags_t flags) {
-  doubles::noteCall("fcopyfile " + std::to_string(flags));
+  doubles::noteCall("fcopyfile " + std::to_string(flags) + (flags == COPYFILE_ACL ? whatIsSet(to_fd) : ""));
   if (const int error = doubles::statusOf("fcopyfile")) {
     errno = error;
     return -1;
