@@ -89,7 +89,7 @@ bool utilLaunchApplication(const std::string& path);
 /// files the one for their type. A bus of the session that does not answer is given up after two seconds, and the
 /// program is started without it.
 ///
-/// @param url an absolute URL by RFC 3986: "http://h/a b", "h/a" and "" are none
+/// @param url an absolute URL by RFC 3986: "http://h/a b", "h/a" and "" are none; on macOS brackets need no escape
 /// @return whether such a program was started; on Linux always false without a display
 bool utilOpenURL(const std::string& url);
 

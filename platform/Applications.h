@@ -14,7 +14,7 @@ namespace platform {
 // Opens an address in the user's default program for it; true when that has been started. False for a text that is no
 // address, without a program for it, and, on Linux, without a display. On Linux a bus of the session that does not
 // answer is given up after two seconds, and the program started without it; GIO may start a bus where there is none. On
-// macOS the workspace is asked.
+// macOS the workspace is asked, and brackets may stand anywhere.
 bool openUrl(const std::string& url);
 
 // Whether the text has a scheme and is otherwise made of what RFC 3986 allows: no blanks, no letters beyond ASCII, "%"

@@ -25,6 +25,15 @@ TEST_F(OpenUrlTest, ATextThatIsNoAddressIsNotHandedOn) {
   EXPECT_THAT(doubles::takenCalls(), IsEmpty());
 }
 
+TEST_F(OpenUrlTest, BracketsNeedNoEscape) {
+  for (const char* text : {"https://h/?a[]=1", "http://h/[a]", "http://[::1]:8080/#["}) {
+    EXPECT_TRUE(platform::openUrl(text)) << text;
+    EXPECT_THAT(doubles::takenCalls(), ElementsAre("sharedWorkspace", std::string("openURL: ") + text));
+  }
+  EXPECT_FALSE(platform::openUrl("ht[tp://h/"));
+  EXPECT_FALSE(platform::openUrl("[http://h/]"));
+}
+
 TEST_F(FrontingTest, AProcessIsBroughtToTheFrontByItsNumber) {
   EXPECT_EQ(platform::bringToFront(1), Fronting::done);
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("GetProcessForPID 1", "SetFrontProcess 0,1"));
