@@ -1,5 +1,6 @@
 // A run loop that returns at once, as on a Mac when there is nothing that it could wait for. The implementation's own
-// then waits in vain, so a test has to ask for it: `failCall("runUntilDate:", 1)`.
+// then waits in vain, so a test has to ask for it: `failCall("runUntilDate:", 1)`. It keeps to itself what a handler
+// throws, too; with 2 a handler's exception comes out.
 
 #import <Foundation/Foundation.h>
 
@@ -12,7 +13,9 @@ namespace {
 void (*theirRun)(NSRunLoop*, SEL, NSDate*);
 
 void run(NSRunLoop* self, SEL method, NSDate* end) {
-  if (doubles::statusOf("runUntilDate:") == 0) theirRun(self, method, end);
+  const int status = doubles::statusOf("runUntilDate:");
+  if (status == 0) theirRun(self, method, end);
+  if (status == 2) [NSException raise:NSGenericException format:@"of a handler"];
 }
 
 }  // namespace

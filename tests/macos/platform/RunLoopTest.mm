@@ -55,6 +55,11 @@ TEST_F(RunLoopTest, EventsAreServedMeanwhileAndTheTimePassesAllTheSame) {
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("tick"));
 }
 
+TEST_F(RunLoopTest, WhatAHandlerThrowsStaysInsideAndTheTimePasses) {
+  doubles::failCall("runUntilDate:", 2);
+  EXPECT_GE(timeOf(30ms), 30ms);
+}
+
 TEST_F(RunLoopTest, EventsOfAnotherThreadAreNotServed) {
   tickIn(0);
   std::thread([] { timeOf(30ms); }).join();
