@@ -3,6 +3,7 @@
 #import <Foundation/Foundation.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <map>
 #include <mutex>
 
@@ -41,18 +42,12 @@ CFStringRef newString(const std::string& text) {
 
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
 
-void CFRelease(CFTypeRef object) {
-  doubles::givenBack(doubles::typeOnReturn(object));
-  [static_cast<id>(const_cast<void*>(object)) release];
-}
-
-Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
-  if (encoding != kCFStringEncodingUTF8) return 0;
-  NSString* const text = static_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(string)));
-  return [text getCString:buffer maxLength:static_cast<NSUInteger>(bufferSize) encoding:NSUTF8StringEncoding] ? 1 : 0;
-}
-
 namespace {
+
+// Core Foundation ends a process that hands it nothing.
+void mustBe(CFTypeRef object) {
+  if (object == nullptr) std::abort();
+}
 
 // The implementation's own random ones are of no version.
 NSUUID* randomUuid() {
@@ -65,6 +60,19 @@ NSUUID* randomUuid() {
 
 }  // namespace
 
+void CFRelease(CFTypeRef object) {
+  mustBe(object);
+  doubles::givenBack(doubles::typeOnReturn(object));
+  [static_cast<id>(const_cast<void*>(object)) release];
+}
+
+Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
+  mustBe(string);
+  if (encoding != kCFStringEncodingUTF8) return 0;
+  NSString* const text = static_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(string)));
+  return [text getCString:buffer maxLength:static_cast<NSUInteger>(bufferSize) encoding:NSUTF8StringEncoding] ? 1 : 0;
+}
+
 CFUUIDRef CFUUIDCreate(CFAllocatorRef) {
   doubles::noteCall("CFUUIDCreate");
   if (doubles::statusOf("CFUUIDCreate") != 0) return nullptr;
@@ -72,6 +80,7 @@ CFUUIDRef CFUUIDCreate(CFAllocatorRef) {
 }
 
 CFStringRef CFUUIDCreateString(CFAllocatorRef, CFUUIDRef uuid) {
+  mustBe(uuid);
   doubles::noteCall("CFUUIDCreateString");
   if (doubles::statusOf("CFUUIDCreateString") != 0) return nullptr;
   NSUUID* const object = static_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(uuid)));

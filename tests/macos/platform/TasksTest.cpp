@@ -97,6 +97,13 @@ TEST_F(TasksTest, ArgumentsArriveAsTheyAre) {
   EXPECT_EQ(support::contentsOf(folder / "seen"), "a b||\"'$HOME*\n|\xC3\xA4\xF0\x9F\x98\x80|");
 }
 
+TEST_F(TasksTest, AnArgumentEndsAtItsFirstNul) {
+  Task task = shell("printf '%s' \"$0\" >'" + (folder / "seen") + "'");
+  task.arguments.push_back(std::string("a\0\xFF", 3));
+  EXPECT_EQ(runTask(task), 0);
+  EXPECT_EQ(support::contentsOf(folder / "seen"), "a");
+}
+
 TEST_F(TasksTest, AnArgumentThatIsNoTextCannotBeHandedOver) {
   Task task = shell("exit 0");
   task.arguments.push_back("\xFF");
@@ -110,6 +117,21 @@ TEST_F(TasksTest, TheWorkingFolderIsTheOneGiven) {
   task.folder = folder.path();
   EXPECT_EQ(runTask(task), 0);
   EXPECT_EQ(support::contentsOf(folder / "seen"), std::filesystem::canonical(folder.path()).string() + "\n");
+}
+
+TEST_F(TasksTest, ARelativeProgramIsLookedForFromHereWhateverItsWorkingFolder) {
+  ASSERT_EQ(::mkdir((folder / "sub").c_str(), 0755), 0);
+  support::writeFile(folder / "sub/script", "#!/bin/sh\nexit 7\n");
+  ASSERT_EQ(::chmod((folder / "sub/script").c_str(), 0755), 0);
+  const auto former = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  const std::string here = std::filesystem::current_path().string();
+  Task task;
+  task.program = "sub/script";
+  task.folder = "sub";
+  EXPECT_EQ(runTask(task), 7);
+  std::filesystem::current_path(former);
+  EXPECT_THAT(doubles::takenCalls(), ElementsAre("launch " + here + "/sub/script in sub", "waitUntilExit"));
 }
 
 TEST_F(TasksTest, WhatFoundationThrowsAtIsNotStartedAndLeavesNothing) {
@@ -131,6 +153,8 @@ TEST_F(TasksTest, WhatFoundationThrowsAtIsNotStartedAndLeavesNothing) {
   EXPECT_EQ(errorOf("true"), ENOENT);
   EXPECT_EQ(errorOf("/bin/true", folder / "none"), ENOENT);
   EXPECT_EQ(errorOf("/bin/\xFF"), EILSEQ);
+  EXPECT_EQ(errorOf("/bin/true", folder / "\xFF"), EILSEQ);
+  EXPECT_EQ(errorOf(std::string("/no/such\0\xFF", 10)), ENOENT);
   EXPECT_FALSE(support::hasChildren());
 }
 
