@@ -54,6 +54,7 @@ NSArray* architectures(NSBundle* self, SEL method) {
   const doubles::Uncounted uncounted;
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   const Class bundle = [NSBundle class];
+  (void)[NSBundle mainBundle];  // made of its own path, which a test may withhold later
   theirPath = doubles::replaceIn(bundle, @selector(bundlePath), path, "@@:");
   theirExecutable = doubles::replaceIn(bundle, @selector(executablePath), executable, "@@:");
   theirArchitectures = doubles::replaceIn(bundle, @selector(executableArchitectures), architectures, "@@:");
