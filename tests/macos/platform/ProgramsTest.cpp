@@ -1,14 +1,18 @@
 // Programs and the running one, through the library's functions and with what they log.
 
+#include <pthread.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <future>
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/macos/doubles/MainBundle.h"
 #include "tests/macos/doubles/SystemCalls.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
 #include "tests/support/Child.h"
+#include "tests/support/Files.h"
 
 namespace {
 
@@ -83,6 +87,28 @@ TEST_F(ProgramsTest, ATaskThatMayNotBeInFrontIsAWarning) {
   doubles::failCall("SetFrontProcess", -606);
   EXPECT_TRUE(startInFront());
   EXPECT_EQ(logged().back(), "WARN Failed bring front... took much time to Launch Process /bin/true");
+}
+
+TEST_F(ProgramsTest, AWatcherIsGivenTheNumberOfTheTask) {
+  static std::promise<pid_t> given;
+  given = {};
+  const support::TemporaryFolder folder;
+  const auto watcher = [](void* number) -> void* {
+    ::pthread_detach(::pthread_self());
+    given.set_value(static_cast<pid_t>(reinterpret_cast<std::intptr_t>(number)));
+    return nullptr;
+  };
+  EXPECT_TRUE(utilCreateProcess("/bin/sh", {"-c", "echo $$ >\"$0\"", folder / "number"}, false, watcher));
+  const std::string number = std::to_string(given.get_future().get());
+  EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "number") == number + "\n"; }));
+  EXPECT_THAT(doubles::takenCalls(),
+              ElementsAre("launchedTaskWithLaunchPath:arguments:", StartsWith("launch /bin/sh <-c> <echo ")));
+}
+
+TEST_F(ProgramsTest, AnApplicationIsATaskWithoutArgumentsAndWithoutAMessage) {
+  EXPECT_TRUE(utilLaunchApplication("/bin/true"));
+  EXPECT_THAT(doubles::takenCalls(), ElementsAre("launchedTaskWithLaunchPath:arguments:", "launch /bin/true"));
+  EXPECT_TRUE(logged().empty());
 }
 
 TEST_F(ProgramsTest, ATaskObjectThatCannotBeMadeIsAnError) {
