@@ -38,8 +38,8 @@ bool describeActivation(Descriptor& process, Descriptor& event) {
 }
 
 ReferenceFailure failureOf(OSStatus status) {
-  const auto textOf = [](const char* text) { return text == nullptr ? std::string() : text; };
-  return {textOf(GetMacOSStatusErrorString(status)), textOf(GetMacOSStatusCommentString(status))};
+  const auto orEmpty = [](const char* text) { return text == nullptr ? std::string() : text; };
+  return {orEmpty(GetMacOSStatusErrorString(status)), orEmpty(GetMacOSStatusCommentString(status))};
 }
 
 bool launch(const FSRef& file, NSArray* arguments, AEDesc* event) {
