@@ -6,6 +6,7 @@
 
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
+#include "platform/FolderListing.h"
 #include "platform/PathString.h"
 
 namespace platform {
@@ -20,6 +21,12 @@ int remove(const TreeEntry& entry, int flags) {
   return result == 0 || errno == ENOENT ? 0 : errno;
 }
 
+// Linux has an error of its own for removing a folder as if it were none; POSIX and macOS have the one for everything
+// forbidden.
+bool isFolderNow(const TreeEntry& entry, int error) {
+  return error == EISDIR || (error == EPERM && kindAt(entry.folder, entry.name) == EntryKind::folder);
+}
+
 bool isNotEmpty(int error) {
   return error == ENOTEMPTY || error == EEXIST;
 }
@@ -31,7 +38,7 @@ class Removal : public TreeVisitor {
     const int error = remove(entry, entry.kind == EntryKind::folder ? AT_REMOVEDIR : 0);
     if (error == 0 || isNotEmpty(error)) return error != 0;
     // Another process may have put a folder there since, or something else in the place of a folder.
-    if (entry.kind != EntryKind::folder && error == EISDIR) return true;
+    if (entry.kind != EntryKind::folder && isFolderNow(entry, error)) return true;
     if (error == ENOTDIR && remove(entry, 0) == 0) return false;
     note(entry, error);
     return false;

@@ -10,6 +10,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
+#include <functional>
+#include <utility>
 #include <vector>
 
 #include "platform/AtomicFile.h"
@@ -20,6 +24,7 @@
 namespace {
 
 bool kindsAreUnknown = false;
+std::function<void()> beforeRemoval;      // of the next object
 std::vector<off_t> broughtToDisk;         // the sizes
 std::vector<mode_t> modesBeforeTheirOwn;  // of files that get another mode
 
@@ -31,6 +36,14 @@ extern "C" struct dirent* readdir(DIR* folder) {
   struct dirent* const entry = original(folder);
   if (entry != nullptr && kindsAreUnknown) entry->d_type = DT_UNKNOWN;
   return entry;
+}
+
+// With the error that POSIX has for a folder.
+extern "C" int unlinkat(int folder, const char* name, int flags) noexcept {
+  if (beforeRemoval) std::exchange(beforeRemoval, nullptr)();
+  const auto result = static_cast<int>(::syscall(SYS_unlinkat, folder, name, flags));
+  if (result != 0 && errno == EISDIR) errno = EPERM;
+  return result;
 }
 
 extern "C" int fsync(int fd) {
@@ -96,6 +109,17 @@ TEST_F(FileCallsTest, AFileSystemNeedNotTellTheKindsOfEntries) {
               testing::UnorderedElementsAre(std::pair("a", EntryKind::folder), std::pair("link", EntryKind::link),
                                             std::pair("file", EntryKind::other)));
   EXPECT_EQ(platform::removeTree(folder / "a"), std::nullopt);
+}
+
+TEST_F(FileCallsTest, AFolderThatCameInAFilesPlaceIsRemovedWhateverTheSystemCallsIt) {
+  support::writeFile(folder / "file", "");
+  beforeRemoval = [&] {
+    ASSERT_EQ(std::rename((folder / "file").c_str(), (folder / "kept").c_str()), 0);
+    ASSERT_EQ(::mkdir((folder / "file").c_str(), 0700), 0);
+    support::writeFile(folder / "file/below", "");
+  };
+  EXPECT_EQ(platform::removeTree(folder / "file"), std::nullopt);
+  EXPECT_THAT(platform::entriesOf(folder.path()), testing::SizeIs(1));
 }
 
 }  // namespace
