@@ -115,6 +115,7 @@ LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool p
   [listener ignore];
   _signIn->window.setRequestedURL([request URL]);
   _signIn->flow.newWindowRequested(textOf([[request URL] absoluteString]).value_or(""));
+  _signIn->window.setRequestedURL(nil);
 }
 
 - (SVOWindow*)window {
