@@ -158,16 +158,16 @@ Frame SVOWindow::windowFrame() const {
   int x = 0, top = 0, width = 0, height = 0;
   gtk_window_get_position(window_, &x, &top);
   gtk_window_get_size(window_, &width, &height);
-  return {double(x), double(screenHeight() - top - height), double(width), double(height)};
+  told_ = {double(x), double(screenHeight() - top - height), double(width), double(height)};
+  return told_;
 }
 
 void SVOWindow::setWindowFrame(const Frame& frame) {
-  const Frame current = windowFrame();
   const int top = screenHeight() - pixels(frame.y + frame.height);
   gtk_window_resize(window_, pixels(frame.width), pixels(frame.height));
 
-  // A window that stays where it is keeps the place that the window manager chose for it.
-  if (pixels(frame.x) == pixels(current.x) && pixels(frame.y) == pixels(current.y)) return;
+  // A window that is to stay where it was keeps the place that the window manager may have chosen for it since.
+  if (pixels(frame.x) == pixels(told_.x) && pixels(frame.y) == pixels(told_.y)) return;
   gtk_window_move(window_, pixels(frame.x), std::max(top, 0));
 }
 

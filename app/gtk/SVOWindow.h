@@ -85,4 +85,5 @@ class SVOWindow : public SignInWindow {
   Allowance outside_{3};
   Allowance dialogs_{5};
   bool scrollingForbidden_ = false;
+  mutable Frame told_;  // by `windowFrame`, the last time
 };
