@@ -16,6 +16,7 @@
 #include "tests/support/Child.h"
 #include "tests/support/Environment.h"
 #include "tests/support/Files.h"
+#include "tests/support/Output.h"
 
 namespace {
 
@@ -64,20 +65,6 @@ class CreateProcessTest : public nativeutils_test::LoggedTest {
 
   bool isDone() const {
     return support::comesTrue([&] { return std::filesystem::exists(folder / "done"); });
-  }
-
-  // What is written to this process's standard output and standard error meanwhile.
-  std::string outputOf(const std::function<void()>& body) const {
-    const std::string seen = folder / "output";
-    std::fflush(nullptr);
-    const platform::UniqueFd file(::creat(seen.c_str(), 0600));
-    const platform::UniqueFd output(::dup(STDOUT_FILENO)), errors(::dup(STDERR_FILENO));
-    ::dup2(file.get(), STDOUT_FILENO);
-    ::dup2(file.get(), STDERR_FILENO);
-    body();
-    ::dup2(output.get(), STDOUT_FILENO);
-    ::dup2(errors.get(), STDERR_FILENO);
-    return support::contentsOf(seen);
   }
 
   unsigned long status = 4711;
@@ -153,9 +140,9 @@ TEST_F(CreateProcessTest, WhatCannotBeStartedIsAnError) {
 
 TEST_F(CreateProcessTest, OutputIsDiscardedByTheOneAndKeptByTheOther) {
   const std::string path = program("echo out; echo err >&2; touch '" + (folder / "done") + "'");
-  EXPECT_EQ(outputOf([&] { EXPECT_EQ(endOf(path), 0); }), "");
+  EXPECT_EQ(support::outputOf([&] { EXPECT_EQ(endOf(path), 0); }), "");
   std::filesystem::remove(folder / "done");
-  EXPECT_EQ(outputOf([&] {
+  EXPECT_EQ(support::outputOf([&] {
               EXPECT_TRUE(utilCreateProcess(path, {}, false, nullptr));
               EXPECT_TRUE(isDone());
             }),

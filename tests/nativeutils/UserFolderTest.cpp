@@ -22,17 +22,14 @@ class UserFolderTest : public testing::TestWithParam<LookUp> {
     support::switches = 0;
   }
 
-  static std::string entry(uid_t user, const std::string& home) {
-    return "user" + std::to_string(user) + ":x:" + std::to_string(user) + ":0::" + home + ":/bin/sh\n";
-  }
-
   std::string lookedUp() const {
     std::string path = "former";
     EXPECT_TRUE(GetParam()(path));
     return path;
   }
 
-  const support::PasswordDatabase users{entry(::geteuid(), "/home/self") + entry(somebodyElse, "/home/console")};
+  const support::PasswordDatabase users{support::passwordEntry(::geteuid(), "/home/self") +
+                                        support::passwordEntry(somebodyElse, "/home/console")};
 };
 
 INSTANTIATE_TEST_SUITE_P(Both, UserFolderTest, testing::Values(utilGetUserFolderPath, tarn::getUserFolder));

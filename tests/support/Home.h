@@ -61,6 +61,11 @@ class ReplacedDatabase {
   std::string former_;
 };
 
+// A line of the password database.
+inline std::string passwordEntry(uid_t user, const std::string& home) {
+  return "user" + std::to_string(user) + ":x:" + std::to_string(user) + ":0::" + home + ":/bin/sh\n";
+}
+
 class PasswordDatabase : public ReplacedDatabase {
  public:
   explicit PasswordDatabase(const std::string& entries) : ReplacedDatabase("NSS_WRAPPER_PASSWD", entries) {}

@@ -52,10 +52,6 @@ TEST_F(ConsoleUserTest, IsKnownByTheNumber) {
 // The library's own look-up and the logging library's, which have the same rules.
 class ConsoleFolderTest : public ConsoleUserTest, public testing::WithParamInterface<bool (*)(std::string&)> {
  protected:
-  static std::string entry(uid_t user, const std::string& home) {
-    return "user" + std::to_string(user) + ":x:" + std::to_string(user) + ":0::" + home + ":/bin/sh\n";
-  }
-
   // Also sees to it that the database of users has been opened by somebody who may.
   std::string lookedUp() const {
     std::string path = "former";
@@ -71,7 +67,8 @@ class ConsoleFolderTest : public ConsoleUserTest, public testing::WithParamInter
     return ::geteuid() == 0;
   }
 
-  const support::PasswordDatabase users{entry(::geteuid(), "/home/self") + entry(somebodyElse, "/home/console")};
+  const support::PasswordDatabase users{support::passwordEntry(::geteuid(), "/home/self") +
+                                        support::passwordEntry(somebodyElse, "/home/console")};
 };
 
 INSTANTIATE_TEST_SUITE_P(Both, ConsoleFolderTest, testing::Values(utilGetUserFolderPath, tarn::getUserFolder));

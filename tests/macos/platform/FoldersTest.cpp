@@ -55,15 +55,11 @@ TEST_F(FoldersTest, WithoutAPathHaveTheSystemsNumber) {
               ElementsAre("FSFindFolder -32765 apps create", "FSRefMakePath /Applications 1024"));
 }
 
-std::string entryWithHome(const std::string& home) {
-  return "self:x:" + std::to_string(::geteuid()) + ":0::" + home + ":/bin/sh\n";
-}
-
 TEST_F(FoldersTest, WhosePathIsNoTextAreNotGiven) {
   const support::TemporaryFolder place;
   const std::string home = place / "\xff";
   std::filesystem::create_directory(home);
-  const support::PasswordDatabase users(entryWithHome(home));
+  const support::PasswordDatabase users(support::passwordEntry(::geteuid(), home));
   EXPECT_EQ(platform::homeFolder(), "");
   const FolderSearch search = findFolder(FolderDomain::user, FolderKind::applicationSupport);
   EXPECT_EQ(search.failure, FolderSearch::Failure::text);
@@ -71,9 +67,9 @@ TEST_F(FoldersTest, WhosePathIsNoTextAreNotGiven) {
 }
 
 TEST_F(FoldersTest, OfMoreThan1023BytesHaveNoPath) {
-  const support::PasswordDatabase longest(entryWithHome("/" + std::string(1022, 'h')));
+  const support::PasswordDatabase longest(support::passwordEntry(::geteuid(), "/" + std::string(1022, 'h')));
   EXPECT_EQ(platform::homeFolder().size(), 1023u);
-  const support::PasswordDatabase longer(entryWithHome("/" + std::string(1023, 'h')));
+  const support::PasswordDatabase longer(support::passwordEntry(::geteuid(), "/" + std::string(1023, 'h')));
   EXPECT_EQ(platform::homeFolder(), "");
 }
 

@@ -1,6 +1,5 @@
 // Tasks as Foundation runs them: real processes, and what Foundation is asked for.
 
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,10 +9,10 @@
 #include <thread>
 
 #include "platform/Processes.h"
-#include "platform/UniqueFd.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Output.h"
 
 namespace {
 
@@ -38,19 +37,6 @@ class TasksTest : public macos_test::SystemTest {
   }
 
   static std::size_t openFiles() { return support::namesIn("/proc/self/fd").size(); }
-
-  // What is written to standard output and error while `body` runs.
-  std::string outputOf(const std::function<void()>& body) const {
-    const std::string seen = folder / "output";
-    const platform::UniqueFd file(::open(seen.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    const platform::UniqueFd output(::dup(STDOUT_FILENO)), errors(::dup(STDERR_FILENO));
-    ::dup2(file.get(), STDOUT_FILENO);
-    ::dup2(file.get(), STDERR_FILENO);
-    body();
-    ::dup2(output.get(), STDOUT_FILENO);
-    ::dup2(errors.get(), STDERR_FILENO);
-    return support::contentsOf(seen);
-  }
 
   const support::TemporaryFolder folder;
 };
@@ -81,9 +67,9 @@ TEST_F(TasksTest, OnlyARunTaskIsWaitedFor) {
 
 TEST_F(TasksTest, OutputIsSilencedOrKept) {
   Task task = shell("echo out; echo err >&2");
-  EXPECT_EQ(outputOf([&] { EXPECT_EQ(runTask(task), 0); }), "out\nerr\n");
+  EXPECT_EQ(support::outputOf([&] { EXPECT_EQ(runTask(task), 0); }), "out\nerr\n");
   task.silent = true;
-  EXPECT_EQ(outputOf([&] { EXPECT_EQ(runTask(task), 0); }), "");
+  EXPECT_EQ(support::outputOf([&] { EXPECT_EQ(runTask(task), 0); }), "");
 }
 
 TEST_F(TasksTest, ATaskThatASignalEndedHasTheSignalsNumber) {
