@@ -1,14 +1,19 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <clocale>
 #include <cstdlib>
+#include <ctime>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "logging/Helpers.h"
 #include "tests/logging/FileTargetFixture.h"
 #include "tests/support/Child.h"
+#include "tests/support/Clock.h"
 
 namespace {
 
@@ -28,6 +33,11 @@ class LineFormatTest : public FileTargetTest {
 
   const std::string thread = target.getCurrentThreadID();
 };
+
+// A time's text up to its ":567".
+std::string withoutMilliseconds(const std::string& timeText) {
+  return timeText.substr(0, timeText.size() - 4);
+}
 
 // The zone of the process until the end of the scope.
 class TimeZone {
@@ -111,13 +121,13 @@ TEST_F(LineFormatTest, TheTimeFollowsAChangeOfTheZoneWithinTheSecond) {
 
 TEST_F(LineFormatTest, WithoutATimeItIsNow) {
   const TimeZone zone("UTC");
-  const std::time_t before = std::time(nullptr);
+  const std::time_t before = support::currentSecond();
   const std::string text = timeText(0);
-  const std::time_t after = std::time(nullptr);
-  const std::string printed = text.substr(0, text.size() - 4);
-  EXPECT_TRUE(timeText(static_cast<unsigned long long>(before) * 1000).rfind(printed, 0) == 0 ||
-              timeText(static_cast<unsigned long long>(after) * 1000).rfind(printed, 0) == 0)
-      << text;
+  const std::time_t after = support::currentSecond();
+  std::vector<std::string> secondsBetween;
+  for (std::time_t second = before; second <= after; ++second)
+    secondsBetween.push_back(withoutMilliseconds(timeText(static_cast<unsigned long long>(second) * 1000)));
+  EXPECT_THAT(secondsBetween, testing::Contains(withoutMilliseconds(text)));
 }
 
 TEST_F(LineFormatTest, TheTimeHasTheFormOfTheLocale) {

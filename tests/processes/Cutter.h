@@ -9,6 +9,7 @@
 
 #include "logging/LogTargetDefault.h"
 #include "tests/processes/Ledger.h"
+#include "tests/support/Clock.h"
 
 namespace processes {
 
@@ -24,7 +25,7 @@ class Cutter {
 
   // Lets the second of the last cut pass, since an archive is named after its second and would be overwritten.
   void awaitAnotherSecond() {
-    while (std::time(nullptr) <= lastCut_)
+    while (support::currentSecond() <= lastCut_)
       ::sched_yield();
   }
 
@@ -33,7 +34,7 @@ class Cutter {
     timeMs_ += 2 * 3600 * 1000;
     write();
     write();
-    lastCut_ = std::time(nullptr);
+    lastCut_ = support::currentSecond();
   }
 
  private:
@@ -42,7 +43,7 @@ class Cutter {
   }
 
   tarn::LogTargetDefault target_;
-  std::time_t lastCut_ = std::time(nullptr);
+  std::time_t lastCut_ = support::currentSecond();
   unsigned long long timeMs_ = static_cast<unsigned long long>(lastCut_) * 1000;
   int lines_ = 0;
 };

@@ -9,6 +9,7 @@
 #include "tests/processes/Ledger.h"
 #include "tests/processes/Writers.h"
 #include "tests/support/Child.h"
+#include "tests/support/Clock.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"
 #include "tests/support/Semaphores.h"
@@ -127,9 +128,9 @@ TEST_F(ManyProcessesTest, NothingIsLostWhenACutIsKilledInItsMiddle) {
     writers.allow(cut * linesACut);
     ASSERT_TRUE(logReachesTheSizeToCutAt());
     killInTheMiddleOfACut(logs, std::chrono::microseconds(500 * (cut - 1)));
-    const std::time_t lastSecondOfTheCut = std::time(nullptr);
+    const std::time_t lastSecondOfTheCut = support::currentSecond();
     ASSERT_TRUE(writers.areDone());
-    while (std::time(nullptr) <= lastSecondOfTheCut)
+    while (support::currentSecond() <= lastSecondOfTheCut)
       ::sched_yield();
   }
   writers.expectEnded();
