@@ -32,13 +32,11 @@ bool copyBlocks(int from, int to, off_t most) {
 }  // namespace
 
 bool copyContents(int from, int to, off_t size) {
-  // Where files can share their blocks nothing need be copied.
-  if (shareBlocks(from, to)) return true;
-
-  // What the system has not copied on its own goes block by block.
   const off_t done = copyData(from, to, size);
   if (done > 0 && (::ftruncate(to, done) != 0 || ::lseek(to, done, SEEK_SET) < 0)) return false;
   (void)::lseek(from, done, SEEK_SET);  // a pipe has no places
+
+  // What the system has not copied by itself goes block by block.
   // Some files, those of /proc, hold more than the nothing that they tell. A file that grows is not run after.
   return copyBlocks(from, to, size > 0 ? size - done : std::numeric_limits<off_t>::max());
 }

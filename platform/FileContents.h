@@ -11,13 +11,9 @@ namespace platform {
 // written.
 bool copyContents(int from, int to, off_t size);
 
-// What a system does in its own way. Both may do nothing.
-
-// Lets the other file have all blocks of this one, and says whether it has.
-bool shareBlocks(int from, int to);
-
-// Copies the bytes of a file of `size` bytes to the same places in the other file, but for holes, wherever both stand;
-// answers how far it came.
+// What the system copies by itself, which may be nothing: brings the bytes of a file of `size` bytes to the same places
+// in the other file, but for holes, wherever both stand, or lets both files have the same blocks. Answers how far it
+// came; behind that place the other file may hold more.
 off_t copyData(int from, int to, off_t size);
 
 }  // namespace platform

@@ -26,11 +26,10 @@ off_t copyPart(int from, int to, off_t at, off_t end) {
 
 }  // namespace
 
-bool shareBlocks(int from, int to) {
-  return ::ioctl(to, FICLONE, from) == 0;
-}
-
 off_t copyData(int from, int to, off_t size) {
+  // Where files can share their blocks nothing need be copied. The file may have shrunk or grown since it was measured.
+  if (::ioctl(to, FICLONE, from) == 0) return std::min(::lseek(to, 0, SEEK_END), size);
+
   off_t at = 0;
   while (at < size) {
     const off_t data = ::lseek(from, at, SEEK_DATA);

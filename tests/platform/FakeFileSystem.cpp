@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 
 using namespace platform_test;
 
@@ -32,6 +33,10 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
   va_end(arguments);
   if (request == FS_IOC_GETFSLABEL && fakeLabel) {
     *std::copy(fakeLabel->begin(), fakeLabel->end(), static_cast<char*>(argument)) = '\0';
+    return 0;
+  }
+  if (request == FICLONE && fakeSharing) {
+    fakeSharing(static_cast<int>(reinterpret_cast<std::intptr_t>(argument)), fd);
     return 0;
   }
   if (request != FS_IOC_GETFLAGS || !fakeFlags) return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ inline std::optional<int> fakeFlags;
 
 // The label of every file system that is asked for it; nothing: what the kernel says.
 inline std::optional<std::string> fakeLabel;
+
+// Lets the second file have the blocks of the first; nothing: what the kernel does.
+inline std::function<void(int from, int to)> fakeSharing;
 
 // What the next questions for a file system fail with, one each, the last one first.
 inline std::vector<int> errors;
