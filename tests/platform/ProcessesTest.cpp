@@ -216,6 +216,12 @@ TEST(ProcessList, AProcessThatHasEndedRunsNoProgram) {
   EXPECT_EQ(platform::programOf(process), "");
 }
 
+// Waits until the arguments of a process begin like that: one whose program has just been started has none yet.
+bool hasArguments(pid_t process, const std::string& beginning) {
+  const std::string arguments = "/proc/" + std::to_string(process) + "/cmdline";
+  return support::comesTrue([&] { return support::contentsOf(arguments).rfind(beginning, 0) == 0; });
+}
+
 TEST(ProcessList, TheFirstArgumentStandsInForAProgramThatMayNotBeSeen) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can become somebody who sees less";
   Task task;
@@ -223,6 +229,7 @@ TEST(ProcessList, TheFirstArgumentStandsInForAProgramThatMayNotBeSeen) {
   task.arguments = {"1000"};
   const auto process = startTask(task);
   ASSERT_TRUE(process);
+  EXPECT_TRUE(hasArguments(*process, "/bin/sleep"));
   support::Child other([&] {
     if (::setresuid(65534, 65534, 65534) != 0) return 2;
     return platform::programOf(*process) == "/bin/sleep" ? 0 : 1;
@@ -238,8 +245,7 @@ TEST(ProcessList, NoArgumentStandsInForASuperUserWhoMayNotSeeTheProgram) {
     if (::setresuid(65534, 65534, 65534) != 0) return 2;
     return ::execl("/bin/sleep", "pretended", "1000", nullptr);
   });
-  const std::string arguments = "/proc/" + std::to_string(pretender.id()) + "/cmdline";
-  ASSERT_TRUE(support::comesTrue([&] { return support::contentsOf(arguments).rfind("pretended", 0) == 0; }));
+  ASSERT_TRUE(hasArguments(pretender.id(), "pretended"));
   support::Child powerless([&] {
     if (!support::giveUpPowers()) return 2;
     return platform::programOf(pretender.id()).empty() ? 0 : 1;
