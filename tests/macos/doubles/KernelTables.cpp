@@ -66,7 +66,7 @@ int sysctl(int* name, u_int namelen, void* oldp, std::size_t* oldlenp, void*, st
   const std::optional<std::string> table = tableOf({name, name + namelen});
   if (!table) return failed(EINVAL);
   if (oldp == nullptr) {
-    *oldlenp = table->size() + 64;  // as the kernel does, for those that come meanwhile
+    *oldlenp = table->size() + 4096;  // as the kernel does, for those that come meanwhile
     return 0;
   }
   if (doubles::growths > 0) {
