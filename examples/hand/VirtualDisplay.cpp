@@ -24,7 +24,7 @@ VirtualDisplay::VirtualDisplay(const ScreenSize& size) {
   if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe for the display");
   const std::string screen = std::to_string(size.width) + "x" + std::to_string(size.height) + "x24";
   ChildProcess::Setup setup;
-  setup.command = {"Xvfb", "-displayfd", "3", "-screen", "0", screen, "-nolisten", "tcp", "-noreset"};
+  setup.command = {"Xvfb", "-displayfd", "3", "-screen", "0", screen, "-nolisten", "tcp", "-noreset", "-r"};
   setup.errorFile = "/dev/null";
   setup.fd = ends[1];
   setup.fdInChild = 3;

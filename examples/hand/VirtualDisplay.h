@@ -1,4 +1,5 @@
-// A screen that nobody sees, for as long as this object lives: an X server of its own, no window manager.
+// A screen that nobody sees, for as long as this object lives: an X server of its own, no window manager. A key that is
+// held down does not repeat: whoever presses it may be slow to let it go.
 
 #pragma once
 
