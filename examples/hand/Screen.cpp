@@ -219,6 +219,14 @@ void Screen::click(int x, int y) {
   XFlush(display_.get());
 }
 
+// In one piece: two clicks between which the hand is kept waiting are two clicks.
+void Screen::doubleClick(int x, int y) {
+  XTestFakeMotionEvent(display_.get(), -1, x, y, CurrentTime);
+  for (const Bool down : {True, False, True, False})
+    XTestFakeButtonEvent(display_.get(), Button1, down, CurrentTime);
+  XFlush(display_.get());
+}
+
 void Screen::clickRight(int x, int y) {
   moveTo(x, y);
   XTestFakeButtonEvent(display_.get(), Button3, True, CurrentTime);

@@ -70,6 +70,7 @@ class Screen {
 
   void moveTo(int x, int y);
   void click(int x, int y);
+  void doubleClick(int x, int y);
   void clickRight(int x, int y);
   void turnWheel(int clicks);  // towards the user
 

@@ -123,8 +123,7 @@ TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowMayBeMaximised) {
   until("the size", [this] { return window().frame.width == 800; });
   until("the leave to grow", [&] { return testing::Value(mayDo(), Contains("_NET_WM_ACTION_MAXIMIZE_VERT")); });
   const Area frame = borderedFrame();
-  screen.click(frame.x + frame.width / 2, frame.y + 5);
-  screen.click(frame.x + frame.width / 2, frame.y + 5);
+  screen.doubleClick(frame.x + frame.width / 2, frame.y + 5);
   until("the whole screen", [this] { return window().frame.width == 1280; });
 }
 
