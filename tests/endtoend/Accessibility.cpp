@@ -17,7 +17,7 @@ constexpr char kService[] = "/usr/libexec/at-spi-bus-launcher";
 constexpr char kRegistry[] = "org.a11y.atspi.Registry";
 constexpr char kRootPath[] = "/org/a11y/atspi/accessible/root";
 constexpr char kAccessible[] = "org.a11y.atspi.Accessible";
-constexpr int kMillisecondsForAnAnswer = 5000;
+constexpr int kMillisecondsForAnAnswer = 30'000;
 
 examples::ChildProcess::Setup setupFor(const SessionBus& bus) {
   examples::ChildProcess::Setup setup;

@@ -62,7 +62,7 @@ bool outlive(pid_t orphan) {
   const auto fd = static_cast<int>(syscall(SYS_pidfd_open, orphan, 0));
   if (fd < 0) return true;
   pollfd end = {fd, POLLIN, 0};
-  const bool ended = poll(&end, 1, 5000) == 1;
+  const bool ended = poll(&end, 1, 30'000) == 1;
   close(fd);
   if (ended) (void)waitpid(orphan, nullptr, 0);
   return ended;

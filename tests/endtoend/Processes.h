@@ -18,7 +18,7 @@ std::optional<pid_t> descendantNamed(pid_t pid, const std::string& name);
 void adoptOrphans();
 std::vector<pid_t> childrenOfThisProcess();
 
-// Waits for the end of an adopted process; false when it does not end within five seconds.
+// Waits for the end of an adopted process; false when it does not end within thirty seconds.
 bool outlive(pid_t orphan);
 
 // The identifiers of the System V semaphore sets that exist.
