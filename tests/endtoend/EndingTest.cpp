@@ -27,7 +27,7 @@ TEST_F(EndingTest, ASecondSignalChangesNothing) {
 }
 
 TEST_F(EndingTest, ADisplayThatGoesAwayIsReportedLikeAClosedWindow) {
-  const std::vector<std::string> before = semaphoreSets();
+  const std::vector<int> before = semaphoreSets();
   auto session = std::make_unique<examples::VirtualDisplay>();
   options.environment["DISPLAY"] = session->name();
   start();

@@ -59,7 +59,7 @@ TEST_P(EndingsTest, LeavesNoSemaphoreSet) {
   if (ending == "Failed") options.signIn = nobody.address();
   if (ending == "SignedIn") site.serve("/signin", redirectTo(site.address("/done")));
   if (ending == "Missing") options.redirect.reset();
-  const std::vector<std::string> before = semaphoreSets();
+  const std::vector<int> before = semaphoreSets();
   start();
   if (ending == "Closed") {
     untilAsked("/signin");

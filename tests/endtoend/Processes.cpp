@@ -8,10 +8,15 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+
+#include "tests/endtoend/Home.h"
+#include "tests/support/Semaphores.h"
 
 namespace endtoend {
 namespace {
+
+constexpr int kUserLock = 2147483547;
+constexpr int kLogFileLock = 11;
 
 std::vector<pid_t> childrenOf(pid_t pid) {
   std::vector<pid_t> children;
@@ -68,16 +73,10 @@ bool outlive(pid_t orphan) {
   return ended;
 }
 
-std::vector<std::string> semaphoreSets() {
-  std::ifstream file("/proc/sysvipc/sem");
-  std::string line;
-  std::getline(file, line);  // the heading
-  std::vector<std::string> sets;
-  while (std::getline(file, line)) {
-    std::istringstream fields(line);
-    std::string key, id;
-    fields >> key >> id;
-    sets.push_back(id);
+std::vector<int> semaphoreSets() {
+  std::vector<int> sets;
+  for (const int id : {support::setOf(homeFolder(), kUserLock), support::setOf(logFile(), kLogFileLock)}) {
+    if (id != -1) sets.push_back(id);
   }
   return sets;
 }

@@ -21,7 +21,8 @@ std::vector<pid_t> childrenOfThisProcess();
 // Waits for the end of an adopted process; false when it does not end within thirty seconds.
 bool outlive(pid_t orphan);
 
-// The identifiers of the System V semaphore sets that exist.
-std::vector<std::string> semaphoreSets();
+// The identifiers of the System V semaphore sets that exist of those that the log of this home has; others may be those
+// of programs that run at the same time.
+std::vector<int> semaphoreSets();
 
 }  // namespace endtoend
