@@ -7,6 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "platform/Applications.h"
@@ -177,6 +178,14 @@ class NoBusTest : public testing::Test {
     return std::chrono::steady_clock::now() - start;
   }
 
+  // Of several posts: a busy machine may hold up any of them, a wait of the function's own holds up all.
+  static std::chrono::steady_clock::duration quickestPost() {
+    auto quickest = timeToPost();
+    for (int others = 0; others < 4; ++others)
+      quickest = std::min(quickest, timeToPost());
+    return quickest;
+  }
+
   const support::TemporaryFolder folder;
   const Variable noSession{"DBUS_SESSION_BUS_ADDRESS", std::nullopt};
   const Variable noRuntimeFolder{"XDG_RUNTIME_DIR", folder.path()};
@@ -184,19 +193,19 @@ class NoBusTest : public testing::Test {
 };
 
 TEST_F(NoBusTest, PostingIsOverAtOnce) {
-  EXPECT_LT(timeToPost(), 1500ms);
+  EXPECT_LT(quickestPost(), 1500ms);
 }
 
 TEST_F(NoBusTest, AnAddressThatIsNoneIsNoBus) {
   for (const char* address : {"nonsense", "unix:path=", "autolaunch:", ":::"}) {
     const Variable session("DBUS_SESSION_BUS_ADDRESS", address);
-    EXPECT_LT(timeToPost(), 1500ms) << address;
+    EXPECT_LT(quickestPost(), 1500ms) << address;
   }
 }
 
 TEST_F(NoBusTest, NoBusIsStarted) {
   const Variable display("DISPLAY", ":98");
-  EXPECT_LT(timeToPost(), 1500ms);
+  EXPECT_LT(quickestPost(), 1500ms);
   EXPECT_FALSE(support::hasChildren());
 }
 
@@ -207,7 +216,7 @@ TEST_F(NoBusTest, NoBusIsStartedForAnEntryAfterOthersEither) {
   for (const char* bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"}) {
     for (const char* address : {"unix:path=/no;autolaunch:", "autolaunch:;unix:path=/no", ";autolaunch:scope=user;"}) {
       const Variable told(bus, address);
-      EXPECT_LT(timeToPost(), 1500ms) << address;
+      EXPECT_LT(quickestPost(), 1500ms) << address;
       EXPECT_FALSE(std::filesystem::exists(folder / "started")) << bus << "=" << address;
     }
   }
