@@ -1,10 +1,11 @@
 #include "tests/processes/Ledger.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string_view>
-
-#include "tests/support/Files.h"
+#include <vector>
 
 namespace processes {
 namespace {
@@ -55,12 +56,16 @@ Account Ledger::of(const std::string& writer) const {
 }
 
 Ledger readLedger(const std::string& folder) {
+  std::vector<std::filesystem::directory_entry> archives;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    if (entry.path().filename() != liveFile) archives.push_back(entry);
+  std::sort(archives.begin(), archives.end(),
+            [](const auto& one, const auto& other) { return one.last_write_time() < other.last_write_time(); });
+
   Ledger ledger;
-  for (const std::string& name : support::namesIn(folder)) {
-    if (name == liveFile) continue;
-    ++ledger.archives;
-    enterFile(ledger, folder + "/" + name);
-  }
+  ledger.archives = static_cast<int>(archives.size());
+  for (const auto& archive : archives)
+    enterFile(ledger, archive.path());
   enterFile(ledger, folder + "/" + liveFile);
   return ledger;
 }

@@ -28,7 +28,8 @@ struct Ledger {
   int torn = 0;  // lines that are no whole message of anybody's
 };
 
-// Reads the archives of "Kelvo.log" in the order of their names, and the file itself at last.
+// Reads the archives of "Kelvo.log" in the order in which they were made, and the file itself at last. Their names
+// begin with the month, and tell the hour of a clock that is put back in autumn.
 Ledger readLedger(const std::string& folder);
 
 }  // namespace processes
