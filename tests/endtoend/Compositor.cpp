@@ -1,12 +1,16 @@
 #include "tests/endtoend/Compositor.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
 #include "examples/support/EventLoop.h"
+#include "platform/UniqueFd.h"
 
 namespace endtoend {
 
@@ -27,12 +31,24 @@ ChildProcess::Setup setupFor(const std::filesystem::path& folder) {
                    "--use-pixman",
                    "--width=1280",
                    "--height=1024",
-                   "--debug",  // lets pictures be taken
+                   "--debug",                             // lets pictures be taken
+                   "--log=" + (folder / "log").string(),  // goes on after the socket is there
                    std::string("--socket=") + kSocket};
   setup.environment = {{"XDG_RUNTIME_DIR", folder}};
   setup.outputFile = "/dev/null";
   setup.errorFile = "/dev/null";
   return setup;
+}
+
+// A socket has its place among the files before it takes connections.
+bool takesConnections(const std::filesystem::path& socket) {
+  const std::string path = socket;
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= sizeof address.sun_path) return false;
+  std::copy(path.begin(), path.end(), address.sun_path);
+  const platform::UniqueFd end(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  return ::connect(end.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 Picture load(const std::filesystem::path& file) {
@@ -59,7 +75,7 @@ bool Compositor::isPossible() {
 
 Compositor::Compositor(const std::filesystem::path& folder)
     : folder_(folder), watched_(folder), process_(setupFor(folder)) {
-  const auto isThere = [this] { return std::filesystem::exists(folder_ / kSocket) || process_.ended(); };
+  const auto isThere = [this] { return takesConnections(folder_ / kSocket) || process_.ended(); };
   if (!examples::waitUntil(isThere, kPatienceWithWeston) || process_.ended()) {
     throw std::runtime_error("weston does not start");
   }
