@@ -172,18 +172,20 @@ TEST_F(OVNBinarySemaphoreTest, ManyWhoCreateAtOnceMakeOneFreeMutex) {
     const support::Shared<std::atomic<int>> arrived;
     const auto meet = [&](int everybody) {
       ++*arrived;
-      while (*arrived < everybody)
+      return support::comesTrue([&] { return *arrived >= everybody; });
+    };
+    const auto startTogether = [&] {
+      ++*arrived;
+      while (*arrived < 8)
         ::sched_yield();
     };
     std::vector<support::Child> makers;
     for (int maker = 0; maker < 8; ++maker) {
       makers.emplace_back([&] {
         OVNBinarySemaphore theirs = notCreated();
-        meet(8);
-        const bool created = create(theirs);
-        meet(16);
-        const bool free = theirs.getCount() == 1;
-        meet(24);
+        startTogether();
+        const bool created = create(theirs) && meet(16);
+        const bool free = theirs.getCount() == 1 && meet(24);
         theirs.finalize();
         return created && free ? 0 : 1;
       });

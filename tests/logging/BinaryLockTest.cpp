@@ -165,6 +165,10 @@ TEST_F(BinaryLockTest, FinalizesWhenItIsDestroyed) {
 TEST_F(BinaryLockTest, ManyWhoMakeItAtOnceMakeOneFreeLock) {
   for (int round = 0; round < 30; ++round) {
     const support::Shared<std::atomic<int>> ready;
+    const auto meet = [&](int everybody) {
+      ++*ready;
+      return support::comesTrue([&] { return *ready >= everybody; });
+    };
     std::vector<support::Child> makers;
     for (int maker = 0; maker < 8; ++maker) {
       makers.emplace_back([&] {
@@ -172,16 +176,10 @@ TEST_F(BinaryLockTest, ManyWhoMakeItAtOnceMakeOneFreeLock) {
         ++*ready;
         while (*ready < 8)
           ::sched_yield();
-        const bool made = theirs.create(folder.path(), project);
-        ++*ready;
-        while (*ready < 16)
-          ::sched_yield();
-        const int value = support::valueOf(set(), mutex);
-        ++*ready;
-        while (*ready < 24)
-          ::sched_yield();
+        const bool made = theirs.create(folder.path(), project) && meet(16);
+        const bool free = support::valueOf(set(), mutex) == 1 && meet(24);
         theirs.finalize();
-        return made && value == 1 ? 0 : 1;
+        return made && free ? 0 : 1;
       });
     }
     for (support::Child& maker : makers)
