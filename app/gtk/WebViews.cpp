@@ -1,0 +1,55 @@
+#include "app/gtk/WebViews.h"
+
+#include "app/gtk/GtkHandles.h"
+
+namespace {
+
+void disableFeature(WebKitSettings* settings, const char* name) {
+  WebKitFeatureList* const features = webkit_settings_get_all_features();
+  for (gsize i = 0; i < webkit_feature_list_get_length(features); ++i) {
+    WebKitFeature* const feature = webkit_feature_list_get(features, i);
+    if (g_strcmp0(webkit_feature_get_identifier(feature), name) != 0) continue;
+    webkit_settings_set_feature_enabled(settings, feature, FALSE);
+  }
+  webkit_feature_list_unref(features);
+}
+
+WebKitSettings* newSettings() {
+  WebKitSettings* const settings = webkit_settings_new();
+  G_GNUC_BEGIN_IGNORE_DEPRECATIONS  // both are off for good in current WebKit; they stay here for an older one
+      webkit_settings_set_enable_java(settings, FALSE);
+  webkit_settings_set_enable_plugins(settings, FALSE);
+  G_GNUC_END_IGNORE_DEPRECATIONS
+  webkit_settings_set_enable_javascript(settings, TRUE);
+  webkit_settings_set_auto_load_images(settings, TRUE);
+  webkit_settings_set_enable_tabs_to_links(settings, TRUE);
+  webkit_settings_set_javascript_can_open_windows_automatically(settings, TRUE);
+
+  // A sign-in page gains nothing from the GPU; without it the window needs a fifth less memory and keeps clear of the
+  // drivers that leave it blank.
+  webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+
+  webkit_settings_set_enable_developer_extras(settings, FALSE);
+  webkit_settings_set_enable_fullscreen(settings, FALSE);
+  webkit_settings_set_enable_media_stream(settings, FALSE);
+  disableFeature(settings, "DataListElement");  // its list could come down over the strip
+  return settings;
+}
+
+}  // namespace
+
+WebKitWebContext* newContext(bool sandboxed) {
+  WebKitWebContext* const context = webkit_web_context_new_ephemeral();
+  webkit_web_context_set_sandbox_enabled(context, sandboxed);
+  webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
+  g_signal_connect(context, "download-started",
+                   G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download) { webkit_download_cancel(download); }),
+                   nullptr);
+  return context;
+}
+
+WebKitWebView* newWebView(WebKitWebContext* context, WebKitUserContentManager* content) {
+  const ObjectRef<WebKitSettings> settings(newSettings());
+  return WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager", content,
+                                      "settings", settings.get(), "expand", TRUE, nullptr));
+}
