@@ -7,6 +7,7 @@
 
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Meeting.h"
 #include "tests/support/Semaphores.h"
 
 namespace {
@@ -169,23 +170,14 @@ TEST_F(OVNBinarySemaphoreTest, AKilledHolderIsDetachedAndItsMutexFreed) {
 
 TEST_F(OVNBinarySemaphoreTest, ManyWhoCreateAtOnceMakeOneFreeMutex) {
   for (int round = 0; round < 30; ++round) {
-    const support::Shared<std::atomic<int>> arrived;
-    const auto meet = [&](int everybody) {
-      ++*arrived;
-      return support::comesTrue([&] { return *arrived >= everybody; });
-    };
-    const auto startTogether = [&] {
-      ++*arrived;
-      while (*arrived < 8)
-        ::sched_yield();
-    };
+    support::Meeting makersMeeting(8);
     std::vector<support::Child> makers;
     for (int maker = 0; maker < 8; ++maker) {
       makers.emplace_back([&] {
         OVNBinarySemaphore theirs = notCreated();
-        startTogether();
-        const bool created = create(theirs) && meet(16);
-        const bool free = theirs.getCount() == 1 && meet(24);
+        makersMeeting.startTogether();
+        const bool created = create(theirs) && makersMeeting.meet();
+        const bool free = theirs.getCount() == 1 && makersMeeting.meet();
         theirs.finalize();
         return created && free ? 0 : 1;
       });

@@ -1,7 +1,6 @@
 #include "logging/BinaryLock.h"
 
 #include <gtest/gtest.h>
-#include <sched.h>
 
 #include <atomic>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "platform/PathLock.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Meeting.h"
 #include "tests/support/Semaphores.h"
 
 namespace {
@@ -164,20 +164,14 @@ TEST_F(BinaryLockTest, FinalizesWhenItIsDestroyed) {
 
 TEST_F(BinaryLockTest, ManyWhoMakeItAtOnceMakeOneFreeLock) {
   for (int round = 0; round < 30; ++round) {
-    const support::Shared<std::atomic<int>> ready;
-    const auto meet = [&](int everybody) {
-      ++*ready;
-      return support::comesTrue([&] { return *ready >= everybody; });
-    };
+    support::Meeting makersMeeting(8);
     std::vector<support::Child> makers;
     for (int maker = 0; maker < 8; ++maker) {
       makers.emplace_back([&] {
         BinaryLock theirs;
-        ++*ready;
-        while (*ready < 8)
-          ::sched_yield();
-        const bool made = theirs.create(folder.path(), project) && meet(16);
-        const bool free = support::valueOf(set(), mutex) == 1 && meet(24);
+        makersMeeting.startTogether();
+        const bool made = theirs.create(folder.path(), project) && makersMeeting.meet();
+        const bool free = support::valueOf(set(), mutex) == 1 && makersMeeting.meet();
         theirs.finalize();
         return made && free ? 0 : 1;
       });
