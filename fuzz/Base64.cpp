@@ -2,6 +2,7 @@
 
 #include "nativeutils/Base64.h"
 
+#include <cstdint>
 #include <iterator>
 #include <vector>
 

@@ -1,5 +1,6 @@
 // Lines of the embedded user interface, against a reading of them that never counts beyond the end.
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <stdexcept>

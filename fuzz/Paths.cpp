@@ -1,6 +1,9 @@
 // What holds of path strings, whatever they hold. The input is a path, a newline and what is appended.
 
 #include "fuzz/Fuzzing.h"
+
+#include <cstdint>
+
 #include "nativeutils/Strings.h"
 #include "platform/PathString.h"
 

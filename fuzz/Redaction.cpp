@@ -2,6 +2,8 @@
 
 #include <regex.h>
 
+#include <cstdint>
+
 #include "fuzz/Fuzzing.h"
 #include "logging/LogTargetDefault.h"
 

@@ -1,5 +1,6 @@
 // Runs a target over every file of the folders that are named; any compiler will do.
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -9,6 +9,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <stdexcept>
 

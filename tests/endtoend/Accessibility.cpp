@@ -1,7 +1,5 @@
 #include "tests/endtoend/Accessibility.h"
 
-#include <atspi/atspi.h>
-
 #include <algorithm>
 #include <stdexcept>
 
@@ -29,12 +27,10 @@ examples::ChildProcess::Setup setupFor(const SessionBus& bus) {
   return setup;
 }
 
-// Not every toolkit puts its roles into words.
-std::string roleIn(GVariant* answer) {
+AtspiRole roleIn(GVariant* answer) {
   guint32 number = 0;
   g_variant_get(answer, "(u)", &number);
-  const std::unique_ptr<char, void (*)(gpointer)> name(atspi_role_get_name(static_cast<AtspiRole>(number)), g_free);
-  return name.get();
+  return static_cast<AtspiRole>(number);
 }
 
 void onAppears(GDBusConnection*, const char*, const char*, gpointer appeared) {
@@ -54,7 +50,7 @@ Accessibility::Accessibility(const std::filesystem::path& folder)
   // Programs tell of changes only when somebody has said that he listens.
   changes_ = g_dbus_connection_signal_subscribe(connection_.get(), nullptr, "org.a11y.atspi.Event.Object", nullptr,
                                                 nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onChange, nullptr, nullptr);
-  const AccessibleObject registry{kRegistry, "/org/a11y/atspi/registry", "", ""};
+  const AccessibleObject registry{kRegistry, "/org/a11y/atspi/registry", ATSPI_ROLE_INVALID, ""};
   g_autoptr(GVariant) done = ask(registry, kRegistry, "RegisterEvent", g_variant_new("(sass)", "object:", nullptr, ""));
   if (done == nullptr) throw std::runtime_error("no registry of accessible programs");
 }
@@ -95,7 +91,7 @@ GVariant* Accessibility::property(const AccessibleObject& object, const char* na
 }
 
 AccessibleObject Accessibility::describe(const std::string& owner, const std::string& path) const {
-  AccessibleObject object{owner, path, "", ""};
+  AccessibleObject object{owner, path, ATSPI_ROLE_INVALID, ""};
   if (g_autoptr(GVariant) answer = ask(object, kAccessible, "GetRole", nullptr)) object.role = roleIn(answer);
   if (g_autoptr(GVariant) name = property(object, "Name")) object.name = g_variant_get_string(name, nullptr);
   return object;
@@ -126,10 +122,10 @@ std::vector<AccessibleObject> Accessibility::below(const AccessibleObject& above
 }
 
 std::vector<AccessibleObject> Accessibility::all() const {
-  return below({kRegistry, kRootPath, "", ""});
+  return below({kRegistry, kRootPath, ATSPI_ROLE_INVALID, ""});
 }
 
-std::optional<AccessibleObject> Accessibility::find(const AccessibleObject& above, const std::string& role,
+std::optional<AccessibleObject> Accessibility::find(const AccessibleObject& above, AtspiRole role,
                                                     const std::string& name) const {
   const std::vector<AccessibleObject> objects = below(above);
   const auto found = std::find_if(objects.begin(), objects.end(), [&](const AccessibleObject& object) {
@@ -138,8 +134,8 @@ std::optional<AccessibleObject> Accessibility::find(const AccessibleObject& abov
   return found == objects.end() ? std::nullopt : std::optional(*found);
 }
 
-std::optional<AccessibleObject> Accessibility::find(const std::string& role, const std::string& name) const {
-  return find({kRegistry, kRootPath, "", ""}, role, name);
+std::optional<AccessibleObject> Accessibility::find(AtspiRole role, const std::string& name) const {
+  return find({kRegistry, kRootPath, ATSPI_ROLE_INVALID, ""}, role, name);
 }
 
 }  // namespace endtoend

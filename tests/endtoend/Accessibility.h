@@ -3,12 +3,14 @@
 //
 //   options.environment.merge(accessibility.environment());
 //   start();
-//   until("the window", [&] { return accessibility.find("frame", "My Product").has_value(); });
+//   until("the window", [&] { return accessibility.find(ATSPI_ROLE_FRAME, "My Product").has_value(); });
 //
 // Whatever programs tell of changes in the tree is an event of the default main context. A question waits for the
 // program's answer; an object that has gone answers like none.
 
 #pragma once
+
+#include <atspi/atspi.h>
 
 #include <optional>
 #include <string>
@@ -22,7 +24,7 @@ namespace endtoend {
 struct AccessibleObject {
   std::string owner;  // its address on the bus
   std::string path;
-  std::string role;  // "frame", "push button", "document web", "entry", …
+  AtspiRole role = ATSPI_ROLE_INVALID;  // the number: a role's name depends on the release of AT-SPI
   std::string name;
 };
 
@@ -43,9 +45,8 @@ class Accessibility {
   std::map<std::string, std::string> environment() const { return bus_.environment(); }
 
   // The first object of a role and name, in the order in which they are read, anywhere or below another object.
-  std::optional<AccessibleObject> find(const std::string& role, const std::string& name) const;
-  std::optional<AccessibleObject> find(const AccessibleObject& above, const std::string& role,
-                                       const std::string& name) const;
+  std::optional<AccessibleObject> find(AtspiRole role, const std::string& name) const;
+  std::optional<AccessibleObject> find(const AccessibleObject& above, AtspiRole role, const std::string& name) const;
 
   // Every object below another one, or all there are: for what find() does not ask.
   std::vector<AccessibleObject> below(const AccessibleObject& above) const;

@@ -16,9 +16,9 @@ class AccessibilityTest : public EndToEndTest {
   }
 
   // Waits until there is such an object.
-  AccessibleObject find(const std::string& role, const std::string& name) {
+  AccessibleObject find(AtspiRole role, const std::string& name) {
     std::optional<AccessibleObject> found;
-    until("the " + role + " " + name, [&] { return (found = accessibility->find(role, name)).has_value(); });
+    until("the object " + name, [&] { return (found = accessibility->find(role, name)).has_value(); });
     return *found;
   }
 
@@ -27,7 +27,7 @@ class AccessibilityTest : public EndToEndTest {
 
 TEST_F(AccessibilityTest, TheWindowIsAFrameOfTheProductsName) {
   start();
-  find("frame", "Example Product");
+  find(ATSPI_ROLE_FRAME, "Example Product");
 }
 
 TEST_F(AccessibilityTest, AFieldOfThePageIsFoundByItsLabel) {
@@ -35,15 +35,15 @@ TEST_F(AccessibilityTest, AFieldOfThePageIsFoundByItsLabel) {
                                       "<label>Password <input type='password'></label><button>Go on</button>"));
   start();
   untilAsked("/loaded");
-  const AccessibleObject document = find("document web", "Welcome");
-  EXPECT_TRUE(accessibility->find(document, "entry", "User name"));
-  EXPECT_TRUE(accessibility->find(document, "password text", "Password"));
-  EXPECT_TRUE(accessibility->find(document, "push button", "Go on"));
+  const AccessibleObject document = find(ATSPI_ROLE_DOCUMENT_WEB, "Welcome");
+  EXPECT_TRUE(accessibility->find(document, ATSPI_ROLE_ENTRY, "User name"));
+  EXPECT_TRUE(accessibility->find(document, ATSPI_ROLE_PASSWORD_TEXT, "Password"));
+  EXPECT_TRUE(accessibility->find(document, ATSPI_ROLE_PUSH_BUTTON, "Go on"));
 }
 
 TEST_F(AccessibilityTest, TheStripSaysWhoseSiteItIs) {
   start();
-  find("status bar", "Site: 127.0.0.1, this computer");
+  find(ATSPI_ROLE_STATUS_BAR, "Site: 127.0.0.1, this computer");
 }
 
 }  // namespace

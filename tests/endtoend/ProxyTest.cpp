@@ -98,7 +98,7 @@ TEST_F(ProxyTest, APersonGivesTheProxyItsPassword) {
   proxy.demand("ada", "Correct-Horse-7");
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
   start();
-  until("the question", [&] { return accessibility.find("push button", "OK").has_value(); });
+  until("the question", [&] { return accessibility.find(ATSPI_ROLE_PUSH_BUTTON, "OK").has_value(); });
   screen.focus(window().id);
   screen.type("ada");
   screen.press(XK_Tab);

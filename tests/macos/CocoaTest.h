@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include <gmock/gmock.h>
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 
 #include <optional>

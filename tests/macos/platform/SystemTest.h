@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <gmock/gmock.h>
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 
 #include "tests/macos/doubles/SystemCalls.h"
