@@ -9,6 +9,7 @@ AppDelegate::AppDelegate(bool sandboxed)
       flow_(*window_),
       clock_([this] { tracker_.dataTimedOut(); }),
       tracker_(*this, clock_),
+      networkProcess_([this] { tracker_.pageProcessEnded(); }),
       pageDialogs_(
           window_->webView(), window_->sheet(), window_->dialogs(), [this] { return window_->site(); }, tracker_) {
   WebKitWebView* const page = window_->webView();
@@ -33,6 +34,12 @@ void AppDelegate::closeWindow() {
   if (flow_.hasEnded()) return;
   flow_.lastWindowClosed();
   window_->terminate();
+}
+
+// A page has been loaded, so the network process runs.
+void AppDelegate::mainFrameFinished(const std::optional<std::string>& address) {
+  networkProcess_.start();
+  flow_.mainFrameFinished(address);
 }
 
 // TRUE: the window goes when the application does, after its message.

@@ -13,6 +13,7 @@
 #include "app/SignInFlow.h"
 #include "app/gtk/LoadClock.h"
 #include "app/gtk/LoadTracker.h"
+#include "app/gtk/NetworkProcessWatch.h"
 #include "app/gtk/PageDialogs.h"
 #include "app/gtk/SVOWindow.h"
 
@@ -32,7 +33,7 @@ class AppDelegate : private LoadOutcomes {
   void closeWindow();
 
  private:
-  void mainFrameFinished(const std::optional<std::string>& address) override { flow_.mainFrameFinished(address); }
+  void mainFrameFinished(const std::optional<std::string>& address) override;
   void loadFailed(const LoadFailure& failure) override { flow_.loadFailed(failure); }
 
   static gboolean onDelete(GtkWidget*, GdkEvent*, AppDelegate* self);
@@ -46,5 +47,6 @@ class AppDelegate : private LoadOutcomes {
   SignInFlow flow_;
   LoadClock clock_;
   LoadTracker tracker_;
+  NetworkProcessWatch networkProcess_;
   PageDialogs pageDialogs_;
 };

@@ -50,6 +50,6 @@ class LoadEvents {
   // Some data of a page that is loading has arrived.
   virtual void progressed() = 0;
 
-  // The process that shows the pages is gone.
+  // The process that shows the pages, or the one that loads them, is gone.
   virtual void pageProcessEnded() = 0;
 };

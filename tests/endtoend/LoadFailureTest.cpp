@@ -157,16 +157,21 @@ TEST_F(LoadFailureTest, AFailedImageAndAFailedRequestOfAScriptAreNoFailures) {
   EXPECT_THAT(logMessages(), Not(Contains(HasSubstr("didFail"))));
 }
 
-TEST_F(LoadFailureTest, AKilledPageProcessEndsTheRun) {
+class KilledProcessTest : public LoadFailureTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(KilledProcessTest, EndsTheRun) {
   site.serve("/signin", pageThatTells());
   start();
   untilAsked("/loaded");
-  const auto pageProcess = descendantNamed(run->pid(), "WebKitWebProces");
-  ASSERT_TRUE(pageProcess);
-  kill(*pageProcess, SIGKILL);
+  const auto process = descendantNamed(run->pid(), GetParam());
+  ASSERT_TRUE(process);
+  kill(*process, SIGKILL);
   EXPECT_EQ(message(), kLoadFailed);
   EXPECT_TRUE(logSays("didFailLoadWithError for URL " + site.address("/signin")));
 }
+
+INSTANTIATE_TEST_SUITE_P(OfThe, KilledProcessTest, testing::Values("WebKitWebProces", "WebKitNetworkPr"),
+                         [](const auto& each) { return std::string(each.param); });
 
 TEST_F(LoadFailureTest, AnAddressWithATokenIsNotLogged) {
   options.signIn = nobody.address("/signin?token=eyJhbGc.eyJzdWI");

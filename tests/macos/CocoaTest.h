@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include <gmock/gmock-matchers.h>
+#include <gmock/gmock-more-matchers.h>
 #include <gtest/gtest.h>
 
 #include <optional>

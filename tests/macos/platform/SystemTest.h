@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <gmock/gmock-matchers.h>
+#include <gmock/gmock-more-matchers.h>
 #include <gtest/gtest.h>
 
 #include "tests/macos/doubles/SystemCalls.h"
