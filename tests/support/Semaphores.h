@@ -22,6 +22,31 @@ inline int valueOf(int id, int member) {
   return ::semctl(id, member, GETVAL);
 }
 
+// Of an existing set.
+inline semid_ds statusOf(int id) {
+  semid_ds status{};
+  union {
+    semid_ds* status;
+  } argument{&status};
+  ::semctl(id, 0, IPC_STAT, argument);
+  return status;
+}
+
+inline unsigned modeOfSet(int id) {
+  return statusOf(id).sem_perm.mode & 0777u;
+}
+
+inline unsigned membersOf(int id) {
+  return static_cast<unsigned>(statusOf(id).sem_nsems);
+}
+
+inline void setValueOf(int id, int member, int value) {
+  union {
+    int value;
+  } argument{value};
+  ::semctl(id, member, SETVAL, argument);
+}
+
 // How many processes sleep until the member grows.
 inline int sleepersOn(int id, int member) {
   return ::semctl(id, member, GETNCNT);
