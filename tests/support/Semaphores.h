@@ -52,7 +52,7 @@ inline int sleepersOn(int id, int member) {
   return ::semctl(id, member, GETNCNT);
 }
 
-// Removes, at the end of the scope, the set that its users leave behind by rule or because they were killed.
+// Removes, at the end of the scope, the set that its users never remove, or could not because they were killed.
 class SetRemover {
  public:
   SetRemover(std::string path, int projectNumber) : path_(std::move(path)), number_(projectNumber) {}
