@@ -8,6 +8,7 @@
 #include "applog/OVNSystemLevelDeploymentLock.h"
 #include "tests/support/Child.h"
 #include "tests/support/Home.h"
+#include "tests/support/Powers.h"
 #include "tests/support/SemaphoreOperations.h"
 #include "tests/support/Semaphores.h"
 
@@ -86,6 +87,15 @@ TEST_F(DeploymentLockTest, AHolderThatAsksItsOwnLockGivesItUp) {
   ASSERT_TRUE(lock.AcquireLock());
   EXPECT_FALSE(lock.isLocked());
   EXPECT_EQ(askedByAnother(isLocked), 0);
+}
+
+TEST_F(DeploymentLockTest, ASetThatMayNotBeChangedIsNoLock) {
+  ASSERT_NE(::semget(::ftok("/tmp", number), 1, IPC_CREAT | 0400), -1);
+  EXPECT_EQ(support::inChild([&] {
+              if (!support::giveUpPowers()) return 2;
+              return lock.waitUntilReleased() && !lock.AcquireLock() ? 0 : 1;
+            }),
+            0);
 }
 
 TEST_F(DeploymentLockTest, ReleasingWithoutHoldingChangesNothing) {
