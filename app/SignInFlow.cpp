@@ -117,7 +117,7 @@ void SignInFlow::takeEnterpriseLayout() {
   const Frame windowFrame = window_.windowFrame();
   window_.setWebViewFrame(resized(webViewFrame, 800, 600));
 
-  // 600, not the new height: the top edge rises by 20 points, by design.
+  // 600 is the height of the web view: the 20 points above it extend the window upwards.
   const double y = windowFrame.y + windowFrame.height - 600;
   window_.setWindowFrame({windowFrame.x, y, 800, 620});
   setResizingDone(true);

@@ -16,7 +16,7 @@ bool mayStandInPath(char c) {
 
 }  // namespace
 
-// The repeated "center", the sizes without units and the empty container rule are how this page has always read.
+// Text fixed by the interface: the repeated "center", the sizes without units and the empty container rule included.
 const std::string spinnerHTMLSource =
     std::string(
         R"(<html><head><style type="text/css">body{overflow: hidden;margin: 0px!important;padding: 0px!important;})"

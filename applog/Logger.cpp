@@ -172,8 +172,8 @@ void Logger::logSimpleMessage(const char* line) {
   sendText(level, component, message.c_str());
 }
 
-// A search that fails gives the greatest position there is, and adding to it wraps: lines without a separator have
-// always been split so, and what reads the log knows them in that form.
+// A failed search returns npos, and adding the separator's size to it wraps around to 2. Programs that read the log
+// know lines without a separator by that result.
 void Logger::parseMessageFromSwf(const char* line, tarn::Log_Level& level, std::string& component,
                                  std::string& message) {
   const std::string_view text = line;

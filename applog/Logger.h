@@ -91,9 +91,9 @@ class Logger : public tarn::Logger {
   void send(tarn::Log_Level level, const char* component, const char* format, va_list* arguments)
       __attribute__((format(printf, 4, 0)));
 
-  static Logger* pLogger;
+  static Logger* pLogger;  // always null; name and place fixed by the binary interface
 
-  std::basic_fstream<wchar_t> wideStream;  // keeps its place in the object; nothing is written to it
+  std::basic_fstream<wchar_t> wideStream;  // never opened; name and place fixed by the binary interface
   std::unique_ptr<tarn::LogTargetDefault> target;
   std::unique_ptr<OVNLoggingFileOperationFlag> fileFlag;
   bool traceEnabled = false;

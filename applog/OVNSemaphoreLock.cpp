@@ -44,7 +44,9 @@ int attachToSet(const std::string& path, int id, int count) {
 }  // namespace
 
 OVNSemaphoreLock::OVNSemaphoreLock(int id, int count, LockType type)
-    : keyPath(keyPathOf(type)), semid(attachToSet(keyPath, id, count)), id(id), maxCount(count), initialCount(count) {}
+    : id(id), maxCount(count), initialCount(count), keyPath(keyPathOf(type)) {
+  semid = attachToSet(keyPath, id, count);
+}
 
 OVNSemaphoreLock::~OVNSemaphoreLock() {
   if (semid == -1) return;

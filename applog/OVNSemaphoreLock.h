@@ -39,10 +39,10 @@ class OVNSemaphoreLock : public OVNLockClass {
   int getCurrentLockCount() const;
 
  private:
-  std::string keyPath;
-  int semid;
-  [[maybe_unused]] int id;
+  int semid = -1;
+  [[maybe_unused]] int id;  // name and place fixed by the binary interface
   bool locked = false;
   int maxCount;
-  [[maybe_unused]] std::int64_t initialCount;
+  [[maybe_unused]] std::int64_t initialCount;  // name and place fixed by the binary interface
+  std::string keyPath;
 };

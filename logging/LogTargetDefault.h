@@ -69,7 +69,7 @@ class LogTargetDefault : public LogTargetBase {
   // Looks at the size of the log file, and cuts it when it has reached 10 MiB: its contents move to an archive beside
   // it and the file starts anew, still the same file to everybody who has it open. A cut whose copy fails leaves the
   // file as it is, and so does a log that is a symbolic link. True when there was nothing to do or the file is open
-  // again; the argument is not used.
+  // again; the argument, fixed by the interface, is ignored.
   bool SegmentLogFile(bool);
 
   // Empties the log file and leaves the stream closed.
@@ -86,12 +86,12 @@ class LogTargetDefault : public LogTargetBase {
   void dropLock();
 
   std::unique_ptr<BinaryLock> lock;
-  std::string lockPath;  // the file that the lock is made from; a target that moves on keeps its lock
   bool threadIdEnabled;
   std::string renamedFilePath;
   std::int64_t segmentCheckTime = 0;
   std::int64_t lastLineTime = 0;
 
+  std::string lockPath;  // the file that the lock is made from; a target that moves on keeps its lock
   FileEnd fileEnd;
   SecondText secondText;
   std::string line;  // being written; kept for its memory

@@ -73,7 +73,7 @@ Animation walked(const std::string& gif) {
   return found;
 }
 
-TEST(SpinnerPage, ReadsByteForByteAsItAlwaysDid) {
+TEST(SpinnerPage, TheTextAroundTheImageIsFixed) {
   EXPECT_EQ(spinnerHTMLSource.compare(0, kBefore.size(), kBefore), 0);
   EXPECT_EQ(spinnerHTMLSource.compare(spinnerHTMLSource.size() - kBehind.size(), kBehind.size(), kBehind), 0);
   EXPECT_EQ(imageText().size(), 2600u);

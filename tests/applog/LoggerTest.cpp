@@ -7,6 +7,8 @@
 #include <ctime>
 #include <thread>
 
+#include "logging/LoggingCore.h"
+#include "tests/logging/RecordingTarget.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"
@@ -146,6 +148,56 @@ TEST_F(LoggerTest, AFormerLevelStaysEnabledHereAndIsFilteredByTheTarget) {
   EXPECT_THAT(lines[0], HasSubstr("[FATAL]"));
 }
 
+// The target filters by its own level; another target of the same identifier sees what is enabled.
+class HandedOverTest : public LoggerTest {
+ protected:
+  void recordedAfter(const std::function<void(Logger&)>& body, const std::function<void(std::vector<Record>&)>& check) {
+    linesAfter([&](Logger& logger) {
+      RecordingTarget recorder("QSU");
+      tarn::LoggingCore::getInstance()->registerTarget(&recorder);
+      body(logger);
+      check(recorder.records);
+      tarn::LoggingCore::getInstance()->unregisterTarget(&recorder);
+    });
+  }
+};
+
+TEST_F(HandedOverTest, ALevelOnceEnabledStaysEnabled) {
+  recordedAfter(
+      [](Logger& logger) {
+        logger.setLogLevel(level(6), nullptr, nullptr);
+        logger.setLogLevel(level(1), nullptr, nullptr);
+        logEachLevel(logger);
+      },
+      [](std::vector<Record>& records) { EXPECT_THAT(records, SizeIs(6)); });
+}
+
+TEST_F(HandedOverTest, EveryMessageHasTheTimeZeroForNow) {
+  recordedAfter(
+      [](Logger& logger) {
+        logger.setLogLevel(level(6), "SVO", nullptr);
+        logEachLevel(logger);
+        logger.logSimpleMessage("INFO|||ui|||text");
+      },
+      [](std::vector<Record>& records) {
+        EXPECT_THAT(records, SizeIs(9));
+        EXPECT_THAT(records, testing::Each(testing::Field(&Record::timeMs, 0u)));
+      });
+}
+
+TEST_F(LoggerTest, AVerbosityJustOutsideTheRangeKeepsTheLevel) {
+  for (const int unknown : {-1, 0, 7, 8}) {
+    support::freshHome();
+    const auto lines = linesAfter([&](Logger& logger) {
+      logger.setLogLevel(level(unknown), "SVO", nullptr);
+      EXPECT_EQ(logger.getCurrentLogLevel(), tarn::INFO) << unknown;
+      logEachLevel(logger);
+    });
+    ASSERT_THAT(lines, SizeIs(6)) << unknown;
+    EXPECT_THAT(lines[1], EndsWith("Logging Level verbosity Set  to " + std::to_string(unknown)));
+  }
+}
+
 TEST_F(LoggerTest, AnUnknownVerbosityKeepsTheLevelAndIsAnnounced) {
   const auto lines = linesAfter([](Logger& logger) {
     logger.setLogLevel(level(3), nullptr, nullptr);
@@ -194,6 +246,26 @@ TEST_F(LoggerTest, AFinishedTextOfAnyLengthGoesOutWhole) {
 TEST_F(LoggerTest, LeavesNoSemaphoreSetBehind) {
   linesAt(4, logEachLevel);
   EXPECT_EQ(support::setOf(home, flagNumber), -1);
+  EXPECT_EQ(support::setOf(file, 11), -1);
+}
+
+// Without a count to take back, the logger's end sleeps in the mutex.
+TEST_F(LoggerTest, FinalizesTheMutexBeforeTheTarget) {
+  const support::Shared<std::atomic<bool>> mayEnd;
+  support::Child child(
+      [&] {
+        Logger::getInstance();
+        return support::comesTrue([&] { return mayEnd->load(); }) ? 0 : 1;
+      },
+      support::Child::Ending::orderly);
+  ASSERT_TRUE(support::comesTrue([&] { return support::valueOf(support::setOf(file, 11), 1) == 1; }));
+  const int mutex = support::setOf(home, flagNumber);
+  support::setValueOf(mutex, 0, 0);
+  *mayEnd = true;
+  EXPECT_TRUE(support::comesTrue([&] { return support::sleepersOn(mutex, 0) == 1; }));
+  EXPECT_EQ(support::valueOf(support::setOf(file, 11), 0), 1);
+  support::setValueOf(mutex, 0, 1);
+  EXPECT_EQ(child.wait(), 0);
   EXPECT_EQ(support::setOf(file, 11), -1);
 }
 
@@ -262,7 +334,7 @@ TEST_F(LoggerTest, MayBeUsedFromManyThreads) {
   EXPECT_THAT(lines, SizeIs(2000));
 }
 
-TEST_F(LoggerTest, SmallFunctionsAnswerAsTheyAlwaysDid) {
+TEST_F(LoggerTest, SmallFunctionsReturnTheirDocumentedResults) {
   linesAfter([](Logger& logger) {
     std::string copy;
     char buffer[8] = "former";

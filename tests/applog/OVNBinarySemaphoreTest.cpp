@@ -1,5 +1,6 @@
 #include "applog/OVNBinarySemaphore.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -8,9 +9,15 @@
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Meeting.h"
+#include "tests/support/SemaphoreOperations.h"
 #include "tests/support/Semaphores.h"
 
 namespace {
+
+using support::Operation;
+using support::operationsOf;
+using testing::AnyOf;
+using testing::ElementsAre;
 
 constexpr int number = 2147483547;
 constexpr int attached = 0;
@@ -54,6 +61,24 @@ TEST_F(OVNBinarySemaphoreTest, IsFreeWhenItIsCreated) {
   ASSERT_TRUE(create(one));
   EXPECT_EQ(one.getCount(), 1);
   EXPECT_FALSE(one.held);
+}
+
+TEST_F(OVNBinarySemaphoreTest, TheSetHasTwoMembersAndMode0666) {
+  ASSERT_TRUE(create(one));
+  EXPECT_EQ(support::membersOf(one.semid), 2u);
+  EXPECT_EQ(support::modeOfSet(one.semid), 0666u);
+}
+
+TEST_F(OVNBinarySemaphoreTest, OnlyTheFirstReleaseCarriesNoUndo) {
+  OVNBinarySemaphore other = notCreated();
+  const Operation attach(attached, +1, SEM_UNDO);
+  EXPECT_THAT(operationsOf([&] { create(one); }), ElementsAre(Operation(mutex, +1, IPC_NOWAIT), attach));
+  EXPECT_THAT(operationsOf([&] { create(other); }), ElementsAre(attach));
+  EXPECT_THAT(operationsOf([&] { one.tryWait(); }),
+              ElementsAre(AnyOf(Operation(mutex, -1, SEM_UNDO), Operation(mutex, -1, SEM_UNDO | IPC_NOWAIT))));
+  EXPECT_THAT(operationsOf([&] { one.release(); }), ElementsAre(Operation(mutex, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { one.signal(); }), ElementsAre(Operation(mutex, -1, SEM_UNDO | IPC_NOWAIT)));
+  EXPECT_THAT(operationsOf([&] { other.finalize(); }), ElementsAre(Operation(attached, -1, SEM_UNDO)));
 }
 
 TEST_F(OVNBinarySemaphoreTest, CreatingTwiceAttachesOnce) {

@@ -1,14 +1,22 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <optional>
 
 #include "applog/OVNSemaphoreLock.h"
 #include "applog/OVNSystemLevelDeploymentLock.h"
 #include "tests/support/Child.h"
 #include "tests/support/Home.h"
+#include "tests/support/Powers.h"
+#include "tests/support/SemaphoreOperations.h"
 #include "tests/support/Semaphores.h"
 
 namespace {
+
+using support::Operation;
+using support::operationsOf;
+using testing::ElementsAre;
 
 constexpr int number = 0x5b;
 
@@ -36,6 +44,19 @@ class DeploymentLockTest : public testing::Test {
 TEST_F(DeploymentLockTest, OpeningDoesNothing) {
   EXPECT_EQ(lock.open(), 0);
   EXPECT_EQ(set(), -1);
+}
+
+TEST_F(DeploymentLockTest, TheSetHasOneMemberAndMode0666) {
+  ASSERT_TRUE(lock.AcquireLock());
+  EXPECT_EQ(support::membersOf(set()), 1u);
+  EXPECT_EQ(support::modeOfSet(set()), 0666u);
+}
+
+TEST_F(DeploymentLockTest, EveryOperationCarriesUndo) {
+  EXPECT_THAT(operationsOf([&] { lock.AcquireLock(); }), ElementsAre(Operation(0, -1, SEM_UNDO | IPC_NOWAIT)));
+  EXPECT_THAT(operationsOf([&] { lock.releaseLock(); }), ElementsAre(Operation(0, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { lock.waitUntilReleased(); }),
+              ElementsAre(Operation(0, -1, SEM_UNDO), Operation(0, +1, SEM_UNDO)));
 }
 
 TEST_F(DeploymentLockTest, WaitingReturnsAtOnceWhenThereIsNoLock) {
@@ -66,6 +87,15 @@ TEST_F(DeploymentLockTest, AHolderThatAsksItsOwnLockGivesItUp) {
   ASSERT_TRUE(lock.AcquireLock());
   EXPECT_FALSE(lock.isLocked());
   EXPECT_EQ(askedByAnother(isLocked), 0);
+}
+
+TEST_F(DeploymentLockTest, ASetThatMayNotBeChangedIsNoLock) {
+  ASSERT_NE(::semget(::ftok("/tmp", number), 1, IPC_CREAT | 0400), -1);
+  EXPECT_EQ(support::inChild([&] {
+              if (!support::giveUpPowers()) return 2;
+              return lock.waitUntilReleased() && !lock.AcquireLock() ? 0 : 1;
+            }),
+            0);
 }
 
 TEST_F(DeploymentLockTest, ReleasingWithoutHoldingChangesNothing) {
@@ -120,6 +150,23 @@ TEST_F(SemaphoreLockTest, IsNotLockedUntilASlotIsTaken) {
   EXPECT_TRUE(lock.AcquireLock());
   EXPECT_TRUE(lock.isLocked());
   EXPECT_EQ(lock.getCurrentLockCount(), 254);
+}
+
+TEST_F(SemaphoreLockTest, TheSetHasTwoMembersAndMode0666) {
+  EXPECT_EQ(support::membersOf(set()), 2u);
+  EXPECT_EQ(support::modeOfSet(set()), 0666u);
+}
+
+TEST_F(SemaphoreLockTest, EveryOperationCarriesUndo) {
+  constexpr int freeSlots = 0;
+  constexpr int attached = 1;
+  std::optional<OVNSemaphoreLock> other;
+  EXPECT_THAT(operationsOf([&] { other.emplace(number, 255, SystemLock); }),
+              ElementsAre(Operation(attached, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { other->AcquireLock(); }),
+              ElementsAre(Operation(freeSlots, -1, SEM_UNDO | IPC_NOWAIT)));
+  EXPECT_THAT(operationsOf([&] { other->releaseLock(); }), ElementsAre(Operation(freeSlots, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { other.reset(); }), ElementsAre(Operation(attached, -1, SEM_UNDO | IPC_NOWAIT)));
 }
 
 TEST_F(SemaphoreLockTest, EachTakeTakesASlotAndOnlyOneIsGivenBack) {

@@ -1,5 +1,6 @@
 #include "logging/BinaryLock.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -9,13 +10,19 @@
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Meeting.h"
+#include "tests/support/SemaphoreOperations.h"
 #include "tests/support/Semaphores.h"
 
 namespace {
 
+using support::Operation;
+using support::operationsOf;
 using tarn::BinaryLock;
+using testing::AnyOf;
+using testing::ElementsAre;
 
 constexpr int project = 11;
+constexpr int references = 0;
 constexpr int mutex = 1;
 
 class BinaryLockTest : public testing::Test {
@@ -45,6 +52,23 @@ TEST_F(BinaryLockTest, IsFreeWhenItIsMade) {
   EXPECT_TRUE(lock.signal());
   EXPECT_TRUE(lock.release());
   lock.finalize();
+}
+
+TEST_F(BinaryLockTest, TheSetHasTwoMembersAndMode0666) {
+  ASSERT_TRUE(lock.create(folder.path(), project));
+  EXPECT_EQ(support::membersOf(set()), 2u);
+  EXPECT_EQ(support::modeOfSet(set()), 0666u);
+  lock.finalize();
+}
+
+TEST_F(BinaryLockTest, OnlyTheCountCarriesNoUndo) {
+  EXPECT_THAT(operationsOf([&] { lock.create(folder.path(), project); }),
+              ElementsAre(Operation(references, +1, IPC_NOWAIT)));
+  EXPECT_THAT(operationsOf([&] { lock.wait(); }),
+              ElementsAre(AnyOf(Operation(mutex, -1, SEM_UNDO), Operation(mutex, -1, SEM_UNDO | IPC_NOWAIT))));
+  EXPECT_THAT(operationsOf([&] { lock.release(); }), ElementsAre(Operation(mutex, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { lock.signal(); }), ElementsAre(Operation(mutex, -1, SEM_UNDO | IPC_NOWAIT)));
+  EXPECT_THAT(operationsOf([&] { lock.finalize(); }), ElementsAre(Operation(references, -1, IPC_NOWAIT)));
 }
 
 TEST_F(BinaryLockTest, CreatingTwiceCountsOnce) {

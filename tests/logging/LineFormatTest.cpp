@@ -17,6 +17,8 @@
 
 namespace {
 
+using support::TimeZone;
+
 class LineFormatTest : public FileTargetTest {
  protected:
   std::string lineOf(tarn::Log_Level level, const char* message) {
@@ -38,19 +40,6 @@ class LineFormatTest : public FileTargetTest {
 std::string withoutMilliseconds(const std::string& timeText) {
   return timeText.substr(0, timeText.size() - 4);
 }
-
-// The zone of the process until the end of the scope.
-class TimeZone {
- public:
-  explicit TimeZone(const char* zone) {
-    ::setenv("TZ", zone, 1);
-    ::tzset();
-  }
-  ~TimeZone() {
-    ::unsetenv("TZ");
-    ::tzset();
-  }
-};
 
 TEST_F(LineFormatTest, FieldsStandInOrderBetweenSeparators) {
   const TimeZone zone("UTC");

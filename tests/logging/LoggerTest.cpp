@@ -53,6 +53,15 @@ TEST_F(LoggerTest, ExtraTextsAndAnyLevelTravelUnchanged) {
   EXPECT_THAT(last().texts, ElementsAre("27403", "QSU", "Login", "Web", "one", "two"));
 }
 
+TEST_F(LoggerTest, EveryMessageHasTheTimeZeroForNow) {
+  logger.info("text");
+  logger.error("1001", "text");
+  logger.log(tarn::INFO, "one", "two", "text");
+  for (const Record& record : target.records)
+    EXPECT_EQ(record.timeMs, 0u);
+  EXPECT_EQ(target.records.size(), 3u);
+}
+
 TEST_F(LoggerTest, NullCodesAndExtrasAreEmpty) {
   logger.warn(nullptr, "text");
   logger.log(tarn::INFO, nullptr, nullptr, "text");

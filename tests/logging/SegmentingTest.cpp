@@ -11,14 +11,14 @@
 
 #include "tests/logging/FileTargetFixture.h"
 #include "tests/support/Child.h"
+#include "tests/support/FakeClock.h"
 
 namespace {
 
-using testing::MatchesRegex;
+using testing::ElementsAre;
 
 constexpr std::size_t sizeToCutAt = 10485760;
 constexpr unsigned long long hour = 3600 * 1000;
-const std::string stampForm = "[0-9]{2}-[0-9]{2}-[0-9]{4} [0-9]{2}-[0-9]{2}-[0-9]{2}";
 
 class SegmentingTest : public FileTargetTest {
  protected:
@@ -56,10 +56,19 @@ TEST_F(SegmentingTest, AFileOfTenMebibytesIsCutAtRegistration) {
 }
 
 TEST_F(SegmentingTest, AnArchiveIsNamedAfterTheFileAndTheTime) {
+  const support::FakeLocalTime now;
   grow(sizeToCutAt);
   target.onRegisterTarget();
-  ASSERT_EQ(archives().size(), 1u);
-  EXPECT_THAT(archives()[0], MatchesRegex("Kelvo " + stampForm + "[.]log"));
+  EXPECT_THAT(archives(), ElementsAre("Kelvo " + now.stamp + ".log"));
+}
+
+TEST_F(SegmentingTest, ALogThatIsALinkIsNotCut) {
+  grow(sizeToCutAt);
+  std::filesystem::rename(file, home + "/elsewhere.log");
+  std::filesystem::create_symlink(home + "/elsewhere.log", file);
+  target.onRegisterTarget();
+  EXPECT_TRUE(archives().empty());
+  EXPECT_EQ(std::filesystem::file_size(file), sizeToCutAt);
 }
 
 TEST_F(SegmentingTest, WritingGoesOnInTheFileAfterACut) {
@@ -96,6 +105,37 @@ TEST_F(SegmentingTest, TheSizeIsCheckedAnHourAfterTheLastCheckByTheTimeOfTheLine
   EXPECT_EQ(archives().size(), 1u);
   EXPECT_EQ(support::linesOf(file).size(), 1u);
   EXPECT_EQ(lastMessage(), "two");
+}
+
+// Once a line has made a check succeed, the next check is counted from the time of the line before it.
+class HourlyCheckTest : public SegmentingTest {
+ protected:
+  HourlyCheckTest() {
+    target.onRegisterTarget();
+    log(tarn::INFO, "due", lastCheck);
+    log(tarn::INFO, "checked", lastCheck);
+  }
+
+  const unsigned long long lastCheck = (static_cast<unsigned long long>(std::time(nullptr)) + 100000) * 1000;
+};
+
+TEST_F(HourlyCheckTest, TheSizeIsChecked3600SecondsAfterTheLastCheck) {
+  grow(sizeToCutAt);
+  log(tarn::INFO, "one", lastCheck + hour - 1000);
+  log(tarn::INFO, "two", lastCheck + hour);
+  EXPECT_TRUE(archives().empty());
+  log(tarn::INFO, "three", lastCheck + hour);
+  EXPECT_EQ(archives().size(), 1u);
+}
+
+TEST_F(HourlyCheckTest, AFailedCheckIsMadeAgainAtTheNextLine) {
+  log(tarn::INFO, "one", lastCheck + hour);
+  std::filesystem::remove(file);
+  log(tarn::INFO, "two", lastCheck + hour);
+  grow(sizeToCutAt);
+  EXPECT_TRUE(archives().empty());
+  log(tarn::INFO, "three", lastCheck + hour);
+  EXPECT_EQ(archives().size(), 1u);
 }
 
 TEST_F(SegmentingTest, AMissingFileCannotBeChecked) {
@@ -139,6 +179,17 @@ TEST_F(SegmentingTest, RenamingMovesTheFileAndRemembersItsName) {
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
+TEST_F(SegmentingTest, RenamingToATakenNameFails) {
+  const support::FakeLocalTime now;
+  const std::string taken = folder / ("Kelvo " + now.stamp + ".log");
+  support::writeFile(file, "text");
+  support::writeFile(taken, "taken");
+  EXPECT_FALSE(target.renameLogFile());
+  EXPECT_EQ(target.getRenamedFilePath(), "");
+  EXPECT_EQ(support::contentsOf(file), "text");
+  EXPECT_EQ(support::contentsOf(taken), "taken");
+}
+
 TEST_F(SegmentingTest, RenamingAMissingFileFails) {
   std::filesystem::remove(file);
   EXPECT_FALSE(target.renameLogFile());
@@ -146,15 +197,17 @@ TEST_F(SegmentingTest, RenamingAMissingFileFails) {
 }
 
 TEST(TimeStamp, StandsBeforeTheExtension) {
+  const support::FakeLocalTime now;
   std::string path = "/logs/Kelvo.log";
   EXPECT_TRUE(tarn::appendTimeStampToFile(path));
-  EXPECT_THAT(path, MatchesRegex("/logs/Kelvo " + stampForm + "[.]log"));
+  EXPECT_EQ(path, "/logs/Kelvo " + now.stamp + ".log");
 }
 
 TEST(TimeStamp, LeavesADotWithoutAnExtension) {
+  const support::FakeLocalTime now;
   std::string path = "/logs/Kelvo";
   EXPECT_TRUE(tarn::appendTimeStampToFile(path));
-  EXPECT_THAT(path, MatchesRegex("/logs/Kelvo " + stampForm + "[.]"));
+  EXPECT_EQ(path, "/logs/Kelvo " + now.stamp + ".");
 }
 
 TEST(ContentCopy, HoldsWhatTheFileHolds) {

@@ -1,11 +1,28 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
+#include <cerrno>
 #include <csignal>
 #include <thread>
 
 #include "tests/logging/FileTargetFixture.h"
 #include "tests/support/Child.h"
+#include "tests/support/Output.h"
+
+namespace {
+
+int chmodError = 0;  // 0: the C library's `chmod`
+
+}  // namespace
+
+// Takes the place of the C library's.
+extern "C" int chmod(const char* path, mode_t mode) noexcept {
+  if (chmodError == 0) return ::fchmodat(AT_FDCWD, path, mode, 0);
+  errno = chmodError;
+  return -1;
+}
 
 namespace {
 
@@ -54,6 +71,27 @@ TEST_F(FileTargetTest, ANewLogFileMayBeWrittenByEverybody) {
   ASSERT_TRUE(target.onRegisterTarget());
   ::umask(former);
   EXPECT_EQ(support::modeOf(file), 0666u);
+  target.onUnregisterTarget();
+}
+
+TEST_F(FileTargetTest, AFailedChmodIsReportedAndChangesNothingElse) {
+  std::filesystem::remove(file);
+  chmodError = EPERM;
+  const std::string output = support::outputOf([&] { EXPECT_TRUE(target.onRegisterTarget()); });
+  chmodError = 0;
+  EXPECT_EQ(output, "\n Error Set File permissions. errno = Operation not permitted");
+  log(tarn::INFO, "text");
+  EXPECT_EQ(lastMessage(), "text");
+  target.onUnregisterTarget();
+}
+
+TEST_F(FileTargetTest, ADanglingLinkCountsAsAnExistingFile) {
+  std::filesystem::remove(file);
+  std::filesystem::create_symlink("elsewhere.log", file);
+  const mode_t former = ::umask(077);
+  ASSERT_TRUE(target.onRegisterTarget());
+  ::umask(former);
+  EXPECT_EQ(support::modeOf(folder / "elsewhere.log"), 0600u);
   target.onUnregisterTarget();
 }
 

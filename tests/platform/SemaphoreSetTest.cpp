@@ -98,6 +98,19 @@ TEST_F(SemaphoreSetTest, WhatAProcessTookIsGivenBackWhenItIsKilled) {
   EXPECT_TRUE(set.take(0));
 }
 
+TEST_F(SemaphoreSetTest, WhatASleeperTookIsGivenBackToo) {
+  support::Child holder([&] {
+    set.take(0);
+    return ::pause();
+  });
+  ASSERT_TRUE(support::comesTrue([&] { return support::sleepersOn(id, 0) == 1; }));
+  set.change(0, +1, 0);
+  ASSERT_EQ(set.value(0), 0);
+  holder.kill();
+  holder.wait();
+  EXPECT_EQ(set.value(0), 1);
+}
+
 TEST_F(SemaphoreSetTest, OrdersThreadsOfOneProcess) {
   set.setValue(0, 1);
   long counted = 0;

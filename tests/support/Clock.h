@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdlib>
 #include <ctime>
 
 namespace support {
@@ -13,5 +14,20 @@ inline std::time_t currentSecond() {
   return std::chrono::system_clock::to_time_t(
       std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now()));
 }
+
+// The time zone of the process until the end of the scope.
+class TimeZone {
+ public:
+  explicit TimeZone(const char* zone) {
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+  }
+  TimeZone(const TimeZone&) = delete;
+  TimeZone& operator=(const TimeZone&) = delete;
+  ~TimeZone() {
+    ::unsetenv("TZ");
+    ::tzset();
+  }
+};
 
 }  // namespace support

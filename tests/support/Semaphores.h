@@ -22,12 +22,37 @@ inline int valueOf(int id, int member) {
   return ::semctl(id, member, GETVAL);
 }
 
+// Of an existing set.
+inline semid_ds statusOf(int id) {
+  semid_ds status{};
+  union {
+    semid_ds* status;
+  } argument{&status};
+  ::semctl(id, 0, IPC_STAT, argument);
+  return status;
+}
+
+inline unsigned modeOfSet(int id) {
+  return statusOf(id).sem_perm.mode & 0777u;
+}
+
+inline unsigned membersOf(int id) {
+  return static_cast<unsigned>(statusOf(id).sem_nsems);
+}
+
+inline void setValueOf(int id, int member, int value) {
+  union {
+    int value;
+  } argument{value};
+  ::semctl(id, member, SETVAL, argument);
+}
+
 // How many processes sleep until the member grows.
 inline int sleepersOn(int id, int member) {
   return ::semctl(id, member, GETNCNT);
 }
 
-// Removes, at the end of the scope, the set that its users leave behind by rule or because they were killed.
+// Removes, at the end of the scope, the set that its users never remove, or could not because they were killed.
 class SetRemover {
  public:
   SetRemover(std::string path, int projectNumber) : path_(std::move(path)), number_(projectNumber) {}
