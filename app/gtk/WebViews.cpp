@@ -36,15 +36,23 @@ WebKitSettings* newSettings() {
   return settings;
 }
 
+// Not earlier: from WebKitGTK 2.52 on, many downloads that are cancelled at their start crash the network process.
+gboolean cancelDownload(WebKitDownload* download, char*, gpointer) {
+  webkit_download_cancel(download);
+  return TRUE;
+}
+
+void onDownloadStarted(WebKitWebContext*, WebKitDownload* download) {
+  g_signal_connect(download, "decide-destination", G_CALLBACK(cancelDownload), nullptr);
+}
+
 }  // namespace
 
 WebKitWebContext* newContext(bool sandboxed) {
   WebKitWebContext* const context = webkit_web_context_new_ephemeral();
   webkit_web_context_set_sandbox_enabled(context, sandboxed);
   webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
-  g_signal_connect(context, "download-started",
-                   G_CALLBACK(+[](WebKitWebContext*, WebKitDownload* download) { webkit_download_cancel(download); }),
-                   nullptr);
+  g_signal_connect(context, "download-started", G_CALLBACK(onDownloadStarted), nullptr);
   return context;
 }
 
