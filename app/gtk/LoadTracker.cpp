@@ -73,7 +73,9 @@ void LoadTracker::resourceStarted(unsigned id, const std::string& address, bool 
 }
 
 void LoadTracker::resourceRedirected(unsigned id, const std::string& address) {
-  if (subFrames_.count(id) == 0) return;
+  const auto subFrame = subFrames_.find(id);
+  if (subFrame == subFrames_.end()) return;
+  subFrame->second.address = address;
   forgetAsked(address);
   keepTime();
 }

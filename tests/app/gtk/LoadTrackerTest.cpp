@@ -233,6 +233,19 @@ TEST_F(LoadTrackerTest, AFailedSubFrameIsAFailure) {
             (Outcomes{"failed-provisional http://no.such.host.invalid/ -1003", "finished http://site/frame-unknown"}));
 }
 
+TEST_F(LoadTrackerTest, ARedirectedFrameFailsUnderItsLastAddress) {
+  EXPECT_EQ(replayed("redirected-frame"), (Outcomes{"failed-provisional http://no.such.host.invalid/ -1003",
+                                                    "finished http://site/frame-redirected"}));
+}
+
+TEST_F(LoadTrackerTest, ARedirectedFrameTimesOutUnderItsLastAddress) {
+  replayPageWithFrame();
+  tracker.resourceFinished(1);
+  tracker.resourceRedirected(2, "http://site/moved");
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional http://site/moved -1001"}));
+}
+
 TEST_F(LoadTrackerTest, ATruncatedSubFrameFailsAfterItsCommit) {
   EXPECT_EQ(replayed("truncated-frame"),
             (Outcomes{"failed http://site/trunc -1005", "finished http://site/frame-trunc"}));
