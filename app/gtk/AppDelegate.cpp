@@ -1,5 +1,7 @@
 #include "app/gtk/AppDelegate.h"
 
+#include "app/CommandLine.h"
+#include "app/SpinnerPage.h"
 #include "app/gtk/AddressRules.h"
 #include "app/gtk/GtkHandles.h"
 #include "app/gtk/LoadSignals.h"
@@ -33,6 +35,15 @@ void AppDelegate::closeWindow() {
   if (flow_.hasEnded()) return;
   flow_.lastWindowClosed();
   window_->terminate();
+}
+
+// WebKit ignores an address that is not UTF-8, which therefore has no name in the log.
+void AppDelegate::mainFrameFinished(const std::optional<std::string>& address) {
+  if (address == spinnerHTMLBaseURL) {
+    const std::string signIn = CommandLine::GetInstance()->zel_url;
+    tracker_.awaitPage(validUtf8(signIn) == signIn ? signIn : "");
+  }
+  flow_.mainFrameFinished(address);
 }
 
 // TRUE: the window goes when the application does, after its message.

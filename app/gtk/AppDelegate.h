@@ -32,7 +32,7 @@ class AppDelegate : private LoadOutcomes {
   void closeWindow();
 
  private:
-  void mainFrameFinished(const std::optional<std::string>& address) override { flow_.mainFrameFinished(address); }
+  void mainFrameFinished(const std::optional<std::string>& address) override;
   void loadFailed(const LoadFailure& failure) override { flow_.loadFailed(failure); }
 
   static gboolean onDelete(GtkWidget*, GdkEvent*, AppDelegate* self);

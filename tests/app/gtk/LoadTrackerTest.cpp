@@ -103,6 +103,16 @@ class LoadTrackerTest : public testing::Test {
     tracker.resourceStarted(2, "http://site/frame", false);
   }
 
+  // As the application does when its spinner page has finished.
+  void replaySpinnerPage() {
+    const std::string spinner = "file:///spinner_html.html";
+    tracker.loadStarted(spinner);
+    tracker.loadCommitted(spinner);
+    tracker.loadFinished(spinner);
+    tracker.awaitPage("http://site/signin");
+    outcomes.noted.clear();
+  }
+
   NotedOutcomes outcomes;
   FakeClock clock;
   LoadTracker tracker{outcomes, clock};
@@ -209,6 +219,48 @@ TEST_F(LoadTrackerTest, AnAddressThatNothingIsHeardOfTimesOut) {
   replayed("ordinary");
   outcomes.noted.clear();
   EXPECT_EQ(replayedUntilTheClockRings("script-address"), (Outcomes{"failed-provisional javascript:1 -1001"}));
+}
+
+TEST_F(LoadTrackerTest, AnAwaitedPageThatIsNeverRequestedTimesOut) {
+  replaySpinnerPage();
+  ASSERT_TRUE(clock.runs);
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional http://site/signin -1001"}));
+}
+
+TEST_F(LoadTrackerTest, AnAwaitedPageWithoutAnAddressTimesOut) {
+  tracker.awaitPage("");
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional - -1001"}));
+}
+
+TEST_F(LoadTrackerTest, AnAwaitedPageWithAnEmptyRedirectTimesOut) {
+  replaySpinnerPage();
+  EXPECT_EQ(replayed("empty-redirect"), (Outcomes{"failed-provisional http://site/empty -999"}));
+  ASSERT_TRUE(clock.runs);
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted.back(), "failed-provisional http://site/signin -1001");
+}
+
+TEST_F(LoadTrackerTest, AnAwaitedPageThatHasComeNeverTimesOut) {
+  replaySpinnerPage();
+  EXPECT_EQ(replayed("ordinary"), (Outcomes{"finished http://site/plain"}));
+  EXPECT_FALSE(clock.runs);
+}
+
+TEST_F(LoadTrackerTest, AFailureBehindTheAwaitedPageStopsTheClock) {
+  replaySpinnerPage();
+  replayed("ordinary");
+  replayed("empty-redirect");
+  EXPECT_FALSE(clock.runs);
+}
+
+TEST_F(LoadTrackerTest, AQuestionStopsTheClockOfAnAwaitedPage) {
+  replaySpinnerPage();
+  tracker.personAsked();
+  EXPECT_FALSE(clock.runs);
+  tracker.personAnswered();
+  EXPECT_TRUE(clock.runs);
 }
 
 TEST_F(LoadTrackerTest, AFailedImageIsNoFailure) {
