@@ -81,6 +81,21 @@ TEST_F(SignInTest, AFragmentOfTheSamePageIsNoFinishedLoad) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+TEST_F(SignInTest, AnAddressPushedByALoadedPageEndsNothing) {
+  site.serve("/signin", page("<script>onload = () => setTimeout(() => {"
+                             "history.pushState(null, '', '/done?code=1'); fetch('/loaded') })</script>"));
+  start();
+  untilAsked("/loaded");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SignInTest, APostedRedirectDeliversTheAddressWithoutTheForm) {
+  site.serve("/signin", page("<form method='post' action='/done?state=2'><input name='code' value='1'></form>"
+                             "<script>document.forms[0].submit()</script>"));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?state=2")));
+  EXPECT_EQ(site.requests().back().fields.at("code"), "1");
+}
+
 TEST_F(SignInTest, AnAddressOfSixtyKilobytesArrivesWhole) {
   const std::string code(60'000, 'x');
   site.serve("/signin", pageThatGoesTo(site.address("/done?code=" + code)));
