@@ -85,6 +85,7 @@ TEST_F(StalledServerTest, SixtySecondsWithoutDataEndTheRun) {
   Window& nowhere = open(site.address("/nowhere"));
   Window& dropped = open(dropping.address("/"));
   untilAsked("/stalled");
+  untilAsked("/nowhere");
 
   expectNoEndBefore(begin + std::chrono::seconds(59));
   expectEnd(stalled);
