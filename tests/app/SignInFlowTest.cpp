@@ -266,7 +266,7 @@ TEST_F(SignInFlowTest, AProvisionalFailureHasItsOwnWords) {
                                         "didFailProvisionalLoadWithError Error domain 7"}));
 }
 
-TEST_F(SignInFlowTest, AFailureIsLoggedAtInfoLevelByTheWindow) {
+TEST_F(SignInFlowTest, FailuresAreLoggedAtInfoLevelUnderSVO) {
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Trace, nullptr, nullptr);
   const std::size_t former = linesSince(0).size();
@@ -346,7 +346,7 @@ TEST_F(SignInFlowTest, NothingFollowsTheMessageOfTheRun) {
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(SignInFlowTest, AMessageThatCannotBeWrittenEndsTheRunInSilence) {
+TEST_F(SignInFlowTest, AnUndeliveredMessageEndsTheRunInSilence) {
   CommandLine::GetInstance()->pipe_name = home_ + "/missing";
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Trace, nullptr, nullptr);

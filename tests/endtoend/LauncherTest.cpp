@@ -129,7 +129,7 @@ TEST_F(PythonLauncherTest, ReadsTheWholeMessage) {
   EXPECT_EQ(output(), result(address) + "\n");
 }
 
-TEST_F(PythonLauncherTest, AWindowThatEndsWithoutAMessageGivesNone) {
+TEST_F(PythonLauncherTest, AMissingMessageIsEmpty) {
   startPython(program("/bin/true"));
   EXPECT_EQ(output(), "\n");
 }

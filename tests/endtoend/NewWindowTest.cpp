@@ -39,7 +39,7 @@ TEST_F(NewWindowTest, AScriptThatOpensAWindowOpensItInTheBrowser) {
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin"));
 }
 
-TEST_F(NewWindowTest, AScriptThatOpensAWindowHasNoHoldOfIt) {
+TEST_F(NewWindowTest, AnOpenedWindowIsNullForItsPage) {
   site.serve("/signin", page("<script>onload = () => fetch('/opened?' + open('/popup'))</script>"));
   start();
   untilOpened(1);

@@ -81,7 +81,7 @@ TEST_F(SignInTest, AFragmentOfTheSamePageIsNoFinishedLoad) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(SignInTest, AnAddressPushedByALoadedPageEndsNothing) {
+TEST_F(SignInTest, AnAddressPushedAfterTheLoadEndsNothing) {
   site.serve("/signin", page("<script>onload = () => setTimeout(() => {"
                              "history.pushState(null, '', '/done?code=1'); fetch('/loaded') })</script>"));
   start();
@@ -89,7 +89,7 @@ TEST_F(SignInTest, AnAddressPushedByALoadedPageEndsNothing) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(SignInTest, APostedRedirectDeliversTheAddressWithoutTheForm) {
+TEST_F(SignInTest, APostedFormDeliversTheAddressAlone) {
   site.serve("/signin", page("<form method='post' action='/done?state=2'><input name='code' value='1'></form>"
                              "<script>document.forms[0].submit()</script>"));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?state=2")));

@@ -221,7 +221,7 @@ TEST_F(LoadTrackerTest, AnAddressThatNothingIsHeardOfTimesOut) {
   EXPECT_EQ(replayedUntilTheClockRings("script-address"), (Outcomes{"failed-provisional javascript:1 -1001"}));
 }
 
-TEST_F(LoadTrackerTest, AnAwaitedPageThatIsNeverRequestedTimesOut) {
+TEST_F(LoadTrackerTest, AnAwaitedPageNeverRequestedTimesOut) {
   replaySpinnerPage();
   ASSERT_TRUE(clock.runs);
   tracker.dataTimedOut();
@@ -234,7 +234,7 @@ TEST_F(LoadTrackerTest, AnAwaitedPageWithoutAnAddressTimesOut) {
   EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional - -1001"}));
 }
 
-TEST_F(LoadTrackerTest, AnAwaitedPageWithAnEmptyRedirectTimesOut) {
+TEST_F(LoadTrackerTest, AnAwaitedPagesEmptyRedirectTimesOut) {
   replaySpinnerPage();
   EXPECT_EQ(replayed("empty-redirect"), (Outcomes{"failed-provisional http://site/empty -999"}));
   ASSERT_TRUE(clock.runs);
@@ -242,7 +242,7 @@ TEST_F(LoadTrackerTest, AnAwaitedPageWithAnEmptyRedirectTimesOut) {
   EXPECT_EQ(outcomes.noted.back(), "failed-provisional http://site/signin -1001");
 }
 
-TEST_F(LoadTrackerTest, AnAwaitedPageThatHasComeNeverTimesOut) {
+TEST_F(LoadTrackerTest, AnAwaitedPageThatCameNeverTimesOut) {
   replaySpinnerPage();
   EXPECT_EQ(replayed("ordinary"), (Outcomes{"finished http://site/plain"}));
   EXPECT_FALSE(clock.runs);
