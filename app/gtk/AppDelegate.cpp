@@ -1,5 +1,7 @@
 #include "app/gtk/AppDelegate.h"
 
+#include "app/CommandLine.h"
+#include "app/SpinnerPage.h"
 #include "app/gtk/AddressRules.h"
 #include "app/gtk/GtkHandles.h"
 #include "app/gtk/LoadSignals.h"
@@ -36,9 +38,14 @@ void AppDelegate::closeWindow() {
   window_->terminate();
 }
 
-// A page has been loaded, so the network process runs.
+// A page has been loaded, so the network process runs. WebKit ignores an address that is not UTF-8, which therefore has
+// no name in the log.
 void AppDelegate::mainFrameFinished(const std::optional<std::string>& address) {
   networkProcess_.start();
+  if (address == spinnerHTMLBaseURL) {
+    const std::string signIn = CommandLine::GetInstance()->zel_url;
+    tracker_.awaitPage(validUtf8(signIn) == signIn ? signIn : "");
+  }
   flow_.mainFrameFinished(address);
 }
 

@@ -39,6 +39,7 @@ void LoadTracker::loadCommitted(const std::string& address) {
   if (address == kBlankPage && address_ != kBlankPage) {
     return failMainFrame(true, address_, kLoadRestrictedPort, kPolicyDomain);
   }
+  awaited_.reset();
   address_ = address;
   state_ = State::kCommitted;
   keepTime();
@@ -73,7 +74,9 @@ void LoadTracker::resourceStarted(unsigned id, const std::string& address, bool 
 }
 
 void LoadTracker::resourceRedirected(unsigned id, const std::string& address) {
-  if (subFrames_.count(id) == 0) return;
+  const auto subFrame = subFrames_.find(id);
+  if (subFrame == subFrames_.end()) return;
+  subFrame->second.address = address;
   forgetAsked(address);
   keepTime();
 }
@@ -116,16 +119,22 @@ void LoadTracker::pageProcessEnded() {
   failMainFrame(state_ == State::kProvisional, address_, kLoadUnknownError, kCocoaDomain);
 }
 
+void LoadTracker::awaitPage(const std::string& address) {
+  awaited_ = address;
+  keepTime();
+}
+
 void LoadTracker::dataTimedOut() {
   if (state_ != State::kIdle && !documentComplete_) {
     return failMainFrame(state_ == State::kProvisional, address_, kLoadTimedOut, kCocoaDomain);
   }
   if (!subFrames_.empty()) return failSubFrame(subFrames_.begin()->first, kLoadTimedOut, kCocoaDomain);
-  if (state_ == State::kCommitted) finishMainFrame(address_);
+  if (state_ == State::kCommitted) return finishMainFrame(address_);
+  if (awaited_) failMainFrame(true, *std::exchange(awaited_, std::nullopt), kLoadTimedOut, kCocoaDomain);
 }
 
 void LoadTracker::keepTime() {
-  if (isLoading() && questions_ == 0) {
+  if (isWaiting() && questions_ == 0) {
     clock_.wind();
   } else {
     clock_.stop();

@@ -9,6 +9,9 @@
 //   - A restricted port commits "about:blank" instead of failing: a failure.
 //   - Nothing is told of a server that falls silent: `dataTimedOut` is called by a clock that this class winds, and
 //     that stands still while a dialog waits for a person.
+//   - Nothing is told of an address that makes no request, or of a redirect that leads nowhere: while a page is
+//   awaited,
+//     the clock runs also when nothing loads.
 //   - A page process that ends is a failure.
 // Plain C++, main thread.
 
@@ -60,6 +63,10 @@ class LoadTracker : public LoadEvents {
   void progressed() override;
   void pageProcessEnded() override;
 
+  // The page at `address` is requested next. No data until any page has come is a failure of `address`, whatever else
+  // failed before; an empty address is unknown.
+  void awaitPage(const std::string& address);
+
   // No data for as long as a request waits. A document that is not complete has failed; a page that only waits for
   // images and the like is shown without them, that is, finished.
   void dataTimedOut();
@@ -72,7 +79,7 @@ class LoadTracker : public LoadEvents {
     bool answered = false;
   };
 
-  bool isLoading() const { return state_ != State::kIdle || !subFrames_.empty(); }
+  bool isWaiting() const { return state_ != State::kIdle || !subFrames_.empty() || awaited_.has_value(); }
   void beginLoad(const std::string& address);
   void keepTime();
   void forgetAsked(const std::string& address);
@@ -91,6 +98,8 @@ class LoadTracker : public LoadEvents {
   bool documentComplete_ = false;
 
   std::optional<std::string> heldFinish_;  // of a page whose sub-frames have not been heard of yet
+
+  std::optional<std::string> awaited_;  // the page that is to replace the program's own
 
   int questions_ = 0;  // that wait for a person
 

@@ -15,7 +15,8 @@
 
 namespace {
 
-constexpr int kPatienceMilliseconds = 2000;
+constexpr int kFirstTimeoutSeconds = 2;
+constexpr int kSecondTimeoutSeconds = 4;
 
 using Text = std::unique_ptr<char, void (*)(gpointer)>;
 
@@ -81,27 +82,49 @@ void removeSandboxNotes() {
 // outside the runtime folder is not let through the walls.
 SandboxTrial::SandboxTrial() {
   const char* const compositor = g_getenv("WAYLAND_DISPLAY");
-  if (compositor != nullptr && g_path_is_absolute(compositor)) return;
-  if (isInstalled("bwrap") && isInstalled("xdg-dbus-proxy")) process_ = start(trialCommand(), &ended_);
+  if (compositor != nullptr && g_path_is_absolute(compositor)) {
+    obstacle_ = "WAYLAND_DISPLAY names a socket outside the runtime folder";
+  } else if (!isInstalled("bwrap")) {
+    obstacle_ = "bwrap is not installed";
+  } else if (!isInstalled("xdg-dbus-proxy")) {
+    obstacle_ = "xdg-dbus-proxy is not installed";
+  } else {
+    begin();
+  }
 }
 
 SandboxTrial::~SandboxTrial() {
-  (void)passed();
+  if (!obstacle_) (void)waitForEnd(kFirstTimeoutSeconds);
 }
 
-bool SandboxTrial::passed() {
-  if (!passed_) passed_ = process_ != 0 && waitForEnd();
-  return *passed_;
+const std::string& SandboxTrial::obstacle() {
+  if (obstacle_) return *obstacle_;
+  obstacle_ = waitForEnd(kFirstTimeoutSeconds);
+  if (!obstacle_->empty()) {
+    begin();
+    obstacle_ = waitForEnd(kSecondTimeoutSeconds);
+  }
+  return *obstacle_;
 }
 
-bool SandboxTrial::waitForEnd() {
+void SandboxTrial::begin() {
+  process_ = start(trialCommand(), &ended_);
+}
+
+std::string SandboxTrial::waitForEnd(int seconds) {
+  if (process_ == 0) return "bwrap could not be started";
   pollfd end{ended_, POLLIN, 0};
-  if (::poll(&end, 1, kPatienceMilliseconds) == 0) (void)::kill(process_, SIGKILL);
+  int ready = 0;
+  while ((ready = ::poll(&end, 1, seconds * 1000)) == -1 && errno == EINTR) {
+  }
+  const bool timedOut = ready == 0;
+  if (timedOut) (void)::kill(process_, SIGKILL);
   (void)::close(ended_);
 
   int status = -1;
-  while (::waitpid(process_, &status, 0) == -1) {
-    if (errno != EINTR) return false;
+  while (::waitpid(process_, &status, 0) == -1 && errno == EINTR) {
   }
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  if (timedOut) return "bwrap did not end within " + std::to_string(seconds) + " seconds";
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
+  return "bwrap refused to start a program";
 }

@@ -1,5 +1,12 @@
 #include "app/gtk/WebViews.h"
 
+#include <unicode/uloc.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
 #include "app/gtk/GtkHandles.h"
 
 namespace {
@@ -46,11 +53,46 @@ void onDownloadStarted(WebKitWebContext*, WebKitDownload* download) {
   g_signal_connect(download, "decide-destination", G_CALLBACK(cancelDownload), nullptr);
 }
 
+// A BCP 47 tag for a locale's name; empty when there is none, or none that tells more than another name in the list.
+//   "de_DE"        => "de-DE"
+//   "de_DE.UTF-8"  => ""   (the list also has "de_DE")
+//   "C"            => ""
+std::string languageTag(const std::string& locale) {
+  if (locale == "C" || locale == "POSIX" || locale.find_first_of(".@") != std::string::npos) return {};
+  std::array<char, ULOC_FULLNAME_CAPACITY> tag{};
+  UErrorCode error = U_ZERO_ERROR;
+  const int length = uloc_toLanguageTag(locale.c_str(), tag.data(), static_cast<int>(tag.size()), TRUE, &error);
+  return U_SUCCESS(error) ? std::string(tag.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+// From the environment: WebKit asks the C library, which knows only the locales that are installed, and hands a page
+// names like "C", for which `Intl` throws.
+std::vector<std::string> preferredLanguages() {
+  std::vector<std::string> languages;
+  for (const char* const* locale = g_get_language_names(); *locale != nullptr; ++locale) {
+    const std::string tag = languageTag(*locale);
+    if (!tag.empty() && std::find(languages.begin(), languages.end(), tag) == languages.end()) languages.push_back(tag);
+  }
+  if (languages.empty()) languages.emplace_back("en-US");
+  return languages;
+}
+
+void setLanguages(WebKitWebContext* context) {
+  const std::vector<std::string> languages = preferredLanguages();
+  std::vector<const char*> list;
+  list.reserve(languages.size() + 1);
+  for (const std::string& each : languages)
+    list.push_back(each.c_str());
+  list.push_back(nullptr);
+  webkit_web_context_set_preferred_languages(context, list.data());
+}
+
 }  // namespace
 
 WebKitWebContext* newContext(bool sandboxed) {
   WebKitWebContext* const context = webkit_web_context_new_ephemeral();
   webkit_web_context_set_sandbox_enabled(context, sandboxed);
+  setLanguages(context);
   webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
   g_signal_connect(context, "download-started", G_CALLBACK(onDownloadStarted), nullptr);
   return context;

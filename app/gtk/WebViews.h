@@ -6,6 +6,7 @@
 #include <webkit2/webkit2.h>
 
 // A context whose session is ephemeral: no cookie, cache or storage reaches the disk, and no download is let through.
+// Pages see the languages of the user's locale, in its order, and "en-US" where it names none ("C", "POSIX").
 // `sandboxed` puts page processes into WebKit's sandbox, which must work on this machine. The caller owns it.
 WebKitWebContext* newContext(bool sandboxed);
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "app/CommandLine.h"
 #include "app/ResultChannel.h"
@@ -27,11 +28,13 @@ int reportMissingDisplay() {
 
 // The sign-in goes on without: a machine that cannot do better is no reason to keep a person out.
 bool canSandbox(SandboxTrial& trial) {
-  if (trial.passed()) {
+  if (trial.obstacle().empty()) {
     (void)std::atexit(removeSandboxNotes);
     return true;
   }
-  std::fprintf(stderr, "%s: bwrap does not work here; pages run without a sandbox\n", kProgramName);
+  const std::string warning = trial.obstacle() + "; pages run without a sandbox";
+  Logger::getInstance()->logWarn("SVO", "%s", warning.c_str());
+  std::fprintf(stderr, "%s: %s\n", kProgramName, warning.c_str());
   return false;
 }
 

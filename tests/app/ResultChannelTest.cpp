@@ -41,6 +41,24 @@ class ResultPipe : public testing::Test {
     return text;
   }
 
+  // Leaves room for so many bytes in the pipe.
+  void fill(std::size_t room) {
+    const int writer = ::open(path_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    const std::string filling(static_cast<std::size_t>(::fcntl(writer, F_GETPIPE_SZ)) - room, '.');
+    EXPECT_EQ(::write(writer, filling.data(), filling.size()), static_cast<ssize_t>(filling.size()));
+    ::close(writer);
+  }
+
+  // The calls of write(2) by this process so far.
+  static long writes() {
+    std::ifstream counts("/proc/self/io");
+    for (std::string line; std::getline(counts, line);) {
+      if (line.rfind("syscw: ", 0) == 0) return std::stol(line.substr(7));
+    }
+    ADD_FAILURE() << "/proc/self/io counts no writes";
+    return 0;
+  }
+
   mode_t mode() const {
     struct stat status {};
     EXPECT_EQ(::stat(path_.c_str(), &status), 0);
@@ -132,6 +150,32 @@ TEST_F(ResultPipe, TakesAnAddressOf60Kilobytes) {
   const std::string text = message(kSignedIn, "http://host/done?" + std::string(60 * 1024, 'a'));
   EXPECT_TRUE(WriteFIFO(path_, text));
   EXPECT_EQ(received(), text);
+}
+
+TEST_F(ResultPipe, GetsTheMessageInOneWrite) {
+  makePipe();
+  const long before = writes();
+  EXPECT_TRUE(WriteFIFO(path_, std::string(60 * 1024, 'a')));
+  EXPECT_EQ(writes() - before, 1);
+}
+
+TEST_F(ResultPipe, ThatTakesHalfGetsOneWriteAndNoMore) {
+  makePipe();
+  constexpr std::size_t kPage = 4096;  // a pipe's room is counted in pages
+  fill(kPage);
+  const long before = writes();
+  EXPECT_FALSE(WriteFIFO(path_, std::string(2 * kPage, 'a')));
+  EXPECT_EQ(writes() - before, 1);
+  const std::string text = received();
+  EXPECT_EQ(text.substr(text.find('a')), std::string(kPage, 'a'));
+}
+
+TEST_F(ResultPipe, ThatIsFullGetsOneWriteAndNoMore) {
+  makePipe();
+  fill(0);
+  const long before = writes();
+  EXPECT_FALSE(WriteFIFO(path_, message(1)));
+  EXPECT_EQ(writes() - before, 1);
 }
 
 TEST_F(ResultPipe, SaysSoWhenItCannotTakeTheWholeMessage) {

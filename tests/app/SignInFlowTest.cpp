@@ -93,12 +93,19 @@ class SignInFlowTest : public testing::Test {
     return bytes;
   }
 
-  std::vector<std::string> loggedSince(std::size_t former) const {
+  std::vector<std::string> linesSince(std::size_t former) const {
     std::ifstream file(home_ + "/Library/Logs/Kelvo.log");
-    std::vector<std::string> messages;
+    std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);)
-      messages.push_back(line.substr(line.rfind(" | ") + 3));
-    messages.erase(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(std::min(former, messages.size())));
+      lines.push_back(line);
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(std::min(former, lines.size())));
+    return lines;
+  }
+
+  std::vector<std::string> loggedSince(std::size_t former) const {
+    std::vector<std::string> messages = linesSince(former);
+    for (std::string& line : messages)
+      line.erase(0, line.rfind(" | ") + 3);
     return messages;
   }
 
@@ -259,6 +266,19 @@ TEST_F(SignInFlowTest, AProvisionalFailureHasItsOwnWords) {
                                         "didFailProvisionalLoadWithError Error domain 7"}));
 }
 
+TEST_F(SignInFlowTest, FailuresAreLoggedAtInfoLevelUnderSVO) {
+  signIn();
+  Logger::getInstance()->setLogLevel(Log_Level_Trace, nullptr, nullptr);
+  const std::size_t former = linesSince(0).size();
+  for (const bool provisional : {false, true})
+    flow.loadFailed({"http://host/", -999, 7, provisional});
+  EXPECT_EQ(linesSince(former).size(), 6u);
+  for (const std::string& line : linesSince(former)) {
+    EXPECT_NE(line.find(" | [INFO] |  | QSU | "), std::string::npos) << line;
+    EXPECT_NE(line.find(" | SVO |  |  | "), std::string::npos) << line;
+  }
+}
+
 TEST_F(SignInFlowTest, AFailureWithoutAnAddressLogsCodeAndDomainOnly) {
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Info, nullptr, nullptr);
@@ -326,11 +346,14 @@ TEST_F(SignInFlowTest, NothingFollowsTheMessageOfTheRun) {
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(SignInFlowTest, AMessageThatCannotBeWrittenStillEndsTheRun) {
+TEST_F(SignInFlowTest, AnUndeliveredMessageEndsTheRunInSilence) {
   CommandLine::GetInstance()->pipe_name = home_ + "/missing";
   signIn();
+  Logger::getInstance()->setLogLevel(Log_Level_Trace, nullptr, nullptr);
+  const std::size_t former = linesSince(0).size();
   flow.mainFrameFinished("cb:/done");
   EXPECT_EQ(window.taken(), (Asked{"no scrolling", "terminate"}));
+  EXPECT_EQ(linesSince(former), Asked{});
 }
 
 TEST(ExtracyEnterpriseURL, TakesEverythingBehindTheKeyAndOneCharacter) {

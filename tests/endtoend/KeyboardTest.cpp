@@ -118,6 +118,20 @@ TEST_F(KeyboardTest, WithShiftItIsNoShortcut) {
   EXPECT_EQ(message(), done("selected="));
 }
 
+// Undo, because WebKit has bindings of its own for the other shortcuts, with Caps Lock or without.
+TEST_F(KeyboardTest, WithCapsLockItIsNoShortcut) {
+  startOnFields(kTwoFields);
+  screen.type("mine");
+  screen.press(XK_a, {XK_Control_L});
+  screen.press(XK_x, {XK_Control_L});
+  screen.press(XK_Caps_Lock);
+  screen.press(XK_z, {XK_Control_L});
+  screen.press(XK_Tab);
+  screen.press(XK_y);
+  screen.press(XK_Return);
+  EXPECT_EQ(message(), done("a=&amp;b=Y"));
+}
+
 TEST_F(KeyboardTest, AKeyThatThePageTakesIsThePages) {
   startOn(std::string(kWords) +
           "<script>onkeydown = (event) => { event.preventDefault(); if (event.key === 'Enter') "

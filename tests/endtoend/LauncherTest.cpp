@@ -1,9 +1,11 @@
-// The example launcher: what it makes of the answers, and what it leaves behind.
+// The example launchers: what they make of the messages, and what they leave behind.
 
 #include <signal.h>
 
 #include <fstream>
 #include <iterator>
+#include <string>
+#include <vector>
 
 #include "examples/launcher/Answer.h"
 #include "tests/endtoend/EndToEndTest.h"
@@ -36,8 +38,12 @@ class LauncherTest : public EndToEndTest {
   LauncherTest() { std::filesystem::create_directory(temporary("pipes")); }
 
   void startLauncher(const std::string& program = SVO_SIGNIN_PROGRAM) {
+    startLauncher({SVO_LAUNCHER, program, *options.signIn, *options.redirect, *options.enterprise});
+  }
+
+  void startLauncher(const std::vector<std::string>& command) {
     examples::ChildProcess::Setup setup;
-    setup.command = {SVO_LAUNCHER, program, *options.signIn, *options.redirect, *options.enterprise};
+    setup.command = command;
     setup.environment = {{"DISPLAY", display.name()}, {"TMPDIR", temporary("pipes")}};
     setup.outputFile = temporary("output");
     launcher_ = std::make_unique<examples::ChildProcess>(setup);
@@ -87,6 +93,45 @@ TEST_F(LauncherTest, StoppingItClosesTheWindow) {
   launcher_->signal(SIGTERM);
   EXPECT_THAT(output(), StartsWith("message: " + kWindowClosed + "\n"));
   EXPECT_EQ(launcher_->exitStatus(), launcher::kWindowClosed);
+}
+
+// The Python program of the README, with this test's addresses in place of the ones there.
+class PythonLauncherTest : public LauncherTest {
+ protected:
+  std::string program(const std::string& window = SVO_SIGNIN_PROGRAM) const {
+    std::ifstream readme(SVO_README);
+    std::string text(std::istreambuf_iterator<char>(readme), {});
+    text.erase(0, text.find(kBegin) + kBegin.size());
+    text.resize(text.find("```"));
+    replace(text, "/usr/bin/svo-signin", window);
+    replace(text, "https://id.example.com/login", *options.signIn);
+    replace(text, "https://id.example.com/done", *options.redirect);
+    replace(text, "https://id.example.com/enterprise", *options.enterprise);
+    return text + "print(message)\n";
+  }
+
+  void startPython(const std::string& program) { startLauncher({"/usr/bin/python3", "-c", program}); }
+
+ private:
+  static inline const std::string kBegin = "```python\n";
+
+  static void replace(std::string& text, const std::string& from, const std::string& to) {
+    const std::size_t at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    text.replace(at, from.size(), to);
+  }
+};
+
+TEST_F(PythonLauncherTest, ReadsTheWholeMessage) {
+  const std::string address = site.address("/done#" + std::string(60'000, 'x'));
+  site.serve("/signin", pageThatGoesTo(address));
+  startPython(program());
+  EXPECT_EQ(output(), result(address) + "\n");
+}
+
+TEST_F(PythonLauncherTest, AMissingMessageIsEmpty) {
+  startPython(program("/bin/true"));
+  EXPECT_EQ(output(), "\n");
 }
 
 }  // namespace

@@ -138,6 +138,44 @@ TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
   expectFailureInTheLog(nobody.address("/advert"), -1004);
 }
 
+// A way to put a frame into a page, around the address of its document.
+struct FrameMarkup {
+  const char* name;
+  const char* before;
+  const char* after;
+};
+
+void PrintTo(const FrameMarkup& markup, std::ostream* out) {
+  *out << markup.name;
+}
+
+class FrameTest : public LoadFailureTest, public testing::WithParamInterface<FrameMarkup> {};
+
+TEST_P(FrameTest, ThatFailsEndsTheRun) {
+  const std::string address = nobody.address("/advert?a=1#part");
+  site.serve("/inner", page("<iframe src='" + address + "'></iframe>"));
+  site.serve("/signin", page(GetParam().before + address + GetParam().after));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(address, -1004);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, FrameTest,
+    testing::Values(FrameMarkup{"Object", "<object data='", "'></object>"}, FrameMarkup{"Embed", "<embed src='", "'>"},
+                    FrameMarkup{"Frameset", "<frameset cols='*'><frame src='", "'></frameset>"},
+                    FrameMarkup{"FrameInAFrame", "<iframe src='/inner'></iframe><!-- ", " -->"},
+                    FrameMarkup{"PostedForm",
+                                "<iframe name='target'></iframe><form method='post' target='target' action='",
+                                "'><input name='a'></form><script>document.forms[0].submit()</script>"}),
+    [](const auto& each) { return each.param.name; });
+
+TEST_F(LoadFailureTest, ARedirectedFrameIsLoggedUnderItsLastAddress) {
+  site.serve("/moved", redirectTo(nobody.address("/advert")));
+  site.serve("/signin", page("<iframe src='/moved'></iframe>"));
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  expectFailureInTheLog(nobody.address("/advert"), -1004);
+}
+
 TEST_F(LoadFailureTest, ASubFrameOnAnUnknownHostEndsTheRun) {
   site.serve("/signin", page("<iframe src='http://nowhere.invalid/advert'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);

@@ -39,6 +39,14 @@ TEST_F(NewWindowTest, AScriptThatOpensAWindowOpensItInTheBrowser) {
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin"));
 }
 
+TEST_F(NewWindowTest, AnOpenedWindowIsNullForItsPage) {
+  site.serve("/signin", page("<script>onload = () => fetch('/opened?' + open('/popup'))</script>"));
+  start();
+  untilOpened(1);
+  untilAsked("/opened?null");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(NewWindowTest, AMailAddressOpensOutsideAndThePageStays) {
   site.serve("/signin", pageThatTells("<a href='mailto:help@host' style='position:fixed;inset:0'>help</a>"));
   start();

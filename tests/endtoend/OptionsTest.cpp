@@ -1,4 +1,4 @@
-// What the window is given at its start: the six options, the pipe, and arguments that are nobody's.
+// What the window is given at its start: the six options, the pipe, arguments that are nobody's, and the locale.
 
 #include <sys/stat.h>
 
@@ -112,6 +112,35 @@ TEST_F(OptionsTest, TheFirstOfTwoEqualOptionsCounts) {
   site.serve("/first", redirectTo(site.address("/done?code=first")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=first")));
 }
+
+struct Locale {
+  const char* lang;
+  const char* language;  // the variable LANGUAGE
+  const char* expected;
+};
+
+void PrintTo(const Locale& locale, std::ostream* out) {
+  *out << locale.lang << " " << locale.language;
+}
+
+class LocaleTest : public OptionsTest, public testing::WithParamInterface<Locale> {};
+
+// `Intl` throws for a language that does not exist. WebKit gives a page the first language only.
+TEST_P(LocaleTest, PagesSeeLanguagesThatExist) {
+  options.environment["LC_ALL"] = options.environment["LC_MESSAGES"] = "";
+  options.environment["LANG"] = GetParam().lang;
+  options.environment["LANGUAGE"] = GetParam().language;
+  site.serve("/signin", pageThatGoesTo("/done?' + navigator.language + ',' + navigator.languages + ',' + "
+                                       "new Intl.NumberFormat(navigator.languages).resolvedOptions().locale + '"));
+  EXPECT_EQ(messageOfARun(), result(site.address(std::string("/done?") + GetParam().expected)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Locales, LocaleTest,
+                         testing::Values(Locale{"C", "", "en-US,en-US,en-US"}, Locale{"POSIX", "", "en-US,en-US,en-US"},
+                                         Locale{"C.UTF-8", "", "en-US,en-US,en-US"},
+                                         Locale{"de_DE.UTF-8", "", "de-DE,de-DE,de-DE"},
+                                         Locale{"C.UTF-8", "pt_BR:ca@valencia", "pt-BR,pt-BR,pt-BR"},
+                                         Locale{"not a locale.UTF-8", "", "en-US,en-US,en-US"}));
 
 // The quickest of five counts: others may have been kept waiting by the machine.
 TEST_F(OptionsTest, WithoutADisplayTheRunEndsAtOnceAndSaysWhy) {

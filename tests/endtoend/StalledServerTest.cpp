@@ -1,26 +1,104 @@
-// A server that takes a request and never answers. Waits for a whole minute, which is why it stands alone.
+// Sign-in pages of which nothing arrives. Each window waits for a whole minute, so they wait at the same time, in one
+// test that stands alone.
+
+#include <signal.h>
+
+#include <algorithm>
+#include <list>
 
 #include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/RawServer.h"
 
 namespace endtoend {
 namespace {
 
-class StalledServerTest : public EndToEndTest {};
+using std::chrono::steady_clock;
 
-TEST_F(StalledServerTest, ALoadWithoutDataForSixtySecondsEndsTheRun) {
-  std::chrono::steady_clock::time_point lastData;
-  site.serve("/signin", [&](const Request&) {
-    lastData = std::chrono::steady_clock::now();  // the load's clock cannot be wound for it any sooner
+// A window of its own beside others on the same screen.
+struct Window {
+  Window(Options options, const std::string& signIn, const std::filesystem::path& folder)
+      : pipe((std::filesystem::create_directory(folder), folder / "answer")),
+        run(prepare(options, signIn), folder / "errors") {}
+
+  const Options& prepare(Options& options, const std::string& signIn) const {
+    options.signIn = signIn;
+    options.pipe = pipe.path();
+    return options;
+  }
+
+  MessagePipe pipe;
+  SignInRun run;
+};
+
+class StalledServerTest : public EndToEndTest {
+ protected:
+  Window& open(const std::string& signIn) {
+    return windows_.emplace_back(options, signIn, temporary("window" + std::to_string(windows_.size())));
+  }
+
+  // Waits until the first of all windows has ended.
+  void expectNoEndBefore(steady_clock::time_point earliest) {
+    const auto ended = [](const Window& each) { return each.run.ended(); };
+    const auto anyEnded = [&] { return std::any_of(windows_.begin(), windows_.end(), ended); };
+    EXPECT_TRUE(examples::waitUntil(anyEnded, std::chrono::seconds(60) + kPatience));
+    EXPECT_GE(steady_clock::now(), earliest);
+  }
+
+  void expectEnd(Window& window) {
+    EXPECT_EQ(window.run.exitStatus(), 0) << window.run.standardError();
+    EXPECT_EQ(window.pipe.text(), kLoadFailed);
+  }
+
+  void expectToStay(Window& window) {
+    EXPECT_FALSE(window.run.ended());
+    window.run.signal(SIGTERM);
+    EXPECT_EQ(window.run.exitStatus(), 0) << window.run.standardError();
+    EXPECT_EQ(window.pipe.text(), kWindowClosed);
+  }
+
+ private:
+  std::list<Window> windows_;
+};
+
+TEST_F(StalledServerTest, SixtySecondsWithoutDataEndTheRun) {
+  steady_clock::time_point lastData;
+  site.serve("/stalling", [&](const Request&) {
+    lastData = steady_clock::now();  // the load's timer cannot start for it any sooner
     return redirectTo(site.address("/stalled"));
   });
   site.hold("/stalled");
-  start();
+  site.serve("/nowhere", redirectTo(""));
+  site.serve("/signin", pageThatTells());
+  site.serve("/asking", page("<script>fetch('/asked').then(() => prompt('name'))</script>"));
+  const RawServer dropping("");
+
+  // These two have waited for the user longer than any of the others when those end.
+  Window& ordinary = open(site.address("/signin"));
+  Window& asking = open(site.address("/asking"));
+  untilAsked("/loaded");
+  untilAsked("/asked");
+
+  const steady_clock::time_point begin = steady_clock::now();
+  Window& stalled = open(site.address("/stalling"));
+  Window& script = open("javascript:0");
+  Window& notUtf8 = open("http://\xFF/");
+  Window& nowhere = open(site.address("/nowhere"));
+  Window& dropped = open(dropping.address("/"));
   untilAsked("/stalled");
-  ASSERT_TRUE(examples::waitUntil([this] { return run->ended(); }, std::chrono::seconds(60) + kPatience));
-  EXPECT_GE(std::chrono::steady_clock::now() - lastData, std::chrono::seconds(59));
-  EXPECT_EQ(message(), kLoadFailed);
-  EXPECT_TRUE(logSays("didFailProvisionalLoadWithError for URL " + site.address("/stalled")));
-  EXPECT_TRUE(logSays("didFailProvisionalLoadWithError Error code -1001"));
+  untilAsked("/nowhere");
+
+  expectNoEndBefore(begin + std::chrono::seconds(59));
+  expectEnd(stalled);
+  EXPECT_GE(steady_clock::now(), lastData + std::chrono::seconds(59));
+  for (Window* const each : {&script, &notUtf8, &nowhere, &dropped})
+    expectEnd(*each);
+  expectToStay(ordinary);
+  expectToStay(asking);
+
+  for (const std::string& address :
+       {site.address("/stalled"), std::string("javascript:0"), site.address("/nowhere"), dropping.address("/")})
+    EXPECT_TRUE(logSays("didFailProvisionalLoadWithError for URL " + address)) << address;
+  EXPECT_THAT(logMessages(), testing::Contains("didFailProvisionalLoadWithError Error code -1001").Times(5));
 }
 
 }  // namespace

@@ -80,6 +80,20 @@ TEST_F(WindowTest, ALongPageHasNoScrollBarsAndStandsStillUnderTheWheel) {
   EXPECT_EQ(message(), result(site.address("/done?x=0&amp;y=0")));
 }
 
+// The page tells of each key, so that the last has been handled before the click.
+TEST_F(WindowTest, ALongPageStandsStillUnderTheKeys) {
+  site.serve("/signin",
+             page(std::string(kLongPage) + "<script>onkeyup = (event) => fetch('/key?' + event.key)</script>"));
+  start();
+  untilAsked("/loaded");
+  screen.focus(window().id);
+  for (const KeySymbol key : {XK_Down, XK_Right, XK_space, XK_Page_Down, XK_End})
+    screen.press(key);
+  untilAsked("/key?End");
+  click();
+  EXPECT_EQ(message(), result(site.address("/done?x=0&amp;y=0")));
+}
+
 TEST_F(WindowTest, ClosingItWhileTheSpinnerShowsIsReported) {
   site.hold("/signin");
   start();

@@ -103,6 +103,16 @@ class LoadTrackerTest : public testing::Test {
     tracker.resourceStarted(2, "http://site/frame", false);
   }
 
+  // As the application does when its spinner page has finished.
+  void replaySpinnerPage() {
+    const std::string spinner = "file:///spinner_html.html";
+    tracker.loadStarted(spinner);
+    tracker.loadCommitted(spinner);
+    tracker.loadFinished(spinner);
+    tracker.awaitPage("http://site/signin");
+    outcomes.noted.clear();
+  }
+
   NotedOutcomes outcomes;
   FakeClock clock;
   LoadTracker tracker{outcomes, clock};
@@ -211,6 +221,48 @@ TEST_F(LoadTrackerTest, AnAddressThatNothingIsHeardOfTimesOut) {
   EXPECT_EQ(replayedUntilTheClockRings("script-address"), (Outcomes{"failed-provisional javascript:1 -1001"}));
 }
 
+TEST_F(LoadTrackerTest, AnAwaitedPageNeverRequestedTimesOut) {
+  replaySpinnerPage();
+  ASSERT_TRUE(clock.runs);
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional http://site/signin -1001"}));
+}
+
+TEST_F(LoadTrackerTest, AnAwaitedPageWithoutAnAddressTimesOut) {
+  tracker.awaitPage("");
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional - -1001"}));
+}
+
+TEST_F(LoadTrackerTest, AnAwaitedPagesEmptyRedirectTimesOut) {
+  replaySpinnerPage();
+  EXPECT_EQ(replayed("empty-redirect"), (Outcomes{"failed-provisional http://site/empty -999"}));
+  ASSERT_TRUE(clock.runs);
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted.back(), "failed-provisional http://site/signin -1001");
+}
+
+TEST_F(LoadTrackerTest, AnAwaitedPageThatCameNeverTimesOut) {
+  replaySpinnerPage();
+  EXPECT_EQ(replayed("ordinary"), (Outcomes{"finished http://site/plain"}));
+  EXPECT_FALSE(clock.runs);
+}
+
+TEST_F(LoadTrackerTest, AFailureBehindTheAwaitedPageStopsTheClock) {
+  replaySpinnerPage();
+  replayed("ordinary");
+  replayed("empty-redirect");
+  EXPECT_FALSE(clock.runs);
+}
+
+TEST_F(LoadTrackerTest, AQuestionStopsTheClockOfAnAwaitedPage) {
+  replaySpinnerPage();
+  tracker.personAsked();
+  EXPECT_FALSE(clock.runs);
+  tracker.personAnswered();
+  EXPECT_TRUE(clock.runs);
+}
+
 TEST_F(LoadTrackerTest, AFailedImageIsNoFailure) {
   EXPECT_EQ(replayed("failed-image"), (Outcomes{"finished http://site/image-fail"}));
 }
@@ -231,6 +283,19 @@ TEST_F(LoadTrackerTest, ASubFrameNeverFinishesForTheMainFrame) {
 TEST_F(LoadTrackerTest, AFailedSubFrameIsAFailure) {
   EXPECT_EQ(replayed("failed-frame"),
             (Outcomes{"failed-provisional http://no.such.host.invalid/ -1003", "finished http://site/frame-unknown"}));
+}
+
+TEST_F(LoadTrackerTest, ARedirectedFrameFailsUnderItsLastAddress) {
+  EXPECT_EQ(replayed("redirected-frame"), (Outcomes{"failed-provisional http://no.such.host.invalid/ -1003",
+                                                    "finished http://site/frame-redirected"}));
+}
+
+TEST_F(LoadTrackerTest, ARedirectedFrameTimesOutUnderItsLastAddress) {
+  replayPageWithFrame();
+  tracker.resourceFinished(1);
+  tracker.resourceRedirected(2, "http://site/moved");
+  tracker.dataTimedOut();
+  EXPECT_EQ(outcomes.noted, (Outcomes{"failed-provisional http://site/moved -1001"}));
 }
 
 TEST_F(LoadTrackerTest, ATruncatedSubFrameFailsAfterItsCommit) {
