@@ -155,7 +155,10 @@ bool addFileExtension(std::string& path, const std::string& extension) {
 }
 
 bool changeFileExtension(std::string& path, const std::string& extension) {
-  return removeFileExtension(path) && addFileExtension(path, extension);
+  std::string changed = path;
+  if (!removeFileExtension(changed) || !addFileExtension(changed, extension)) return false;
+  path = changed;
+  return true;
 }
 
 }  // namespace tarn

@@ -74,7 +74,7 @@ bool removeFileExtension(std::string& path);
 // ("name", "log") => "name.log"   ("name", "") => "name."   ("name", "a/b") => false
 bool addFileExtension(std::string& path, const std::string& extension);
 
-// ("dir/TARN.log", "trace") => "dir/TARN.trace"
+// ("dir/TARN.log", "trace") => "dir/TARN.trace"   ("name.log", "a/b") => false
 bool changeFileExtension(std::string& path, const std::string& extension);
 
 }  // namespace tarn
