@@ -62,7 +62,7 @@ bool removeLastPathComponent(std::string& path);
 // Whether the text is a last path component and nothing else.  "TARN.log" => true   "logs/TARN.log" => false
 bool isFileName(const std::string& text);
 
-// As basename(3).  "/a/b" => "b"   "" => "."
+// As POSIX basename; always true.  "/a/b" => "b"   "" => "."
 bool getFilePathBaseName(const std::string& path, std::string& out);
 
 // What follows the last "." of the whole path.  "a.b/c" => "b/c"   "name." => ""   "name" => false
