@@ -1,6 +1,5 @@
 #include "logging/Helpers.h"
 
-#include <libgen.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -127,11 +126,7 @@ bool isFileName(const std::string& text) {
 }
 
 bool getFilePathBaseName(const std::string& path, std::string& out) {
-  out.clear();
-  std::string copy = path;
-  const char* name = ::basename(copy.data());
-  if (name == nullptr) return false;
-  out = name;
+  out = platform::baseName(path);
   return true;
 }
 
@@ -155,7 +150,10 @@ bool addFileExtension(std::string& path, const std::string& extension) {
 }
 
 bool changeFileExtension(std::string& path, const std::string& extension) {
-  return removeFileExtension(path) && addFileExtension(path, extension);
+  std::string changed = path;
+  if (!removeFileExtension(changed) || !addFileExtension(changed, extension)) return false;
+  path = changed;
+  return true;
 }
 
 }  // namespace tarn

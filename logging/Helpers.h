@@ -62,7 +62,7 @@ bool removeLastPathComponent(std::string& path);
 // Whether the text is a last path component and nothing else.  "TARN.log" => true   "logs/TARN.log" => false
 bool isFileName(const std::string& text);
 
-// As basename(3).  "/a/b" => "b"   "" => "."
+// As POSIX basename; always true.  "/a/b" => "b"   "" => "."
 bool getFilePathBaseName(const std::string& path, std::string& out);
 
 // What follows the last "." of the whole path.  "a.b/c" => "b/c"   "name." => ""   "name" => false
@@ -74,7 +74,7 @@ bool removeFileExtension(std::string& path);
 // ("name", "log") => "name.log"   ("name", "") => "name."   ("name", "a/b") => false
 bool addFileExtension(std::string& path, const std::string& extension);
 
-// ("dir/TARN.log", "trace") => "dir/TARN.trace"
+// ("dir/TARN.log", "trace") => "dir/TARN.trace"   ("name.log", "a/b") => false
 bool changeFileExtension(std::string& path, const std::string& extension);
 
 }  // namespace tarn

@@ -103,13 +103,6 @@ bool logFailedRenaming(int error, const std::string& from, const std::string& to
   return false;
 }
 
-// Moves the object back that was at `location`. Without a backup, what has come there since is somebody else's.
-bool restore(const std::string& backup, const std::string& location) {
-  const platform::AutoreleaseScope scope;
-  if (backup.empty() && platform::isSomethingAt(location)) return false;
-  return util_renameFolderToFolder(backup, location);
-}
-
 }  // namespace
 
 bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPath, bool /*unused*/) {
@@ -145,13 +138,15 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
 
 bool util_renameFolderToFolder(const std::string& from, const std::string& to) {
   Logger* const log = Logger::getInstance();
-  if (utilPathExists(to) && !platform::isSameObject(from, to)) {
-    const int obstacle = platform::obstacleToReplacing(from, to);
-    if (obstacle != 0) return logFailedRenaming(obstacle, from, to);
+  if (utilPathExists(to)) {
     log->logInfo(kComponent, "NOTE trying to backup ... backup already exists. trying to remove...");
-    if (!utilDeleteFolder(to, false, false)) {
-      log->logError(kComponent, "Failed to delete the backup file: %s", to.c_str());
-      return false;
+    if (!platform::isRemovedWith(to, from)) {
+      const int obstacle = platform::obstacleToReplacing(from, to);
+      if (obstacle != 0) return logFailedRenaming(obstacle, from, to);
+      if (!utilDeleteFolder(to, false, false)) {
+        log->logError(kComponent, "Failed to delete the backup file: %s", to.c_str());
+        return false;
+      }
     }
   }
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
@@ -187,7 +182,7 @@ bool utilCreateSymlinkFromPathToPath(const std::string& target, const std::strin
     const int error = errno;
     log->logError(kComponent, "Error Creating symbolic link for path (%s) to path (%s), Errorno: %d, error msg: %s",
                   target.c_str(), location.c_str(), error, platform::errorText(error).c_str());
-    if (!restore(backup, location))
+    if (!utilRestoreFolder(backup, location))
       log->logError(kComponent, "Error in restoring backedup folder %s to %s", backup.c_str(), location.c_str());
     return false;
   }

@@ -51,7 +51,7 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
 
 /// Renames `from` to `to`, after deleting what is at `to`, with everything in it.
 ///
-/// Before anything is deleted it is asked whether `from` can take the place. Where it cannot, what is at `to` stays,
+/// Before anything is deleted it is checked whether `from` can take the place. Where it cannot, what is at `to` stays,
 /// and the failure is logged with the number that says why:
 ///
 /// - ENOENT: nothing is at `from`, not even a link;
@@ -64,16 +64,25 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
 /// - ENOTDIR: a path ends in a slash, and `from` is no folder but a file or a link; EBUSY: `from` ends in "." or "..".
 ///
 /// Only what cannot be known before can still cost the object at `to`: what others do meanwhile, a mount point at
-/// `from`, a failing disk. When both paths name one object nothing is deleted: a plain `rename` then gives an entry its
-/// other spelling where case does not count, and changes nothing between hard links of a file, which both stay.
+/// `from`, a failing disk.
+///
+/// When deleting `to` would delete `from` too, nothing is deleted and only `rename` is called:
+///
+/// - the same path, or another spelling of it: succeeds and changes nothing;
+/// - another spelling where the folder is not case-sensitive: the entry gets the spelling of `to`;
+/// - one folder under a path that `rename` does not take ("/t/App/."), or mounted at both paths: fails.
+///
+/// Two hard links of a file are separate entries: `to` is deleted and `from` takes its place, so one link is gone. In a
+/// folder that this user may not read they cannot be told from two spellings: `rename` then succeeds, and both stay.
 ///
 ///     util_renameFolderToFolder("/t/App/App_bkp1", "/t/App")  => false, '/t/App' is as it was
 ///     util_renameFolderToFolder("/t/App", "/t/./App")         => true, and nothing has changed
 ///     util_renameFolderToFolder("/t/App/.", "/t/App")         => false, '/t/App' is as it was
+///     util_renameFolderToFolder("/t/a", "/t/b"), hard links   => true, only '/t/b' is left
 ///
-/// Logs "NOTE trying to backup ... backup already exists. trying to remove..." (info) before it deletes, and only then;
-/// "Failed to delete the backup file: %s" (error) when that fails and it gives up; and "Failed to rename Error code
-/// (%d:%s) the directory from %s to %s." (fatal) with `errno` and its text.
+/// Logs "NOTE trying to backup ... backup already exists. trying to remove..." (info) first, whenever something is at
+/// `to`; "Failed to delete the backup file: %s" (error) when the deletion fails and it gives up; and "Failed to rename
+/// Error code (%d:%s) the directory from %s to %s." (fatal) with `errno` and its text.
 bool util_renameFolderToFolder(const std::string& from, const std::string& to);
 
 /// Moves a backup back to `targetPath`, in the place of what is there: `util_renameFolderToFolder`, which logs for it.

@@ -42,9 +42,10 @@ std::vector<std::string> missingParents(const std::string& path) {
   return missing;
 }
 
-// What another process creates meanwhile counts too.
 bool makeFolderIfMissing(const std::string& path, mode_t mode) {
-  return platform::isSomethingAt(path) || ::mkdir(path.c_str(), mode) == 0 || errno == EEXIST;
+  if (platform::isSomethingAt(path) || ::mkdir(path.c_str(), mode) == 0) return true;
+  // Another process may have created it meanwhile. `mkdir` fails with EEXIST for a file and a trailing slash too.
+  return errno == EEXIST && platform::isSomethingAt(path);
 }
 
 // `path` or the nearest of its parents at which something exists; "" when there is none.

@@ -26,9 +26,10 @@ bool utilCreateDirectoryPath(const std::string& path, bool unused);
 
 /// Creates a folder and its missing parents. Logs nothing.
 ///
-/// What stands at `path` already counts as the folder, a regular file or a dangling symbolic link too. Parents get
-/// `mode` as `mkdir` and the umask leave it, and never the owner and the group: those are given to the last folder
-/// alone, and to what stood there before. Processes that create the same folders at once all succeed.
+/// What stands at `path` already counts as the folder, a regular file or a dangling symbolic link too. With a trailing
+/// slash only a folder counts: "file/" and "dangling/" fail. Parents get `mode` as `mkdir` and the umask leave it, and
+/// never the owner and the group: those are given to the last folder alone, and to what stood there before. Processes
+/// that create the same folders at once all succeed.
 ///
 /// A symbolic link at `path` counts as what it leads to, and owner, group and mode are given to that: a super-user
 /// must not call this with an owner for a path in a folder that others may write, who could put a link there.

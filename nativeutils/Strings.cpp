@@ -1,6 +1,5 @@
 #include "nativeutils/Strings.h"
 
-#include <libgen.h>
 #include <strings.h>
 #include <sys/time.h>
 
@@ -99,13 +98,7 @@ bool utilGetUUIDString(std::string& out) {
 }
 
 bool utilGetFilePathBaseName(const std::string& path, std::string& baseName) {
-  std::string copy = path;
-  const char* name = ::basename(copy.data());
-  if (name == nullptr) {
-    Logger::getInstance()->logError(kComponent, "Unable to get path base name of path: '%s'", path.c_str());
-    return false;
-  }
-  baseName = name;
+  baseName = platform::baseName(path);
   return true;
 }
 

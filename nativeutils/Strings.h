@@ -66,8 +66,8 @@ bool utilStrCpy(char* dst, int dstSize, const char* src, int srcLen);
 ///     => "9F0C3B6E-52A1-4D0B-8C57-1E2F6A7B8C9D"
 bool utilGetUUIDString(std::string& out);
 
-/// The last component of a path as POSIX `basename` gives it. Where the system cannot tell, "Unable to get path base
-/// name of path: '%s'" is logged and the answer is false.
+/// The last component of a path, as POSIX `basename` returns it; the path ends at its first NUL. Always true: paths of
+/// any length have one. Logs nothing.
 ///
 ///     "/a/b/"  => "b"      "/"  => "/"      ""  => "."
 bool utilGetFilePathBaseName(const std::string& path, std::string& baseName);

@@ -52,15 +52,21 @@ Failure copyLink(const std::string& from, const std::string& to, const struct st
 bool copyFileContents(const std::string& from, const std::string& to) {
   const UniqueFd source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
   if (!source) return false;
-  const UniqueFd copy(::open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+  UniqueFd copy(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  const bool isNew = static_cast<bool>(copy);
+  // A dangling link exists too, and what it leads to is created.
+  if (!isNew && errno == EEXIST) copy.reset(::open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
   if (!copy) return false;
   struct stat object {};
   struct stat former {};
   if (::fstat(source.get(), &object) != 0 || ::fstat(copy.get(), &former) != 0 || isSame(object, former)) return false;
 
-  const bool isEmpty = !S_ISREG(former.st_mode) || ::ftruncate(copy.get(), 0) == 0;
+  const bool isFile = S_ISREG(former.st_mode);
+  const bool isEmpty = !isFile || ::ftruncate(copy.get(), 0) == 0;
   if (isEmpty && copyContents(source.get(), copy.get(), object.st_size)) return true;
-  (void)::unlink(to.c_str());  // there is nothing better to do with it
+  // Nothing better can be done when these fail.
+  if (isFile) (void)!::ftruncate(copy.get(), 0);
+  if (isNew) (void)::unlink(to.c_str());
   return false;
 }
 

@@ -10,7 +10,8 @@ namespace platform {
 
 // Copies the bytes of `from` to `to`, which is created or emptied first: as many as `from` had then, without those that
 // come meanwhile; a file of /proc, which tells no size, is read to its end. False when either cannot be opened or a
-// byte cannot be read or written; an unfinished `to` is removed. False too when both are one file, by hard links or
+// byte cannot be read or written. An unfinished copy is then removed if this call created it at `to`, and emptied if a
+// file or a link was there before; links, pipes and devices stay. False too when both are one file, by hard links or
 // symbolic ones perhaps, which is then left as it was.
 bool copyFileContents(const std::string& from, const std::string& to);
 

@@ -3,9 +3,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <utility>
+#include <vector>
 
+#include "platform/FileTree.h"
 #include "platform/PathString.h"
 
 namespace platform {
@@ -27,6 +30,20 @@ bool wouldComeBack(std::string text, const std::string& place) {
   return false;
 }
 
+bool isSameFolder(const std::string& path, const std::string& other) {
+  struct stat folder {};
+  struct stat otherFolder {};
+  return ::stat(path.c_str(), &folder) == 0 && ::stat(other.c_str(), &otherFolder) == 0 && isSame(folder, otherFolder);
+}
+
+// Whether the folder lists the name of `path`. Where it is not case-sensitive, it finds other spellings without listing
+// them.
+bool isListed(const std::string& folder, const std::string& path) {
+  const std::vector<FolderEntry> entries = entriesOf(folder);
+  return std::any_of(entries.begin(), entries.end(),
+                     [name = baseName(path)](const FolderEntry& entry) { return entry.name == name; });
+}
+
 }  // namespace
 
 bool isSame(const struct stat& object, const struct stat& other) {
@@ -45,18 +62,17 @@ bool isSomethingAt(const std::string& path) {
 }
 
 bool isSameEntry(const std::string& path, const std::string& other) {
-  if (lastPathComponent(untilNul(path)) != lastPathComponent(untilNul(other))) return false;
-  struct stat folder {};
-  struct stat otherFolder {};
-  return ::stat(parentFolder(path).c_str(), &folder) == 0 && ::stat(parentFolder(other).c_str(), &otherFolder) == 0 &&
-         isSame(folder, otherFolder);
+  return baseName(path) == baseName(other) && isSameFolder(parentFolder(path), parentFolder(other));
 }
 
-bool isSameObject(const std::string& path, const std::string& other) {
+bool isRemovedWith(const std::string& path, const std::string& other) {
   struct stat object {};
   struct stat otherObject {};
-  return ::lstat(path.c_str(), &object) == 0 && ::lstat(other.c_str(), &otherObject) == 0 &&
-         isSame(object, otherObject);
+  if (::lstat(path.c_str(), &object) != 0 || ::lstat(other.c_str(), &otherObject) != 0) return false;
+  if (!isSame(object, otherObject)) return false;
+  if (S_ISDIR(object.st_mode) || isSameEntry(path, other)) return true;
+  const std::string folder = parentFolder(path);
+  return isSameFolder(folder, parentFolder(other)) && !(isListed(folder, path) && isListed(folder, other));
 }
 
 std::optional<std::string> textOfLink(const std::string& path) {

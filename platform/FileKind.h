@@ -27,9 +27,11 @@ bool isSomethingAt(const std::string& path);
 //   ("/tmp/a", "/tmp//./a/") => true   (two hard links of a file) => false
 bool isSameEntry(const std::string& path, const std::string& other);
 
-// Whether both paths name the same object, symbolic links themselves: one entry under two spellings, or hard links of
-// one file.
-bool isSameObject(const std::string& path, const std::string& other);
+// Whether removing what is at `path` also removes what is at `other`: both paths name the same folder, or the same
+// entry under two spellings. Hard links of a file are separate entries, but two in one folder that cannot be read count
+// as one. Final symbolic links are not followed.
+//   ("/tmp/a", "/tmp//./a") => true   ("/tmp/a", "/tmp/A") => true where the folder is not case-sensitive
+bool isRemovedWith(const std::string& path, const std::string& other);
 
 // The text of the symbolic link at `path`; nothing, with `errno`, when it cannot be read.
 std::optional<std::string> textOfLink(const std::string& path);

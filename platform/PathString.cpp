@@ -1,7 +1,5 @@
 #include "platform/PathString.h"
 
-#include <libgen.h>
-
 namespace platform {
 namespace {
 
@@ -58,8 +56,18 @@ std::string deletingLastPathComponent(std::string_view path) {
   return last == 0 ? std::string() : plain.substr(0, last - 1);
 }
 
-std::string parentFolder(std::string path) {
-  return ::dirname(path.data());
+std::string parentFolder(std::string_view path) {
+  path = path.substr(0, path.find('\0'));
+  if (path.empty()) return ".";
+  const std::size_t slash = path.rfind('/', path.find_last_not_of('/'));
+  if (slash == std::string_view::npos) return ".";
+  const std::size_t end = path.find_last_not_of('/', slash);
+  return end == std::string_view::npos ? "/" : std::string(path.substr(0, end + 1));
+}
+
+std::string baseName(std::string_view path) {
+  path = path.substr(0, path.find('\0'));
+  return path.empty() ? "." : lastPathComponent(path);
 }
 
 std::string pathExtension(std::string_view path) {

@@ -30,9 +30,14 @@ std::string appendingPathComponent(std::string_view path, std::string_view compo
 //   "/tmp/lock/" => "/tmp"   "/tmp" => "/"   "/" => "/"   "scratch" => ""
 std::string deletingLastPathComponent(std::string_view path);
 
-// The folder that a path lies in, with the answers of POSIX `dirname`: slashes inside it stay as they are.
+// The folder that a path lies in, as POSIX `dirname` returns it: slashes inside it stay as they are, and two leading
+// ones alone are "/". A path ends at its first NUL.
 //   "/tmp//a/b/" => "/tmp//a"   "scratch" => "."   "/" => "/"   "" => "."
-std::string parentFolder(std::string path);
+std::string parentFolder(std::string_view path);
+
+// The last component of a path, as POSIX `basename` returns it. A path ends at its first NUL.
+//   "/a/b/" => "b"   "/" => "/"   "" => "."
+std::string baseName(std::string_view path);
 
 //   "name.tar.gz" => "gz"   ".hidden" => ""   "a." => ""   "/x.d/name" => ""
 std::string pathExtension(std::string_view path);

@@ -210,4 +210,10 @@ TEST(Helpers, ChangingAnExtensionKeepsTheRest) {
   EXPECT_EQ(path, "dir/TARN.trace");
 }
 
+TEST(Helpers, AFailedChangeOfTheExtensionChangesNothing) {
+  std::string path = "dir/TARN.log";
+  EXPECT_FALSE(tarn::changeFileExtension(path, "a/b"));
+  EXPECT_EQ(path, "dir/TARN.log");
+}
+
 }  // namespace

@@ -2,16 +2,16 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 
 #include <csignal>
+#include <cstddef>
 #include <functional>
 
 #include "tests/logging/FileTargetFixture.h"
 #include "tests/support/Child.h"
 #include "tests/support/FakeClock.h"
+#include "tests/support/Mounts.h"
 
 namespace {
 
@@ -218,15 +218,10 @@ TEST(ContentCopy, HoldsWhatTheFileHolds) {
   EXPECT_FALSE(tarn::copyContentOfFileToFile(folder / "missing", folder / "b"));
 }
 
-// Runs `body` with a disk of its own of this size mounted on a folder; 77 when the system does not allow it.
-int onSmallDisk(const std::string& folder, const std::string& size, const std::function<int()>& body) {
-  support::Child child([&] {
-    if (::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return 77;
-    if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return 77;
-    if (::mount("tmpfs", folder.c_str(), "tmpfs", 0, ("size=" + size).c_str()) != 0) return 77;
-    return body();
-  });
-  return child.wait();
+// Runs `body` with a disk of its own of so many bytes mounted on a folder; `kImpossible` when the system does not allow
+// it.
+int onSmallDisk(const std::string& folder, std::size_t bytes, const std::function<int()>& body) {
+  return support::withOwnMounts([&] { return support::mountMemory(folder, bytes) ? body() : support::kImpossible; });
 }
 
 std::string messageOf(const std::string& line) {
@@ -234,7 +229,7 @@ std::string messageOf(const std::string& line) {
 }
 
 TEST_F(SegmentingTest, OnAFullDiskLinesAreDroppedUntilThereIsRoomAgain) {
-  const int result = onSmallDisk(folder.path(), "64k", [&] {
+  const int result = onSmallDisk(folder.path(), 64 << 10, [&] {
     target.setLogFile("Kelvo.log", folder.path().c_str());
     target.onRegisterTarget();
     log(tarn::INFO, "first");
@@ -253,12 +248,12 @@ TEST_F(SegmentingTest, OnAFullDiskLinesAreDroppedUntilThereIsRoomAgain) {
     if (messageOf(lines[0]) != "first" || messageOf(lines[count - 2]) != "after") return 2;
     return messageOf(lines[count - 1]) == "last" ? 0 : 3;
   });
-  if (result == 77) GTEST_SKIP() << "this system does not let a test mount a disk of its own";
+  if (result == support::kImpossible) GTEST_SKIP() << "this system does not let a test mount a disk of its own";
   EXPECT_EQ(result, 0);
 }
 
 TEST_F(SegmentingTest, OnAFullDiskACutLeavesNoUnfinishedArchive) {
-  const int result = onSmallDisk(folder.path(), "14m", [&] {
+  const int result = onSmallDisk(folder.path(), 14 << 20, [&] {
     grow(sizeToCutAt);
     target.setLogFile("Kelvo.log", folder.path().c_str());
     if (!target.onRegisterTarget()) return 1;
@@ -268,7 +263,7 @@ TEST_F(SegmentingTest, OnAFullDiskACutLeavesNoUnfinishedArchive) {
     target.onUnregisterTarget();
     return lastMessage() == "after" ? 0 : 4;
   });
-  if (result == 77) GTEST_SKIP() << "this system does not let a test mount a disk of its own";
+  if (result == support::kImpossible) GTEST_SKIP() << "this system does not let a test mount a disk of its own";
   EXPECT_EQ(result, 0);
 }
 

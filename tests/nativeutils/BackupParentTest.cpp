@@ -1,6 +1,8 @@
 // What happens when others are at work at the worst moment. No file system does that on demand, so this program answers
-// the library's `stat` and `symlink` itself.
+// the library's `stat`, `readdir` and `symlink` itself.
 
+#include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,6 +12,7 @@
 #include <cerrno>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "nativeutils/Backup.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
@@ -18,6 +21,7 @@
 namespace {
 std::string goneFromSight;
 std::string removedOnceSeen;
+std::string notListed;
 std::function<void()> insteadOfTheLink;
 }  // namespace
 
@@ -31,6 +35,15 @@ extern "C" int stat(const char* path, struct stat* object) noexcept {
   return result;
 }
 
+extern "C" struct dirent* readdir(DIR* folder) {
+  using Readdir = struct dirent* (*)(DIR*);
+  static const auto original = reinterpret_cast<Readdir>(::dlsym(RTLD_NEXT, "readdir"));
+  struct dirent* entry = original(folder);
+  while (entry != nullptr && notListed == entry->d_name)
+    entry = original(folder);
+  return entry;
+}
+
 extern "C" int symlink(const char* target, const char* path) noexcept {
   if (!insteadOfTheLink) return ::symlinkat(target, AT_FDCWD, path);
   insteadOfTheLink();
@@ -40,7 +53,10 @@ extern "C" int symlink(const char* target, const char* path) noexcept {
 
 namespace {
 
-class BackupParentTest : public nativeutils_test::LoggedTest {};
+class BackupParentTest : public nativeutils_test::LoggedTest {
+ protected:
+  const std::string removing = "INFO NOTE trying to backup ... backup already exists. trying to remove...";
+};
 
 TEST_F(BackupParentTest, WithoutItTheObjectIsNotMoved) {
   const support::TemporaryFolder folder;
@@ -75,6 +91,19 @@ TEST_F(BackupParentTest, TheBackupDoesNotTakeANumberThatIsGoingToBeDeleted) {
   EXPECT_THAT(support::namesIn(folder.path()), testing::ElementsAre("App_bkp2"));
 }
 
+TEST_F(BackupParentTest, TwoSpellingsOfOneEntryLoseNothing) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "App", "current");
+  ASSERT_EQ(::link((folder / "App").c_str(), (folder / "app").c_str()), 0);
+  // As in a folder that is not case-sensitive: both names are found, and one is listed.
+  notListed = "app";
+  EXPECT_TRUE(util_renameFolderToFolder(folder / "App", folder / "app"));
+  EXPECT_TRUE(util_renameFolderToFolder(folder / "app", folder / "App"));
+  notListed.clear();
+  EXPECT_EQ(support::namesIn(folder.path()), (std::vector<std::string>{"App", "app"}));
+  EXPECT_THAT(logged(), testing::ElementsAre(removing, removing));
+}
+
 class LinkTest : public BackupParentTest {
  protected:
   ~LinkTest() override { insteadOfTheLink = nullptr; }
@@ -92,7 +121,12 @@ TEST_F(LinkTest, WhatSomebodyElseHasPutThereStays) {
   insteadOfTheLink = [&] { support::writeFile(link, "theirs"); };
   EXPECT_FALSE(utilCreateSymlinkFromPathToPath("/opt/real", link));
   EXPECT_EQ(support::contentsOf(link), "theirs");
-  EXPECT_THAT(logged(), testing::IsSupersetOf({failed(), "ERROR Error in restoring backedup folder  to " + link}));
+  EXPECT_THAT(logged(),
+              testing::IsSupersetOf({failed(), removing,
+                                     "FATAL Failed to rename Error code (2:No such file or directory) the directory "
+                                     "from  to " +
+                                         link + ".",
+                                     "ERROR Error in restoring backedup folder  to " + link}));
 }
 
 TEST_F(LinkTest, SaysWhenTheBackupCannotBeMovedBack) {

@@ -213,6 +213,15 @@ TEST_F(CreateProcessTest, AnApplicationIsLaunchedWithoutArgumentsAndWithoutAMess
   EXPECT_EQ(logged(), Lines{});
 }
 
+TEST_F(CreateProcessTest, AnApplicationSharesFolderAndOutput) {
+  const std::string path = program("pwd -P; echo err >&2; touch '" + (folder / "done") + "'");
+  EXPECT_EQ(support::outputOf([&] {
+              EXPECT_TRUE(utilLaunchApplication(path));
+              EXPECT_TRUE(isDone());
+            }),
+            std::filesystem::current_path().string() + "\nerr\n");
+}
+
 TEST_F(CreateProcessTest, AnApplicationThatIsNoneIsNotLaunched) {
   EXPECT_FALSE(utilLaunchApplication(""));
   EXPECT_FALSE(utilLaunchApplication(folder / "none"));

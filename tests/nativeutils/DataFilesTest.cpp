@@ -1,6 +1,8 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -18,12 +20,25 @@ using support::writeFile;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+bool noFolderCanBeMade = false;
+
 constexpr const char* undecodable = "INFO Failed to decode from base 64.";
 
 bool isUuid(const std::string& text) {
   if (text.size() != 36 || text.find_first_not_of("0123456789ABCDEF-") != std::string::npos) return false;
   return text[8] == '-' && text[13] == '-' && text[18] == '-' && text[23] == '-';
 }
+
+}  // namespace
+
+// This takes the place of the C library's.
+extern "C" int mkdir(const char* path, mode_t mode) noexcept {
+  if (!noFolderCanBeMade) return ::mkdirat(AT_FDCWD, path, mode);
+  errno = EROFS;
+  return -1;
+}
+
+namespace {
 
 class DataFilesTest : public nativeutils_test::LoggedTest {
  protected:
@@ -280,6 +295,15 @@ TEST_F(DataFilesTest, ATempFolderIsMadeUnderTmpAndNamedAfterANewUuid) {
   EXPECT_EQ(support::modeOf(out), 0775u);
   EXPECT_EQ(::rmdir(out.c_str()), 0);
   EXPECT_EQ(::rmdir(other.c_str()), 0);
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(DataFilesTest, ATempFolderThatCannotBeMadeFailsQuietly) {
+  noFolderCanBeMade = true;
+  const bool made = utilCreateAndGetTempFolderPath(out);
+  noFolderCanBeMade = false;
+  EXPECT_FALSE(made);
+  EXPECT_EQ(out, "former");
   EXPECT_THAT(logged(), IsEmpty());
 }
 

@@ -2,7 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "nativeutils/Files.h"
+#include "nativeutils/Strings.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
@@ -59,6 +62,20 @@ TEST_F(FolderCreationTest, WhateverStandsThereCountsAsTheFolder) {
   EXPECT_TRUE(utilCreateDirectoryPath(folder / "link", false));
   EXPECT_EQ(support::contentsOf(folder / "file"), "text");
   EXPECT_EQ(support::namesIn(folder.path()), (std::vector<std::string>{"file", "link"}));
+}
+
+TEST_F(FolderCreationTest, ASlashAtTheEndAsksForAFolder) {
+  support::writeFile(folder / "file", "text");
+  ASSERT_EQ(::symlink("nowhere", (folder / "dangling").c_str()), 0);
+  ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
+  ASSERT_EQ(::symlink("a", (folder / "link").c_str()), 0);
+  EXPECT_FALSE(utilCreateDirectoryPath(folder / "file/", false));
+  EXPECT_EQ(errno, ENOTDIR);
+  EXPECT_FALSE(utilCreateDirectoryPath(folder / "dangling/", false));
+  EXPECT_TRUE(utilCreateDirectoryPath(folder / "link/", false));
+  EXPECT_TRUE(utilCreateDirectoryPath(folder / "new/", false));
+  EXPECT_EQ(support::contentsOf(folder / "file"), "text");
+  EXPECT_FALSE(utilPathExists(folder / "nowhere"));
 }
 
 TEST_F(FolderCreationTest, NothingIsMadeBelowAFile) {

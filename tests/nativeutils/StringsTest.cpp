@@ -1,7 +1,6 @@
 #include "nativeutils/Strings.h"
 
 #include <dlfcn.h>
-#include <libgen.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -21,7 +20,6 @@
 namespace {
 
 // What this process's C library is made to fail at.
-bool basenameFails = false;
 bool clockFails = false;
 
 template <typename Function>
@@ -31,12 +29,7 @@ Function theRealOne(const char* name) {
 
 }  // namespace
 
-// These take the place of the C library's. Its headers turn `basename` into the first.
-extern "C" char* __xpg_basename(char* path) noexcept {
-  static const auto real = theRealOne<char* (*)(char*)>("__xpg_basename");
-  return basenameFails ? nullptr : real(path);
-}
-
+// This takes the place of the C library's.
 extern "C" int gettimeofday(timeval* now, void* zone) noexcept {
   static const auto real = theRealOne<int (*)(timeval*, void*)>("gettimeofday");
   return clockFails ? -1 : real(now, zone);
@@ -235,14 +228,6 @@ TEST_F(StringsTest, APathIsNotChangedByAskingForItsBaseName) {
   EXPECT_TRUE(utilGetFilePathBaseName(path, out));
   EXPECT_EQ(path, "/a/b/");
   EXPECT_EQ(copy, "/a/b/");
-}
-
-TEST_F(StringsTest, ABaseNameThatTheSystemDoesNotTellIsLoggedAndLeavesTheOutputAlone) {
-  basenameFails = true;
-  EXPECT_FALSE(utilGetFilePathBaseName("/a/b", out));
-  basenameFails = false;
-  EXPECT_EQ(out, "former");
-  EXPECT_THAT(logged(), ElementsAre("ERROR Unable to get path base name of path: '/a/b'"));
 }
 
 TEST_F(StringsTest, RemovingTheFileSpecLeavesTheParent) {

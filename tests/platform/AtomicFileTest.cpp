@@ -2,9 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <signal.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -16,6 +14,7 @@
 #include "platform/FileTree.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Mounts.h"
 #include "tests/support/Powers.h"
 #include "tests/support/Trees.h"
 
@@ -215,27 +214,9 @@ TEST_F(AtomicFile, StaysWholeAndAloneWhenAFileMayNotGrowSoLarge) {
   EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file", "fits"));
 }
 
-bool becomeSuperUserOfOwnNamespace() {
-  const std::string user = std::to_string(::geteuid());
-  const std::string group = std::to_string(::getegid());
-  if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-  support::writeFile("/proc/self/setgroups", "deny");
-  support::writeFile("/proc/self/uid_map", "0 " + user + " 1");
-  support::writeFile("/proc/self/gid_map", "0 " + group + " 1");
-  return ::geteuid() == 0;
-}
-
-// A file system of 64 KiB over `folder` that this process and its children alone see.
-bool mountSmallDisk(const std::string& folder) {
-  if (::unshare(CLONE_NEWNS) != 0 && !becomeSuperUserOfOwnNamespace()) return false;
-  if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
-  return ::mount("none", folder.c_str(), "tmpfs", 0, "size=64k") == 0;
-}
-
 TEST_F(AtomicFile, StaysWholeAndAloneOnAFullDisk) {
-  constexpr int noDisk = 77;
-  support::Child onSmallDisk([&] {
-    if (!mountSmallDisk(folder.path())) return noDisk;
+  const int result = support::withOwnMounts([&] {
+    if (!support::mountMemory(folder.path(), 64 << 10)) return support::kImpossible;
     if (!writeFileAtomically(path, std::string(20000, 'o'))) return 1;
     const auto freeBlocks = [&] {
       struct statvfs disk {};
@@ -251,8 +232,8 @@ TEST_F(AtomicFile, StaysWholeAndAloneOnAFullDisk) {
     if (support::contentsOf(path) != std::string(20000, 'o')) return 6;
     return support::namesIn(folder.path()).size() == 2 ? 0 : 7;
   });
-  const int result = onSmallDisk.wait();
-  if (result == noDisk) GTEST_SKIP() << "this user may not mount a disk of its own, not even in a namespace";
+  if (result == support::kImpossible)
+    GTEST_SKIP() << "this user may not mount a disk of its own, not even in a namespace";
   EXPECT_EQ(result, 0);
 }
 

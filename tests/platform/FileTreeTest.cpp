@@ -465,7 +465,7 @@ TEST_F(FileTreeTest, APathEndsAtItsFirstNul) {
   using namespace std::string_literals;
   makeSmallTree(folder / "t");
   EXPECT_TRUE(platform::isSameEntry(folder / "t/a\0/x"s, folder / "t/a"));
-  EXPECT_TRUE(platform::isSameObject(folder / "t/a\0/x"s, folder / "t/a/."));
+  EXPECT_TRUE(platform::isRemovedWith(folder / "t/a\0/x"s, folder / "t/a/."));
   EXPECT_EQ(diaryOf(folder / "t\0"s).paths, diaryOf(folder / "t").paths);
   EXPECT_EQ(platform::removeTree(folder / "t/a/..\0"s), "Invalid argument: " + folder / "t/a/..");
   EXPECT_EQ(platform::removeTree(folder / "missing\0"s), "No such file or directory: " + folder / "missing");

@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <optional>
 
@@ -145,6 +148,34 @@ TEST(FileCopy, RemovesACopyThatItCouldNotFinish) {
   });
   EXPECT_EQ(copied, 0);
   EXPECT_FALSE(std::filesystem::exists(folder / "to"));
+}
+
+TEST(FileCopy, EmptiesAFormerFileItCouldNotFill) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "to", "old");
+  ASSERT_EQ(::symlink("to", (folder / "link").c_str()), 0);
+  EXPECT_FALSE(platform::copyFileContents("/proc/self/mem", folder / "link"));
+  EXPECT_EQ(support::namesIn(folder.path()), (std::vector<std::string>{"link", "to"}));
+  EXPECT_EQ(support::contentsOf(folder / "to"), "");
+}
+
+TEST(FileCopy, LeavesALinkToAFullDevice) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "from", "text");
+  ASSERT_EQ(::symlink("/dev/full", (folder / "link").c_str()), 0);
+  EXPECT_FALSE(platform::copyFileContents(folder / "from", folder / "link"));
+  EXPECT_EQ(std::filesystem::read_symlink(folder / "link"), "/dev/full");
+}
+
+TEST(FileCopy, LeavesADeviceThatIsFull) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder / "from", "text");
+  const dev_t full = makedev(1, 7);
+  if (::mknod((folder / "full").c_str(), S_IFCHR | 0600, full) != 0) GTEST_SKIP() << "no devices can be made here";
+  if (::access("/dev/full", W_OK) != 0 || !platform::UniqueFd(::open((folder / "full").c_str(), O_WRONLY | O_CLOEXEC)))
+    GTEST_SKIP() << "devices cannot be opened here";
+  EXPECT_FALSE(platform::copyFileContents(folder / "from", folder / "full"));
+  EXPECT_TRUE(std::filesystem::is_character_file(folder / "full"));
 }
 
 }  // namespace

@@ -1,6 +1,13 @@
 #include "platform/PathString.h"
 
 #include <gtest/gtest.h>
+#include <libgen.h>
+
+#include <atomic>
+#include <cstddef>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -99,13 +106,63 @@ TEST(PathString, AppendingAComponentPutsExactlyOneSlashBetween) {
   }
 }
 
-TEST(PathString, TheParentFolderIsThatOfDirname) {
-  const std::pair<const char*, const char*> parents[] = {
-      {"/usr/lib", "/usr"},      {"/usr/", "/"},         {"usr", "."}, {"/", "/"}, {".", "."}, {"..", "."}, {"", "."},
-      {"/tmp//a/b/", "/tmp//a"}, {"/tmp//a///", "/tmp"},
-  };
-  for (const auto& [path, parent] : parents)
-    EXPECT_EQ(platform::parentFolder(path), parent) << path;
+// Every text of up to `length` of these characters.
+std::vector<std::string> textsUpTo(std::size_t length, const std::string& characters) {
+  std::vector<std::string> texts = {""};
+  for (std::size_t i = 0; texts[i].size() < length; ++i) {
+    for (const char character : characters)
+      texts.push_back(texts[i] + character);
+  }
+  return texts;
+}
+
+TEST(PathString, ParentAndNameAreThoseOfTheSystem) {
+  for (const std::string& path : textsUpTo(8, "a./")) {
+    std::string copy = path;
+    const bool isTheSystemsChoice = path.rfind("//", 0) == 0 && path.rfind("///", 0) != 0;
+    if (!isTheSystemsChoice) {
+      ASSERT_EQ(platform::parentFolder(path), ::dirname(copy.data())) << path;
+    }
+    copy = path;
+    ASSERT_EQ(platform::baseName(path), ::basename(copy.data())) << path;
+  }
+}
+
+TEST(PathString, TwoLeadingSlashesAreLikeOne) {
+  for (const char* path : {"//", "//a", "//a/"})
+    EXPECT_EQ(platform::parentFolder(path), "/") << path;
+  EXPECT_EQ(platform::parentFolder("//a/b"), "//a");
+}
+
+TEST(PathString, ParentAndNameEndAtTheFirstNul) {
+  using namespace std::string_literals;
+  EXPECT_EQ(platform::parentFolder("/a/b\0/c"s), "/a");
+  EXPECT_EQ(platform::baseName("/a/b\0/c"s), "b");
+  EXPECT_EQ(platform::parentFolder("\0/c"s), ".");
+  EXPECT_EQ(platform::baseName("\0/c"s), ".");
+}
+
+TEST(PathString, ParentAndNameMayBeOfAnyLength) {
+  const std::string parent = "/" + std::string(100000, 'p'), name(100000, 'n');
+  EXPECT_EQ(platform::parentFolder(parent + "/" + name), parent);
+  EXPECT_EQ(platform::baseName(parent + "/" + name), name);
+}
+
+TEST(PathString, ThreadsShareNoResult) {
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (const char letter : std::string("abcdefgh")) {
+    threads.emplace_back([letter, &wrong] {
+      const std::string parent = "/" + std::string(500, letter), name(500, letter);
+      for (int i = 0; i < 5000; ++i) {
+        if (platform::parentFolder(parent + "/" + name) != parent) ++wrong;
+        if (platform::baseName(parent + "/" + name) != name) ++wrong;
+      }
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_EQ(wrong, 0);
 }
 
 TEST(PathString, AppendingAnExtensionExtendsTheLastComponent) {
