@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 

@@ -1,4 +1,7 @@
 #include "applog/Logger.h"
+
+#include <string>
+
 #include "nativeutils/Component.h"
 #include "nativeutils/Files.h"
 #include "nativeutils/Strings.h"

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <optional>
+#include <string>
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "platform/Failure.h"

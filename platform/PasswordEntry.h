@@ -5,6 +5,7 @@
 #include <pwd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <string>
 #include <vector>
 

@@ -1,5 +1,7 @@
 #include "platform/PathString.h"
 
+#include <cstddef>
+
 namespace platform {
 namespace {
 

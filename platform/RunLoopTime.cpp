@@ -1,5 +1,7 @@
 #include "platform/RunLoop.h"
 
+#include <chrono>
+
 namespace platform {
 
 std::chrono::steady_clock::time_point runLoopTime() {

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <string>
 
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"

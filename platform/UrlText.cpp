@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <string_view>
 
 #include "platform/Applications.h"
 

@@ -1,4 +1,5 @@
 #include <cstddef>
+#include <string_view>
 
 #include "platform/Text.h"
 

@@ -1,5 +1,7 @@
 #include "app/gtk/AppDelegate.h"
 
+#include <optional>
+
 #include "app/CommandLine.h"
 #include "app/SpinnerPage.h"
 #include "app/gtk/AddressRules.h"

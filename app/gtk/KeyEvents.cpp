@@ -1,5 +1,6 @@
 #include "app/gtk/KeyEvents.h"
 
+#include <cstddef>
 #include <memory>
 
 #include "app/WindowKeys.h"

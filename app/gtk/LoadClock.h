@@ -6,6 +6,7 @@
 #include <glib.h>
 
 #include <functional>
+#include <utility>
 
 #include "app/gtk/LoadTracker.h"
 

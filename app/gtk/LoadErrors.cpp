@@ -1,5 +1,6 @@
 #include "app/gtk/LoadErrors.h"
 
+#include <cstddef>
 #include <functional>
 #include <limits>
 #include <string_view>

@@ -1,5 +1,7 @@
 #include "app/gtk/LoadSignals.h"
 
+#include <string>
+
 namespace {
 
 std::string text(const char* utf8) {

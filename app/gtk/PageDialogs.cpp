@@ -1,6 +1,7 @@
 #include "app/gtk/PageDialogs.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "app/gtk/GtkHandles.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "app/SpinnerPage.h"
 #include "app/WindowKeys.h"

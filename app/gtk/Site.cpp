@@ -5,6 +5,7 @@
 #include <webkit2/webkit2.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>

@@ -1,5 +1,7 @@
 #include "app/gtk/Strip.h"
 
+#include <string>
+
 #include "app/gtk/Style.h"
 
 namespace {

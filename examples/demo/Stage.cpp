@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
+#include <utility>
 
 #include "examples/support/ClosedPort.h"
 #include "examples/support/EventLoop.h"

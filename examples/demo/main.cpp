@@ -10,6 +10,7 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "examples/demo/Stage.h"
 

@@ -1,6 +1,8 @@
 #include "examples/hand/Hand.h"
 
+#include <functional>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 
 #include "examples/signin-site/Pages.h"

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "examples/hand/Screen.h"
 #include "examples/signin-site/SignInSite.h"

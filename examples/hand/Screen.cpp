@@ -9,9 +9,11 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace examples {
 namespace {

@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <map>
+
 #include "examples/signin-site/Pages.h"
 
 namespace examples {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <charconv>
+#include <cstddef>
 #include <memory>
 
 namespace platform {

@@ -4,6 +4,7 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <vector>
 
 namespace platform {

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <future>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "platform/Applications.h"
 #include "platform/linux/AsideThread.h"

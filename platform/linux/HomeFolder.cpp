@@ -1,5 +1,7 @@
 #include <unistd.h>
 
+#include <string>
+
 #include "platform/PasswordEntry.h"
 #include "platform/UserFolders.h"
 

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 
 namespace platform {
 namespace {

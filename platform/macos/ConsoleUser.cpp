@@ -1,6 +1,7 @@
 #include <SystemConfiguration/SystemConfiguration.h>
 
 #include <cstring>
+#include <optional>
 
 #include "platform/UserFolders.h"
 #include "platform/macos/Owned.h"

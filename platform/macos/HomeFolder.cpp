@@ -1,4 +1,7 @@
 #include "platform/UserFolders.h"
+
+#include <string>
+
 #include "platform/macos/FolderFinder.h"
 
 namespace platform {

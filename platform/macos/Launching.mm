@@ -2,6 +2,9 @@
 #include <CoreServices/CoreServices.h>
 #import <Foundation/Foundation.h>
 
+#include <string>
+#include <vector>
+
 #include "platform/Applications.h"
 #include "platform/AutoreleasePool.h"
 #include "platform/macos/FoundationText.h"

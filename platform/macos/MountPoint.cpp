@@ -1,6 +1,8 @@
 #include <sys/mount.h>
 
 #include <cerrno>
+#include <optional>
+#include <string>
 
 #include "platform/Volumes.h"
 

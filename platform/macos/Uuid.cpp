@@ -1,5 +1,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <string>
+
 #include "platform/Text.h"
 #include "platform/macos/Owned.h"
 

@@ -1,6 +1,8 @@
 #include "tests/endtoend/Accessibility.h"
 
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <stdexcept>
 
 #include "examples/support/EventLoop.h"

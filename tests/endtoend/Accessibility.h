@@ -12,6 +12,8 @@
 
 #include <atspi/atspi.h>
 
+#include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>

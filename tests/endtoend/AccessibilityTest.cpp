@@ -2,6 +2,8 @@
 
 #include "tests/endtoend/Accessibility.h"
 
+#include <memory>
+
 #include "tests/endtoend/EndToEndTest.h"
 
 namespace endtoend {

@@ -1,5 +1,6 @@
 #include "tests/endtoend/Certificate.h"
 
+#include <chrono>
 #include <stdexcept>
 
 #include "examples/support/ChildProcess.h"

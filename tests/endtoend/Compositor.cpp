@@ -5,9 +5,12 @@
 #include <sys/un.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "examples/support/EventLoop.h"

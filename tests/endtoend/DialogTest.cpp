@@ -2,6 +2,9 @@
 
 #include "tests/endtoend/SheetTest.h"
 
+#include <string>
+#include <vector>
+
 namespace endtoend {
 namespace {
 

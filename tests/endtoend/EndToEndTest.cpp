@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <stdexcept>
+#include <system_error>
 
 namespace endtoend {
 namespace {

@@ -2,6 +2,9 @@
 
 #include <signal.h>
 
+#include <memory>
+#include <vector>
+
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Processes.h"
 

@@ -1,6 +1,10 @@
 // The enterprise sign-in: the larger window, and the address that it follows.
 
 #include "examples/hand/Hand.h"
+
+#include <string>
+#include <vector>
+
 #include "examples/signin-site/SignInSite.h"
 #include "tests/endtoend/EndToEndTest.h"
 

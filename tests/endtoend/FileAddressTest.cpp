@@ -1,6 +1,7 @@
 // Files of this machine: the launcher may name one, and one may lead to another; a site may not.
 
 #include <fstream>
+#include <string>
 
 #include "tests/endtoend/PageTest.h"
 

@@ -3,6 +3,7 @@
 #include <signal.h>
 
 #include <fstream>
+#include <string>
 
 #include "tests/endtoend/Processes.h"
 #include "tests/endtoend/SheetTest.h"

@@ -2,6 +2,8 @@
 
 #include "tests/endtoend/EndToEndTest.h"
 
+#include <string>
+
 namespace endtoend {
 namespace {
 

@@ -1,6 +1,11 @@
 // What is left when a run has ended: the log, and nothing else.
 
 #include "examples/support/ClosedPort.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Processes.h"
 

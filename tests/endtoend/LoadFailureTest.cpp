@@ -2,6 +2,10 @@
 
 #include <signal.h>
 
+#include <ostream>
+#include <string>
+#include <vector>
+
 #include "examples/support/ClosedPort.h"
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Processes.h"

@@ -2,6 +2,9 @@
 
 #include <gio/gio.h>
 
+#include <cstddef>
+#include <string>
+
 #include "tests/endtoend/PageTest.h"
 
 namespace endtoend {

@@ -1,6 +1,10 @@
 // Requests for a new window: they leave for the default browser, and the sign-in stays where it is.
 
 #include "tests/endtoend/EndToEndTest.h"
+
+#include <cstddef>
+#include <string>
+
 #include "tests/endtoend/FakeBrowser.h"
 
 namespace endtoend {

@@ -3,8 +3,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
+#include <string>
 
 #include "tests/endtoend/EndToEndTest.h"
 

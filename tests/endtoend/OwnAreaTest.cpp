@@ -2,6 +2,9 @@
 
 #include "tests/endtoend/PageTest.h"
 
+#include <string>
+#include <vector>
+
 namespace endtoend {
 namespace {
 

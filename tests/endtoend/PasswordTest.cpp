@@ -2,8 +2,12 @@
 
 #include <signal.h>
 
+#include <cstddef>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
+#include <vector>
 
 #include "tests/endtoend/Processes.h"
 #include "tests/endtoend/SheetTest.h"

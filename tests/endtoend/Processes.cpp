@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 
 #include "tests/endtoend/Home.h"
 #include "tests/support/Semaphores.h"

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "examples/hand/Screen.h"
 #include "examples/hand/VirtualDisplay.h"

@@ -1,6 +1,7 @@
 #include "tests/endtoend/RawServer.h"
 
 #include <array>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 

@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <string>
 
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Processes.h"

@@ -1,6 +1,8 @@
 // Sign-ins that end at the redirect address.
 
 #include <algorithm>
+#include <string>
+#include <vector>
 
 #include "examples/hand/Hand.h"
 #include "examples/signin-site/SignInSite.h"

@@ -4,7 +4,10 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <list>
+#include <string>
 
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/RawServer.h"

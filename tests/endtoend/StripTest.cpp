@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdlib>
 #include <map>
+#include <optional>
+#include <string>
 
 #include "tests/endtoend/Certificate.h"
 #include "tests/endtoend/EndToEndTest.h"

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <chrono>
+
 #include "examples/support/ChildProcess.h"
 #include "examples/support/EventLoop.h"
 

@@ -4,6 +4,9 @@
 // this process loads.
 
 #include "tests/endtoend/Certificate.h"
+
+#include <string>
+
 #include "tests/endtoend/EndToEndTest.h"
 
 namespace endtoend {

@@ -2,6 +2,10 @@
 
 #include <signal.h>
 
+#include <chrono>
+#include <memory>
+#include <optional>
+
 #include "tests/endtoend/Compositor.h"
 #include "tests/endtoend/EndToEndTest.h"
 

@@ -1,7 +1,9 @@
 #include "tests/endtoend/WindowManager.h"
 
+#include <chrono>
 #include <memory>
 #include <stdexcept>
+#include <vector>
 
 #include "examples/support/EventLoop.h"
 

@@ -1,6 +1,10 @@
 // The window under a window manager, as in a desktop session.
 
 #include "tests/endtoend/EndToEndTest.h"
+
+#include <memory>
+#include <vector>
+
 #include "tests/endtoend/OtherWindow.h"
 #include "tests/endtoend/WindowManager.h"
 

@@ -2,6 +2,9 @@
 
 #include <signal.h>
 
+#include <filesystem>
+#include <string>
+
 #include "tests/endtoend/EndToEndTest.h"
 
 namespace endtoend {

@@ -1,5 +1,6 @@
 #include "tests/macos/CocoaTest.h"
 
+#include <cstddef>
 #include <cstdlib>
 
 #include "applog/Logger.h"

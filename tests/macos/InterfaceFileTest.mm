@@ -1,6 +1,9 @@
 // The main interface file, read by the free implementation's own loader.
 
 #include "tests/macos/CocoaTest.h"
+
+#include <string>
+
 #include "tests/macos/doubles/Uncounted.h"
 
 namespace {

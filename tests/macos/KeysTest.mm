@@ -1,4 +1,8 @@
 #include "tests/macos/CocoaTest.h"
+
+#include <ostream>
+#include <string>
+
 #include "tests/macos/doubles/Editing.h"
 #include "tests/macos/doubles/Poor.h"
 

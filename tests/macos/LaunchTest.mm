@@ -1,5 +1,7 @@
 #include "tests/macos/CocoaTest.h"
 
+#include <string>
+
 namespace {
 
 using testing::Contains;

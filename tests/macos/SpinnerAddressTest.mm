@@ -1,4 +1,8 @@
 #include "app/cocoa/CocoaSignInWindow.h"
+
+#include <optional>
+#include <string>
+
 #include "tests/macos/CocoaTest.h"
 
 namespace {

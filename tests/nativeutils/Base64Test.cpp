@@ -1,8 +1,10 @@
 #include "nativeutils/Base64.h"
 
 #include <array>
+#include <cstddef>
 #include <iterator>
 #include <list>
+#include <ostream>
 #include <random>
 #include <string>
 #include <string_view>

@@ -9,6 +9,8 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "nativeutils/NativeUtils.h"
 #include "platform/UniqueFd.h"

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
+#include <vector>
 
 #include "nativeutils/Files.h"
 #include "nativeutils/Strings.h"

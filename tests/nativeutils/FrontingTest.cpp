@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <string>
+#include <vector>
+
 #include "nativeutils/NativeUtils.h"
 #include "tests/nativeutils/FakeDesktop.h"
 #include "tests/nativeutils/NativeUtilsLog.h"

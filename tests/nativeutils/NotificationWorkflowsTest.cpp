@@ -4,10 +4,16 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <new>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "applog/OVNSemaphoreLock.h"
 #include "nativeutils/NativeUtils.h"

@@ -1,6 +1,10 @@
 // What the system queries say and answer when the system does not tell, and of programs in a bundle.
 
 #include "nativeutils/NativeUtils.h"
+
+#include <string>
+#include <vector>
+
 #include "tests/nativeutils/FakeSystem.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
 

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/nativeutils/NativeUtilsLog.h"

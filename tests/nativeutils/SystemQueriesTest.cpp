@@ -5,6 +5,8 @@
 
 #include <climits>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "nativeutils/NativeUtils.h"
 #include "platform/SystemVersion.h"

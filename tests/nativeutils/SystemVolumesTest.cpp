@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/nativeutils/NativeUtilsLog.h"

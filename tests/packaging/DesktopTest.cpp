@@ -1,6 +1,9 @@
 // What ties the window on the screen to the desktop file and the icon, also where the package is not installed.
 
 #include "tests/endtoend/EndToEndTest.h"
+
+#include <string>
+
 #include "tests/support/Files.h"
 
 namespace {

@@ -9,6 +9,9 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "platform/FileTree.h"

@@ -8,6 +8,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
 #include <thread>
 
 #include "platform/Applications.h"

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <functional>
+#include <string>
 #include <utility>
 #include <vector>
 

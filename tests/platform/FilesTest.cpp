@@ -6,7 +6,10 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstddef>
 #include <optional>
+#include <utility>
 
 #include "platform/FileCopy.h"
 #include "platform/PathLock.h"

@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/Bundle.h"
 #include "platform/SystemVersion.h"

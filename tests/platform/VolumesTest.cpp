@@ -6,7 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <filesystem>
+#include <functional>
 
 #include "platform/linux/DeviceLabel.h"
 #include "tests/support/Files.h"

@@ -2,6 +2,8 @@
 
 #import <objc/runtime.h>
 
+#include <string>
+
 #include "tests/macos/doubles/Journal.h"
 
 using doubles::Inside;

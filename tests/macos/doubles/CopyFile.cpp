@@ -5,6 +5,7 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <string>
 

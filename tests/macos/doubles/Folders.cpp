@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
 
 #include "tests/macos/doubles/FileManager.h"
 #include "tests/macos/doubles/SystemCalls.h"

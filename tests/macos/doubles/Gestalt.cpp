@@ -2,6 +2,8 @@
 
 #include <CoreServices/CoreServices.h>
 
+#include <string>
+
 #include "tests/macos/doubles/SystemCalls.h"
 
 namespace {

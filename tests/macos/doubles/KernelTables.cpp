@@ -4,12 +4,14 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "tests/macos/doubles/SystemCalls.h"

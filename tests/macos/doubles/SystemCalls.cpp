@@ -1,5 +1,6 @@
 #include "tests/macos/doubles/SystemCalls.h"
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <mutex>

@@ -1,5 +1,7 @@
 #include "tests/macos/doubles/WebView.h"
 
+#include <string>
+
 #include "tests/macos/doubles/Journal.h"
 
 using doubles::fails;

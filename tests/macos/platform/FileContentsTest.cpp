@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
 
 #include "platform/FileCopy.h"
 #include "tests/macos/platform/SystemTest.h"

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "platform/UserFolders.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Files.h"

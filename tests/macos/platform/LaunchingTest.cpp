@@ -1,5 +1,8 @@
 #include <sys/stat.h>
 
+#include <filesystem>
+#include <string>
+
 #include "platform/Applications.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Child.h"

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <future>
+#include <string>
+#include <vector>
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/macos/doubles/MainBundle.h"

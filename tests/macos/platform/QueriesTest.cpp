@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cerrno>
+#include <string>
+#include <vector>
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/macos/doubles/SystemCalls.h"

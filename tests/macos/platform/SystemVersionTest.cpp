@@ -1,5 +1,8 @@
 #include "platform/SystemVersion.h"
 
+#include <array>
+#include <utility>
+
 #include "logging/Helpers.h"
 #include "tests/macos/platform/SystemTest.h"
 

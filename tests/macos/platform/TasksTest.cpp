@@ -6,7 +6,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstddef>
+#include <filesystem>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/Processes.h"
 #include "tests/macos/platform/SystemTest.h"

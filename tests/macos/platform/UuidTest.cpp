@@ -1,4 +1,7 @@
 #include "platform/Text.h"
+
+#include <string>
+
 #include "tests/macos/platform/SystemTest.h"
 
 namespace {
