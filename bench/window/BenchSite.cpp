@@ -1,6 +1,6 @@
 #include "bench/window/BenchSite.h"
 
-#include "examples/signin-site/Pages.h"
+#include "tests/tools/site/Pages.h"
 
 namespace bench {
 namespace {
@@ -18,17 +18,17 @@ addEventListener("load", () =>
 }  // namespace
 
 BenchSite::BenchSite() {
-  server_.serve("/redirecting", examples::redirectTo(redirectAddress() + "?code=4711"));
-  server_.serve("/done", examples::page(examples::notePage("Signed in", "You may close this window.")));
-  server_.serve("/signin", examples::page(examples::signInPage("7f3a", enterpriseAddress()) + kPictureAndBeacon));
-  server_.serve("/picture", examples::Answer{200, kPicture, {{"Content-Type", "image/svg+xml"}}});
-  server_.serve("/failing", [this](const examples::Request&) {
+  server_.serve("/redirecting", tools::redirectTo(redirectAddress() + "?code=4711"));
+  server_.serve("/done", tools::page(tools::notePage("Signed in", "You may close this window.")));
+  server_.serve("/signin", tools::page(tools::signInPage("7f3a", enterpriseAddress()) + kPictureAndBeacon));
+  server_.serve("/picture", tools::Answer{200, kPicture, {{"Content-Type", "image/svg+xml"}}});
+  server_.serve("/failing", [this](const tools::Request&) {
     failedAt_ = std::chrono::steady_clock::now();
-    return examples::redirectTo(nobody_.address());
+    return tools::redirectTo(nobody_.address());
   });
-  server_.serve("/shown", [this](const examples::Request&) {
+  server_.serve("/shown", [this](const tools::Request&) {
     ++shown_;
-    return examples::Answer{204, "", {}};
+    return tools::Answer{204, "", {}};
   });
 }
 

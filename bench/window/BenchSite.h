@@ -6,8 +6,8 @@
 #include <chrono>
 #include <string>
 
-#include "examples/signin-site/LoopbackServer.h"
-#include "examples/support/ClosedPort.h"
+#include "tests/tools/site/LoopbackServer.h"
+#include "tests/tools/support/ClosedPort.h"
 
 namespace bench {
 
@@ -34,8 +34,8 @@ class BenchSite {
   int shown() const { return shown_; }
 
  private:
-  examples::LoopbackServer server_;
-  examples::ClosedPort nobody_;
+  tools::LoopbackServer server_;
+  tools::ClosedPort nobody_;
   std::chrono::steady_clock::time_point failedAt_;
   int shown_ = 0;
 };

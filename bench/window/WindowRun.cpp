@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "examples/launcher/Answer.h"
-#include "examples/support/EventLoop.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace bench {
 namespace {
@@ -30,9 +30,9 @@ class Arrival {
   guint source_;
 };
 
-examples::ChildProcess::Setup setupFor(std::vector<std::string> command, const std::string& display,
-                                       const std::pair<std::string, std::string>& mark) {
-  examples::ChildProcess::Setup setup;
+tools::ChildProcess::Setup setupFor(std::vector<std::string> command, const std::string& display,
+                                    const std::pair<std::string, std::string>& mark) {
+  tools::ChildProcess::Setup setup;
   setup.command = std::move(command);
   setup.environment = {{"DISPLAY", display}, mark};
   return setup;
@@ -55,7 +55,7 @@ std::string WindowRun::message() {
 
 void WindowRun::waitFor(const std::function<bool()>& condition) {
   bool came = false;
-  const bool somethingHappened = examples::waitUntil(
+  const bool somethingHappened = tools::waitUntil(
       [&] {
         came = condition();
         return came || window_.ended();
@@ -66,7 +66,7 @@ void WindowRun::waitFor(const std::function<bool()>& condition) {
 }
 
 void WindowRun::waitForEnd() {
-  if (!examples::waitUntil([this] { return window_.ended(); }, kPatience)) {
+  if (!tools::waitUntil([this] { return window_.ended(); }, kPatience)) {
     throw std::runtime_error("the window does not end");
   }
   family_.end();

@@ -10,7 +10,7 @@
 
 #include "bench/window/ProcessFamily.h"
 #include "examples/launcher/AnswerPipe.h"
-#include "examples/support/ChildProcess.h"
+#include "tests/tools/support/ChildProcess.h"
 
 namespace bench {
 
@@ -40,7 +40,7 @@ class WindowRun {
  private:
   launcher::AnswerPipe pipe_;
   ProcessFamily family_;
-  examples::ChildProcess window_;
+  tools::ChildProcess window_;
 };
 
 }  // namespace bench

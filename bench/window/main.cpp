@@ -16,10 +16,10 @@
 #include "bench/Report.h"
 #include "bench/window/BenchSite.h"
 #include "bench/window/WindowRun.h"
-#include "examples/hand/VirtualDisplay.h"
 #include "examples/launcher/Answer.h"
 #include "platform/Bundle.h"
 #include "tests/support/Home.h"
+#include "tests/tools/hand/VirtualDisplay.h"
 
 namespace {
 
@@ -108,7 +108,7 @@ class WindowBench {
     };
   }
 
-  examples::VirtualDisplay display_;
+  tools::VirtualDisplay display_;
   BenchSite site_;
 };
 

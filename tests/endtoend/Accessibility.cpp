@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "examples/support/EventLoop.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 
-using examples::Owned;
+using tools::Owned;
 
 namespace {
 
@@ -19,8 +19,8 @@ constexpr char kRootPath[] = "/org/a11y/atspi/accessible/root";
 constexpr char kAccessible[] = "org.a11y.atspi.Accessible";
 constexpr int kMillisecondsForAnAnswer = 30'000;
 
-examples::ChildProcess::Setup setupFor(const SessionBus& bus) {
-  examples::ChildProcess::Setup setup;
+tools::ChildProcess::Setup setupFor(const SessionBus& bus) {
+  tools::ChildProcess::Setup setup;
   setup.command = {kService, "--launch-immediately", "--a11y=1"};
   setup.environment = bus.environment();
   setup.environment["GSETTINGS_BACKEND"] = "memory";
@@ -66,7 +66,7 @@ std::string Accessibility::addressOfTheService() const {
   bool appeared = false;
   const guint watch = g_bus_watch_name_on_connection(session.get(), "org.a11y.Bus", G_BUS_NAME_WATCHER_FLAGS_NONE,
                                                      onAppears, nullptr, &appeared, nullptr);
-  (void)examples::waitUntil([&] { return appeared || service_.ended(); }, std::chrono::seconds(30));
+  (void)tools::waitUntil([&] { return appeared || service_.ended(); }, std::chrono::seconds(30));
   g_bus_unwatch_name(watch);
   g_autoptr(GVariant) answer = g_dbus_connection_call_sync(
       session.get(), "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr, G_VARIANT_TYPE("(s)"),

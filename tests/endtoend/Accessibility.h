@@ -62,8 +62,8 @@ class Accessibility {
   std::vector<AccessibleObject> childrenOf(const AccessibleObject& object) const;
 
   SessionBus bus_;
-  examples::ChildProcess service_;
-  examples::Owned<GDBusConnection> connection_;
+  tools::ChildProcess service_;
+  tools::Owned<GDBusConnection> connection_;
   guint changes_ = 0;
 };
 

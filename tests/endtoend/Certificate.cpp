@@ -3,8 +3,8 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "examples/support/ChildProcess.h"
-#include "examples/support/EventLoop.h"
+#include "tests/tools/support/ChildProcess.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 namespace {
@@ -12,13 +12,13 @@ namespace {
 // Makes a key and a certificate for it. `request` says what the certificate is for and who signs it.
 void make(const std::filesystem::path& certificate, const std::filesystem::path& key,
           const std::vector<std::string>& request) {
-  examples::ChildProcess::Setup setup;
+  tools::ChildProcess::Setup setup;
   setup.command = {"openssl", "req",     "-x509", "-newkey", "ec",        "-pkeyopt", "ec_paramgen_curve:P-256",
                    "-nodes",  "-keyout", key,     "-out",    certificate, "-days",    "2"};
   setup.command.insert(setup.command.end(), request.begin(), request.end());
   setup.errorFile = "/dev/null";
-  const examples::ChildProcess openssl(setup);
-  (void)examples::waitUntil([&] { return openssl.ended(); }, std::chrono::seconds(30));
+  const tools::ChildProcess openssl(setup);
+  (void)tools::waitUntil([&] { return openssl.ended(); }, std::chrono::seconds(30));
   if (openssl.exitStatus() != 0) throw std::runtime_error("openssl makes no certificate");
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "examples/support/Owned.h"
+#include "tests/tools/support/Owned.h"
 
 namespace endtoend {
 
@@ -24,7 +24,7 @@ class Certificate {
   friend class Authority;
   Certificate(const std::filesystem::path& file, const std::vector<std::string>& request);
 
-  examples::Owned<GTlsCertificate> certificate_;
+  tools::Owned<GTlsCertificate> certificate_;
 };
 
 // An authority that signs certificates, as an organisation has one for its own sites.

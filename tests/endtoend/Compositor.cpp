@@ -13,14 +13,14 @@
 #include <utility>
 #include <vector>
 
-#include "examples/support/EventLoop.h"
 #include "platform/UniqueFd.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 
-using examples::ChildProcess;
-using examples::Owned;
-using examples::Picture;
+using tools::ChildProcess;
+using tools::Owned;
+using tools::Picture;
 
 namespace {
 
@@ -80,7 +80,7 @@ bool Compositor::isPossible() {
 Compositor::Compositor(const std::filesystem::path& folder)
     : folder_(folder), watched_(folder), process_(setupFor(folder)) {
   const auto isThere = [this] { return takesConnections(folder_ / kSocket) || process_.ended(); };
-  if (!examples::waitUntil(isThere, kPatienceWithWeston) || process_.ended()) {
+  if (!tools::waitUntil(isThere, kPatienceWithWeston) || process_.ended()) {
     throw std::runtime_error("weston does not start");
   }
 }
@@ -97,7 +97,7 @@ std::optional<Picture> Compositor::picture() const {
   setup.environment = environment();
   setup.errorFile = "/dev/null";
   const ChildProcess camera(setup);
-  (void)examples::waitUntil([&] { return camera.ended(); }, kPatienceWithWeston);
+  (void)tools::waitUntil([&] { return camera.ended(); }, kPatienceWithWeston);
   const std::filesystem::directory_iterator taken(album);
   if (camera.exitStatus() != 0 || taken == std::filesystem::directory_iterator()) return std::nullopt;
   Picture picture = load(taken->path());

@@ -7,9 +7,9 @@
 #include <optional>
 #include <string>
 
-#include "examples/hand/Picture.h"
-#include "examples/support/ChildProcess.h"
 #include "tests/endtoend/WatchedFolder.h"
+#include "tests/tools/hand/Picture.h"
+#include "tests/tools/support/ChildProcess.h"
 
 namespace endtoend {
 
@@ -26,12 +26,12 @@ class Compositor {
   std::map<std::string, std::string> environment() const;
 
   // What the whole screen shows; nothing while the session is still starting.
-  std::optional<examples::Picture> picture() const;
+  std::optional<tools::Picture> picture() const;
 
  private:
   std::filesystem::path folder_;
   WatchedFolder watched_;
-  examples::ChildProcess process_;
+  tools::ChildProcess process_;
 };
 
 }  // namespace endtoend

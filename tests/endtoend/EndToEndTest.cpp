@@ -19,20 +19,20 @@ std::string result(const std::string& escapedAddress) {
   return "<result><URL>" + escapedAddress + "</URL></result>";
 }
 
-examples::Answer pageThatGoesTo(const std::string& address) {
+tools::Answer pageThatGoesTo(const std::string& address) {
   return page("<script>onload = () => setTimeout(() => { location.href = '" + address + "' })</script>");
 }
 
-examples::Answer pageThatWaitsForAClick(const std::string& address) {
+tools::Answer pageThatWaitsForAClick(const std::string& address) {
   return page("<script>onclick = () => { location.href = '" + address +
               "' }; onload = () => fetch('/clickable')</script>");
 }
 
-examples::Answer pageThatTells(const std::string& body) {
+tools::Answer pageThatTells(const std::string& body) {
   return page(body + "<script>onload = () => fetch('/loaded')</script>");
 }
 
-EndToEndTest::EndToEndTest(const examples::ScreenSize& screenSize)
+EndToEndTest::EndToEndTest(const tools::ScreenSize& screenSize)
     : folder_(makeFolder()),
       logs_(logFile().parent_path()),
       display(screenSize),
@@ -62,7 +62,7 @@ void EndToEndTest::start() {
 }
 
 void EndToEndTest::until(const std::string& what, const std::function<bool()>& condition) {
-  if (!examples::waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what + account());
+  if (!tools::waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what + account());
 }
 
 std::string EndToEndTest::account() {

@@ -16,26 +16,26 @@
 #include <optional>
 #include <string>
 
-#include "examples/hand/Screen.h"
-#include "examples/hand/VirtualDisplay.h"
-#include "examples/signin-site/LoopbackServer.h"
-#include "examples/support/EventLoop.h"
 #include "tests/endtoend/Home.h"
 #include "tests/endtoend/MessagePipe.h"
 #include "tests/endtoend/SignInRun.h"
 #include "tests/endtoend/WatchedFolder.h"
+#include "tests/tools/hand/Screen.h"
+#include "tests/tools/hand/VirtualDisplay.h"
+#include "tests/tools/site/LoopbackServer.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 
-using examples::Area;
-using examples::KeySymbol;
-using examples::LoopbackServer;
-using examples::page;
-using examples::Picture;
-using examples::redirectTo;
-using examples::Request;
-using examples::Screen;
-using examples::ScreenWindow;
+using tools::Area;
+using tools::KeySymbol;
+using tools::LoopbackServer;
+using tools::page;
+using tools::Picture;
+using tools::redirectTo;
+using tools::Request;
+using tools::Screen;
+using tools::ScreenWindow;
 
 inline const std::string kWindowClosed = "<errorNo><error>1</error></errorNo>";
 inline const std::string kLoadFailed = "<errorNo><error>2</error></errorNo>";
@@ -45,18 +45,18 @@ inline const std::string kOptionsMissing = "<errorNo><error>255</error></errorNo
 std::string result(const std::string& escapedAddress);
 
 // A page that, once it has loaded, goes to an address.
-examples::Answer pageThatGoesTo(const std::string& address);
+tools::Answer pageThatGoesTo(const std::string& address);
 
 // A page that goes to an address when it is clicked, and asks the site for "/clickable" once that works.
-examples::Answer pageThatWaitsForAClick(const std::string& address);
+tools::Answer pageThatWaitsForAClick(const std::string& address);
 
 // A page that asks the site for "/loaded" once it has loaded. `body` stands on it.
-examples::Answer pageThatTells(const std::string& body = "");
+tools::Answer pageThatTells(const std::string& body = "");
 
 class EndToEndTest : public testing::Test {
  protected:
   // The site has an ordinary page at "/signin", "/done" and "/start"; the options name them. No option is missing.
-  explicit EndToEndTest(const examples::ScreenSize& screenSize = {});
+  explicit EndToEndTest(const tools::ScreenSize& screenSize = {});
   ~EndToEndTest() override;
 
   void start();
@@ -88,7 +88,7 @@ class EndToEndTest : public testing::Test {
   WatchedFolder logs_;
 
  protected:
-  examples::VirtualDisplay display;
+  tools::VirtualDisplay display;
   Screen screen;
   LoopbackServer site;
   MessagePipe pipe;

@@ -31,7 +31,7 @@ TEST_F(EndingTest, ASecondSignalChangesNothing) {
 
 TEST_F(EndingTest, ADisplayThatGoesAwayIsReportedLikeAClosedWindow) {
   const std::vector<int> before = semaphoreSets();
-  auto session = std::make_unique<examples::VirtualDisplay>();
+  auto session = std::make_unique<tools::VirtualDisplay>();
   options.environment["DISPLAY"] = session->name();
   start();
   untilAsked("/signin");

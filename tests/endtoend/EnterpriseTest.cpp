@@ -1,12 +1,12 @@
 // The enterprise sign-in: the larger window, and the address that it follows.
 
-#include "examples/hand/Hand.h"
+#include "tests/tools/hand/Hand.h"
 
 #include <string>
 #include <vector>
 
-#include "examples/signin-site/SignInSite.h"
 #include "tests/endtoend/EndToEndTest.h"
+#include "tests/tools/site/SignInSite.h"
 
 namespace endtoend {
 namespace {
@@ -36,13 +36,13 @@ class EnterpriseTest : public EndToEndTest {
 };
 
 TEST_F(EnterpriseTest, APersonSignsInWithTheOrganisation) {
-  examples::SignInSite example;
+  tools::SignInSite example;
   options.signIn = example.signInAddress();
   options.redirect = example.redirectAddress();
   options.enterprise = example.enterpriseAddress();
 
   start();
-  examples::Hand(example, display.name(), temporary("")).signInWithTheOrganisation();
+  tools::Hand(example, display.name(), temporary("")).signInWithTheOrganisation();
 
   EXPECT_THAT(message(), testing::StartsWith("<result><URL>" + example.redirectAddress() + "?code="));
   EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=enterprise</URL></result>"));

@@ -44,11 +44,11 @@ class LauncherTest : public EndToEndTest {
   }
 
   void startLauncher(const std::vector<std::string>& command) {
-    examples::ChildProcess::Setup setup;
+    tools::ChildProcess::Setup setup;
     setup.command = command;
     setup.environment = {{"DISPLAY", display.name()}, {"TMPDIR", temporary("pipes")}};
     setup.outputFile = temporary("output");
-    launcher_ = std::make_unique<examples::ChildProcess>(setup);
+    launcher_ = std::make_unique<tools::ChildProcess>(setup);
   }
 
   // Waits for the launcher's end and gives what it printed. It must have put its pipe away.
@@ -59,7 +59,7 @@ class LauncherTest : public EndToEndTest {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
-  std::unique_ptr<examples::ChildProcess> launcher_;
+  std::unique_ptr<tools::ChildProcess> launcher_;
 };
 
 TEST_F(LauncherTest, PrintsTheMessageAndWhatItMeans) {

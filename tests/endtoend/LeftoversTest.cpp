@@ -1,6 +1,6 @@
 // What is left when a run has ended: the log, and nothing else.
 
-#include "examples/support/ClosedPort.h"
+#include "tests/tools/support/ClosedPort.h"
 
 #include <algorithm>
 #include <string>
@@ -27,7 +27,7 @@ constexpr char kPageThatKeepsThings[] = R"(<script>
 </script>)";
 
 TEST_F(LeftoversTest, APageMayKeepThingsAndNothingOfItStaysOnDisk) {
-  examples::Answer answer = page(kPageThatKeepsThings);
+  tools::Answer answer = page(kPageThatKeepsThings);
   answer.headers["Cache-Control"] = "max-age=99999";
   answer.headers["Set-Cookie"] = "visit=secret; Max-Age=99999";
   site.serve("/signin", answer);
@@ -37,7 +37,7 @@ TEST_F(LeftoversTest, APageMayKeepThingsAndNothingOfItStaysOnDisk) {
 
 TEST_F(LeftoversTest, ASecondRunKnowsNothingOfTheFirst) {
   site.serve("/signin", [this](const Request&) {
-    examples::Answer answer = pageThatGoesTo("/done?' + document.cookie + '");
+    tools::Answer answer = pageThatGoesTo("/done?' + document.cookie + '");
     answer.headers["Set-Cookie"] = "visit=" + std::to_string(site.requests().size()) + "; Max-Age=99999";
     return answer;
   });
@@ -59,7 +59,7 @@ TEST_F(LeftoversTest, NoProcessOutlivesTheRun) {
 class EndingsTest : public LeftoversTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(EndingsTest, LeavesNoSemaphoreSet) {
-  const examples::ClosedPort nobody;
+  const tools::ClosedPort nobody;
   const std::string ending = GetParam();
   if (ending == "Failed") options.signIn = nobody.address();
   if (ending == "SignedIn") site.serve("/signin", redirectTo(site.address("/done")));

@@ -6,19 +6,19 @@
 #include <string>
 #include <vector>
 
-#include "examples/support/ClosedPort.h"
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Processes.h"
 #include "tests/endtoend/RawServer.h"
+#include "tests/tools/support/ClosedPort.h"
 
 namespace endtoend {
 namespace {
 
-using examples::ClosedPort;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
+using tools::ClosedPort;
 
 class LoadFailureTest : public EndToEndTest {
  protected:

@@ -145,14 +145,14 @@ TEST_F(LockedDownTest, NoKeyOpensAnything) {
 
 // On a loopback of its own: on the first one somebody else may have the port by the time that it is looked at.
 std::string freeAddress() {
-  const examples::Owned<GSocketListener> listener(g_socket_listener_new());
+  const tools::Owned<GSocketListener> listener(g_socket_listener_new());
   const guint16 port = g_socket_listener_add_any_inet_port(listener.get(), nullptr, nullptr);
   g_socket_listener_close(listener.get());
   return "127.83.86.79:" + std::to_string(port);
 }
 
 bool takesConnections(const std::string& address) {
-  const examples::Owned<GSocketClient> client(g_socket_client_new());
+  const tools::Owned<GSocketClient> client(g_socket_client_new());
   GSocketConnection* const connection =
       g_socket_client_connect_to_host(client.get(), address.c_str(), 0, nullptr, nullptr);
   if (connection == nullptr) return false;

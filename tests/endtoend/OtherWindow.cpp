@@ -7,7 +7,7 @@
 
 namespace endtoend {
 
-OtherWindow::OtherWindow(const std::string& display, const examples::Area& frame)
+OtherWindow::OtherWindow(const std::string& display, const tools::Area& frame)
     : display_(XOpenDisplay(display.c_str()), XCloseDisplay) {
   if (!display_) throw std::runtime_error("no display " + display);
   id_ = XCreateSimpleWindow(display_.get(), DefaultRootWindow(display_.get()), frame.x, frame.y,

@@ -23,7 +23,7 @@ std::string nameOf(const testing::TestParamInfo<Named>& info) {
   return info.param.name;
 }
 
-examples::Answer PageTest::pageWith(const std::string& body) {
+tools::Answer PageTest::pageWith(const std::string& body) {
   return page(kBeginning + body);
 }
 

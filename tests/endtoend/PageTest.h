@@ -29,7 +29,7 @@ class PageTest : public EndToEndTest {
   // A page in that colour. Its scripts may call
   //   tell(text)     what told() gives
   //   frames(count)  gives a promise of so many drawn frames; by then the window knows all that was asked of it before
-  static examples::Answer pageWith(const std::string& body);
+  static tools::Answer pageWith(const std::string& body);
 
   // Starts with such a page in the window, which tells "loaded", and the keyboard in the window.
   void startOn(const std::string& body);

@@ -34,8 +34,8 @@ class PasswordTest : public SheetTest {
     site.serve(path, [this, path, nameAndPassword](const Request& request) {
       shown_.push_back(request.authorization);
       if (request.authorization == basic(nameAndPassword)) return pageWith("<script>tell('in " + path + "')</script>");
-      examples::Answer refusal = pageWith("<body style='height: 550px'><script>tell('refused " + path +
-                                          "'); onclick = () => tell('clicked')</script>");
+      tools::Answer refusal = pageWith("<body style='height: 550px'><script>tell('refused " + path +
+                                       "'); onclick = () => tell('clicked')</script>");
       refusal.status = 401;
       refusal.headers["WWW-Authenticate"] = "Basic realm=\"" + path + "\"";
       return refusal;
@@ -220,7 +220,7 @@ TEST_F(PasswordTest, APageAsksFiveTimesAndNoMoreUntilThePersonActs) {
   std::string realm;
   site.serve("/image", [&realm](const Request&) {
     realm += " another line of words that the person has to read before there is an end to it";
-    return examples::Answer{401, "", {{"WWW-Authenticate", "Basic realm=\"" + realm + "\""}}};
+    return tools::Answer{401, "", {{"WWW-Authenticate", "Basic realm=\"" + realm + "\""}}};
   });
   startOn(
       "<script>onkeydown = async () => { onkeydown = null;"

@@ -9,9 +9,6 @@
 #include <memory>
 #include <string>
 
-#include "examples/hand/Screen.h"
-#include "examples/hand/VirtualDisplay.h"
-#include "examples/support/EventLoop.h"
 #include "nativeutils/NativeUtils.h"
 #include "tests/endtoend/OtherWindow.h"
 #include "tests/endtoend/SessionBus.h"
@@ -21,15 +18,18 @@
 #include "tests/support/Environment.h"
 #include "tests/support/Files.h"
 #include "tests/support/Semaphores.h"
+#include "tests/tools/hand/Screen.h"
+#include "tests/tools/hand/VirtualDisplay.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 namespace {
 
-using examples::ChildProcess;
-using examples::ScreenWindow;
-using examples::waitUntil;
 using support::Variable;
 using testing::StartsWith;
+using tools::ChildProcess;
+using tools::ScreenWindow;
+using tools::waitUntil;
 
 constexpr std::chrono::seconds kPatience{30};
 
@@ -81,7 +81,7 @@ class FrontTest : public nativeutils_test::LoggedTest {
   void SetUp() override {
     if (!WindowManager::isPossible()) GTEST_SKIP() << "no openbox here";
     manager = std::make_unique<WindowManager>(screen, display.name(), folder / "openbox");
-    other = std::make_unique<OtherWindow>(display.name(), examples::Area{50, 50, 300, 200});
+    other = std::make_unique<OtherWindow>(display.name(), tools::Area{50, 50, 300, 200});
     ASSERT_TRUE(waitUntil([&] { return manager->activeWindow() == other->id(); }, kPatience));
   }
 
@@ -98,9 +98,9 @@ class FrontTest : public nativeutils_test::LoggedTest {
   }
 
   const support::TemporaryFolder folder;
-  const examples::VirtualDisplay display;
+  const tools::VirtualDisplay display;
   const Variable shown{"DISPLAY", display.name()};
-  examples::Screen screen{display.name()};
+  tools::Screen screen{display.name()};
   std::unique_ptr<WindowManager> manager;
   std::unique_ptr<OtherWindow> other;
 };

@@ -5,7 +5,7 @@
 
 namespace endtoend {
 
-using examples::Owned;
+using tools::Owned;
 
 namespace {
 
@@ -32,7 +32,7 @@ gboolean isKnown(SoupAuthDomain*, SoupServerMessage*, const char* user, const ch
 
 }  // namespace
 
-Proxy::Proxy(const examples::LoopbackServer& site)
+Proxy::Proxy(const tools::LoopbackServer& site)
     : server_(soup_server_new(nullptr, nullptr)), session_(soup_session_new()), site_(site.address()) {
   soup_session_set_proxy_resolver(session_.get(), nullptr);
   const Owned<GInetAddress> loopback(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "examples/signin-site/LoopbackServer.h"
-#include "examples/support/Owned.h"
+#include "tests/tools/site/LoopbackServer.h"
+#include "tests/tools/support/Owned.h"
 
 namespace endtoend {
 
@@ -22,14 +22,14 @@ class Proxy {
  public:
   // Plain requests go on to `site`, whose handlers see the path alone. Tunnels are refused with 403.
   // Throws std::runtime_error when it cannot listen.
-  explicit Proxy(const examples::LoopbackServer& site);
+  explicit Proxy(const tools::LoopbackServer& site);
   ~Proxy();
 
   Proxy(const Proxy&) = delete;
   Proxy& operator=(const Proxy&) = delete;
 
   // From now on a tunnel to port 443 of any host leads to `secure`, which speaks TLS.
-  void tunnelTo(const examples::LoopbackServer& secure) { secure_ = secure.address(); }
+  void tunnelTo(const tools::LoopbackServer& secure) { secure_ = secure.address(); }
 
   // From now on whoever does not give this name and password is turned away, with 407.
   void demand(const std::string& user, const std::string& password);
@@ -54,8 +54,8 @@ class Proxy {
   void forward(SoupServerMessage* message);
   void openTunnel(SoupServerMessage* message);
 
-  examples::Owned<SoupServer> server_;
-  examples::Owned<SoupSession> session_;
+  tools::Owned<SoupServer> server_;
+  tools::Owned<SoupSession> session_;
   std::string site_;
   std::string secure_;
   std::string address_;

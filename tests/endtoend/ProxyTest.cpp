@@ -2,10 +2,10 @@
 
 #include <fstream>
 
-#include "examples/support/ClosedPort.h"
 #include "tests/endtoend/Accessibility.h"
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Proxy.h"
+#include "tests/tools/support/ClosedPort.h"
 
 namespace endtoend {
 namespace {
@@ -53,7 +53,7 @@ TEST_F(ProxyTest, AHostThatIsExemptedIsAskedDirectly) {
 }
 
 TEST_F(ProxyTest, InAGnomeSessionItsSettingsCountAndNotTheEnvironment) {
-  const examples::ClosedPort nobody;
+  const tools::ClosedPort nobody;
   options.environment["http_proxy"] = nobody.address();
   options.environment["XDG_CURRENT_DESKTOP"] = "ubuntu:GNOME";
   options.environment["GSETTINGS_BACKEND"] = "keyfile";
@@ -67,7 +67,7 @@ TEST_F(ProxyTest, InAGnomeSessionItsSettingsCountAndNotTheEnvironment) {
 }
 
 TEST_F(ProxyTest, AProxyThatRefusesTheConnectionEndsTheRun) {
-  const examples::ClosedPort nobody;
+  const tools::ClosedPort nobody;
   options.environment["http_proxy"] = nobody.address();
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code -1004"));

@@ -7,7 +7,7 @@
 
 namespace endtoend {
 
-using examples::Owned;
+using tools::Owned;
 
 namespace {
 

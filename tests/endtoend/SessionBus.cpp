@@ -8,7 +8,7 @@
 
 namespace endtoend {
 
-using examples::Owned;
+using tools::Owned;
 
 namespace {
 
@@ -49,13 +49,13 @@ SessionBus::SessionBus(const std::filesystem::path& folder) {
   std::ofstream(folder / "settings.xml") << settingsFor(folder);
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe for the bus");
-  examples::ChildProcess::Setup setup;
+  tools::ChildProcess::Setup setup;
   setup.command = {"dbus-daemon", "--nofork", "--nopidfile", "--print-address=3",
                    "--config-file=" + (folder / "settings.xml").string()};
   setup.errorFile = "/dev/null";
   setup.fd = ends[1];
   setup.fdInChild = 3;
-  daemon_ = std::make_unique<examples::ChildProcess>(setup);
+  daemon_ = std::make_unique<tools::ChildProcess>(setup);
   address_ = readLine(ends[0]);
   close(ends[0]);
   if (address_.empty()) throw std::runtime_error("dbus-daemon does not start");

@@ -9,14 +9,14 @@
 #include <memory>
 #include <string>
 
-#include "examples/support/ChildProcess.h"
-#include "examples/support/Owned.h"
+#include "tests/tools/support/ChildProcess.h"
+#include "tests/tools/support/Owned.h"
 
 namespace endtoend {
 
 // A connection to a message bus, whose messages are handled by the default main context.
 // Throws std::runtime_error when there is no bus at the address.
-examples::Owned<GDBusConnection> connectToBus(const std::string& address);
+tools::Owned<GDBusConnection> connectToBus(const std::string& address);
 
 class SessionBus {
  public:
@@ -34,7 +34,7 @@ class SessionBus {
 
  private:
   std::string address_;
-  std::unique_ptr<examples::ChildProcess> daemon_;
+  std::unique_ptr<tools::ChildProcess> daemon_;
 };
 
 }  // namespace endtoend

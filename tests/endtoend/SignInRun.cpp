@@ -3,13 +3,13 @@
 #include <fstream>
 #include <iterator>
 
-#include "examples/support/EventLoop.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 namespace {
 
-examples::ChildProcess::Setup setupFor(const Options& options, const std::filesystem::path& errorFile) {
-  examples::ChildProcess::Setup setup;
+tools::ChildProcess::Setup setupFor(const Options& options, const std::filesystem::path& errorFile) {
+  tools::ChildProcess::Setup setup;
   setup.command = commandLine(options);
   setup.environment = options.environment;
   setup.errorFile = errorFile;
@@ -38,7 +38,7 @@ SignInRun::SignInRun(const Options& options, const std::filesystem::path& errorF
     : errorFile_(errorFile), process_(setupFor(options, errorFile)) {}
 
 std::optional<int> SignInRun::exitStatus() {
-  (void)examples::waitUntil([this] { return ended(); }, kPatience);
+  (void)tools::waitUntil([this] { return ended(); }, kPatience);
   return process_.exitStatus();
 }
 

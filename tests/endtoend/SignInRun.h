@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "examples/hand/Screen.h"
-#include "examples/support/ChildProcess.h"
+#include "tests/tools/hand/Screen.h"
+#include "tests/tools/support/ChildProcess.h"
 
 namespace endtoend {
 
@@ -51,7 +51,7 @@ class SignInRun {
 
  private:
   std::filesystem::path errorFile_;
-  examples::ChildProcess process_;
+  tools::ChildProcess process_;
 };
 
 }  // namespace endtoend

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "examples/hand/Hand.h"
-#include "examples/signin-site/SignInSite.h"
 #include "tests/endtoend/EndToEndTest.h"
+#include "tests/tools/hand/Hand.h"
+#include "tests/tools/site/SignInSite.h"
 
 namespace endtoend {
 namespace {
@@ -19,13 +19,13 @@ using testing::StartsWith;
 class SignInTest : public EndToEndTest {};
 
 TEST_F(SignInTest, APersonSignsInAndTheWholeAddressIsSent) {
-  examples::SignInSite example;
+  tools::SignInSite example;
   options.signIn = example.signInAddress();
   options.redirect = example.redirectAddress();
   options.enterprise = example.enterpriseAddress();
 
   start();
-  examples::Hand(example, display.name(), temporary("")).signIn();
+  tools::Hand(example, display.name(), temporary("")).signIn();
 
   EXPECT_THAT(message(), StartsWith("<result><URL>" + example.redirectAddress() + "?code="));
   EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=7f3a</URL></result>"));
@@ -57,7 +57,7 @@ TEST_F(SignInTest, AnUpperCasePageIsNotTheLowerCasedRedirectAddress) {
 }
 
 TEST_F(SignInTest, APageThatAnswersNotFoundIsAPageLikeAnyOther) {
-  examples::Answer missing = pageThatGoesTo(site.address("/done?code=1"));
+  tools::Answer missing = pageThatGoesTo(site.address("/done?code=1"));
   missing.status = 404;
   site.serve("/signin", missing);
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));

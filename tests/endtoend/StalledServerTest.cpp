@@ -43,7 +43,7 @@ class StalledServerTest : public EndToEndTest {
   void expectNoEndBefore(steady_clock::time_point earliest) {
     const auto ended = [](const Window& each) { return each.run.ended(); };
     const auto anyEnded = [&] { return std::any_of(windows_.begin(), windows_.end(), ended); };
-    EXPECT_TRUE(examples::waitUntil(anyEnded, std::chrono::seconds(60) + kPatience));
+    EXPECT_TRUE(tools::waitUntil(anyEnded, std::chrono::seconds(60) + kPatience));
     EXPECT_GE(steady_clock::now(), earliest);
   }
 

@@ -73,7 +73,7 @@ int writtenWidth(const Picture& picture) {
 
 class StripTest : public EndToEndTest {
  protected:
-  explicit StripTest(const examples::ScreenSize& screenSize = {}, int scale = 1)
+  explicit StripTest(const tools::ScreenSize& screenSize = {}, int scale = 1)
       : EndToEndTest(screenSize), scale_(scale) {
     for (const char* path : {"/signin", "/other"})
       site.serve(path, page(kPageStyle));
@@ -116,7 +116,7 @@ class StripTest : public EndToEndTest {
 
 class ProxiedStripTest : public StripTest {
  protected:
-  explicit ProxiedStripTest(const examples::ScreenSize& screenSize = {}, int scale = 1) : StripTest(screenSize, scale) {
+  explicit ProxiedStripTest(const tools::ScreenSize& screenSize = {}, int scale = 1) : StripTest(screenSize, scale) {
     options.environment.merge(proxy.environment());
   }
 

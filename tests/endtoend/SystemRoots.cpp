@@ -4,8 +4,8 @@
 
 #include <chrono>
 
-#include "examples/support/ChildProcess.h"
-#include "examples/support/EventLoop.h"
+#include "tests/tools/support/ChildProcess.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 namespace {
@@ -35,12 +35,12 @@ std::vector<std::string> commandFor(const std::filesystem::path& bundle) {
 }  // namespace
 
 std::optional<std::vector<std::string>> withSystemRoots(const std::filesystem::path& bundle) {
-  examples::ChildProcess::Setup trial;
+  tools::ChildProcess::Setup trial;
   trial.command = commandFor(bundle);
   trial.command.insert(trial.command.end(), {"cmp", "--quiet", bundle, kStore});
   trial.errorFile = "/dev/null";
-  const examples::ChildProcess process(trial);
-  (void)examples::waitUntil([&] { return process.ended(); }, std::chrono::seconds(30));
+  const tools::ChildProcess process(trial);
+  (void)tools::waitUntil([&] { return process.ended(); }, std::chrono::seconds(30));
   if (process.exitStatus() != 0) return std::nullopt;
   return commandFor(bundle);
 }

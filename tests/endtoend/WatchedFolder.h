@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-#include "examples/support/Owned.h"
+#include "tests/tools/support/Owned.h"
 
 namespace endtoend {
 
@@ -17,7 +17,7 @@ class WatchedFolder {
   explicit WatchedFolder(const std::filesystem::path& folder);
 
  private:
-  examples::Owned<GFileMonitor> monitor_;
+  tools::Owned<GFileMonitor> monitor_;
 };
 
 }  // namespace endtoend

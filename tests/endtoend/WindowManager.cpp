@@ -5,15 +5,15 @@
 #include <stdexcept>
 #include <vector>
 
-#include "examples/support/EventLoop.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 namespace {
 
 constexpr char kManaging[] = "managing";  // made once it misses no window any more, later than it says so on the screen
 
-examples::ChildProcess::Setup setupFor(const std::string& display, const std::filesystem::path& folder) {
-  examples::ChildProcess::Setup setup;
+tools::ChildProcess::Setup setupFor(const std::string& display, const std::filesystem::path& folder) {
+  tools::ChildProcess::Setup setup;
   setup.command = {"openbox", "--sm-disable", "--startup", "touch " + (folder / kManaging).string()};
   setup.environment = {{"DISPLAY", display}, {"XDG_CONFIG_HOME", folder}, {"XDG_CACHE_HOME", folder}};
   setup.outputFile = "/dev/null";
@@ -28,16 +28,16 @@ bool WindowManager::isPossible() {
   return openbox != nullptr;
 }
 
-WindowManager::WindowManager(const examples::Screen& screen, const std::string& display,
+WindowManager::WindowManager(const tools::Screen& screen, const std::string& display,
                              const std::filesystem::path& folder)
     : folder_(folder), screen_(screen), process_(setupFor(display, folder)) {
   const auto manages = [&] { return std::filesystem::exists(folder / kManaging) || process_.ended(); };
-  if (!examples::waitUntil(manages, std::chrono::seconds(30)) || process_.ended()) {
+  if (!tools::waitUntil(manages, std::chrono::seconds(30)) || process_.ended()) {
     throw std::runtime_error("openbox does not start");
   }
 }
 
-examples::WindowId WindowManager::frontWindow() const {
+tools::WindowId WindowManager::frontWindow() const {
   const std::vector<unsigned long> fromTheBack = screen_.numbersOf(screen_.root(), "_NET_CLIENT_LIST_STACKING");
   return fromTheBack.empty() ? 0 : fromTheBack.back();
 }

@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <string>
 
-#include "examples/hand/Screen.h"
-#include "examples/support/ChildProcess.h"
 #include "tests/endtoend/WatchedFolder.h"
+#include "tests/tools/hand/Screen.h"
+#include "tests/tools/support/ChildProcess.h"
 
 namespace endtoend {
 
@@ -18,13 +18,13 @@ class WindowManager {
 
   // Returns once the screen is managed; its own files lie in `folder`. Throws std::runtime_error when that does not
   // come.
-  WindowManager(const examples::Screen& screen, const std::string& display, const std::filesystem::path& folder);
+  WindowManager(const tools::Screen& screen, const std::string& display, const std::filesystem::path& folder);
 
   // The window that has the keyboard, 0 for none.
-  examples::WindowId activeWindow() const { return rootNumber("_NET_ACTIVE_WINDOW"); }
+  tools::WindowId activeWindow() const { return rootNumber("_NET_ACTIVE_WINDOW"); }
 
   // The window in front of all others, 0 for none.
-  examples::WindowId frontWindow() const;
+  tools::WindowId frontWindow() const;
 
   // The desktops are 0 to 3.
   unsigned long currentDesktop() const { return rootNumber("_NET_CURRENT_DESKTOP"); }
@@ -33,8 +33,8 @@ class WindowManager {
   unsigned long rootNumber(const char* name) const;
 
   WatchedFolder folder_;
-  const examples::Screen& screen_;
-  examples::ChildProcess process_;
+  const tools::Screen& screen_;
+  tools::ChildProcess process_;
 };
 
 }  // namespace endtoend

@@ -36,7 +36,7 @@ class WindowManagerTest : public EndToEndTest {
     return {inside.x - left, inside.y - top, inside.width + left + right, inside.height + top + bottom};
   }
 
-  void untilActive(const std::string& what, examples::WindowId id) {
+  void untilActive(const std::string& what, tools::WindowId id) {
     until(what + " to be active", [&] { return manager->activeWindow() == id; });
   }
 
@@ -47,7 +47,7 @@ class WindowManagerTest : public EndToEndTest {
     screen.type("x");
   }
 
-  unsigned long desktopOf(examples::WindowId id) {
+  unsigned long desktopOf(tools::WindowId id) {
     std::vector<unsigned long> desktop;
     until("its desktop", [&] { return !(desktop = screen.numbersOf(id, "_NET_WM_DESKTOP")).empty(); });
     return desktop.front();

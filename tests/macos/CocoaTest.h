@@ -12,11 +12,11 @@
 #include "app/CommandLine.h"
 #include "app/SpinnerPage.h"
 #include "app/cocoa/AppDelegate.h"
-#include "examples/hand/VirtualDisplay.h"
 #include "tests/endtoend/MessagePipe.h"
 #include "tests/macos/doubles/Application.h"
 #include "tests/macos/doubles/Journal.h"
 #include "tests/macos/doubles/WebView.h"
+#include "tests/tools/hand/VirtualDisplay.h"
 
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
@@ -48,7 +48,7 @@ class CocoaTest : public testing::Test {
   WebFrame* mainFrame() const { return [[delegate webView] mainFrame]; }
   std::string message() { return pipe.text(); }
 
-  const examples::VirtualDisplay display;
+  const tools::VirtualDisplay display;
   NSAutoreleasePool* const pool;
   endtoend::MessagePipe pipe;
   JournalWindow* window = nil;

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "examples/hand/VirtualDisplay.h"
-#include "examples/support/ChildProcess.h"
-#include "examples/support/EventLoop.h"
 #include "tests/endtoend/Home.h"
 #include "tests/endtoend/MessagePipe.h"
+#include "tests/tools/hand/VirtualDisplay.h"
+#include "tests/tools/support/ChildProcess.h"
+#include "tests/tools/support/EventLoop.h"
 
 namespace {
 
@@ -19,12 +19,12 @@ class RunTest : public testing::Test {
  protected:
   // Starts the program and waits for its end; the answer is its message.
   std::string run(const std::vector<std::string>& options) {
-    examples::ChildProcess::Setup setup;
+    tools::ChildProcess::Setup setup;
     setup.command = {SVO_PROGRAM, "--pipeName=" + pipe.path().string()};
     setup.command.insert(setup.command.end(), options.begin(), options.end());
     setup.environment = {{"DISPLAY", display.name()}, {"SVO_TEST_ARGUMENTS", arguments}};
-    examples::ChildProcess program(setup);
-    EXPECT_TRUE(examples::waitUntil([&] { return program.ended(); }, std::chrono::seconds(50)));
+    tools::ChildProcess program(setup);
+    EXPECT_TRUE(tools::waitUntil([&] { return program.ended(); }, std::chrono::seconds(50)));
     EXPECT_EQ(program.exitStatus(), 0);
     return pipe.text();
   }
@@ -33,7 +33,7 @@ class RunTest : public testing::Test {
     return {"--zelURL=" + address, "--redirectURL=cb:/Done", "--redirectType3URL=t3:/start", "--productName=Kelvo"};
   }
 
-  const examples::VirtualDisplay display;
+  const tools::VirtualDisplay display;
   std::string arguments = "true";
   endtoend::MessagePipe pipe{endtoend::homeFolder() / "pipe"};
 };

@@ -170,7 +170,7 @@ class Listener {
   }
 
  private:
-  const examples::Owned<GDBusConnection> bus_;
+  const tools::Owned<GDBusConnection> bus_;
   bool heard_ = false;
 };
 

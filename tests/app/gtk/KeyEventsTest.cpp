@@ -5,8 +5,8 @@
 #include <cstdlib>
 
 #include "app/WindowKeys.h"
-#include "examples/hand/VirtualDisplay.h"
 #include "tests/support/Shell.h"
+#include "tests/tools/hand/VirtualDisplay.h"
 
 namespace {
 
@@ -41,7 +41,7 @@ class KeyEventsTest : public testing::Test {
     return place;
   }
 
-  examples::VirtualDisplay screen;
+  tools::VirtualDisplay screen;
 
  private:
   GdkDisplay* display_ = nullptr;

@@ -1,0 +1,89 @@
+#include "tests/tools/hand/Hand.h"
+
+#include <functional>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+
+#include "tests/tools/site/Pages.h"
+#include "tests/tools/support/EventLoop.h"
+
+namespace tools {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 30s;
+constexpr unsigned kSpinnerBlue = 0x008bd9;
+
+void waitFor(const std::string& what, const std::function<bool()>& condition) {
+  if (!waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what);
+}
+
+}  // namespace
+
+ScreenWindow Hand::theWindow() {
+  waitFor("the window", [this] { return !screen_.windows().empty(); });
+  return screen_.windows().front();
+}
+
+Area Hand::look(unsigned colour, const std::string& what) {
+  std::optional<Area> seen;
+  waitFor(what, [&] {
+    const Area frame = theWindow().frame;
+    seen = screen_.picture(frame).find(colour);
+    if (seen) *seen = {frame.x + seen->x, frame.y + seen->y, seen->width, seen->height};
+    return seen.has_value();
+  });
+  return *seen;
+}
+
+void Hand::takePicture(const std::string& name) {
+  const std::string path = album_ + "/" + name + ".png";
+  screen_.picture(theWindow().frame).savePng(path);
+  std::cout << "picture: " << path << std::endl;
+}
+
+void Hand::click(const Area& area) {
+  screen_.click(area.x + area.width / 2, area.y + area.height / 2);
+}
+
+void Hand::fillInTheForm(const Area& button) {
+  // Without a window manager the keys go to the window under the pointer.
+  screen_.moveTo(button.x, button.y);
+  screen_.type("ada");
+  screen_.press(XK_Tab);
+  screen_.type("Correct-Horse-7");
+  // A page takes keys one after another while a click overtakes them: it has to wait for the last of them to show.
+  screen_.press(XK_Tab);
+  look(kFocusRing, "the focus on the button");
+}
+
+void Hand::watchTheSpinner() {
+  waitFor("the request for the sign-in page", [this] { return !site_.server().requests().empty(); });
+  look(kSpinnerBlue, "the spinner");
+  takePicture("spinner");
+  site_.server().release("/signin");
+}
+
+void Hand::signIn() {
+  const Area button = look(kSignInButton, "the sign-in page");
+  fillInTheForm(button);
+  takePicture("sign-in");
+  click(button);
+}
+
+void Hand::signInWithTheOrganisation() {
+  click(look(kOrganisationLink, "the link to the organisation"));
+  const Area button = look(kEnterpriseButton, "the enterprise page");
+  fillInTheForm(button);
+  takePicture("enterprise");
+  click(button);
+}
+
+void Hand::closeTheWindow() {
+  look(kSignInButton, "the sign-in page");
+  screen_.close(theWindow().id);
+}
+
+}  // namespace tools

@@ -1,0 +1,42 @@
+// A part of the screen as it was at one moment.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tools {
+
+struct Area {
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+};
+
+class Picture {
+ public:
+  // `pixels` row by row, red, green, blue, a byte each.
+  Picture(int width, int height, std::vector<std::uint8_t> pixels);
+
+  int width() const { return width_; }
+  int height() const { return height_; }
+
+  //   0xRRGGBB
+  unsigned colourAt(int x, int y) const;
+
+  // The smallest area that holds every pixel of exactly this colour, when there are at least `pixels` of them.
+  std::optional<Area> find(unsigned colour, int pixels = 50) const;
+
+  // Throws std::runtime_error when the file cannot be written.
+  void savePng(const std::string& path) const;
+
+ private:
+  int width_;
+  int height_;
+  std::vector<std::uint8_t> pixels_;
+};
+
+}  // namespace tools

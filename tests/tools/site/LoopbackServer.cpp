@@ -1,0 +1,125 @@
+#include "tests/tools/site/LoopbackServer.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace tools {
+namespace {
+
+constexpr char kFormType[] = "application/x-www-form-urlencoded";
+
+std::map<std::string, std::string> toMap(GHashTable* table) {
+  std::map<std::string, std::string> result;
+  if (table == nullptr) return result;
+  GHashTableIter each;
+  gpointer name = nullptr;
+  gpointer value = nullptr;
+  g_hash_table_iter_init(&each, table);
+  while (g_hash_table_iter_next(&each, &name, &value)) {
+    result[static_cast<const char*>(name)] = static_cast<const char*>(value);
+  }
+  return result;
+}
+
+std::map<std::string, std::string> postedForm(SoupServerMessage* message) {
+  const char* type = soup_message_headers_get_content_type(soup_server_message_get_request_headers(message), nullptr);
+  if (type == nullptr || std::string(type) != kFormType) return {};
+  g_autoptr(GBytes) body = soup_message_body_flatten(soup_server_message_get_request_body(message));
+  gsize size = 0;
+  const auto* bytes = static_cast<const char*>(g_bytes_get_data(body, &size));
+  g_autoptr(GHashTable) form = soup_form_decode(std::string(bytes, size).c_str());
+  return toMap(form);
+}
+
+std::string headerOf(SoupServerMessage* message, const char* name) {
+  const char* value = soup_message_headers_get_one(soup_server_message_get_request_headers(message), name);
+  return value == nullptr ? "" : value;
+}
+
+std::string targetOf(SoupServerMessage* message) {
+  GUri* address = soup_server_message_get_uri(message);
+  const char* query = g_uri_get_query(address);
+  return std::string(g_uri_get_path(address)) + (query == nullptr ? "" : std::string("?") + query);
+}
+
+void send(SoupServerMessage* message, const Answer& answer) {
+  soup_server_message_set_status(message, answer.status, nullptr);
+  SoupMessageHeaders* headers = soup_server_message_get_response_headers(message);
+  for (const auto& [name, value] : answer.headers)
+    soup_message_headers_replace(headers, name.c_str(), value.c_str());
+  SoupMessageBody* body = soup_server_message_get_response_body(message);
+  soup_message_body_append(body, SOUP_MEMORY_COPY, answer.body.data(), answer.body.size());
+}
+
+}  // namespace
+
+Answer page(std::string html) {
+  return {200, std::move(html), {{"Content-Type", "text/html; charset=utf-8"}}};
+}
+
+Answer redirectTo(const std::string& address) {
+  return {302, "", {{"Location", address}}};
+}
+
+LoopbackServer::LoopbackServer(GTlsCertificate* certificate)
+    : server_(soup_server_new("tls-certificate", certificate, nullptr)) {
+  Owned<GInetAddress> loopback(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
+  Owned<GSocketAddress> anyPort(g_inet_socket_address_new(loopback.get(), 0));
+  const auto protocol = certificate == nullptr ? SoupServerListenOptions{} : SOUP_SERVER_LISTEN_HTTPS;
+  g_autoptr(GError) error = nullptr;
+  if (!soup_server_listen(server_.get(), anyPort.get(), protocol, &error)) throw std::runtime_error(error->message);
+
+  GSList* addresses = soup_server_get_uris(server_.get());
+  auto* address = static_cast<GUri*>(addresses->data);
+  base_ = std::string(g_uri_get_scheme(address)) + "://127.0.0.1:" + std::to_string(g_uri_get_port(address));
+  g_slist_free_full(addresses, [](gpointer each) { g_uri_unref(static_cast<GUri*>(each)); });
+
+  soup_server_add_handler(server_.get(), nullptr, &LoopbackServer::onRequest, this, nullptr);
+}
+
+LoopbackServer::~LoopbackServer() {
+  soup_server_disconnect(server_.get());
+}
+
+void LoopbackServer::serve(const std::string& path, const Answer& answer) {
+  serve(path, [answer](const Request&) { return answer; });
+}
+
+void LoopbackServer::release(const std::string& path) {
+  held_.erase(path);
+  const auto [first, last] = waiting_.equal_range(path);
+  std::for_each(first, last, [](auto& each) { soup_server_message_unpause(each.second.get()); });
+  waiting_.erase(first, last);
+}
+
+std::vector<std::string> LoopbackServer::asked() const {
+  std::vector<std::string> result;
+  for (const Request& request : requests_)
+    result.push_back(request.method + " " + request.target);
+  return result;
+}
+
+bool LoopbackServer::wasAsked(const std::string& methodAndTarget) const {
+  const std::vector<std::string> all = asked();
+  return std::find(all.begin(), all.end(), methodAndTarget) != all.end();
+}
+
+void LoopbackServer::onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query,
+                               gpointer self) {
+  Request request{soup_server_message_get_method(message), targetOf(message), toMap(query), postedForm(message),
+                  headerOf(message, "Authorization")};
+  static_cast<LoopbackServer*>(self)->answer(message, path, std::move(request));
+}
+
+void LoopbackServer::answer(SoupServerMessage* message, const std::string& path, Request request) {
+  const auto handler = handlers_.find(path);
+  send(message, handler == handlers_.end() ? Answer{404, "Not found", {}} : handler->second(request));
+  requests_.push_back(std::move(request));
+
+  if (held_.count(path) == 0) return;
+  soup_server_message_pause(message);
+  waiting_.emplace(path, static_cast<SoupServerMessage*>(g_object_ref(message)));
+}
+
+}  // namespace tools

@@ -1,0 +1,77 @@
+// A small web server on the loopback whose pages are functions.
+//
+// Answers while the default main context runs, on the thread that runs it. Not thread-safe.
+
+#pragma once
+
+#include <libsoup/soup.h>
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/tools/support/Owned.h"
+
+namespace tools {
+
+struct Request {
+  std::string method;
+  std::string target;                         // as asked, query included: "/done?code=1"
+  std::map<std::string, std::string> query;   // of the target, decoded
+  std::map<std::string, std::string> fields;  // of a posted form, decoded
+  std::string authorization;                  // the header of that name; empty when there is none
+};
+
+struct Answer {
+  unsigned status = 200;
+  std::string body;
+  std::map<std::string, std::string> headers;
+};
+
+Answer page(std::string html);
+Answer redirectTo(const std::string& address);
+
+class LoopbackServer {
+ public:
+  using Handler = std::function<Answer(const Request&)>;
+
+  // Listens on a free port. With a certificate it speaks TLS only. Throws std::runtime_error when it cannot listen.
+  explicit LoopbackServer(GTlsCertificate* certificate = nullptr);
+  ~LoopbackServer();
+
+  LoopbackServer(const LoopbackServer&) = delete;
+  LoopbackServer& operator=(const LoopbackServer&) = delete;
+
+  //   address("/done?code=1")  => "http://127.0.0.1:40123/done?code=1"
+  std::string address(const std::string& target = "") const { return base_ + target; }
+
+  // A path that was never given a handler is answered with 404.
+  void serve(const std::string& path, Handler handler) { handlers_[path] = std::move(handler); }
+  void serve(const std::string& path, const Answer& answer);
+
+  // Keeps the answers of a path back until release(); a request that comes meanwhile waits.
+  void hold(const std::string& path) { held_.insert(path); }
+  void release(const std::string& path);
+
+  const std::vector<Request>& requests() const { return requests_; }
+
+  //   "GET /signin"
+  std::vector<std::string> asked() const;
+  bool wasAsked(const std::string& methodAndTarget) const;
+
+ private:
+  static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
+  void answer(SoupServerMessage* message, const std::string& path, Request request);
+
+  Owned<SoupServer> server_;
+  std::string base_;
+  std::map<std::string, Handler> handlers_;
+  std::set<std::string> held_;
+  std::multimap<std::string, Owned<SoupServerMessage>> waiting_;
+  std::vector<Request> requests_;
+};
+
+}  // namespace tools

@@ -1,0 +1,58 @@
+#include "tests/tools/site/SignInSite.h"
+
+#include <glib.h>
+
+#include <map>
+
+#include "tests/tools/site/Pages.h"
+
+namespace tools {
+namespace {
+
+std::string valueOf(const std::map<std::string, std::string>& values, const std::string& name) {
+  const auto found = values.find(name);
+  return found == values.end() ? "" : found->second;
+}
+
+std::string newCode() {
+  char* uuid = g_uuid_string_random();
+  std::string code(uuid);
+  g_free(uuid);
+  return code;
+}
+
+std::string percentEncoded(const std::string& text) {
+  char* copy = g_uri_escape_string(text.c_str(), nullptr, FALSE);
+  std::string result(copy);
+  g_free(copy);
+  return result;
+}
+
+}  // namespace
+
+SignInSite::SignInSite() {
+  server_.serve("/signin", [this](const Request& request) { return signIn(request); });
+  server_.serve("/enterprise/signin", [this](const Request& request) { return enterpriseSignIn(request); });
+  server_.serve("/enterprise/start", page(notePage("One moment", "Your organisation's sign-in opens.")));
+  server_.serve("/done", page(notePage("Signed in", "You may close this window.")));
+}
+
+std::string SignInSite::enterpriseStartAddress() const {
+  return enterpriseAddress() + "?redirect_uri=" + server_.address("/enterprise/signin");
+}
+
+Answer SignInSite::signIn(const Request& request) const {
+  if (request.method == "POST") return signedIn(valueOf(request.fields, "state"));
+  return page(signInPage(valueOf(request.query, "state"), enterpriseStartAddress()));
+}
+
+Answer SignInSite::enterpriseSignIn(const Request& request) const {
+  if (request.method == "POST") return signedIn("enterprise");
+  return page(enterprisePage());
+}
+
+Answer SignInSite::signedIn(const std::string& state) const {
+  return redirectTo(redirectAddress() + "?code=" + newCode() + "&state=" + percentEncoded(state));
+}
+
+}  // namespace tools

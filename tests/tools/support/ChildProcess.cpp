@@ -1,0 +1,68 @@
+#include "tests/tools/support/ChildProcess.h"
+
+#include <signal.h>
+#include <sys/prctl.h>
+
+#include <stdexcept>
+
+namespace tools {
+namespace {
+
+// A test or a demo that is killed must not leave its children behind.
+void endWithTheParent(gpointer) {
+  (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
+}
+
+Owned<GSubprocessLauncher> makeLauncher(const ChildProcess::Setup& setup) {
+  Owned<GSubprocessLauncher> launcher(g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
+  g_subprocess_launcher_set_child_setup(launcher.get(), endWithTheParent, nullptr, nullptr);
+  for (const auto& [name, value] : setup.environment) {
+    g_subprocess_launcher_setenv(launcher.get(), name.c_str(), value.c_str(), TRUE);
+  }
+  if (!setup.outputFile.empty()) g_subprocess_launcher_set_stdout_file_path(launcher.get(), setup.outputFile.c_str());
+  if (!setup.errorFile.empty()) g_subprocess_launcher_set_stderr_file_path(launcher.get(), setup.errorFile.c_str());
+  if (setup.fd >= 0) g_subprocess_launcher_take_fd(launcher.get(), setup.fd, setup.fdInChild);
+  return launcher;
+}
+
+Owned<GSubprocess> start(const ChildProcess::Setup& setup) {
+  std::vector<const char*> arguments;
+  for (const std::string& argument : setup.command)
+    arguments.push_back(argument.c_str());
+  arguments.push_back(nullptr);
+
+  g_autoptr(GError) error = nullptr;
+  GSubprocess* process = g_subprocess_launcher_spawnv(makeLauncher(setup).get(), arguments.data(), &error);
+  if (process == nullptr) throw std::runtime_error(error->message);
+
+  // Nothing looks at this answer: waiting is what makes the child's end an event of this context.
+  g_subprocess_wait_async(process, nullptr, nullptr, nullptr);
+  return Owned<GSubprocess>(process);
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(const Setup& setup) : process_(start(setup)) {
+  const char* pid = g_subprocess_get_identifier(process_.get());
+  pid_ = pid == nullptr ? 0 : static_cast<pid_t>(std::stol(pid));
+}
+
+ChildProcess::~ChildProcess() {
+  signal(SIGTERM);
+  (void)g_subprocess_wait(process_.get(), nullptr, nullptr);
+}
+
+bool ChildProcess::ended() const {
+  return g_subprocess_get_identifier(process_.get()) == nullptr;
+}
+
+void ChildProcess::signal(int number) {
+  g_subprocess_send_signal(process_.get(), number);
+}
+
+std::optional<int> ChildProcess::exitStatus() const {
+  if (!ended() || !g_subprocess_get_if_exited(process_.get())) return std::nullopt;
+  return g_subprocess_get_exit_status(process_.get());
+}
+
+}  // namespace tools
