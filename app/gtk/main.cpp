@@ -32,7 +32,7 @@ bool canSandbox(SandboxTrial& trial) {
     (void)std::atexit(removeSandboxNotes);
     return true;
   }
-  const std::string warning = trial.obstacle() + "; pages run without a sandbox";
+  const std::string warning = "bwrap does not work here (" + trial.obstacle() + "); pages run without a sandbox";
   Logger::getInstance()->logWarn("SVO", "%s", warning.c_str());
   std::fprintf(stderr, "%s: %s\n", kProgramName, warning.c_str());
   return false;

@@ -18,7 +18,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr char kNoSandbox[] = "pages run without a sandbox";
+constexpr char kNoSandbox[] = "bwrap does not work here";
 constexpr char kRefused[] = "bwrap refused to start a program";
 constexpr char kTimedOut[] = "bwrap did not end within 4 seconds";
 
