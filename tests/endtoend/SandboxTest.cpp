@@ -46,7 +46,7 @@ class SandboxTest : public EndToEndTest {
 
     // On a busy machine a refusal may come too late to be seen.
     if (waitedInFull && obstacle == kRefused && warned(kTimedOut)) obstacle = kTimedOut;
-    const std::string warning = obstacle + "; " + kNoSandbox;
+    const std::string warning = kNoSandbox + (" (" + obstacle) + "); pages run without a sandbox";
     EXPECT_THAT(run->standardError(), HasSubstr("svo-signin: " + warning + "\n"));
     EXPECT_THAT(logLines(), Contains(AllOf(HasSubstr("| [WARN] |  | QSU | SVO | SVO |"), EndsWith(" | " + warning))));
   }
