@@ -4,7 +4,7 @@
 //   soak 30 valgrind -q          the COMMAND must end by becoming the window's program
 //
 // - Without a COMMAND every process of the window runs under glibc's checking allocator. A program built with ASan has
-//   an allocator of its own: `soak 30 env`.
+//   an allocator of its own: `soak 30 env`, with ASAN_OPTIONS=fast_unwind_on_malloc=0 for the suppressions to apply.
 // - A complaint is a line on standard error that speaks of a broken heap, a crash or a critical warning.
 // - Run it through tests/support/in-own-home: no window may touch the home folder of a user.
 // - Exits with 1 when a run ended with a complaint, or with another message than the one of its ending.
