@@ -30,8 +30,8 @@ if(SVO_PLATFORM STREQUAL "linux")
   set(whole "${CMAKE_CURRENT_BINARY_DIR}/nativeutils.o")
   add_custom_command(
     OUTPUT "${whole}"
-    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/one-object" "${CMAKE_CXX_COMPILER}" "$<TARGET_FILE:nativeutils>" "${whole}"
-            "${objects}"
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/one-object" "${CMAKE_CXX_COMPILER}" "${CMAKE_NM}" "${CMAKE_OBJCOPY}"
+            "$<TARGET_FILE:nativeutils>" "${whole}" "${objects}"
     DEPENDS one-object nativeutils "${objects}"
     COMMAND_EXPAND_LISTS VERBATIM)
   set_source_files_properties("${whole}" PROPERTIES EXTERNAL_OBJECT TRUE GENERATED TRUE)
