@@ -46,8 +46,6 @@ class BinaryLock {
  private:
   static constexpr int closed = -1;
 
-  bool attach();
-
   int identifier = closed;
 };
 
