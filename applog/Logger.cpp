@@ -1,13 +1,11 @@
 #include "applog/Logger.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <string_view>
 
+#include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
 #include "nativeutils/UserFolder.h"
 
@@ -18,14 +16,6 @@ constexpr char logFileName[] = "Kelvo.log";
 constexpr char buildVersion[] = "9.0.0.121";
 constexpr std::size_t messageSize = 1024;
 constexpr std::string_view separator = "|||";
-
-// Without the folder there is no log, and the application runs on.
-void makeLogFolder(const std::string& home) {
-  if (home.empty()) return;
-  const std::string library = home + "/Library";
-  if (::mkdir(library.c_str(), 0700) != 0 && errno != EEXIST) return;
-  (void)::mkdir((library + "/Logs").c_str(), 0700);
-}
 
 tarn::Log_Level levelNamed(std::string_view word) {
   if (word == "INFO") return tarn::INFO;
@@ -49,7 +39,8 @@ Logger* Logger::getInstance() {
 Logger::Logger() : tarn::Logger(logIdentifier) {
   std::string home;
   utilGetUserFolderPath(home);
-  makeLogFolder(home);
+  std::string logFolder;
+  (void)tarn::createLogFolder(home, logFolder);  // without the folder nothing is logged, and the program runs on
 
   fileFlag.reset(new OVNLoggingFileOperationFlag);
   fileFlag->semid = -1;
