@@ -21,17 +21,17 @@ std::string keyPathOf(LockType type) {
 }  // namespace
 
 OVNSemaphoreLock::OVNSemaphoreLock(int id, int count, LockType type)
-    : id(id), maxCount(count), initialCount(count), keyPath(keyPathOf(type)) {
-  const key_t key = keyPath.empty() ? -1 : SemaphoreSet::keyFor(keyPath, id);
+    : id(id), maxCount(count), initialCount(count), keyPath_(keyPathOf(type)) {
+  const key_t key = keyPath_.empty() ? -1 : SemaphoreSet::keyFor(keyPath_, id);
   if (key == -1) return;
   const auto initialize = [&](const SemaphoreSet& set) { return set.setValue(kFreeSlots, count); };
   const auto countCaller = [](const SemaphoreSet& set) { return set.change(kAttached, +1, SEM_UNDO); };
-  if (!SemaphoreSet::attach(keyPath, key, {kMembers, initialize, countCaller}, semid)) semid = -1;
+  if (!SemaphoreSet::attach(keyPath_, key, {kMembers, initialize, countCaller}, semid)) semid = -1;
 }
 
 OVNSemaphoreLock::~OVNSemaphoreLock() {
   if (semid == -1) return;
-  const platform::PathLock lock(keyPath);
+  const platform::PathLock lock(keyPath_);
   const SemaphoreSet set(semid);
   if (set.change(kAttached, -1, SEM_UNDO | IPC_NOWAIT) && set.value(kAttached) == 0) set.remove();
 }
