@@ -3,12 +3,10 @@
 // - Every line is written while the user's `OVNLoggingFileOperationFlag` is held, so that lines of several processes do
 //   not mix. A call waits for the flag without limit. If the flag does not exist (no home folder, no free semaphores),
 //   messages are dropped; nothing reports that.
-// - Before the first call of `setLogLevel`, `logTrace` to `logFatal` write nothing. After it, any thread may log until
-// the
-//   process exits.
+// - Before the first call of `setLogLevel`, `logTrace` to `logFatal` write nothing. After it, any thread may log
+//   until the process exits.
 // - A child of `fork` that logs, or that leaves through `exit`, detaches its parent from the locks. It must leave
-// through
-//   `exec` or `_exit`.
+//   through `exec` or `_exit`.
 
 #pragma once
 

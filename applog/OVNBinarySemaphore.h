@@ -1,8 +1,7 @@
 // A mutex between processes, identified by a path and a project number.
 //
 // - A System V semaphore set. Member 0 counts the attached processes; member 1 is 1 while the mutex is free, 0 while it
-// is
-//   held.
+//   is held.
 // - A process that dies is detached and releases the mutex.
 // - Two objects with the same key exclude each other, in one process too. An object is not thread-safe.
 // - There is no constructor: the owner sets `semid` to -1 and `held` to false.

@@ -1,8 +1,7 @@
 // A lock of the whole machine, identified by a number, that one process holds at a time.
 //
 // - A System V semaphore set with one member, which is 1 while the lock is free, 0 while it is held. Nothing removes
-// the
-//   set.
+//   the set.
 // - A process that dies releases the lock.
 
 #pragma once

@@ -2,8 +2,7 @@
 //
 // - Configured on one thread, before registration.
 // - A flag file in the user's log folder changes the level. Its contents do not matter, and a folder does not count.
-// The
-//   first one that exists decides. For the log file "Kelvo.log":
+//   The first one that exists decides. For the log file "Kelvo.log":
 //     Kelvo.trace => TRACE
 //     Kelvo.debug => DEBUG, or the requested level if it is lower
 //     qsu.trace   => TRACE

@@ -4,8 +4,7 @@
 // - Waits at most 200 ms. After that, or if the path cannot be opened, the scope runs without the lock.
 // - The system releases the lock of a process that dies.
 // - Used around opening and closing a semaphore set: creating a set and assigning its first values are two calls, and
-// so
-//   are detaching from a set and removing it.
+//   so are detaching from a set and removing it.
 
 #pragma once
 
