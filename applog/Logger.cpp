@@ -1,33 +1,23 @@
 #include "applog/Logger.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <string_view>
 
+#include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
 #include "nativeutils/UserFolder.h"
 
 namespace {
 
-constexpr char logIdentifier[] = "QSU";
-constexpr char logFileName[] = "Kelvo.log";
-constexpr char buildVersion[] = "9.0.0.121";
-constexpr std::size_t messageSize = 1024;
-constexpr std::string_view separator = "|||";
+constexpr char kTargetIdentifier[] = "QSU";
+constexpr char kLogFileName[] = "Kelvo.log";
+constexpr char kBuildVersion[] = "9.0.0.121";
+constexpr std::size_t kMessageSize = 1024;
+constexpr std::string_view kSeparator = "|||";
 
-// Without the folder there is no log, and the application runs on.
-void makeLogFolder(const std::string& home) {
-  if (home.empty()) return;
-  const std::string library = home + "/Library";
-  if (::mkdir(library.c_str(), 0700) != 0 && errno != EEXIST) return;
-  (void)::mkdir((library + "/Logs").c_str(), 0700);
-}
-
-tarn::Log_Level levelNamed(std::string_view word) {
+tarn::Log_Level levelOf(std::string_view word) {
   if (word == "INFO") return tarn::INFO;
   if (word == "DEBUG") return tarn::DEBUG;
   if (word == "ERROR") return tarn::ERROR;
@@ -46,21 +36,22 @@ Logger* Logger::getInstance() {
   return &instance;
 }
 
-Logger::Logger() : tarn::Logger(logIdentifier) {
+Logger::Logger() : tarn::Logger(kTargetIdentifier) {
   std::string home;
   utilGetUserFolderPath(home);
-  makeLogFolder(home);
+  std::string logFolder;
+  (void)tarn::createLogFolder(home, logFolder);  // without the folder nothing is logged, and the program runs on
 
   fileFlag.reset(new OVNLoggingFileOperationFlag);
   fileFlag->semid = -1;
   fileFlag->held = false;
   fileFlag->createFlag();
 
-  target = std::make_unique<tarn::LogTargetDefault>(logIdentifier);
+  target = std::make_unique<tarn::LogTargetDefault>(kTargetIdentifier);
   target->setLogLevel(tarn::INFO);
-  target->setLogFile(logFileName, "");
+  target->setLogFile(kLogFileName, "");
   tarn::LoggingCore::getInstance()->registerTarget(target.get());
-  setDomain(logIdentifier);
+  setDomain(kTargetIdentifier);
 }
 
 Logger::~Logger() {
@@ -82,76 +73,76 @@ void Logger::setLogLevel(Log_Level level, const char* component, const char* con
   enableLevelsFrom(target->getLogLevel());
   setSubDomain(component);
   setSessionId(context);
-  if (component != nullptr) announce(level);
+  if (component != nullptr) logBuildAndLevel(level);
 }
 
 void Logger::enableLevelsFrom(tarn::Log_Level lowest) {
-  if (lowest <= tarn::TRACE) traceEnabled = true;
-  if (lowest <= tarn::DEBUG) debugEnabled = true;
-  if (lowest <= tarn::INFO) infoEnabled = true;
-  if (lowest <= tarn::WARN) warnEnabled = true;
-  if (lowest <= tarn::ERROR) errorEnabled = true;
-  if (lowest <= tarn::FATAL) fatalEnabled = true;
+  if (lowest <= tarn::TRACE) traceEnabled_ = true;
+  if (lowest <= tarn::DEBUG) debugEnabled_ = true;
+  if (lowest <= tarn::INFO) infoEnabled_ = true;
+  if (lowest <= tarn::WARN) warnEnabled_ = true;
+  if (lowest <= tarn::ERROR) errorEnabled_ = true;
+  if (lowest <= tarn::FATAL) fatalEnabled_ = true;
 }
 
-void Logger::announce(Log_Level level) {
-  char text[messageSize];
-  std::snprintf(text, sizeof text, "Build Version - %s", buildVersion);
+void Logger::logBuildAndLevel(Log_Level level) {
+  char text[kMessageSize];
+  std::snprintf(text, sizeof text, "Build Version - %s", kBuildVersion);
   sendText(tarn::INFO, getSubDomain(), text);
   std::snprintf(text, sizeof text, "Logging Level verbosity Set  to %d", static_cast<int>(level));
   sendText(tarn::INFO, getSubDomain(), text);
 }
 
 void Logger::logTrace(const char* component, const char* format, ...) {
-  if (!traceEnabled) return;
+  if (!traceEnabled_) return;
   va_list arguments;
   va_start(arguments, format);
-  send(tarn::TRACE, component, format, &arguments);
+  formatAndSend(tarn::TRACE, component, format, &arguments);
   va_end(arguments);
 }
 
 void Logger::logDebug(const char* component, const char* format, ...) {
-  if (!debugEnabled) return;
+  if (!debugEnabled_) return;
   va_list arguments;
   va_start(arguments, format);
-  send(tarn::DEBUG, component, format, &arguments);
+  formatAndSend(tarn::DEBUG, component, format, &arguments);
   va_end(arguments);
 }
 
 void Logger::logInfo(const char* component, const char* format, ...) {
-  if (!infoEnabled) return;
+  if (!infoEnabled_) return;
   va_list arguments;
   va_start(arguments, format);
-  send(tarn::INFO, component, format, &arguments);
+  formatAndSend(tarn::INFO, component, format, &arguments);
   va_end(arguments);
 }
 
 void Logger::logWarn(const char* component, const char* format, ...) {
-  if (!warnEnabled) return;
+  if (!warnEnabled_) return;
   va_list arguments;
   va_start(arguments, format);
-  send(tarn::WARN, component, format, &arguments);
+  formatAndSend(tarn::WARN, component, format, &arguments);
   va_end(arguments);
 }
 
 void Logger::logError(const char* component, const char* format, ...) {
-  if (!errorEnabled) return;
+  if (!errorEnabled_) return;
   va_list arguments;
   va_start(arguments, format);
-  send(tarn::ERROR, component, format, &arguments);
+  formatAndSend(tarn::ERROR, component, format, &arguments);
   va_end(arguments);
 }
 
 void Logger::logFatal(const char* component, const char* format, ...) {
-  if (!fatalEnabled) return;
+  if (!fatalEnabled_) return;
   va_list arguments;
   va_start(arguments, format);
-  send(tarn::FATAL, component, format, &arguments);
+  formatAndSend(tarn::FATAL, component, format, &arguments);
   va_end(arguments);
 }
 
-void Logger::send(tarn::Log_Level level, const char* component, const char* format, va_list* arguments) {
-  char text[messageSize];
+void Logger::formatAndSend(tarn::Log_Level level, const char* component, const char* format, va_list* arguments) {
+  char text[kMessageSize];
   text[0] = '\0';
   getLogMessage(text, sizeof text, format, arguments);
   std::string caller;
@@ -172,16 +163,16 @@ void Logger::logSimpleMessage(const char* line) {
   sendText(level, component, message.c_str());
 }
 
-// A failed search returns npos, and adding the separator's size to it wraps around to 2. Programs that read the log
-// know lines without a separator by that result.
+// A failed search returns npos, and npos plus the separator's size wraps around to 2. The interface requires the
+// result.
 void Logger::parseMessageFromSwf(const char* line, tarn::Log_Level& level, std::string& component,
                                  std::string& message) {
   const std::string_view text = line;
-  const std::size_t first = text.find(separator);
-  const std::size_t second = text.find(separator, first + separator.size());
-  const std::string_view componentField = text.substr(first + separator.size(), second - first - separator.size());
-  const std::string_view messageField = text.substr(second + separator.size());
-  level = levelNamed(text.substr(0, first));
+  const std::size_t first = text.find(kSeparator);
+  const std::size_t second = text.find(kSeparator, first + kSeparator.size());
+  const std::string_view componentField = text.substr(first + kSeparator.size(), second - first - kSeparator.size());
+  const std::string_view messageField = text.substr(second + kSeparator.size());
+  level = levelOf(text.substr(0, first));
   component = componentField;
   message = messageField;
 }
@@ -210,6 +201,6 @@ int Logger::getLogMessage(char* buffer, std::size_t size, const char* format, va
 void Logger::sendMessageToTARNLogger(tarn::Log_Level level, const char* c1, const char* c2, const char* c3,
                                      const char* c4, const char* c5, const char* c6, const char* text) {
   if (!fileFlag->startFileOperation()) return;
-  tarn::LoggingCore::getInstance()->log(logIdentifier, level, c1, c2, c3, c4, c5, c6, text, 0);
+  tarn::LoggingCore::getInstance()->log(kTargetIdentifier, level, c1, c2, c3, c4, c5, c6, text, 0);
   fileFlag->endFileOperation();
 }

@@ -1,35 +1,36 @@
-// A mutex among processes: a semaphore set named by a path and a number.
+// A mutex between processes, identified by a path and a project number.
 //
-// Member 0 counts the processes attached, and a process that dies is taken off; member 1 is 1 while the mutex is free.
-// The last one to leave removes the set. There is no constructor: the owner sets `semid` to -1 and `held` to false.
-// Not to be used by two threads at once; two objects on one key, in one process or two, exclude each other. Nothing
-// logs or throws: false, or -1, is the only report.
-//
-// Creating takes turns with others on the same path (platform/PathLock.h), since two that both find no set would both
-// add to the mutex; an owner that finalizes holds the same turn.
+// - A System V semaphore set. Member 0 counts the attached processes; member 1 is 1 while the mutex is free, 0 while it
+//   is held.
+// - A process that dies is detached and releases the mutex.
+// - Two objects with the same key exclude each other, in one process too. An object is not thread-safe.
+// - There is no constructor: the owner sets `semid` to -1 and `held` to false.
+// - `create` holds the `PathLock` of the path. An owner that calls `finalize` while another process may call `create`
+//   holds it too.
+// - No function logs or throws.
 
 #pragma once
 
 class OVNBinarySemaphore {
  public:
-  // Attaches to the set, making it when it is the first. True, and nothing more, when that has been done already.
+  // Attaches to the set. Creates the set if there is none. Returns true without effect if already attached.
   bool create(const char* path, int projectNumber);
 
-  // Detaches, and removes the set when nobody else is attached. Does not give back a mutex that is held.
+  // Detaches, and removes the set if no other object is attached. Does not release a mutex that is held.
   bool finalize();
 
-  // 1 while the mutex is free, 0 while it is taken, -1 on error.
+  // Returns 1 if the mutex is free, 0 if it is held, -1 on error.
   int getCount() const;
 
-  // Takes the mutex, waiting as long as needed; signals do not end the wait.
+  // Takes the mutex. Waits without limit; a signal does not end the wait.
   bool tryWait();
 
-  // Takes the mutex only if it is free now.
+  // Takes the mutex if it is free. Returns false if it is held.
   bool signal();
 
-  // Gives the mutex back; true, and nothing more, when this object does not hold it.
+  // Releases the mutex. Returns true without effect if this object does not hold it.
   bool release();
 
-  int semid;  // -1 while no set is created
-  bool held;
+  int semid;  // -1 if not attached
+  bool held;  // whether this object holds the mutex
 };

@@ -1,4 +1,4 @@
-// What the lock classes have in common. Not to be used by two threads at once.
+// Interface of the lock classes. An object is not thread-safe.
 
 #pragma once
 
@@ -6,15 +6,15 @@ class OVNLockClass {
  public:
   virtual ~OVNLockClass() = default;
 
-  // Takes the lock if that can be done now.
+  // Takes the lock. Does not wait.
   virtual bool AcquireLock() = 0;
 
-  // What counts as locked is each class's own.
+  // The meaning depends on the class.
   virtual bool isLocked() = 0;
 
-  // True, and nothing more, when this object holds nothing.
+  // Returns true without effect if this object does not hold the lock.
   virtual bool releaseLock() = 0;
 
-  // 0; there is nothing to open.
+  // Does nothing. Returns 0.
   int open() { return 0; }
 };

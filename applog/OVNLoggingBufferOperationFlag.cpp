@@ -4,31 +4,21 @@
 
 #include <string>
 
-#include "applog/LogFlagNumbers.h"
-#include "nativeutils/UserFolder.h"
-#include "platform/PathLock.h"
 #include "platform/SemaphoreSet.h"
 
 bool OVNLoggingBufferOperationFlag::createFlag() {
   using platform::SemaphoreSet;
-  std::string home;
-  utilGetUserFolderPath(home);
-  const key_t fileFlag = SemaphoreSet::keyFor(home, fileOperationFlagNumber);
-  const key_t reserved = SemaphoreSet::keyFor(home, reservedFlagNumber);
-  if (fileFlag == -1) return false;
+  const std::string path = keyPath();
+  const key_t fileOperationKey = SemaphoreSet::keyFor(path, kFileOperationNumber);
+  const key_t reservedKey = SemaphoreSet::keyFor(path, kReservedNumber);
+  // Without a home folder every key is -1, and the loop below would not end.
+  if (fileOperationKey == -1) return false;
 
-  const auto isTaken = [&](key_t key) { return key == fileFlag || key == reserved; };
+  const auto isTaken = [&](key_t key) { return key == fileOperationKey || key == reservedKey; };
   int number = ::getpid();
-  while (isTaken(SemaphoreSet::keyFor(home, number)))
+  while (isTaken(SemaphoreSet::keyFor(path, number)))
     ++number;
-  return create(home.c_str(), number);
-}
-
-bool OVNLoggingBufferOperationFlag::finalizeFlag() {
-  std::string home;
-  utilGetUserFolderPath(home);
-  const platform::PathLock oneAtATime(home);
-  return finalize();
+  return create(path.c_str(), number);
 }
 
 bool OVNLoggingBufferOperationFlag::startBufferOperation() {

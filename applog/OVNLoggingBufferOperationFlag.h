@@ -1,18 +1,20 @@
-// A mutex of this process's own for its log buffers, unless another process's id agrees with it in the low eight bits.
+// A mutex of this process for its log buffers.
+//
+// - The project number is the process id, or the next number whose key is neither the file operation flag's nor
+// reserved.
+// - Processes whose numbers have the same low eight bits share the mutex.
+// - Calling order: `createFlag` once, then pairs of start and end, then `finalizeFlag` once.
 
 #pragma once
 
-#include "applog/OVNBinarySemaphore.h"
+#include "applog/OVNLoggingOperationFlag.h"
 
-// `createFlag` once, then pairs of start and end, then `finalizeFlag` once.
-class OVNLoggingBufferOperationFlag : public OVNBinarySemaphore {
+class OVNLoggingBufferOperationFlag : public OVNLoggingOperationFlag {
  public:
-  // Never takes the key of the file-operation flag. False when the user's home folder, which names the mutex, is not
-  // known.
+  // Returns false if the user's home folder, which is the key path, is unknown.
   bool createFlag();
-  bool finalizeFlag();
 
-  // Waits as long as needed.
+  // Takes the mutex. Waits without limit.
   bool startBufferOperation();
   bool endBufferOperation();
 };

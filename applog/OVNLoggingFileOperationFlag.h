@@ -1,17 +1,17 @@
-// The user-wide mutex under which every line of the user's log files is written.
+// The mutex of the user's processes that every write of a log line holds.
+//
+// Calling order: `createFlag` once, then pairs of start and end, then `finalizeFlag` once.
 
 #pragma once
 
-#include "applog/OVNBinarySemaphore.h"
+#include "applog/OVNLoggingOperationFlag.h"
 
-// `createFlag` once, then pairs of start and end, then `finalizeFlag` once.
-class OVNLoggingFileOperationFlag : public OVNBinarySemaphore {
+class OVNLoggingFileOperationFlag : public OVNLoggingOperationFlag {
  public:
-  // False when the user's home folder, which names the mutex, is not known.
+  // Returns false if the user's home folder, which is the key path, is unknown.
   bool createFlag();
-  bool finalizeFlag();
 
-  // Waits as long as needed.
+  // Takes the mutex. Waits without limit.
   bool startFileOperation();
   bool endFileOperation();
 };

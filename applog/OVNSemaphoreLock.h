@@ -1,7 +1,9 @@
-// A lock with a number of slots, on the whole machine or among one user's processes.
+// A counting lock between the processes of the machine or of one user.
 //
-// Attached for the object's lifetime: the last object to go removes the set. A process that dies gives its slots back.
-// An object that could not attach answers false, and 0.
+// - An object is attached to the semaphore set from its construction to its destruction. The last object removes the
+// set.
+// - The system returns the slots of a process that dies.
+// - If an object could not attach, every operation returns false or 0.
 
 #pragma once
 
@@ -11,38 +13,40 @@
 #include "applog/OVNLockClass.h"
 
 enum LockType : int {
-  SystemLock = 0,  // and every value but `UserLock`
-  UserLock = 1,
+  SystemLock = 0,  // key path "/tmp"; every value other than `UserLock` means this
+  UserLock = 1,    // key path is the user's home folder
 };
 
 class OVNSemaphoreLock : public OVNLockClass {
  public:
-  // A set that exists keeps its number of slots, whatever `count` says. Only the low eight bits of `id` tell locks
-  // apart.
+  // `count` is the number of slots of a new set; an existing set keeps its number. Only the low eight bits of `id`
+  // enter the key.
   OVNSemaphoreLock(int id, int count, LockType type);
   OVNSemaphoreLock(const OVNSemaphoreLock&) = delete;
   OVNSemaphoreLock& operator=(const OVNSemaphoreLock&) = delete;
 
-  // Gives no slot back: the system does that when the process ends, unless the set is gone by then.
+  // Does not release a slot: the system does at the end of the process, if the set still exists.
   ~OVNSemaphoreLock() override;
 
-  // Takes one more slot at every call.
+  // Takes one slot at every call.
   bool AcquireLock() override;
 
-  // Whether anybody has taken a slot.
+  // Returns whether any process holds a slot.
   bool isLocked() override;
 
-  // Gives back one slot, and only ever one: an object that took several answers true afterwards and keeps the others.
+  // Releases one slot. An object that holds more cannot release the others: later calls return true without effect.
   bool releaseLock() override;
 
-  // The number of free slots.
+  // Returns the number of free slots.
   int getCurrentLockCount() const;
 
  private:
+  // Names and order fixed by the interface.
   int semid = -1;
-  [[maybe_unused]] int id;  // name and place fixed by the binary interface
+  [[maybe_unused]] int id;
   bool locked = false;
   int maxCount;
-  [[maybe_unused]] std::int64_t initialCount;  // name and place fixed by the binary interface
-  std::string keyPath;
+  [[maybe_unused]] std::int64_t initialCount;
+
+  std::string keyPath_;
 };

@@ -1,6 +1,8 @@
-// A lock on the whole machine, named by a number, that one process holds at a time.
+// A lock of the whole machine, identified by a number, that one process holds at a time.
 //
-// A process that dies gives it back. The semaphore set is never removed.
+// - A System V semaphore set with one member, which is 1 while the lock is free, 0 while it is held. Nothing removes
+//   the set.
+// - A process that dies releases the lock.
 
 #pragma once
 
@@ -8,27 +10,28 @@
 
 class OVNSystemLevelDeploymentLock : public OVNLockClass {
  public:
-  // Only the low eight bits of `id` tell locks apart.
+  // Only the low eight bits of `id` enter the key.
   explicit OVNSystemLevelDeploymentLock(int id) : id(id) {}
   OVNSystemLevelDeploymentLock(const OVNSystemLevelDeploymentLock&) = delete;
   OVNSystemLevelDeploymentLock& operator=(const OVNSystemLevelDeploymentLock&) = delete;
   ~OVNSystemLevelDeploymentLock() override;
 
-  // True, and nothing more, when this object holds the lock already.
+  // Returns true without effect if this object already holds the lock.
   bool AcquireLock() override;
 
-  // Whether somebody else holds it, found out by taking it: a holder that asks its own lock gets false and has given
-  // it up.
+  // Returns whether another object holds the lock. Takes and releases the lock to find out: if this object holds it,
+  // the result is false and the lock is free afterwards.
   bool isLocked() override;
   bool releaseLock() override;
 
-  // Whether anybody holds it; takes nothing.
+  // Returns whether any object holds the lock, without taking it.
   bool isLocked2() const;
 
-  // Waits as long as anybody holds it, without taking it. True at once when there is no such lock.
+  // Waits without limit until no object holds the lock. Does not keep it. Returns true immediately if no set exists.
   bool waitUntilReleased();
 
  private:
+  // Names fixed by the interface.
   int semid = -1;
   int id;
   bool locked = false;

@@ -1,9 +1,7 @@
 #include "logging/BinaryLock.h"
 
-#include <cerrno>
 #include <utility>
 
-#include "platform/PathLock.h"
 #include "platform/SemaphoreSet.h"
 
 namespace tarn {
@@ -11,63 +9,49 @@ namespace {
 
 using platform::SemaphoreSet;
 
-constexpr int members = 2;
-constexpr int references = 0;
-constexpr int mutex = 1;
-
-int findOrMakeSet(key_t key) {
-  const int found = SemaphoreSet::find(key);
-  if (found != -1) return found;
-  const int made = SemaphoreSet::create(key, members);
-  return made != -1 && SemaphoreSet(made).setValue(mutex, 1) ? made : -1;
-}
+constexpr int kMembers = 2;
+constexpr int kReferences = 0;
+constexpr int kMutex = 1;
 
 }  // namespace
 
 BinaryLock::~BinaryLock() {
-  if (identifier != 0) finalize();
+  if (id_ != 0) finalize();
 }
 
 bool BinaryLock::create(const std::string& path, int projectId) {
-  if (identifier != closed) return true;
+  if (id_ != kClosed) return true;
   const key_t key = SemaphoreSet::keyFor(path, projectId);
   if (key == -1) return false;
 
-  const platform::PathLock oneAtATime(path);
-  for (int tries = 0; tries < 3; ++tries) {
-    identifier = findOrMakeSet(key);
-    if (identifier == closed || attach()) break;
-    identifier = closed;
-    if (!SemaphoreSet::wasRemoved(errno)) break;
-  }
-  return identifier != closed;
-}
-
-bool BinaryLock::attach() {
-  return SemaphoreSet(identifier).change(references, +1, IPC_NOWAIT);
+  const auto initialize = [](const SemaphoreSet& set) { return set.setValue(kMutex, 1); };
+  const auto countCaller = [](const SemaphoreSet& set) { return set.change(kReferences, +1, IPC_NOWAIT); };
+  if (SemaphoreSet::attach(path, key, {kMembers, initialize, countCaller}, id_)) return true;
+  id_ = kClosed;
+  return false;
 }
 
 bool BinaryLock::wait() {
-  return SemaphoreSet(identifier).take(mutex);
+  return SemaphoreSet(id_).take(kMutex);
 }
 
 bool BinaryLock::signal() {
-  return SemaphoreSet(identifier).change(mutex, -1, SEM_UNDO | IPC_NOWAIT);
+  return SemaphoreSet(id_).change(kMutex, -1, SEM_UNDO | IPC_NOWAIT);
 }
 
 bool BinaryLock::release() {
-  return SemaphoreSet(identifier).change(mutex, +1, SEM_UNDO);
+  return SemaphoreSet(id_).change(kMutex, +1, SEM_UNDO);
 }
 
 bool BinaryLock::finalize() {
-  if (identifier == closed) return true;
-  const SemaphoreSet set(std::exchange(identifier, closed));
-  if (!set.change(references, -1, IPC_NOWAIT)) return false;
-  return set.value(references) != 0 || set.remove();
+  if (id_ == kClosed) return true;
+  const SemaphoreSet set(std::exchange(id_, kClosed));
+  if (!set.change(kReferences, -1, IPC_NOWAIT)) return false;
+  return set.value(kReferences) != 0 || set.remove();
 }
 
 int BinaryLock::getReferenceCount() const {
-  return identifier == closed ? -1 : SemaphoreSet(identifier).value(references);
+  return id_ == kClosed ? -1 : SemaphoreSet(id_).value(kReferences);
 }
 
 }  // namespace tarn

@@ -1,12 +1,11 @@
-// Shared by all processes that write the same log file, so that lines never mix and one process at a time cuts it.
+// A lock between the processes that write the same log file, held for each line, size check and rotation.
 //
-// A semaphore set named by a path: member 0 counts the locks that are open, member 1 is 1 while the lock is free. A
-// process that dies frees the lock it held but stays counted. Threads of a process are put in order too, without being
-// told apart: whoever takes the lock releases it once. The last lock to close removes the set.
-//
-// Opening takes turns with other openers of the same path (platform/PathLock.h), since two that both find no set would
-// both declare the lock free, and a set that its last user is leaving vanishes under a newcomer. An owner that closes a
-// lock while others may be opening it holds the same turn.
+// - A System V semaphore set. Member 0 counts the open locks; member 1 is 1 while the lock is free, 0 while it is held.
+// - A process that dies releases the lock, but stays counted.
+// - Also excludes the threads of one process. The holder is not recorded: release once per take.
+// - The last lock to close removes the set.
+// - `create` holds the `PathLock` of the path. An owner that calls `finalize` while another process may call `create`
+//   holds it too.
 
 #pragma once
 
@@ -20,35 +19,33 @@ class BinaryLock {
   BinaryLock(const BinaryLock&) = delete;
   BinaryLock& operator=(const BinaryLock&) = delete;
 
-  // Finalizes, unless the identifier is 0: that is what a lock in zeroed memory holds.
+  // Calls `finalize`, except if the set's identifier is 0, as in zeroed memory.
   ~BinaryLock();
 
-  // Opens the lock of `path`, which must exist, making the set when it is the first. True, and nothing more, when the
-  // lock is open already.
+  // Opens the lock of an existing file. Creates the set if there is none. Returns true without effect if the lock is
+  // already open.
   bool create(const std::string& path, int projectId);
 
-  // Takes the lock, waiting as long as needed; signals do not end the wait.
+  // Takes the lock. Waits without limit; a signal does not end the wait.
   bool wait();
 
-  // Takes the lock only if it is free now; false when it is busy and on error.
+  // Takes the lock if it is free. Returns false if it is held or on error.
   bool signal();
 
-  // Frees the lock.
+  // Releases the lock.
   bool release();
 
-  // Closes the lock, and removes the set when nobody else has it open. It is closed afterwards even when the answer is
-  // false. A lock still held stays taken.
+  // Closes the lock, and removes the set if no other lock is open on it. Does not release a lock that is held. The lock
+  // is closed afterwards, even if the result is false.
   bool finalize();
 
-  // How many locks are open on the set; -1 when this one is not.
+  // Returns the number of locks open on the set, -1 if this lock is closed.
   int getReferenceCount() const;
 
  private:
-  static constexpr int closed = -1;
+  static constexpr int kClosed = -1;
 
-  bool attach();
-
-  int identifier = closed;
+  int id_ = kClosed;
 };
 
 }  // namespace tarn

@@ -16,7 +16,7 @@
 namespace tarn {
 namespace {
 
-bool makePrivateFolder(const std::string& path) {
+bool createPrivateFolder(const std::string& path) {
   return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
@@ -70,24 +70,28 @@ bool getUserFolder(std::string& out) {
 
   if (::seteuid(*console) != 0) return false;
   const bool found = getUserFolderPath(out);
-  (void)::seteuid(self);  // going back to one's own id is always allowed
+  (void)::seteuid(self);  // a process may restore its former effective user id
   return found;
 }
 
-bool getTempPath(std::string& out) {
-  std::string home;
-  if (!getUserFolder(home) || home.empty()) return false;
+bool createLogFolder(const std::string& home, std::string& out) {
+  if (home.empty()) return false;
   const std::string library = home + "/Library";
   const std::string logs = library + "/Logs";
-  if (!makePrivateFolder(library) || !makePrivateFolder(logs)) return false;
+  if (!createPrivateFolder(library) || !createPrivateFolder(logs)) return false;
   out = logs;
   return true;
 }
 
+bool getTempPath(std::string& out) {
+  std::string home;
+  return getUserFolder(home) && createLogFolder(home, out);
+}
+
 bool createDirectoryPath(const std::string& path) {
-  std::error_code failed;
-  std::filesystem::create_directories(path, failed);
-  return !failed && folderExitsAtPath(path);
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  return !error && folderExitsAtPath(path);
 }
 
 bool fileExistsAtPath(const std::string& path) {

@@ -1,8 +1,8 @@
-// Time, folders and paths as the logging library needs them.
+// Time, folder and path helpers of the logging library.
 //
-// A function that produces something replaces its output on success and leaves it alone on failure, unless it says
-// otherwise; false is the only report, for these stand below the logger. None throws. Path functions have the rules of
-// platform/PathString.h.
+// - On failure a function returns false and leaves its outputs unchanged, unless stated otherwise.
+// - No function logs or throws.
+// - Path functions follow the rules of platform/PathString.h.
 
 #pragma once
 
@@ -14,67 +14,89 @@
 
 namespace tarn {
 
-// The result of `gettimeofday`.
+// Returns the result of `gettimeofday`.
 int getCurrentTime(timeval& time);
 
-// The local time in a form that a file name can hold.  => "03-07-2014 16-05-09"
+// Formats the current local time for use in a file name.
+//   => "03-07-2014 16-05-09"
 bool getDatetime(std::string& out);
 
-// Formats at most size - 2 characters and a terminator; the answer is that of `vsnprintf`. Without arguments nothing is
-// written and the answer is 0.
+// Formats at most size - 2 characters and a terminator. Returns the result of `vsnprintf`. If `arguments` is null,
+// writes nothing and returns 0.
 int getLogMessage(char* buffer, std::size_t size, const char* format, va_list* arguments)
     __attribute__((format(printf, 3, 0)));
 
 std::string getStringFromInt(int number);
 
+// Returns `text`, "" for null.
+inline const char* orEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
 bool utilGetCurrentOSVersion(int& major, int& minor, int& bugFix);
 
-// The home folder of the effective user, "" when it has none; always true.
+// Returns the home folder of the effective user, "" if it is unknown. Always returns true.
 bool getUserFolderPath(std::string& out);
 
-// The home folder of the user at the console, or else of the effective user. Becomes the console user for the length of
-// the look-up: nothing that depends on the effective user id may run beside it.
+// Returns the home folder of the console user, or of the effective user if there is no console user.
+//
+// Changes the effective user id of the process during the lookup. No other thread may depend on that id meanwhile.
 bool getUserFolder(std::string& out);
 
-// The default log folder, made when it is missing: "Library/Logs" in the user's folder. False when that is not known.
+// Creates the folder "Library/Logs" in a home folder, with mode 0700, and returns its path. An existing folder is kept.
+// Returns false if `home` is empty.
+bool createLogFolder(const std::string& home, std::string& out);
+
+// Returns the default log folder, which is that of `getUserFolder`. Creates it if it does not exist.
 bool getTempPath(std::string& out);
 
-// Makes the folder and its missing parents; one that exists is a success.
+// Creates a folder and its missing parents. Returns true for an existing folder.
 bool createDirectoryPath(const std::string& path);
 
-// Something other than a folder; links are followed.
+// Returns whether the path names something other than a folder. Follows symbolic links.
 bool fileExistsAtPath(const std::string& path);
 
-// A folder; links are followed.
+// Returns whether the path names a folder. Follows symbolic links.
 bool folderExitsAtPath(const std::string& path);
 
 bool renamePathToPath(const std::string& from, const std::string& to);
 
-// In bytes; of a link, the link's own.
+// Returns the size in bytes. Does not follow symbolic links.
 bool getFileSize(const std::string& path, long long& size);
 
-// ("/a/", "b") => "/a/b"
+//   ("/a/", "b") => "/a/b"
 bool appendPath(std::string& path, const std::string& component);
 
-// "/a/b/c.log" => "/a/b"
+//   "/a/b/c.log" => "/a/b"
 bool removeLastPathComponent(std::string& path);
 
-// Whether the text is a last path component and nothing else.  "TARN.log" => true   "logs/TARN.log" => false
+// Returns whether the text is a file name without a folder part.
+//   "TARN.log"      => true
+//   "logs/TARN.log" => false
 bool isFileName(const std::string& text);
 
-// As POSIX basename; always true.  "/a/b" => "b"   "" => "."
+// Returns the result of POSIX `basename`. Always true.
+//   "/a/b" => "b"
+//   ""     => "."
 bool getFilePathBaseName(const std::string& path, std::string& out);
 
-// What follows the last "." of the whole path.  "a.b/c" => "b/c"   "name." => ""   "name" => false
+// Returns the text after the last "." of the whole path. Returns false if there is none.
+//   "a.b/c" => "b/c"
+//   "name." => ""
 bool getFileExtension(const std::string& path, std::string& extension);
 
-// Looks at the last component only.  "name.tar.gz" => "name.tar"   "/x.d/name" => "/x.d/name"
+// Removes the extension of the last component.
+//   "name.tar.gz" => "name.tar"
+//   "/x.d/name"   => "/x.d/name"
 bool removeFileExtension(std::string& path);
 
-// ("name", "log") => "name.log"   ("name", "") => "name."   ("name", "a/b") => false
+//   ("name", "log") => "name.log"
+//   ("name", "")    => "name."
+//   ("name", "a/b") => false
 bool addFileExtension(std::string& path, const std::string& extension);
 
-// ("dir/TARN.log", "trace") => "dir/TARN.trace"   ("name.log", "a/b") => false
+//   ("dir/TARN.log", "trace") => "dir/TARN.trace"
+//   ("name.log", "a/b")       => false
 bool changeFileExtension(std::string& path, const std::string& extension);
 
 }  // namespace tarn

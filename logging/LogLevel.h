@@ -1,11 +1,11 @@
-// How grave a message is.
+// Severity of a log message.
 
 #pragma once
 
 namespace tarn {
 
-// A target writes a message when its own level is less than or equal to the message's. Any `int` may be passed in one;
-// a value that is not named here is printed as "ALL".
+// A target writes a message if the target's level is less than or equal to the message's level. Any `int` is valid; a
+// value without a name here is printed as "ALL".
 enum Log_Level : int {
   ALL = 0,
   TRACE = 10,

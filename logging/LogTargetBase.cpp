@@ -47,7 +47,7 @@ void LogTargetBase::setLogLevel(Log_Level level) {
     return;
   }
   if (changeFileExtension(flag, "debug") && fileExistsAtPath(flag)) {
-    lowerLevelToDebug();
+    limitLevelToDebug();
     return;
   }
 
@@ -55,26 +55,26 @@ void LogTargetBase::setLogLevel(Log_Level level) {
   if (fileExistsAtPath(flag + "/qsu.trace")) {
     logLevel = TRACE;
   } else if (fileExistsAtPath(flag + "/qsu.debug")) {
-    lowerLevelToDebug();
+    limitLevelToDebug();
   }
 }
 
-void LogTargetBase::lowerLevelToDebug() {
+void LogTargetBase::limitLevelToDebug() {
   if (logLevel > DEBUG) logLevel = DEBUG;
 }
 
 bool LogTargetBase::setLogFile(const char* name, const char* folder) {
-  fileUsable = placeFile(name, folder);
+  fileUsable = openLogFile(name, folder);
   return fileUsable;
 }
 
-bool LogTargetBase::placeFile(const char* name, const char* folder) {
+bool LogTargetBase::openLogFile(const char* name, const char* folder) {
   std::string path;
   if (isGiven(folder)) {
     path = folder;
   } else {
     if (!getTempPath(path)) return false;
-    if (!folderExitsAtPath(path)) (void)createDirectoryPath(path);  // opening the file will tell
+    if (!folderExitsAtPath(path)) (void)createDirectoryPath(path);  // a failure shows when the file is opened
   }
   if (isGiven(name) && !isFileName(name)) return false;
   if (!appendPath(path, isGiven(name) ? name : fileName)) return false;

@@ -1,10 +1,13 @@
-// What every log target has: its identifier, its file and the level from which on it writes.
+// Base of the log targets: identifier, log file and level.
 //
-// Configured on one thread before it is registered. Files in the user's log folder raise the level without any change
-// of configuration; their contents do not matter, and a folder of that name does not count. For "Kelvo.log", the first
-// that exists decides:
-//   Kelvo.trace  => TRACE                  Kelvo.debug  => DEBUG, unless a more talkative level was asked for
-//   qsu.trace    => TRACE                  qsu.debug    => DEBUG, unless a more talkative level was asked for
+// - Configured on one thread, before registration.
+// - A flag file in the user's log folder changes the level. Its contents do not matter, and a folder does not count.
+//   The first one that exists decides. For the log file "Kelvo.log":
+//     Kelvo.trace => TRACE
+//     Kelvo.debug => DEBUG, or the requested level if it is lower
+//     qsu.trace   => TRACE
+//     qsu.debug   => DEBUG, or the requested level if it is lower
+// - Names of the protected members are fixed by the interface.
 
 #pragma once
 
@@ -25,37 +28,40 @@ class LogTargetBase {
   LogTargetBase(const LogTargetBase&) = delete;
   LogTargetBase& operator=(const LogTargetBase&) = delete;
 
-  // Opens the log file on `handle` for appending, creating it when it is missing.
+  // Opens the log file on `handle` for appending. Creates the file if it does not exist.
   virtual bool SetStreamHandle(std::fstream& handle) = 0;
   virtual ~LogTargetBase() = default;
 
-  // Called by the core: the first at every registration, and a refusal ends it; the second when the last one is undone.
+  // `LoggingCore` calls `onRegisterTarget` at every registration, which fails if the result is false, and
+  // `onUnregisterTarget` when the reference count drops to 0.
   virtual bool onRegisterTarget() = 0;
   virtual bool onUnregisterTarget() = 0;
 
-  // Writes one message; null texts count as "". With null `arguments`, `format` is the finished message.
+  // Writes one message. Null texts count as "". If `arguments` is null, `format` is the message itself.
   virtual bool writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
                         const char* component, const char* extra1, const char* extra2, const char* format,
                         va_list* arguments, unsigned long long timeMs) = 0;
 
-  // Separator " | ", file "TARN.log", no path yet, level INFO, not registered.
+  // Separator " | ", file name "TARN.log", empty path, level INFO, not registered.
   void setDefaultValues();
 
-  // False, and no change, for null.
+  // Returns false for null and keeps the identifier.
   bool setIdentifier(const char* text);
   const std::string& getIdentifier() const { return identifier; }
 
-  // Looks for the flag files named after the log file, so it is called again after `setLogFile`.
+  // Applies the flag files. Two of them are named after the log file, so call this after `setLogFile`.
   void setLogLevel(Log_Level level);
   Log_Level getLogLevel() const { return logLevel; }
 
-  // Places the log file, and proves that it can be opened by creating it. A null or empty name keeps the current one, a
-  // null or empty folder means the user's log folder, which is created. A given folder is not, and a given name must
-  // have no folder part. On failure the answer is false and the target can no longer be registered. A target that is
-  // registered goes on in the new file at once.
+  // Sets the path of the log file, and creates the file.
+  //
+  // - A null or empty name keeps the current name. Another name must not have a folder part.
+  // - A null or empty folder means the user's log folder, which is created. Another folder must exist.
+  // - On failure the target cannot be registered until a later call succeeds.
+  // - A registered target writes to the new file from now on.
   bool setLogFile(const char* name, const char* folder);
 
-  // How many times the target is registered. Changed under a mutex, read without it.
+  // The number of registrations. `mutex` protects the changes, not the read.
   void incrementRefCount();
   void decrementRefCount();
   std::uint32_t getRefCount() const { return refCount; }
@@ -73,8 +79,8 @@ class LogTargetBase {
   std::mutex mutex;
 
  private:
-  bool placeFile(const char* name, const char* folder);
-  void lowerLevelToDebug();
+  bool openLogFile(const char* name, const char* folder);
+  void limitLevelToDebug();
 };
 
 }  // namespace tarn

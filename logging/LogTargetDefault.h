@@ -1,9 +1,9 @@
-// Writes log lines into a text file that several processes share.
+// Writes log lines to a text file that several processes share.
 //
-// Each line, size check and cut is done while the file's `BinaryLock` is held, which orders processes and threads
-// alike; the members below that `writeLog` calls are not thread-safe by themselves. A line is one write and is on its
-// way to the file when `writeLog` returns. A target that has no lock, or cannot take it, drops the line without a word;
-// so does a full disk, for as long as it is full.
+// - Each line, size check and rotation holds the file's `BinaryLock`, which excludes other processes and threads. The
+//   members that `writeLog` calls are not thread-safe by themselves.
+// - A line is one `write` call, done before `writeLog` returns.
+// - A line is lost if the lock does not exist or cannot be taken, or while the disk is full. Nothing reports that.
 //
 //   03/07/14 16:05:09:123 | [ERROR] | 27403 | QSU | Login | Web | 1001 |  | 4873 | Page load failed
 //   time | [level] | session id | domain | sub-domain | component | extra 1 | extra 2 | thread id | message
@@ -14,15 +14,15 @@
 #include <memory>
 #include <string>
 
+#include "logging/AppendFile.h"
 #include "logging/BinaryLock.h"
-#include "logging/FileEnd.h"
+#include "logging/LineFormat.h"
 #include "logging/LogTargetBase.h"
-#include "logging/SecondText.h"
 
 namespace tarn {
 
-// Whether a system of this version numbers its threads.
-constexpr bool numbersThreads(int major, int minor) {
+// Returns whether a system of this version has thread ids.
+constexpr bool hasThreadIds(int major, int minor) {
   return major >= 11 || minor >= 6;
 }
 
@@ -31,51 +31,55 @@ class LogTargetDefault : public LogTargetBase {
   explicit LogTargetDefault(const char* identifier);
   ~LogTargetDefault() override;
 
-  // Opens for appending. A file that is created here may be read and written by everybody; one that exists keeps its
-  // mode. A pipe is refused: opening one waits for its reader.
+  // Opens the log file for appending. A new file gets mode 0666; an existing file keeps its mode. Returns false for a
+  // named pipe, because opening it waits for a reader.
   bool SetStreamHandle(std::fstream& handle) override;
 
-  // Puts the log file into the user's log folder, under this name.
+  // Sets the path to the file of this name in the user's log folder.
   bool SetStreamPath(const char* name);
 
-  // Writes the line and a newline. A line that a killed writer or a full disk has left unfinished is ended first.
+  // Writes the line and a newline. If the file ends with an unfinished line, of a killed process or a full disk, writes
+  // a newline first.
   void WriteStream(const char* line);
 
-  // Makes the file, its lock and an immediate size check. A lock that cannot be made is no failure: the target then
+  // Opens the file and its lock, and checks the file's size. If the lock cannot be opened, returns true, and the target
   // writes nothing.
   bool onRegisterTarget() override;
   bool onUnregisterTarget() override;
 
-  // Always true. A formatted message keeps its first 4094 characters; a finished one is written whole.
+  // Always returns true. Cuts a formatted message after 4094 characters, but not a message without `arguments`.
   bool writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
                 const char* component, const char* extra1, const char* extra2, const char* format, va_list* arguments,
                 unsigned long long timeMs) override;
 
-  // Appends the line to `out`, without a newline. A message that holds "eyJ" and, from there on, ".eyJ" may carry an
-  // access token: the line says so instead, at level WARN.
+  // Appends the line to `out`, without a newline. A message that contains "eyJ" and, from there on, ".eyJ" may contain
+  // an access token: it is replaced, and the level printed is WARN.
   void formatLog(unsigned long long timeMs, Log_Level level, const char* sessionId, const char* domain,
                  const char* subDomain, const char* component, const char* extra1, const char* extra2,
                  const char* message, std::string& out);
 
-  // The local time of `timeMs`, 0 for now, in the locale's form; `buffer` takes 256 bytes.  1234567 => "…:34:567"
+  // Formats `timeMs`, or the current time for 0, as local time in the locale's format. `buffer` has 256 bytes.
+  //   1234567 => "01/01/70 00:20:34:567" in UTC and the "C" locale
   void getTimeStr(unsigned long long timeMs, char* buffer);
 
-  // "" on a system that does not number its threads.
+  // Returns "" on a system without thread ids.
   std::string getCurrentThreadID() const;
 
-  // The level's name; "ALL" for any value that has none.
+  // Returns the level's name, "ALL" for a value without a name.
   std::string getLogLevelString(Log_Level level) const;
 
-  // Looks at the size of the log file, and cuts it when it has reached 10 MiB: its contents move to an archive beside
-  // it and the file starts anew, still the same file to everybody who has it open. A cut whose copy fails leaves the
-  // file as it is, and so does a log that is a symbolic link. True when there was nothing to do or the file is open
-  // again; the argument, fixed by the interface, is ignored.
+  // Rotates the log file if its size is 10 MiB or more: copies it to an archive in the same folder and truncates it.
+  //
+  // - Other processes keep their open file.
+  // - If the copy fails, the file is unchanged. A symbolic link is never rotated: the size checked is the link's own.
+  // - Returns true if the file is small enough, or if it is open again. The argument is fixed by the interface and not
+  //   used.
   bool SegmentLogFile(bool);
 
-  // Empties the log file and leaves the stream closed.
+  // Truncates the log file. The stream is closed afterwards.
   bool cleanFile();
 
-  // The other way of cutting: renames the log file, unless the new name is taken; the stream stays where it is.
+  // Rotates by renaming the log file. Fails if the new name exists. Does not touch the stream.
   bool renameLogFile();
   const std::string& getRenamedFilePath() const { return renamedFilePath; }
 
@@ -83,18 +87,19 @@ class LogTargetDefault : public LogTargetBase {
   void checkSizeWhenDue();
   void beginLine();
   void endLine();
-  void dropLock();
+  void closeLock();
 
+  // Names fixed by the interface.
   std::unique_ptr<BinaryLock> lock;
   bool threadIdEnabled;
   std::string renamedFilePath;
   std::int64_t segmentCheckTime = 0;
   std::int64_t lastLineTime = 0;
 
-  std::string lockPath;  // the file that the lock is made from; a target that moves on keeps its lock
-  FileEnd fileEnd;
-  SecondText secondText;
-  std::string line;  // being written; kept for its memory
+  std::string lockPath_;  // the lock's file, which is not `filePath` after a later `setLogFile`
+  AppendFile appendFile_;
+  TimestampCache timestamps_;
+  std::string line_;  // a member so that its memory is reused
 };
 
 }  // namespace tarn

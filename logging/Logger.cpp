@@ -1,5 +1,6 @@
 #include "logging/Logger.h"
 
+#include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
 
 namespace tarn {
@@ -11,15 +12,11 @@ bool assignText(std::string& field, const char* text) {
   return true;
 }
 
-const char* orEmpty(const char* text) {
-  return text == nullptr ? "" : text;
-}
-
 }  // namespace
 
 Logger::Logger(const char* targetIdentifier, const char* sessionId, const char* domain, const char* subDomain,
                const char* component)
-    : core(LoggingCore::getInstance()),
+    : core_(LoggingCore::getInstance()),
       sessionId(orEmpty(sessionId)),
       domain(orEmpty(domain)),
       subDomain(orEmpty(subDomain)),
@@ -101,11 +98,11 @@ void Logger::log(Log_Level level, const char* extra1, const char* extra2, const 
 }
 
 void Logger::logit(Log_Level level, const char* extra1, const char* extra2, const char* format, va_list arguments) {
-  // As a parameter a va_list may be a pointer in disguise; only a copy has an address that can be handed on.
+  // A va_list parameter may have decayed to a pointer, so that its address has the wrong type. The copy has not.
   va_list copy;
   va_copy(copy, arguments);
-  core->log(targetIdentifier.c_str(), level, sessionId.c_str(), domain.c_str(), subDomain.c_str(), component.c_str(),
-            extra1, extra2, format, &copy, 0);
+  core_->log(targetIdentifier.c_str(), level, sessionId.c_str(), domain.c_str(), subDomain.c_str(), component.c_str(),
+             extra1, extra2, format, &copy, 0);
   va_end(copy);
 }
 

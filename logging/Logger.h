@@ -1,6 +1,6 @@
-// The front that code logs through: remembers where its messages go and four texts that every line carries.
+// Logs through `LoggingCore` and adds a target identifier and four texts to every message.
 //
-// Logging may be done from any thread; the texts are set before that, on one thread.
+// Any thread may log. The texts are set before that, on one thread.
 
 #pragma once
 
@@ -14,13 +14,13 @@ class LoggingCore;
 
 class Logger : public AbstractLogger {
  public:
-  // A null text is left empty.
+  // A null text counts as "".
   Logger(const char* targetIdentifier, const char* sessionId, const char* domain, const char* subDomain,
          const char* component);
   explicit Logger(const char* targetIdentifier);
   virtual ~Logger() = default;
 
-  // Each answers false, and changes nothing, for null.
+  // Each returns false for null and keeps the text.
   bool setTargetIdentifier(const char* text);
   bool setSessionId(const char* text);
   bool setDomain(const char* text);
@@ -44,7 +44,9 @@ class Logger : public AbstractLogger {
   void logit(Log_Level level, const char* extra1, const char* extra2, const char* format, va_list arguments) override;
 
  private:
-  LoggingCore* core;
+  LoggingCore* core_;
+
+  // Names fixed by the interface.
   std::string sessionId;
   std::string domain;
   std::string subDomain;

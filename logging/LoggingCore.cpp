@@ -32,7 +32,7 @@ LoggingCore* LoggingCore::getInstance() {
 bool LoggingCore::registerTarget(LogTargetBase* target) {
   if (target == nullptr || !target->onRegisterTarget()) return false;
 
-  std::vector<LogTargetBase*>& registered = targets[target->getIdentifier()];
+  std::vector<LogTargetBase*>& registered = targets_[target->getIdentifier()];
   if (std::find(registered.begin(), registered.end(), target) != registered.end()) return true;
   target->incrementRefCount();
   registered.push_back(target);
@@ -42,8 +42,8 @@ bool LoggingCore::registerTarget(LogTargetBase* target) {
 bool LoggingCore::unregisterTarget(LogTargetBase* target) {
   if (target == nullptr) return false;
 
-  const auto entry = targets.find(target->getIdentifier());
-  if (entry == targets.end()) return true;
+  const auto entry = targets_.find(target->getIdentifier());
+  if (entry == targets_.end()) return true;
   std::vector<LogTargetBase*>& registered = entry->second;
   const auto position = std::find(registered.begin(), registered.end(), target);
   if (position == registered.end()) return false;
@@ -57,8 +57,8 @@ void LoggingCore::log(const char* identifier, Log_Level level, const char* sessi
                       const char* subDomain, const char* component, const char* extra1, const char* extra2,
                       const char* format, va_list* arguments, unsigned long long timeMs) {
   if (identifier == nullptr) return;
-  const auto entry = targets.find(std::string_view(identifier));
-  if (entry == targets.end()) return;
+  const auto entry = targets_.find(std::string_view(identifier));
+  if (entry == targets_.end()) return;
 
   for (LogTargetBase* target : entry->second) {
     if (arguments == nullptr) {

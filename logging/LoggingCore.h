@@ -1,7 +1,7 @@
-// The registry of log targets: hands a message to every target registered under an identifier.
+// The registry of log targets. Passes each message to every target registered under an identifier.
 //
-// `log` may be called from any thread; targets are registered and unregistered on one thread, while nobody logs. The
-// core owns no target: an owner unregisters a target before destroying it.
+// - Any thread may call `log`. Targets are registered and unregistered on one thread, while no thread logs.
+// - Does not own the targets: the owner unregisters a target before it destroys it.
 
 #pragma once
 
@@ -21,17 +21,19 @@ class LoggingCore {
  public:
   static LoggingCore* getInstance();
 
-  // Prepares the target with `onRegisterTarget`, every time, and lists it once under its identifier. False for null and
-  // when the target refuses.
+  // Calls the target's `onRegisterTarget`, every time, and adds the target under its identifier unless it is there.
+  // Returns false for null and if `onRegisterTarget` fails.
   bool registerTarget(LogTargetBase* target);
 
-  // False for null, for a target that was never registered under an identifier that others use, and when the target's
-  // `onUnregisterTarget` fails; an identifier that nobody ever used is no failure.
+  // Returns true if no target was ever registered under the identifier. Returns false for null, for a target that is
+  // not registered under an identifier that was used, and if the target's `onUnregisterTarget` fails.
   bool unregisterTarget(LogTargetBase* target);
 
-  // Hands the message to the targets of `identifier` in the order of their registration; to nobody when it is null or
-  // unknown. `timeMs` is the message's time in milliseconds since the epoch, 0 for now. `arguments` stay usable: each
-  // target reads a copy. Without arguments `format` is the finished message.
+  // Passes the message to the targets of `identifier`, in the order of registration. Does nothing if it is null or
+  // unknown.
+  //
+  // - `timeMs` is the message's time in milliseconds since the epoch, 0 for the current time.
+  // - Each target gets a copy of `arguments`. Without `arguments`, `format` is the message itself.
   void log(const char* identifier, Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
            const char* component, const char* extra1, const char* extra2, const char* format, va_list* arguments,
            unsigned long long timeMs);
@@ -39,13 +41,14 @@ class LoggingCore {
            const char* component, const char* extra1, const char* extra2, const char* format,
            unsigned long long timeMs);
 
-  // Five digits, the first of them not 0; the same within a second.  => "27403"
+  // Returns five digits, the first of which is not 0. Two calls within a second return the same id.
+  //   => "27403"
   std::string generateSessionId();
 
  private:
   LoggingCore() = default;
 
-  std::map<std::string, std::vector<LogTargetBase*>, std::less<>> targets;
+  std::map<std::string, std::vector<LogTargetBase*>, std::less<>> targets_;
 };
 
 }  // namespace tarn

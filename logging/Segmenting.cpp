@@ -9,7 +9,7 @@
 namespace tarn {
 namespace {
 
-constexpr long long sizeToCutAt = 10 * 1024 * 1024;
+constexpr long long kMaxLogSize = 10 * 1024 * 1024;
 
 }  // namespace
 
@@ -30,7 +30,7 @@ bool appendTimeStampToFile(std::string& path) {
 bool LogTargetDefault::SegmentLogFile(bool) {
   long long size = 0;
   if (!getFileSize(filePath, size)) return false;
-  if (size < sizeToCutAt) return true;
+  if (size < kMaxLogSize) return true;
 
   if (stream.is_open()) stream.close();
   std::string archive = filePath;
@@ -41,8 +41,8 @@ bool LogTargetDefault::SegmentLogFile(bool) {
 
 bool LogTargetDefault::cleanFile() {
   if (stream.is_open()) stream.close();
-  std::ofstream emptied(filePath, std::ios::out | std::ios::trunc);
-  return emptied.is_open();
+  std::ofstream file(filePath, std::ios::out | std::ios::trunc);
+  return file.is_open();
 }
 
 bool LogTargetDefault::renameLogFile() {

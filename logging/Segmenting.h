@@ -1,4 +1,4 @@
-// The steps of cutting a log file that stand by themselves.
+// Helpers of log rotation: the archive's name and its contents.
 
 #pragma once
 
@@ -6,12 +6,13 @@
 
 namespace tarn {
 
-// Copies a file; what `to` held is lost. On failure no unfinished copy stays behind.
+// Copies a file and replaces `to`. On failure removes the incomplete copy and returns false.
 bool copyContentOfFileToFile(const std::string& from, const std::string& to);
 
-// Puts the present date and time before the extension, which is what follows the last "." of the whole path; always
-// true.
-//   "/logs/Kelvo.log" => "/logs/Kelvo 03-07-2014 16-05-09.log"   "/logs/Kelvo" => "/logs/Kelvo 03-07-2014 16-05-09."
+// Inserts the current local date and time before the extension. The extension follows the last "." of the whole path.
+// Always returns true.
+//   "/logs/Kelvo.log" => "/logs/Kelvo 03-07-2014 16-05-09.log"
+//   "/logs/Kelvo"     => "/logs/Kelvo 03-07-2014 16-05-09."
 bool appendTimeStampToFile(std::string& path);
 
 }  // namespace tarn

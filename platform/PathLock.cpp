@@ -8,14 +8,19 @@
 #include <thread>
 
 namespace platform {
+namespace {
 
-PathLock::PathLock(const std::string& path) : turn_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
-  using namespace std::chrono_literals;
-  const auto patience = std::chrono::steady_clock::now() + 200ms;
-  while (turn_ && ::flock(turn_.get(), LOCK_EX | LOCK_NB) != 0) {
+constexpr std::chrono::milliseconds kTimeout{200};
+constexpr std::chrono::microseconds kRetryInterval{100};
+
+}  // namespace
+
+PathLock::PathLock(const std::string& path) : file_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+  const auto deadline = std::chrono::steady_clock::now() + kTimeout;
+  while (file_ && ::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK && errno != EINTR) return;
-    if (std::chrono::steady_clock::now() > patience) return;
-    std::this_thread::sleep_for(100us);
+    if (std::chrono::steady_clock::now() > deadline) return;
+    std::this_thread::sleep_for(kRetryInterval);
   }
 }
 

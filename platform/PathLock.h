@@ -1,9 +1,10 @@
-// Lets processes take turns at something that belongs to a path, for the length of a scope.
+// Locks a path with `flock` for a scope, so that processes take turns at a resource that the path identifies.
 //
-// A semaphore set cannot be created and given its first values in one step, nor be left and removed in one step; this
-// lock puts a newcomer and the last leaver one behind the other. It is a courtesy among processes that use it: when the
-// path cannot be opened or somebody keeps the turn for longer than a fifth of a second, the scope is entered all the
-// same, so nobody ever hangs here. A process that dies gives its turn back.
+// - Advisory: only users of `PathLock` exclude each other.
+// - Waits at most 200 ms. After that, or if the path cannot be opened, the scope runs without the lock.
+// - The system releases the lock of a process that dies.
+// - Used around opening and closing a semaphore set: creating a set and assigning its first values are two calls, and
+//   so are detaching from a set and removing it.
 
 #pragma once
 
@@ -18,7 +19,7 @@ class PathLock {
   explicit PathLock(const std::string& path);
 
  private:
-  UniqueFd turn_;
+  UniqueFd file_;
 };
 
 }  // namespace platform

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/PathLock.h"
+
 namespace platform {
 namespace {
 
@@ -14,25 +16,35 @@ union SemaphoreArgument {
   unsigned short* values;
 };
 
-// Falling asleep costs a context switch on both sides, and as long as somebody sleeps every release hands the member
-// over to a sleeper; a log line is written within a few microseconds. Giving way between the tries lets a holder run
-// that was interrupted, and so keeps the slowest lines fast when there are more processes than processors.
-constexpr int triesBeforeSleeping = 100;
+constexpr int kMaxAttachTries = 3;
 
-// Every try in vain keeps the kernel's own lock of the set from the holder who wants to release, so tries come no
-// faster than lines are written.
-constexpr std::chrono::microseconds betweenTries{4};
+// A blocking wait costs a context switch on both sides, and while a process waits, every release hands the semaphore to
+// a waiter. A log line takes a few microseconds, so trying first is cheaper. The yield between two tries lets a
+// preempted holder run, which limits the worst latency when there are more processes than processors.
+constexpr int kTriesBeforeBlocking = 100;
 
-void waitBetweenTries() {
+// A failed try holds the kernel's lock of the set and delays the holder's release. The interval is about the time that
+// one log line takes.
+constexpr std::chrono::microseconds kRetryInterval{4};
+
+void waitForRetry() {
   using Clock = std::chrono::steady_clock;
-  const Clock::time_point next = Clock::now() + betweenTries;
+  const Clock::time_point next = Clock::now() + kRetryInterval;
   std::this_thread::yield();
   while (Clock::now() < next) {
   }
 }
 
-// The kernel orders the threads that meet at a semaphore, and the language knows nothing of it; this tells.
-std::atomic<unsigned> handOvers{0};
+// A semaphore orders threads in the kernel, but the C++ memory model does not know semop. Each increment releases and
+// each decrement acquires this counter, which gives the two a happens-before relation.
+std::atomic<unsigned> releaseCount{0};
+
+bool findOrCreate(key_t key, const SemaphoreSet::AttachSteps& steps, int& id) {
+  id = SemaphoreSet::find(key, steps.minMembers, steps.permissions);
+  if (id != -1) return true;
+  id = SemaphoreSet::create(key, steps.members);
+  return id != -1 && steps.initialize(SemaphoreSet(id));
+}
 
 }  // namespace
 
@@ -40,33 +52,43 @@ key_t SemaphoreSet::keyFor(const std::string& path, int projectNumber) {
   return ::ftok(path.c_str(), projectNumber);
 }
 
-int SemaphoreSet::find(key_t key, int members, int permissions) {
-  return ::semget(key, members, permissions);
+int SemaphoreSet::find(key_t key, int minMembers, int permissions) {
+  return ::semget(key, minMembers, permissions);
 }
 
 int SemaphoreSet::create(key_t key, int members) {
   return ::semget(key, members, IPC_CREAT | 0666);
 }
 
-bool SemaphoreSet::change(int member, int by, int flags) const {
+bool SemaphoreSet::attach(const std::string& path, key_t key, const AttachSteps& steps, int& id) {
+  const PathLock lock(path);
+  for (int tries = 0; tries < kMaxAttachTries; ++tries) {
+    if (!findOrCreate(key, steps, id)) return false;
+    if (!steps.countCaller || steps.countCaller(SemaphoreSet(id))) return true;
+    if (!wasRemoved(errno)) return false;
+  }
+  return false;
+}
+
+bool SemaphoreSet::change(int member, int delta, int flags) const {
   sembuf operation{};
   operation.sem_num = static_cast<unsigned short>(member);
-  operation.sem_op = static_cast<short>(by);
+  operation.sem_op = static_cast<short>(delta);
   operation.sem_flg = static_cast<short>(flags);
 
-  if (by > 0) handOvers.fetch_add(1, std::memory_order_release);
+  if (delta > 0) releaseCount.fetch_add(1, std::memory_order_release);
   while (::semop(id_, &operation, 1) != 0) {
     if (errno != EINTR) return false;
   }
-  if (by < 0) (void)handOvers.load(std::memory_order_acquire);
+  if (delta < 0) (void)releaseCount.load(std::memory_order_acquire);
   return true;
 }
 
 bool SemaphoreSet::take(int member) const {
-  for (int tries = 0; tries < triesBeforeSleeping; ++tries) {
+  for (int tries = 0; tries < kTriesBeforeBlocking; ++tries) {
     if (change(member, -1, SEM_UNDO | IPC_NOWAIT)) return true;
     if (errno != EAGAIN) return false;
-    waitBetweenTries();
+    waitForRetry();
   }
   return change(member, -1, SEM_UNDO);
 }

@@ -1,8 +1,9 @@
-// A System V semaphore set, as thin as the calls beneath it; the lock classes bring the rules.
+// A System V semaphore set.
 //
-// A `SemaphoreSet` is only a name for a set: copying it copies nothing, and destroying it leaves the set alone. Every
-// call answers false or -1 on failure and leaves the reason in `errno`. Thread-safe; what a thread wrote before it
-// raised a semaphore is seen by the thread that lowered it next.
+// - A value type that holds the set's identifier: copying and destroying it do not change the set.
+// - A failed call returns false or -1 and sets `errno`.
+// - Thread-safe. What a thread writes before it increments a semaphore is visible to the thread that decrements it
+// next.
 
 #pragma once
 
@@ -10,37 +11,54 @@
 #include <sys/sem.h>
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 
 namespace platform {
 
 class SemaphoreSet {
  public:
+  // What `attach` does with the set that it finds or creates.
+  struct AttachSteps {
+    int members;                                           // of a new set
+    std::function<bool(const SemaphoreSet&)> initialize;   // assigns the first values of a new set
+    std::function<bool(const SemaphoreSet&)> countCaller;  // adds the caller to the count of users; null: no count
+    int minMembers = 0;                                    // passed to `find`
+    int permissions = 0;                                   // passed to `find`
+  };
+
   explicit SemaphoreSet(int id) : id_(id) {}
 
-  // The key that `ftok` makes; -1 when nothing exists at the path. Only the low eight bits of the number count.
+  // Returns the key that `ftok` makes, or -1 if nothing exists at the path. Only the low eight bits of the project
+  // number enter the key.
   static key_t keyFor(const std::string& path, int projectNumber);
 
-  // The identifier of an existing set; -1 when there is none, or one with fewer members than asked for.
-  static int find(key_t key, int members = 0, int permissions = 0);
+  // Returns the identifier of an existing set, or -1 if there is none or it has fewer than `minMembers` members.
+  static int find(key_t key, int minMembers = 0, int permissions = 0);
 
-  // The identifier of the set, created with permissions 0666 when it does not exist yet. All members of a new set are
-  // 0.
+  // Returns the identifier of the set of `key`. Creates it with permissions 0666 if it does not exist; all members of a
+  // new set are 0.
   static int create(key_t key, int members);
 
-  // One operation: adds `by` to a member with the flags of `semop` (SEM_UNDO, IPC_NOWAIT). A wait goes on after a
-  // signal.
-  bool change(int member, int by, int flags) const;
+  // Finds or creates the set of `key` and counts the caller in, while it holds the `PathLock` of `path`.
+  //
+  // - Retries twice if the last user removes the set between the find and the count.
+  // - `id` receives the identifier of the last set found or created, or -1. It is set on failure too.
+  static bool attach(const std::string& path, key_t key, const AttachSteps& steps, int& id);
 
-  // Takes 1 from a member with SEM_UNDO, waiting as long as needed.
+  // Adds `delta` to a member in one `semop` with the given flags (SEM_UNDO, IPC_NOWAIT). A signal does not end the
+  // wait.
+  bool change(int member, int delta, int flags) const;
+
+  // Subtracts 1 from a member with SEM_UNDO. Waits without limit.
   bool take(int member) const;
 
-  // -1 on failure.
+  // Returns -1 on failure.
   int value(int member) const;
   bool setValue(int member, int value) const;
   bool remove() const;
 
-  // Whether `error` says that the set was removed, by its last user, after it had been found.
+  // Returns whether `error` means that a set which was found has been removed since.
   static bool wasRemoved(int error);
 
  private:

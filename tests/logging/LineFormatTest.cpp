@@ -141,17 +141,17 @@ TEST_F(LineFormatTest, TheThreadIdIsTheCallingThreadsWhereTheSystemNumbersThem) 
 }
 
 TEST_F(LineFormatTest, TheThreadIdIsEmptyOnSystemsOlderThanTenSix) {
-  EXPECT_FALSE(tarn::numbersThreads(10, 5));
-  EXPECT_FALSE(tarn::numbersThreads(6, 1));
-  EXPECT_TRUE(tarn::numbersThreads(10, 6));
-  EXPECT_TRUE(tarn::numbersThreads(6, 12));
-  EXPECT_TRUE(tarn::numbersThreads(11, 0));
+  EXPECT_FALSE(tarn::hasThreadIds(10, 5));
+  EXPECT_FALSE(tarn::hasThreadIds(6, 1));
+  EXPECT_TRUE(tarn::hasThreadIds(10, 6));
+  EXPECT_TRUE(tarn::hasThreadIds(6, 12));
+  EXPECT_TRUE(tarn::hasThreadIds(11, 0));
 
   int major = 0;
   int minor = 0;
   int bugFix = 0;
   ASSERT_TRUE(tarn::utilGetCurrentOSVersion(major, minor, bugFix));
-  EXPECT_EQ(thread.empty(), !tarn::numbersThreads(major, minor));
+  EXPECT_EQ(thread.empty(), !tarn::hasThreadIds(major, minor));
 }
 
 }  // namespace

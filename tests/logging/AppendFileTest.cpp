@@ -1,4 +1,4 @@
-#include "logging/FileEnd.h"
+#include "logging/AppendFile.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -10,9 +10,9 @@
 
 namespace {
 
-class FileEndTest : public testing::Test {
+class AppendFileTest : public testing::Test {
  protected:
-  FileEndTest() {
+  AppendFileTest() {
     support::writeFile(path, "");
     end.open(path);
   }
@@ -21,24 +21,24 @@ class FileEndTest : public testing::Test {
 
   const support::TemporaryFolder folder;
   const std::string path = folder / "file";
-  tarn::FileEnd end;
+  tarn::AppendFile end;
 };
 
-TEST_F(FileEndTest, AnEmptyFileEndsWell) {
+TEST_F(AppendFileTest, AnEmptyAppendFilesWell) {
   EXPECT_FALSE(end.isInsideLine());
 }
 
-TEST_F(FileEndTest, ANewlineEndsALine) {
+TEST_F(AppendFileTest, ANewlineEndsALine) {
   append("a\n");
   EXPECT_FALSE(end.isInsideLine());
 }
 
-TEST_F(FileEndTest, AnythingElseDoesNot) {
+TEST_F(AppendFileTest, AnythingElseDoesNot) {
   append("a\nb");
   EXPECT_TRUE(end.isInsideLine());
 }
 
-TEST_F(FileEndTest, WhatWeWroteOurselvesIsNotLookedAtAgain) {
+TEST_F(AppendFileTest, WhatWeWroteOurselvesIsNotLookedAtAgain) {
   append("a\n");
   EXPECT_FALSE(end.isInsideLine());
   EXPECT_TRUE(end.append("b"));
@@ -46,7 +46,7 @@ TEST_F(FileEndTest, WhatWeWroteOurselvesIsNotLookedAtAgain) {
   EXPECT_EQ(support::contentsOf(path), "a\nb");
 }
 
-TEST_F(FileEndTest, WhatOthersWroteAfterUsIs) {
+TEST_F(AppendFileTest, WhatOthersWroteAfterUsIs) {
   append("a\n");
   end.isInsideLine();
   end.append("b\n");
@@ -54,7 +54,7 @@ TEST_F(FileEndTest, WhatOthersWroteAfterUsIs) {
   EXPECT_TRUE(end.isInsideLine());
 }
 
-TEST_F(FileEndTest, AFailedWriteMakesItLookAgain) {
+TEST_F(AppendFileTest, AFailedWriteMakesItLookAgain) {
   support::Child writer([&] {
     ::signal(SIGXFSZ, SIG_IGN);
     const rlimit full{3, RLIM_INFINITY};
@@ -66,7 +66,7 @@ TEST_F(FileEndTest, AFailedWriteMakesItLookAgain) {
   EXPECT_EQ(support::contentsOf(path), "a\nb");
 }
 
-TEST_F(FileEndTest, AFileThatCannotBeReadEndsWell) {
+TEST_F(AppendFileTest, AFileThatCannotBeReadEndsWell) {
   end.open(folder / "missing");
   EXPECT_FALSE(end.isInsideLine());
   EXPECT_FALSE(end.append("a\n"));
