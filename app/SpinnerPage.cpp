@@ -8,15 +8,15 @@ constexpr char kImageBase64[] =
 #include "SpinnerImage.inc"
     ;
 
-bool mayStandInPath(char c) {
-  constexpr std::string_view kMarks = "-._~!$&'()*+,;=:@/";
+bool isPathCharacter(char c) {
+  constexpr std::string_view kPunctuation = "-._~!$&'()*+,;=:@/";
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-         kMarks.find(c) != std::string_view::npos;
+         kPunctuation.find(c) != std::string_view::npos;
 }
 
 }  // namespace
 
-// Text fixed by the interface: the repeated "center", the sizes without units and the empty container rule included.
+// Text fixed by the interface, including the repeated "center", the sizes without units and the empty container rule.
 const std::string spinnerHTMLSource =
     std::string(
         R"(<html><head><style type="text/css">body{overflow: hidden;margin: 0px!important;padding: 0px!important;})"
@@ -34,7 +34,7 @@ std::string spinnerPageURL(const std::string& path) {
   constexpr char kHex[] = "0123456789ABCDEF";
   std::string url = "file://";
   for (const char c : path) {
-    if (mayStandInPath(c)) {
+    if (isPathCharacter(c)) {
       url += c;
       continue;
     }

@@ -1,7 +1,7 @@
-// The built-in page that the window shows until the sign-in page arrives, and the address that it is loaded under.
+// The built-in page that the window shows until the sign-in page loads, and its address.
 //
-// The page is one line of HTML without a document type: quirks mode accepts its unit-less sizes. Its image, a 64 x 64
-// animated GIF of 1,949 bytes, is made at build time by spinner/MakeSpinner.cpp.
+// - One line of HTML without a document type: quirks mode accepts its unit-less sizes.
+// - Its image is spinner.gif, embedded at build time: an animated GIF of 64 x 64 pixels and 1,949 bytes.
 
 #pragma once
 
@@ -9,16 +9,20 @@
 
 extern const std::string spinnerHTMLSource;
 
-// The address under which the spinner page finishes, empty until `SignInFlow::launch` sets it. A shell whose platform
-// has a form of its own for the address puts that in its place.
+// The address that the spinner page reports when it has finished loading. Empty until `SignInFlow::launch` sets it. A
+// shell whose platform writes the address differently replaces it.
 extern std::string spinnerHTMLBaseURL;
 
-// The path of the page, which need not exist: a sibling of the bundle, since no separator is put between them.
+// The path of the page. No file needs to exist there. The name is appended without a separator, so that the path is a
+// sibling of the bundle.
 //   "/opt/kelvo"  => "/opt/kelvospinner_html.html"
 std::string spinnerPagePath(const std::string& bundlePath);
 
-// "file://" and the percent-escaped path (RFC 3986, section 2.1). Letters, digits and the marks that may stand in a
-// path (section 3.3) are kept; everything else is escaped byte for byte in capitals, "?", "#", "%" and brackets
-// included, so that a web view takes the whole text as a path and gives it back unchanged.
+// "file://" and the percent-encoded path (RFC 3986, section 2.1).
+//
+// - Letters, digits and the other characters that a path may contain (section 3.3) are unchanged.
+// - Every other byte is encoded with upper-case digits, "?", "#", "%" and brackets included. A web view then takes the
+//   whole text as a path and returns it unchanged.
+//
 //   "/a b#1"  => "file:///a%20b%231"
 std::string spinnerPageURL(const std::string& path);

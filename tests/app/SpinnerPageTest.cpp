@@ -11,10 +11,10 @@ constexpr std::string_view kBefore =
     "<html><head><style type=\"text/css\">body{overflow: hidden;margin: 0px!important;padding: 0px!important;}"
     "div.image {width: 680;height: 550;background-repeat: no-repeat;right: 0px;background-position: center; "
     "center;background-image: url('data:image/gif;base64,";
-constexpr std::string_view kBehind = "');}.container{\t}</style></head><body><div class=\"image\"></div></body></html>";
+constexpr std::string_view kAfter = "');}.container{\t}</style></head><body><div class=\"image\"></div></body></html>";
 
 std::string imageText() {
-  return spinnerHTMLSource.substr(kBefore.size(), spinnerHTMLSource.size() - kBefore.size() - kBehind.size());
+  return spinnerHTMLSource.substr(kBefore.size(), spinnerHTMLSource.size() - kBefore.size() - kAfter.size());
 }
 
 std::string decoded(const std::string& base64) {
@@ -33,12 +33,12 @@ std::string decoded(const std::string& base64) {
   return bytes;
 }
 
-unsigned numberAt(const std::string& bytes, std::size_t at) {
+unsigned littleEndianAt(const std::string& bytes, std::size_t at) {
   return static_cast<unsigned char>(bytes.at(at)) | static_cast<unsigned>(static_cast<unsigned char>(bytes.at(at + 1)))
                                                         << 8;
 }
 
-std::size_t behindBlocks(const std::string& gif, std::size_t at) {
+std::size_t afterBlocks(const std::string& gif, std::size_t at) {
   while (gif.at(at) != 0)
     at += static_cast<unsigned char>(gif.at(at)) + 1u;
   return at + 1;
@@ -46,37 +46,37 @@ std::size_t behindBlocks(const std::string& gif, std::size_t at) {
 
 struct Animation {
   int frames = 0;
-  bool everyDelayIsAFifth = true;
-  bool everyFrameIsTransparentAtTwo = true;
-  bool repeatsForEver = false;
+  bool everyDelayIs20 = true;
+  bool everyTransparentIndexIs2 = true;
+  bool loopsEndlessly = false;
   bool endsWithTrailer = false;
 };
 
-Animation walked(const std::string& gif) {
+Animation animationOf(const std::string& gif) {
   Animation found;
   std::size_t at = 13 + 12;
   while (gif.at(at) != ';') {
     if (gif.at(at) == '\x2C') {
       ++found.frames;
-      at = behindBlocks(gif, at + 11);
+      at = afterBlocks(gif, at + 11);
       continue;
     }
     const char label = gif.at(at + 1);
     if (label == '\xF9') {
-      found.everyDelayIsAFifth &= numberAt(gif, at + 4) == 20;
-      found.everyFrameIsTransparentAtTwo &= (gif.at(at + 3) & 1) == 1 && gif.at(at + 6) == 2;
+      found.everyDelayIs20 &= littleEndianAt(gif, at + 4) == 20;
+      found.everyTransparentIndexIs2 &= (gif.at(at + 3) & 1) == 1 && gif.at(at + 6) == 2;
     }
     if (label == '\xFF')
-      found.repeatsForEver = gif.compare(at + 3, 11, "NETSCAPE2.0") == 0 && numberAt(gif, at + 16) == 0;
-    at = behindBlocks(gif, at + 2);
+      found.loopsEndlessly = gif.compare(at + 3, 11, "NETSCAPE2.0") == 0 && littleEndianAt(gif, at + 16) == 0;
+    at = afterBlocks(gif, at + 2);
   }
   found.endsWithTrailer = at + 1 == gif.size();
   return found;
 }
 
-TEST(SpinnerPage, TheTextAroundTheImageIsFixed) {
+TEST(SpinnerPage, TextAroundTheImageIsFixed) {
   EXPECT_EQ(spinnerHTMLSource.compare(0, kBefore.size(), kBefore), 0);
-  EXPECT_EQ(spinnerHTMLSource.compare(spinnerHTMLSource.size() - kBehind.size(), kBehind.size(), kBehind), 0);
+  EXPECT_EQ(spinnerHTMLSource.compare(spinnerHTMLSource.size() - kAfter.size(), kAfter.size(), kAfter), 0);
   EXPECT_EQ(imageText().size(), 2600u);
 }
 
@@ -84,38 +84,38 @@ TEST(SpinnerPage, ImageHas1949Bytes) {
   EXPECT_EQ(decoded(imageText()).size(), 1949u);
 }
 
-TEST(SpinnerPage, ImageIs64By64WithFourColoursGreyAndBlueFirst) {
+TEST(SpinnerPage, ImageIs64By64WithFourColours) {
   const std::string gif = decoded(imageText());
   EXPECT_EQ(gif.substr(0, 6), "GIF89a");
-  EXPECT_EQ(numberAt(gif, 6), 64u);
-  EXPECT_EQ(numberAt(gif, 8), 64u);
-  EXPECT_EQ(gif.at(10) & 0x87, 0x81);  // a global table of four
+  EXPECT_EQ(littleEndianAt(gif, 6), 64u);
+  EXPECT_EQ(littleEndianAt(gif, 8), 64u);
+  EXPECT_EQ(gif.at(10) & 0x87, 0x81);  // a global colour table of four entries
   EXPECT_EQ(gif.substr(13, 6), "\x65\x65\x65" + std::string("\x00\x8B\xD9", 3));
 }
 
-TEST(SpinnerPage, ImageHasTwelveFramesOfAFifthOfASecondForEver) {
-  const Animation found = walked(decoded(imageText()));
+TEST(SpinnerPage, ImageHasTwelveFramesAndLoopsEndlessly) {
+  const Animation found = animationOf(decoded(imageText()));
   EXPECT_EQ(found.frames, 12);
-  EXPECT_TRUE(found.everyDelayIsAFifth);
-  EXPECT_TRUE(found.everyFrameIsTransparentAtTwo);
-  EXPECT_TRUE(found.repeatsForEver);
+  EXPECT_TRUE(found.everyDelayIs20);
+  EXPECT_TRUE(found.everyTransparentIndexIs2);
+  EXPECT_TRUE(found.loopsEndlessly);
   EXPECT_TRUE(found.endsWithTrailer);
 }
 
-TEST(SpinnerPage, LiesBesideTheBundleNotInIt) {
+TEST(SpinnerPage, PathIsASiblingOfTheBundle) {
   EXPECT_EQ(spinnerPagePath("/opt/kelvo"), "/opt/kelvospinner_html.html");
 }
 
-TEST(SpinnerPage, AddressEscapesEachBlank) {
+TEST(SpinnerPage, AddressEncodesSpaces) {
   EXPECT_EQ(spinnerPageURL("/Program Files/My App"), "file:///Program%20Files/My%20App");
 }
 
-TEST(SpinnerPage, AddressEscapesWhatAWebViewWouldTakeForSomethingElse) {
+TEST(SpinnerPage, AddressEncodesDelimitersAndNonAsciiBytes) {
   EXPECT_EQ(spinnerPageURL("/a#b?c%d[e]\"f|g\\h"), "file:///a%23b%3Fc%25d%5Be%5D%22f%7Cg%5Ch");
   EXPECT_EQ(spinnerPageURL("/ä"), "file:///%C3%A4");
 }
 
-TEST(SpinnerPage, AddressKeepsTheMarksOfAPath) {
+TEST(SpinnerPage, AddressKeepsPathPunctuation) {
   EXPECT_EQ(spinnerPageURL("/a-b._~!$&'()*+,;=:@"), "file:///a-b._~!$&'()*+,;=:@");
 }
 
