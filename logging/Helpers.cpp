@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/SystemVersion.h"
 #include "platform/UserFolders.h"
 

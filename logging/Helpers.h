@@ -2,7 +2,7 @@
 //
 // A function that produces something replaces its output on success and leaves it alone on failure, unless it says
 // otherwise; false is the only report, for these stand below the logger. None throws. Path functions have the rules of
-// platform/PathString.h.
+// platform/Path.h.
 
 #pragma once
 

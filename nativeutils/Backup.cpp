@@ -17,7 +17,7 @@
 #include "platform/Failure.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Replacing.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include "platform/AutoreleasePool.h"
 #include "platform/FileKind.h"
 #include "platform/FileText.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 using nativeutils::kComponent;
 

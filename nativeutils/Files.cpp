@@ -16,7 +16,7 @@
 #include "platform/FileCopy.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/UserFolders.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include "platform/Applications.h"
 #include "platform/AutoreleasePool.h"
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Processes.h"
 #include "platform/RunLoop.h"
 

@@ -13,7 +13,7 @@
 #include "nativeutils/Component.h"
 #include "platform/AutoreleasePool.h"
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Text.h"
 
 using nativeutils::kComponent;

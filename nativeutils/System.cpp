@@ -16,7 +16,7 @@
 #include "platform/Accounts.h"
 #include "platform/AutoreleasePool.h"
 #include "platform/Bundle.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/SystemVersion.h"
 
 using nativeutils::kComponent;

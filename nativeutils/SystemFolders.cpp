@@ -9,7 +9,7 @@
 #include "nativeutils/UserFolder.h"
 #include "platform/AutoreleasePool.h"
 #include "platform/Folders.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 using nativeutils::kComponent;
 using platform::findFolder;

@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace platform {
@@ -16,11 +15,6 @@ namespace platform {
 // answer is given up after two seconds, and the program started without it; GIO may start a bus where there is none. On
 // macOS the workspace is asked, and brackets may stand anywhere.
 bool openUrl(const std::string& url);
-
-// Whether the text has a scheme and is otherwise made of what RFC 3986 allows: no blanks, no letters beyond ASCII, "%"
-// only before two hexadecimal digits, brackets only around a host, one "#" at most.
-//   "http://h/a%20b?c#d" => true   "http://h/a b" => false   "//h/a" => false   "mailto:a@b" => true
-bool isUrl(std::string_view text);
 
 // Why the application launcher cannot refer to a file: the name of the error and what it means.
 struct ReferenceFailure {

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
 #include "platform/WriteAll.h"

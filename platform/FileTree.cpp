@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "platform/FolderListing.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/UniqueFd.h"
 
 namespace platform {

@@ -8,7 +8,7 @@
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
 #include "platform/FolderListing.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 namespace platform {
 namespace {

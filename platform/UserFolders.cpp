@@ -1,7 +1,7 @@
 #include "platform/UserFolders.h"
 
 #include "platform/PasswordEntry.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 namespace platform {
 

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/Url.h"
 #include "platform/linux/TimedCalls.h"
 
 namespace platform {

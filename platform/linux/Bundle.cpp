@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/linux/ExecutableFile.h"
 
 namespace platform {

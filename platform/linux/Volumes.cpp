@@ -17,7 +17,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
 #include "platform/linux/DeviceLabel.h"

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/AutoreleasePool.h"
+#include "platform/Url.h"
 #include "platform/macos/FoundationText.h"
 
 namespace platform {

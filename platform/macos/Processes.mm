@@ -8,7 +8,7 @@
 
 #include "platform/AutoreleasePool.h"
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/TaskProgram.h"
 #include "platform/Text.h"
 #include "platform/macos/FoundationText.h"

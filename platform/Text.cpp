@@ -1,7 +1,6 @@
-#include <cstddef>
-#include <string_view>
-
 #include "platform/Text.h"
+
+#include <cstddef>
 
 namespace platform {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 #include <cstddef>
 

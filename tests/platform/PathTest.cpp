@@ -1,4 +1,4 @@
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 #include <gtest/gtest.h>
 #include <libgen.h>
@@ -58,22 +58,22 @@ const Row rows[] = {
     {"http://host/page.html", "page.html", "http:/host", "html", "http:/host/page"},
 };
 
-TEST(PathString, TheLastComponentIsWhatFollowsTheLastSlashThatCounts) {
+TEST(PathTest, TheLastComponentIsWhatFollowsTheLastSlashThatCounts) {
   for (const Row& row : rows)
     EXPECT_EQ(platform::lastPathComponent(row.path), row.last) << row.path;
 }
 
-TEST(PathString, DeletingTheLastComponentLeavesItsFolder) {
+TEST(PathTest, DeletingTheLastComponentLeavesItsFolder) {
   for (const Row& row : rows)
     EXPECT_EQ(platform::deletingLastPathComponent(row.path), row.withoutLast) << row.path;
 }
 
-TEST(PathString, TheExtensionFollowsTheLastDotOfTheLastComponent) {
+TEST(PathTest, TheExtensionFollowsTheLastDotOfTheLastComponent) {
   for (const Row& row : rows)
     EXPECT_EQ(platform::pathExtension(row.path), row.extension) << row.path;
 }
 
-TEST(PathString, DeletingTheExtensionTakesTheDotAlong) {
+TEST(PathTest, DeletingTheExtensionTakesTheDotAlong) {
   for (const Row& row : rows)
     EXPECT_EQ(platform::deletingPathExtension(row.path), row.withoutExtension) << row.path;
 }
@@ -84,7 +84,7 @@ struct Joint {
   const char* joined;
 };
 
-TEST(PathString, AppendingAComponentPutsExactlyOneSlashBetween) {
+TEST(PathTest, AppendingAComponentPutsExactlyOneSlashBetween) {
   const Joint joints[] = {
       {"/tmp", "scratch.tiff", "/tmp/scratch.tiff"},
       {"/tmp/", "scratch.tiff", "/tmp/scratch.tiff"},
@@ -116,7 +116,7 @@ std::vector<std::string> textsUpTo(std::size_t length, const std::string& charac
   return texts;
 }
 
-TEST(PathString, ParentAndNameAreThoseOfTheSystem) {
+TEST(PathTest, ParentAndNameAreThoseOfTheSystem) {
   for (const std::string& path : textsUpTo(8, "a./")) {
     std::string copy = path;
     const bool isTheSystemsChoice = path.rfind("//", 0) == 0 && path.rfind("///", 0) != 0;
@@ -128,13 +128,13 @@ TEST(PathString, ParentAndNameAreThoseOfTheSystem) {
   }
 }
 
-TEST(PathString, TwoLeadingSlashesAreLikeOne) {
+TEST(PathTest, TwoLeadingSlashesAreLikeOne) {
   for (const char* path : {"//", "//a", "//a/"})
     EXPECT_EQ(platform::parentFolder(path), "/") << path;
   EXPECT_EQ(platform::parentFolder("//a/b"), "//a");
 }
 
-TEST(PathString, ParentAndNameEndAtTheFirstNul) {
+TEST(PathTest, ParentAndNameEndAtTheFirstNul) {
   using namespace std::string_literals;
   EXPECT_EQ(platform::parentFolder("/a/b\0/c"s), "/a");
   EXPECT_EQ(platform::baseName("/a/b\0/c"s), "b");
@@ -142,13 +142,13 @@ TEST(PathString, ParentAndNameEndAtTheFirstNul) {
   EXPECT_EQ(platform::baseName("\0/c"s), ".");
 }
 
-TEST(PathString, ParentAndNameMayBeOfAnyLength) {
+TEST(PathTest, ParentAndNameMayBeOfAnyLength) {
   const std::string parent = "/" + std::string(100000, 'p'), name(100000, 'n');
   EXPECT_EQ(platform::parentFolder(parent + "/" + name), parent);
   EXPECT_EQ(platform::baseName(parent + "/" + name), name);
 }
 
-TEST(PathString, ThreadsShareNoResult) {
+TEST(PathTest, ThreadsShareNoResult) {
   std::atomic<int> wrong{0};
   std::vector<std::thread> threads;
   for (const char letter : std::string("abcdefgh")) {
@@ -165,7 +165,7 @@ TEST(PathString, ThreadsShareNoResult) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(PathString, AppendingAnExtensionExtendsTheLastComponent) {
+TEST(PathTest, AppendingAnExtensionExtendsTheLastComponent) {
   const Joint joints[] = {
       {"/tmp/scratch.old", "tiff", "/tmp/scratch.old.tiff"},
       {"/tmp/scratch.", "tiff", "/tmp/scratch..tiff"},
@@ -188,13 +188,13 @@ TEST(PathString, AppendingAnExtensionExtendsTheLastComponent) {
   }
 }
 
-TEST(PathString, NothingIsExtendedThatHasNoName) {
+TEST(PathTest, NothingIsExtendedThatHasNoName) {
   EXPECT_FALSE(platform::appendingPathExtension("", "txt"));
   EXPECT_FALSE(platform::appendingPathExtension("/", "txt"));
   EXPECT_FALSE(platform::appendingPathExtension("//", "txt"));
 }
 
-TEST(PathString, AnExtensionWithASlashIsRefused) {
+TEST(PathTest, AnExtensionWithASlashIsRefused) {
   EXPECT_FALSE(platform::appendingPathExtension("a", "/b"));
   EXPECT_FALSE(platform::appendingPathExtension("a", "b/c"));
   EXPECT_FALSE(platform::appendingPathExtension("a", "b/"));

@@ -1,9 +1,7 @@
+#include "platform/Url.h"
+
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
-#include <string_view>
-
-#include "platform/Applications.h"
 
 namespace platform {
 namespace {
