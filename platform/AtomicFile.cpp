@@ -11,7 +11,6 @@
 #include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
-#include "platform/WriteAll.h"
 
 namespace platform {
 namespace {

@@ -1,12 +1,15 @@
-#include "platform/FileContents.h"
+#include "platform/FileCopy.h"
 
 #include <linux/fs.h>
+#include <linux/limits.h>
 #include <sys/ioctl.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <vector>
 
 namespace platform {
 namespace {
@@ -25,6 +28,19 @@ off_t copyPart(int from, int to, off_t at, off_t end) {
   return read;
 }
 
+std::vector<char> attributeNames(int fd) {
+  for (int tries = 0; tries < 10; ++tries) {
+    const ssize_t size = ::flistxattr(fd, nullptr, 0);
+    if (size <= 0) return {};
+    std::vector<char> names(static_cast<std::size_t>(size));
+    const ssize_t got = ::flistxattr(fd, names.data(), names.size());
+    if (got < 0 && errno == ERANGE) continue;  // another one has come meanwhile
+    names.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
+    return names;
+  }
+  return {};
+}
+
 }  // namespace
 
 off_t copyData(int from, int to, off_t size) {
@@ -41,6 +57,25 @@ off_t copyData(int from, int to, off_t size) {
     if (at < hole) return at;
   }
   return at;
+}
+
+void copyExtendedAttributes(int from, int to) {
+  const std::vector<char> names = attributeNames(from);
+  if (names.empty()) return;
+  std::vector<char> value(XATTR_SIZE_MAX);
+  for (auto name = names.begin(); name != names.end();) {
+    const char* const attribute = &*name;
+    const ssize_t size = ::fgetxattr(from, attribute, value.data(), value.size());
+    if (size >= 0) (void)::fsetxattr(to, attribute, value.data(), static_cast<std::size_t>(size), 0);
+    while (*name++ != '\0') {
+    }
+  }
+}
+
+void copyAccessList(int /*from*/, int /*to*/) {}
+
+std::array<timespec, 2> timesOf(const struct stat& object) {
+  return {object.st_atim, object.st_mtim};
 }
 
 }  // namespace platform

@@ -1,4 +1,6 @@
-#include "platform/FileContents.h"
+#include "platform/FileCopy.h"
+
+#include <copyfile.h>
 
 namespace platform {
 
@@ -9,6 +11,19 @@ namespace platform {
 // own copy runs after a file that grows, and fails at what cannot be cut off.
 off_t copyData(int /*from*/, int /*to*/, off_t /*size*/) {
   return 0;
+}
+
+// Not with COPYFILE_STAT, which would leave the set-user-id bit to whoever copies. What cannot be kept is left out.
+void copyExtendedAttributes(int from, int to) {
+  (void)::fcopyfile(from, to, nullptr, COPYFILE_XATTR);
+}
+
+void copyAccessList(int from, int to) {
+  (void)::fcopyfile(from, to, nullptr, COPYFILE_ACL);
+}
+
+std::array<timespec, 2> timesOf(const struct stat& object) {
+  return {object.st_atimespec, object.st_mtimespec};
 }
 
 }  // namespace platform
