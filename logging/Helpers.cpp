@@ -10,8 +10,8 @@
 #include <optional>
 
 #include "platform/Path.h"
-#include "platform/SystemVersion.h"
-#include "platform/UserFolders.h"
+#include "platform/Machine.h"
+#include "platform/Users.h"
 
 namespace tarn {
 namespace {

@@ -11,8 +11,8 @@
 #include <string_view>
 
 #include "logging/Helpers.h"
+#include "platform/Machine.h"
 #include "platform/PathLock.h"
-#include "platform/Threads.h"
 
 namespace tarn {
 namespace {

@@ -13,7 +13,7 @@
 #include "nativeutils/Component.h"
 #include "nativeutils/Files.h"
 #include "nativeutils/Strings.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/Failure.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"

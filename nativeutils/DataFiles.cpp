@@ -9,7 +9,7 @@
 #include "nativeutils/Files.h"
 #include "nativeutils/Strings.h"
 #include "platform/AtomicFile.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/FileKind.h"
 #include "platform/FileText.h"
 #include "platform/Path.h"

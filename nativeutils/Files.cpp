@@ -12,14 +12,14 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/Failure.h"
 #include "platform/FileCopy.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
 #include "platform/Path.h"
 #include "platform/TreeRemoval.h"
-#include "platform/UserFolders.h"
+#include "platform/Users.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/FileKind.h"
 #include "platform/Path.h"
 #include "platform/Text.h"

@@ -7,8 +7,8 @@
 #include "nativeutils/Strings.h"
 #include "nativeutils/System.h"
 #include "nativeutils/UserFolder.h"
-#include "platform/AutoreleasePool.h"
-#include "platform/Folders.h"
+#include "platform/EventLoop.h"
+#include "platform/Users.h"
 #include "platform/Path.h"
 
 using nativeutils::kComponent;

@@ -7,7 +7,7 @@
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
 #include "nativeutils/System.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/Volumes.h"
 
 using nativeutils::kComponent;

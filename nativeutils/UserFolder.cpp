@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "platform/UserFolders.h"
+#include "platform/Users.h"
 
 bool util_getUserFolderPath(std::string& path) {
   path = platform::homeFolder();

@@ -7,7 +7,7 @@
 
 #include "logging/Helpers.h"
 #include "nativeutils/UserFolder.h"
-#include "platform/UserFolders.h"
+#include "platform/Users.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Home.h"
 

@@ -1,4 +1,4 @@
-#include "platform/RunLoop.h"
+#include "platform/EventLoop.h"
 
 #include <unistd.h>
 
@@ -38,5 +38,12 @@ void runLoopFor(std::chrono::milliseconds duration) {
     g_main_context_iteration(context.get(), TRUE);
   g_main_context_release(context.get());
 }
+
+void* openAutoreleasePool() {
+  static char token;
+  return &token;
+}
+
+void closeAutoreleasePool(void* /*pool*/) {}
 
 }  // namespace platform

@@ -1,12 +1,16 @@
+#include "platform/Desktop.h"
+
 #include <ApplicationServices/ApplicationServices.h>
+#import <Cocoa/Cocoa.h>
 #include <CoreServices/CoreServices.h>
 #import <Foundation/Foundation.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "platform/Applications.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
+#include "platform/Url.h"
 #include "platform/macos/FoundationText.h"
 
 // The launcher and the references to files are of a time that newer systems warn of.
@@ -15,6 +19,13 @@
 
 namespace platform {
 namespace {
+
+// Foundation takes brackets anywhere. Newer systems' takes any text at all, and mends it.
+bool isAddress(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '[' || c == ']'; }, '!');
+  return isUrl(text);
+}
 
 // Of an Apple event or a piece of one; disposed of at the end of its scope, if it came to be.
 class Descriptor {
@@ -57,6 +68,13 @@ bool launch(const FSRef& file, NSArray* arguments, AEDesc* event) {
 
 }  // namespace
 
+bool openUrl(const std::string& url) {
+  if (!isAddress(url)) return false;
+  const AutoreleaseScope scope;
+  NSURL* const address = [NSURL URLWithString:stringOf(url)];
+  return address != nil && [[NSWorkspace sharedWorkspace] openURL:address];
+}
+
 FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
   const AutoreleaseScope scope;
   Descriptor process, event;
@@ -66,6 +84,23 @@ FrontLaunch launchInFront(const std::string& path, const std::vector<std::string
   if (status != noErr) return {false, failureOf(status)};
   NSArray* const strings = stringsOf(arguments);
   return {strings != nil && launch(file, strings, event.get()), std::nullopt};
+}
+
+Fronting bringToFront(pid_t process) {
+  ProcessSerialNumber number = {};
+  if (GetProcessForPID(process, &number) != noErr) return Fronting::unknown;
+  return SetFrontProcess(&number) == noErr ? Fronting::done : Fronting::impossible;
+}
+
+void postToAllSessions(const std::string& name, const std::string& object) {
+  const AutoreleaseScope scope;
+  NSString* const word = stringOf(name);
+  NSString* const sender = stringOf(object);
+  if (word == nil || sender == nil) return;
+  [[NSDistributedNotificationCenter defaultCenter] postNotificationName:word
+                                                                 object:sender
+                                                               userInfo:nil
+                                                                options:NSDistributedNotificationPostToAllSessions];
 }
 
 }  // namespace platform

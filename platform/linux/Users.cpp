@@ -1,16 +1,34 @@
-#include "platform/Folders.h"
+#include "platform/Users.h"
 
 #include <sys/stat.h>
+#include <systemd/sd-login.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
 
 #include "platform/Text.h"
-#include "platform/UserFolders.h"
 
 namespace platform {
 namespace {
+
+struct Free {
+  void operator()(char* text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, Free>;
+
+// A login screen is a session too, of a user who is nobody's; so is a screen that waits for an unlocking.
+bool isSomebodys(const char* session) {
+  char* answer = nullptr;
+  if (::sd_session_get_class(session, &answer) < 0) return false;
+  const Text kind(answer);
+  return std::strncmp(kind.get(), "user", 4) == 0;
+}
 
 constexpr std::size_t longestPath = 1023;
 
@@ -53,6 +71,19 @@ int makeFolders(const std::string& path, mode_t mode) {
 }
 
 }  // namespace
+
+std::optional<uid_t> consoleUser() {
+  char* answer = nullptr;
+  uid_t user = 0;
+  if (::sd_seat_get_active("seat0", &answer, &user) < 0) return std::nullopt;
+  const Text session(answer);
+  if (!session || !isSomebodys(session.get())) return std::nullopt;
+  return user;
+}
+
+std::string homeFolder() {
+  return homeFolderOf(::geteuid());
+}
 
 FolderSearch findFolder(FolderDomain domain, FolderKind kind) {
   using Failure = FolderSearch::Failure;

@@ -1,4 +1,4 @@
-#include "platform/TaskProgram.h"
+#include "platform/Processes.h"
 
 #include <filesystem>
 #include <system_error>

@@ -1,10 +1,8 @@
-#include "platform/RunLoop.h"
+#include "platform/EventLoop.h"
 
 #import <Foundation/Foundation.h>
 
 #include <thread>
-
-#include "platform/AutoreleasePool.h"
 
 namespace platform {
 
@@ -22,6 +20,14 @@ void runLoopFor(std::chrono::milliseconds duration) {
   }
   // A run loop with nothing to wait for returns at once, and one that was thrown out of before its time.
   std::this_thread::sleep_until(end);
+}
+
+void* openAutoreleasePool() {
+  return [[NSAutoreleasePool alloc] init];
+}
+
+void closeAutoreleasePool(void* pool) {
+  [static_cast<NSAutoreleasePool*>(pool) release];
 }
 
 }  // namespace platform
