@@ -1,15 +1,12 @@
 #include "applog/Logger.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <string_view>
 
 #include "logging/LoggingCore.h"
-#include "nativeutils/UserFolder.h"
+#include "platform/Users.h"
 
 namespace {
 
@@ -18,14 +15,6 @@ constexpr char logFileName[] = "Kelvo.log";
 constexpr char buildVersion[] = "9.0.0.121";
 constexpr std::size_t messageSize = 1024;
 constexpr std::string_view separator = "|||";
-
-// Without the folder there is no log, and the application runs on.
-void makeLogFolder(const std::string& home) {
-  if (home.empty()) return;
-  const std::string library = home + "/Library";
-  if (::mkdir(library.c_str(), 0700) != 0 && errno != EEXIST) return;
-  (void)::mkdir((library + "/Logs").c_str(), 0700);
-}
 
 tarn::Log_Level levelNamed(std::string_view word) {
   if (word == "INFO") return tarn::INFO;
@@ -47,9 +36,8 @@ Logger* Logger::getInstance() {
 }
 
 Logger::Logger() : tarn::Logger(logIdentifier) {
-  std::string home;
-  utilGetUserFolderPath(home);
-  makeLogFolder(home);
+  // Without the folder there is no log, and the application runs on.
+  (void)platform::makeLogsFolder(platform::homeFolderOfConsoleUser());
 
   fileFlag.reset(new OVNLoggingFileOperationFlag);
   fileFlag->semid = -1;

@@ -5,14 +5,13 @@
 #include <string>
 
 #include "applog/LogFlagNumbers.h"
-#include "nativeutils/UserFolder.h"
 #include "platform/PathLock.h"
 #include "platform/SemaphoreSet.h"
+#include "platform/Users.h"
 
 bool OVNLoggingBufferOperationFlag::createFlag() {
   using platform::SemaphoreSet;
-  std::string home;
-  utilGetUserFolderPath(home);
+  const std::string home = platform::homeFolderOfConsoleUser();
   const key_t fileFlag = SemaphoreSet::keyFor(home, fileOperationFlagNumber);
   const key_t reserved = SemaphoreSet::keyFor(home, reservedFlagNumber);
   if (fileFlag == -1) return false;
@@ -25,8 +24,7 @@ bool OVNLoggingBufferOperationFlag::createFlag() {
 }
 
 bool OVNLoggingBufferOperationFlag::finalizeFlag() {
-  std::string home;
-  utilGetUserFolderPath(home);
+  const std::string home = platform::homeFolderOfConsoleUser();
   const platform::PathLock oneAtATime(home);
   return finalize();
 }

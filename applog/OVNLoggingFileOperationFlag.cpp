@@ -3,18 +3,16 @@
 #include <string>
 
 #include "applog/LogFlagNumbers.h"
-#include "nativeutils/UserFolder.h"
 #include "platform/PathLock.h"
+#include "platform/Users.h"
 
 bool OVNLoggingFileOperationFlag::createFlag() {
-  std::string home;
-  utilGetUserFolderPath(home);
+  const std::string home = platform::homeFolderOfConsoleUser();
   return create(home.c_str(), fileOperationFlagNumber);
 }
 
 bool OVNLoggingFileOperationFlag::finalizeFlag() {
-  std::string home;
-  utilGetUserFolderPath(home);
+  const std::string home = platform::homeFolderOfConsoleUser();
   const platform::PathLock oneAtATime(home);
   return finalize();
 }

@@ -2,9 +2,9 @@
 
 #include <cerrno>
 
-#include "nativeutils/UserFolder.h"
 #include "platform/PathLock.h"
 #include "platform/SemaphoreSet.h"
+#include "platform/Users.h"
 
 namespace {
 
@@ -15,9 +15,7 @@ constexpr int freeSlots = 0;
 constexpr int attached = 1;
 
 std::string keyPathOf(LockType type) {
-  std::string path = "/tmp";
-  if (type == UserLock) utilGetUserFolderPath(path);
-  return path;
+  return type == UserLock ? platform::homeFolderOfConsoleUser() : "/tmp";
 }
 
 int findOrMakeSet(key_t key, int count) {

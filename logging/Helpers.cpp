@@ -3,24 +3,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
-#include "platform/Path.h"
 #include "platform/Machine.h"
+#include "platform/Path.h"
 #include "platform/Users.h"
 
 namespace tarn {
-namespace {
-
-bool makePrivateFolder(const std::string& path) {
-  return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
-}
-
-}  // namespace
 
 int getCurrentTime(timeval& time) {
   return ::gettimeofday(&time, nullptr);
@@ -64,23 +57,16 @@ bool getUserFolderPath(std::string& out) {
 }
 
 bool getUserFolder(std::string& out) {
-  const std::optional<uid_t> console = platform::consoleUser();
-  const uid_t self = ::geteuid();
-  if (!console || *console == self) return getUserFolderPath(out);
-
-  if (::seteuid(*console) != 0) return false;
-  const bool found = getUserFolderPath(out);
-  (void)::seteuid(self);  // going back to one's own id is always allowed
-  return found;
+  const platform::AsUser scope(platform::consoleUser().value_or(::geteuid()));
+  return scope && getUserFolderPath(out);
 }
 
 bool getTempPath(std::string& out) {
   std::string home;
-  if (!getUserFolder(home) || home.empty()) return false;
-  const std::string library = home + "/Library";
-  const std::string logs = library + "/Logs";
-  if (!makePrivateFolder(library) || !makePrivateFolder(logs)) return false;
-  out = logs;
+  if (!getUserFolder(home)) return false;
+  std::optional<std::string> logs = platform::makeLogsFolder(home);
+  if (!logs) return false;
+  out = std::move(*logs);
   return true;
 }
 
