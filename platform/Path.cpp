@@ -58,6 +58,18 @@ std::string deletingLastPathComponent(std::string_view path) {
   return last == 0 ? std::string() : plain.substr(0, last - 1);
 }
 
+bool cutLastComponent(std::string& path) {
+  const std::size_t end = path.find_last_not_of('/');
+  if (end == std::string::npos) return false;
+  const std::size_t slash = path.rfind('/', end);
+  const std::size_t parentEnd = slash == std::string::npos ? slash : path.find_last_not_of('/', slash);
+  if (parentEnd != std::string::npos)
+    path.erase(parentEnd + 1);
+  else
+    path.erase(slash == std::string::npos ? 0 : 1);
+  return true;
+}
+
 std::string parentFolder(std::string_view path) {
   path = path.substr(0, path.find('\0'));
   if (path.empty()) return ".";

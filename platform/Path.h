@@ -30,6 +30,10 @@ std::string appendingPathComponent(std::string_view path, std::string_view compo
 //   "/tmp/lock/" => "/tmp"   "/tmp" => "/"   "/" => "/"   "scratch" => ""
 std::string deletingLastPathComponent(std::string_view path);
 
+// Removes the last component in place, with the slashes around it. Returns false, without a change, when there is none.
+//   "/a//b/" => "/a"   "/a" => "/"   "a" => ""   "/" => false   "" => false
+bool cutLastComponent(std::string& path);
+
 // The folder that a path lies in, as POSIX `dirname` returns it: slashes inside it stay as they are, and two leading
 // ones alone are "/". A path ends at its first NUL.
 //   "/tmp//a/b/" => "/tmp//a"   "scratch" => "."   "/" => "/"   "" => "."

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -66,6 +67,21 @@ TEST(PathTest, TheLastComponentIsWhatFollowsTheLastSlashThatCounts) {
 TEST(PathTest, DeletingTheLastComponentLeavesItsFolder) {
   for (const Row& row : rows)
     EXPECT_EQ(platform::deletingLastPathComponent(row.path), row.withoutLast) << row.path;
+}
+
+TEST(PathTest, CutsTheLastComponentInPlace) {
+  const std::pair<const char*, const char*> cuts[] = {{"/a//b/", "/a"}, {"/a/b", "/a"}, {"//a", "/"}, {"/a", "/"},
+                                                      {"a//b//", "a"},  {"a", ""},      {"a/", ""}};
+  for (const auto& [path, parent] : cuts) {
+    std::string rest = path;
+    EXPECT_TRUE(platform::cutLastComponent(rest)) << path;
+    EXPECT_EQ(rest, parent) << path;
+  }
+  for (const char* path : {"", "/", "//"}) {
+    std::string rest = path;
+    EXPECT_FALSE(platform::cutLastComponent(rest)) << path;
+    EXPECT_EQ(rest, path);
+  }
 }
 
 TEST(PathTest, TheExtensionFollowsTheLastDotOfTheLastComponent) {
