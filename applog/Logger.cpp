@@ -5,9 +5,8 @@
 #include <ctime>
 #include <string_view>
 
-#include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
-#include "nativeutils/UserFolder.h"
+#include "platform/Users.h"
 
 namespace {
 
@@ -37,10 +36,8 @@ Logger* Logger::getInstance() {
 }
 
 Logger::Logger() : tarn::Logger(kTargetIdentifier) {
-  std::string home;
-  utilGetUserFolderPath(home);
-  std::string logFolder;
-  (void)tarn::createLogFolder(home, logFolder);  // without the folder nothing is logged, and the program runs on
+  // Without the folder nothing is logged, and the program runs on.
+  (void)platform::makeLogsFolder(platform::homeFolderOfConsoleUser());
 
   fileFlag.reset(new OVNLoggingFileOperationFlag);
   fileFlag->semid = -1;

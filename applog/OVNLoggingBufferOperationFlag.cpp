@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/SemaphoreSet.h"
+#include "platform/Users.h"
 
 bool OVNLoggingBufferOperationFlag::createFlag() {
   using platform::SemaphoreSet;

@@ -1,7 +1,7 @@
 #include "applog/OVNLoggingOperationFlag.h"
 
-#include "nativeutils/UserFolder.h"
 #include "platform/PathLock.h"
+#include "platform/Users.h"
 
 bool OVNLoggingOperationFlag::finalizeFlag() {
   const platform::PathLock lock(keyPath());
@@ -9,7 +9,5 @@ bool OVNLoggingOperationFlag::finalizeFlag() {
 }
 
 std::string OVNLoggingOperationFlag::keyPath() {
-  std::string home;
-  utilGetUserFolderPath(home);
-  return home;
+  return platform::homeFolderOfConsoleUser();
 }

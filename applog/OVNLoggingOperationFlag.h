@@ -16,6 +16,6 @@ class OVNLoggingOperationFlag : public OVNBinarySemaphore {
   static constexpr int kFileOperationNumber = 2147483547;
   static constexpr int kReservedNumber = 57445459;
 
-  // Returns the home folder that `utilGetUserFolderPath` finds, "" if it is unknown.
+  // Returns the home folder of the console user, "" if it is unknown.
   static std::string keyPath();
 };

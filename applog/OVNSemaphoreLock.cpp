@@ -1,8 +1,8 @@
 #include "applog/OVNSemaphoreLock.h"
 
-#include "nativeutils/UserFolder.h"
 #include "platform/PathLock.h"
 #include "platform/SemaphoreSet.h"
+#include "platform/Users.h"
 
 namespace {
 
@@ -13,9 +13,7 @@ constexpr int kFreeSlots = 0;
 constexpr int kAttached = 1;
 
 std::string keyPathOf(LockType type) {
-  std::string path = "/tmp";
-  if (type == UserLock) utilGetUserFolderPath(path);
-  return path;
+  return type == UserLock ? platform::homeFolderOfConsoleUser() : "/tmp";
 }
 
 }  // namespace

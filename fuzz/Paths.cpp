@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "nativeutils/Strings.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 namespace {
 

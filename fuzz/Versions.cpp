@@ -9,7 +9,7 @@
 
 #include "fuzz/Fuzzing.h"
 #include "nativeutils/System.h"
-#include "platform/SystemVersion.h"
+#include "platform/Machine.h"
 
 namespace {
 

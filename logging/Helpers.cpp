@@ -3,24 +3,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
-#include "platform/PathString.h"
-#include "platform/SystemVersion.h"
-#include "platform/UserFolders.h"
+#include "platform/Machine.h"
+#include "platform/Path.h"
+#include "platform/Users.h"
 
 namespace tarn {
-namespace {
-
-bool createPrivateFolder(const std::string& path) {
-  return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
-}
-
-}  // namespace
 
 int getCurrentTime(timeval& time) {
   return ::gettimeofday(&time, nullptr);
@@ -64,28 +57,17 @@ bool getUserFolderPath(std::string& out) {
 }
 
 bool getUserFolder(std::string& out) {
-  const std::optional<uid_t> console = platform::consoleUser();
-  const uid_t self = ::geteuid();
-  if (!console || *console == self) return getUserFolderPath(out);
-
-  if (::seteuid(*console) != 0) return false;
-  const bool found = getUserFolderPath(out);
-  (void)::seteuid(self);  // a process may restore its former effective user id
-  return found;
-}
-
-bool createLogFolder(const std::string& home, std::string& out) {
-  if (home.empty()) return false;
-  const std::string library = home + "/Library";
-  const std::string logs = library + "/Logs";
-  if (!createPrivateFolder(library) || !createPrivateFolder(logs)) return false;
-  out = logs;
-  return true;
+  const platform::AsUser scope(platform::consoleUser().value_or(::geteuid()));
+  return scope && getUserFolderPath(out);
 }
 
 bool getTempPath(std::string& out) {
   std::string home;
-  return getUserFolder(home) && createLogFolder(home, out);
+  if (!getUserFolder(home)) return false;
+  std::optional<std::string> logs = platform::makeLogsFolder(home);
+  if (!logs) return false;
+  out = std::move(*logs);
+  return true;
 }
 
 bool createDirectoryPath(const std::string& path) {

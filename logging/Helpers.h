@@ -2,7 +2,7 @@
 //
 // - On failure a function returns false and leaves its outputs unchanged, unless stated otherwise.
 // - No function logs or throws.
-// - Path functions follow the rules of platform/PathString.h.
+// - Path functions follow the rules of platform/Path.h.
 
 #pragma once
 
@@ -42,10 +42,6 @@ bool getUserFolderPath(std::string& out);
 //
 // Changes the effective user id of the process during the lookup. No other thread may depend on that id meanwhile.
 bool getUserFolder(std::string& out);
-
-// Creates the folder "Library/Logs" in a home folder, with mode 0700, and returns its path. An existing folder is kept.
-// Returns false if `home` is empty.
-bool createLogFolder(const std::string& home, std::string& out);
 
 // Returns the default log folder, which is that of `getUserFolder`. Creates it if it does not exist.
 bool getTempPath(std::string& out);

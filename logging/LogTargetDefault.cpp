@@ -8,6 +8,7 @@
 #include <ctime>
 
 #include "logging/Helpers.h"
+#include "platform/Machine.h"
 #include "platform/PathLock.h"
 
 namespace tarn {

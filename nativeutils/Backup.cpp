@@ -13,11 +13,11 @@
 #include "nativeutils/Component.h"
 #include "nativeutils/Files.h"
 #include "nativeutils/Strings.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/Failure.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Replacing.h"
 
 namespace {

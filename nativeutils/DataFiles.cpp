@@ -7,12 +7,12 @@
 #include "nativeutils/Base64Text.h"
 #include "nativeutils/Component.h"
 #include "nativeutils/Files.h"
-#include "nativeutils/Strings.h"
 #include "platform/AtomicFile.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/FileKind.h"
 #include "platform/FileText.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
+#include "platform/Text.h"
 
 using nativeutils::kComponent;
 
@@ -27,12 +27,6 @@ bool createFile(std::string_view bytes, const std::string& path) {
   if (platform::untilNul(path).empty()) return false;
   const platform::AutoreleaseScope scope;
   return platform::writeFileAtomically(path, bytes);
-}
-
-std::string newUuid() {
-  std::string uuid;
-  utilGetUUIDString(uuid);
-  return uuid;
 }
 
 }  // namespace
@@ -58,7 +52,7 @@ bool utilDecodeBase64AndCreateFileWithData(const char* base64, int /*length*/, c
 bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, std::string& folderPath,
                                               const char* fileName, std::string& outFilePath) {
   const bool isNamed = fileName != nullptr && *fileName != '\0';
-  const std::string filePath = platform::untilNul(folderPath) + "/" + (isNamed ? fileName : newUuid());
+  const std::string filePath = platform::untilNul(folderPath) + "/" + (isNamed ? fileName : platform::randomUuidText());
   if (!createFolder(folderPath)) return false;
   if (!utilDecodeBase64AndCreateFileWithData(static_cast<const char*>(base64), length, filePath)) return false;
   outFilePath = filePath;
@@ -82,7 +76,7 @@ bool utilGetDataFromFileAndEncodeBase64(const std::string& filePath, std::string
 }
 
 bool utilCreateAndGetTempFolderPath(std::string& outFolderPath) {
-  const std::string path = "/tmp/" + newUuid();
+  const std::string path = "/tmp/" + platform::randomUuidText();
   if (!createFolder(path)) return false;
   outFolderPath = path;
   return true;

@@ -12,12 +12,14 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
+#include "platform/Failure.h"
 #include "platform/FileCopy.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
-#include "platform/PathString.h"
-#include "platform/UserFolders.h"
+#include "platform/Path.h"
+#include "platform/TreeRemoval.h"
+#include "platform/Users.h"
 
 namespace {
 
@@ -55,10 +57,8 @@ std::string nearestExisting(const std::string& path) {
 
   std::string parent = platform::deletingLastPathComponent(path);
   while (platform::kindOf(parent) == platform::FileKind::none) {
-    if (parent.size() <= 1) return "";
-    // Cut where it stands: copying each parent of a path of very many components would take minutes.
-    const std::size_t slash = parent.rfind('/');
-    parent.resize(slash == std::string::npos ? 0 : slash == 0 ? 1 : slash);
+    // In place: copying each ancestor of a path of very many components would take minutes.
+    if (!platform::cutLastComponent(parent)) return "";
   }
   return parent;
 }

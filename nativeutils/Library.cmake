@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 
 set(public_headers Backup.h Base64.h Files.h Log.h NativeUtils.h Processes.h Strings.h System.h UserFolder.h)
 
-add_library(nativeutils SHARED $<TARGET_OBJECTS:svo-nativeutils> $<TARGET_OBJECTS:svo-userfolder>)
+add_library(nativeutils SHARED $<TARGET_OBJECTS:svo-nativeutils>)
 target_link_libraries(nativeutils PRIVATE svo::applog svo::platform)
 set_target_properties(nativeutils PROPERTIES
   LINKER_LANGUAGE CXX
@@ -24,7 +24,7 @@ else()
 endif()
 
 # The static library is one object, whose inner names are its own: a program that has a class Logger too keeps it.
-set(rooms nativeutils userfolder applog logging platform)
+set(rooms nativeutils applog logging platform)
 list(TRANSFORM rooms REPLACE "(.+)" "$<TARGET_OBJECTS:svo-\\1>" OUTPUT_VARIABLE objects)
 if(SVO_PLATFORM STREQUAL "linux")
   set(whole "${CMAKE_CURRENT_BINARY_DIR}/nativeutils.o")

@@ -10,10 +10,9 @@
 #include "applog/OVNSemaphoreLock.h"
 #include "nativeutils/Component.h"
 #include "nativeutils/Processes.h"
-#include "platform/AutoreleasePool.h"
-#include "platform/Notifications.h"
-#include "platform/ProcessList.h"
-#include "platform/RunLoop.h"
+#include "platform/Desktop.h"
+#include "platform/EventLoop.h"
+#include "platform/Processes.h"
 
 using nativeutils::kComponent;
 

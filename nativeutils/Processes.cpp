@@ -8,12 +8,11 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
-#include "platform/Applications.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/Desktop.h"
+#include "platform/EventLoop.h"
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Processes.h"
-#include "platform/RunLoop.h"
 
 using nativeutils::kComponent;
 using platform::Fronting;

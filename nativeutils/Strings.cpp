@@ -11,9 +11,9 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Text.h"
 
 using nativeutils::kComponent;

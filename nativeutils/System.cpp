@@ -13,11 +13,10 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
-#include "platform/Accounts.h"
-#include "platform/AutoreleasePool.h"
-#include "platform/Bundle.h"
-#include "platform/PathString.h"
-#include "platform/SystemVersion.h"
+#include "platform/EventLoop.h"
+#include "platform/Machine.h"
+#include "platform/Path.h"
+#include "platform/Users.h"
 
 using nativeutils::kComponent;
 using platform::VersionPart;

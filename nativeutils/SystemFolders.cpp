@@ -4,12 +4,11 @@
 
 #include "nativeutils/Component.h"
 #include "nativeutils/Files.h"
-#include "nativeutils/Strings.h"
 #include "nativeutils/System.h"
-#include "nativeutils/UserFolder.h"
-#include "platform/AutoreleasePool.h"
-#include "platform/Folders.h"
-#include "platform/PathString.h"
+#include "platform/EventLoop.h"
+#include "platform/Path.h"
+#include "platform/Text.h"
+#include "platform/Users.h"
 
 using nativeutils::kComponent;
 using platform::findFolder;
@@ -40,12 +39,6 @@ bool getDataFolder(FolderDomain domain, std::string& path) {
   }
   path = folder.path;
   return true;
-}
-
-std::string freshUuid() {
-  std::string text;
-  utilGetUUIDString(text);
-  return text;
 }
 
 }  // namespace
@@ -96,10 +89,9 @@ bool utilGetVormInstallPath(std::string& path) {
 
 bool utilGetUSFPath(std::string& path) {
   const platform::AutoreleaseScope scope;
-  std::string home;
-  utilGetUserFolderPath(home);
-  for (const std::string& place : {home + "/Applications", home + "/Library/Application Support", "/tmp/" + freshUuid(),
-                                   home + "/" + freshUuid()}) {
+  const std::string home = platform::homeFolderOfConsoleUser();
+  for (const std::string& place : {home + "/Applications", home + "/Library/Application Support",
+                                   "/tmp/" + platform::randomUuidText(), home + "/" + platform::randomUuidText()}) {
     const std::string candidate = place + "/Orvane/TARN/Kelvo/";
     std::string existing;
     if (!utilIsCreatableWritablePath(candidate.c_str(), existing)) continue;

@@ -1,29 +1,17 @@
-#include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <optional>
 #include <string>
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
 #include "nativeutils/System.h"
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
+#include "platform/Path.h"
 #include "platform/Volumes.h"
 
 using nativeutils::kComponent;
 
 namespace {
-
-void cutSlashesAtTheEnd(std::string& path) {
-  path.erase(std::max<std::size_t>(path.find_last_not_of('/') + 1, 1));
-}
-
-// Of an absolute path, in place: one that is too long may have many thousands of components.
-void goToParent(std::string& path) {
-  cutSlashesAtTheEnd(path);
-  path.erase(path.rfind('/') + 1);
-  cutSlashesAtTheEnd(path);
-}
 
 // Of the path or, when it does not exist, of its nearest ancestor that does.
 std::optional<std::string> mountPointOfNearest(std::string path) {
@@ -31,8 +19,7 @@ std::optional<std::string> mountPointOfNearest(std::string path) {
     std::optional<std::string> mountPoint = platform::mountPointOf(path);
     if (mountPoint) return mountPoint;
     const bool mayHaveAnAncestor = errno == ENOENT || errno == ENAMETOOLONG;
-    if (!mayHaveAnAncestor || path == "/") return std::nullopt;
-    goToParent(path);
+    if (!mayHaveAnAncestor || !platform::cutLastComponent(path)) return std::nullopt;
   }
 }
 

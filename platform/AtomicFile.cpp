@@ -8,10 +8,9 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
-#include "platform/WriteAll.h"
 
 namespace platform {
 namespace {

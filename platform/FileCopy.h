@@ -2,6 +2,11 @@
 
 #pragma once
 
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <array>
+#include <ctime>
 #include <string>
 
 #include "platform/Failure.h"
@@ -24,5 +29,21 @@ bool copyFileContents(const std::string& from, const std::string& to);
 // Pipes, sockets, devices and folders are refused without being opened. On failure nothing is left at `to`, and what
 // had been there still is. The file is not flushed to the disk.
 Failure copyFile(const std::string& from, const std::string& to);
+
+// What a system does in its own way.
+
+// What the other file system does not take, or this user may not set, is left out.
+void copyExtendedAttributes(int from, int to);
+
+// Comes last, for it may forbid its owner to set the rest. On Linux the list is an extended attribute.
+void copyAccessList(int from, int to);
+
+// When it was last read and last written, to the nanosecond.
+std::array<timespec, 2> timesOf(const struct stat& object);
+
+// What the system copies by itself, which may be nothing: brings the bytes of a file of `size` bytes to the same places
+// in the other file, but for holes, wherever both stand, or lets both files have the same blocks. Answers how far it
+// came; behind that place the other file may hold more.
+off_t copyData(int from, int to, off_t size);
 
 }  // namespace platform

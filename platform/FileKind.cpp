@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/FileTree.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 namespace platform {
 namespace {

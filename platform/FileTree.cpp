@@ -1,21 +1,72 @@
 #include "platform/FileTree.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <utility>
 
-#include "platform/FolderListing.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/UniqueFd.h"
 
 namespace platform {
 namespace {
+
+bool isDots(const char* name) {
+  return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
+EntryKind kindOf(int folder, const dirent& entry) {
+  switch (entry.d_type) {
+    case DT_UNKNOWN:
+      return kindAt(folder, entry.d_name);
+    case DT_DIR:
+      return EntryKind::folder;
+    case DT_LNK:
+      return EntryKind::link;
+    default:
+      return EntryKind::other;
+  }
+}
+
+// The entries of an open folder, all read at once into little room.
+class FolderListing {
+ public:
+  // Reads what `folder` still has to tell, without "." and ".."; the stream stays the caller's. Returns 0, or the
+  // `errno` value that ended the reading early.
+  int read(DIR* folder);
+
+  std::size_t size() const { return items_.size(); }
+  const char* name(std::size_t i) const { return names_.data() + items_[i].name; }
+  EntryKind kind(std::size_t i) const { return items_[i].kind; }
+
+ private:
+  struct Item {
+    std::size_t name;  // where it begins in `names_`
+    EntryKind kind;
+  };
+
+  std::string names_;  // each with its terminator
+  std::vector<Item> items_;
+};
+
+int FolderListing::read(DIR* folder) {
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = ::readdir(folder);
+    if (entry == nullptr && errno == EINTR) continue;
+    if (entry == nullptr) return errno;
+    if (isDots(entry->d_name)) continue;
+    items_.push_back({names_.size(), kindOf(::dirfd(folder), *entry)});
+    names_.append(entry->d_name, std::strlen(entry->d_name) + 1);
+  }
+}
 
 // Which folder it is, whatever it is called.
 struct Identity {
@@ -181,6 +232,13 @@ class Walk {
 };
 
 }  // namespace
+
+EntryKind kindAt(int folder, const char* name) {
+  struct stat object {};
+  if (::fstatat(folder, name, &object, AT_SYMLINK_NOFOLLOW) != 0) return EntryKind::other;
+  if (S_ISDIR(object.st_mode)) return EntryKind::folder;
+  return S_ISLNK(object.st_mode) ? EntryKind::link : EntryKind::other;
+}
 
 void walkTree(const std::string& root, TreeVisitor& visitor, Mounts mounts) {
   Walk(root, visitor, mounts).run();

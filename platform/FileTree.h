@@ -1,4 +1,4 @@
-// Walks and removes folders with everything in them.
+// Walks folders with everything in them.
 //
 // A path ends at its first NUL.
 // A walk never follows a symbolic link, not even when another process puts one in the place of a folder in mid-walk: it
@@ -12,11 +12,12 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Failure.h"
-
 namespace platform {
 
 enum class EntryKind { folder, link, other };
+
+// What is at a name in an open folder; a symbolic link counts as itself, nothing as `other`.
+EntryKind kindAt(int folder, const char* name);
 
 struct TreeEntry {
   int folder;                 // open on what holds it, or AT_FDCWD
@@ -46,16 +47,6 @@ enum class Mounts { entered, passedOver };
 // which nothing is counts as an entry too; one that ends in "/" may be a symbolic link to the folder. With
 // `Mounts::passedOver` folders of other file systems than `root`'s are entries, but not gone into.
 void walkTree(const std::string& root, TreeVisitor& visitor, Mounts mounts);
-
-// Removes what is at `path`, a symbolic link itself, a folder with everything in it.
-//
-// Goes on after a failure and tells the first one. What another process removes meanwhile is no failure. A folder that
-// cannot be removed whatever is in it keeps it: a mount point, or one in a folder that may not be written. So do "/",
-// and a path whose last component is "." or "..".
-Failure removeTree(const std::string& path);
-
-// Removes a file, a symbolic link itself or a folder that is empty.
-Failure removeObject(const std::string& path);
 
 struct FolderEntry {
   std::string name;

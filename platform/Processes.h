@@ -1,4 +1,4 @@
-// Starts programs, and waits for their ends.
+// Starts programs, waits for their ends, and lists the processes of the machine.
 //
 // Thread-safe. A signal handler that collects every child of the process, or SIGCHLD ignored, may take an end away from
 // these functions; they then answer that it is not known.
@@ -38,5 +38,18 @@ std::optional<pid_t> startTask(const Task& task);
 // Returns at once; the process is waited for when it ends, so that nothing is left of it. On Linux a thread sleeps
 // until then; on macOS the task object does it without being asked.
 void waitForTaskAside(pid_t process);
+
+// The program's path as it has to be told to a new process that is in its working folder already.
+//   ("sub/tool" to be run in "sub", from "/tmp") => "/tmp/sub/tool"
+std::string programFromItsFolder(const Task& task);
+
+// All that this process may see, itself included; empty when the system does not tell.
+std::vector<pid_t> allProcesses();
+
+// The path of the program that a process runs, never one of its arguments; "" when the process has ended or has no
+// program. On Linux the first argument stands in for the path where that may not be seen, except for a super-user who
+// has given up that power: to him it is "". On macOS it is "" too for other users' processes unless the super-user
+// asks.
+std::string programOf(pid_t process);
 
 }  // namespace platform

@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 namespace platform {
 namespace {

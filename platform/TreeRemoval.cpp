@@ -1,3 +1,5 @@
+#include "platform/TreeRemoval.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -5,10 +7,10 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/Failure.h"
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
-#include "platform/FolderListing.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 namespace platform {
 namespace {

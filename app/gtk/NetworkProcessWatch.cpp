@@ -11,7 +11,7 @@
 #include <string>
 #include <system_error>
 
-#include "platform/ProcessList.h"
+#include "platform/Processes.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "app/gtk/Sandbox.h"
 #include "app/gtk/TerminationSignals.h"
 #include "applog/Logger.h"
-#include "platform/Bundle.h"
+#include "platform/Machine.h"
 
 namespace {
 

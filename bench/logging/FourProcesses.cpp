@@ -15,7 +15,7 @@
 #include "bench/Seconds.h"
 #include "bench/logging/Line.h"
 #include "bench/logging/Measures.h"
-#include "platform/Bundle.h"
+#include "platform/Machine.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 

@@ -17,7 +17,7 @@
 #include "bench/window/BenchSite.h"
 #include "bench/window/WindowRun.h"
 #include "examples/launcher/Answer.h"
-#include "platform/Bundle.h"
+#include "platform/Machine.h"
 #include "tests/support/Home.h"
 #include "tests/tools/hand/VirtualDisplay.h"
 

@@ -1,5 +1,6 @@
 #include "platform/Volumes.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <linux/fs.h>
@@ -11,16 +12,18 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <utility>
 
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
-#include "platform/linux/DeviceLabel.h"
+#include "platform/linux/Volumes.h"
 
 namespace platform {
 namespace {
@@ -57,6 +60,19 @@ std::string ownLabel(const std::string& mountPoint) {
   std::array<char, FSLABEL_MAX + 1> label{};
   if (!folder || ::ioctl(folder.get(), FS_IOC_GETFSLABEL, label.data()) != 0) return {};
   return label.data();
+}
+
+// What the device manager has read from the disk; "" for a device without a label.
+std::string labelOfDevice(dev_t device) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> labels(::opendir("/dev/disk/by-label"), ::closedir);
+  if (!labels) return {};
+  while (const dirent* entry = ::readdir(labels.get())) {
+    struct stat item {};
+    if (::fstatat(::dirfd(labels.get()), entry->d_name, &item, 0) == 0 && S_ISBLK(item.st_mode) &&
+        item.st_rdev == device)
+      return labelOfLink(entry->d_name);
+  }
+  return {};
 }
 
 bool knowsNoCase(std::uint64_t type) {
@@ -111,6 +127,22 @@ std::optional<bool> tellsCaseApart(const std::string& path) {
     if (errno != EINTR) return std::nullopt;
   }
   return !knowsNoCase(static_cast<std::uint64_t>(system.f_type)) && !foldsCase(path);
+}
+
+std::string labelOfLink(std::string_view name) {
+  std::string label;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    unsigned char byte = 0;
+    const char* const digits = name.data() + i + 2;
+    if (name.substr(i, 2) == "\\x" && i + 4 <= name.size() &&
+        std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+      label.push_back(static_cast<char>(byte));
+      i += 3;
+    } else {
+      label.push_back(name[i]);
+    }
+  }
+  return label;
 }
 
 }  // namespace platform

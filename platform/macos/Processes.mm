@@ -1,15 +1,17 @@
 #include "platform/Processes.h"
 
 #import <Foundation/Foundation.h>
+#include <sys/sysctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstring>
 
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
-#include "platform/TaskProgram.h"
+#include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/macos/FoundationText.h"
 
@@ -81,6 +83,23 @@ std::optional<int> startedThen(const Task& task, int (*then)(NSTask*)) {
   return std::nullopt;
 }
 
+// What the kernel has under this name; nothing when it does not tell.
+std::vector<char> kernelsAnswer(std::vector<int> name) {
+  constexpr int mostTries = 100;
+  const auto length = static_cast<u_int>(name.size());
+  for (int tries = 0; tries < mostTries; ++tries) {
+    std::size_t size = 0;
+    if (::sysctl(name.data(), length, nullptr, &size, nullptr, 0) != 0 || size == 0) return {};
+    std::vector<char> answer(size);
+    if (::sysctl(name.data(), length, answer.data(), &size, nullptr, 0) == 0) {
+      answer.resize(size);
+      return answer;
+    }
+    if (errno != ENOMEM) return {};  // it may have grown meanwhile
+  }
+  return {};
+}
+
 }  // namespace
 
 std::optional<int> runTask(const Task& task) {
@@ -93,5 +112,21 @@ std::optional<pid_t> startTask(const Task& task) {
 
 // The task object lives until the process ends, and collects its end.
 void waitForTaskAside(pid_t /*process*/) {}
+
+std::vector<pid_t> allProcesses() {
+  const std::vector<char> answer = kernelsAnswer({CTL_KERN, KERN_PROC, KERN_PROC_ALL});
+  std::vector<pid_t> processes;
+  for (std::size_t at = 0; at + sizeof(kinfo_proc) <= answer.size(); at += sizeof(kinfo_proc)) {
+    kinfo_proc process;
+    std::memcpy(&process, answer.data() + at, sizeof process);
+    processes.push_back(process.kp_proc.p_pid);
+  }
+  return processes;
+}
+
+std::string programOf(pid_t process) {
+  const std::vector<char> area = kernelsAnswer({CTL_KERN, KERN_PROCARGS, process});
+  return std::string(area.begin(), std::find(area.begin(), area.end(), '\0'));
+}
 
 }  // namespace platform

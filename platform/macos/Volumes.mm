@@ -2,6 +2,11 @@
 
 #include <CoreServices/CoreServices.h>
 #import <Foundation/Foundation.h>
+#include <sys/mount.h>
+
+#include <cerrno>
+#include <optional>
+#include <string>
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -35,6 +40,14 @@ std::optional<bool> tellsCaseApart(const std::string& path) {
   if (!volume || FSGetVolumeParms(*volume, &parameters, sizeof parameters) != noErr) return std::nullopt;
   // Records of older versions end before the attributes.
   return parameters.vMVersion >= 3 && (parameters.vMExtendedAttributes & (1 << bIsCaseSensitive)) != 0;
+}
+
+std::optional<std::string> mountPointOf(const std::string& path) {
+  struct statfs system {};
+  while (::statfs(path.c_str(), &system) != 0) {
+    if (errno != EINTR) return std::nullopt;
+  }
+  return system.f_mntonname;
 }
 
 }  // namespace platform

@@ -2,8 +2,8 @@
 
 #include <numeric>
 
-#include "platform/Notifications.h"
-#include "platform/RunLoop.h"
+#include "platform/Desktop.h"
+#include "platform/EventLoop.h"
 
 using nativeutils_test::fakeDesktop;
 

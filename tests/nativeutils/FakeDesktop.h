@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/Applications.h"
+#include "platform/Desktop.h"
 
 namespace nativeutils_test {
 

@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/Bundle.h"
-#include "platform/Folders.h"
-#include "platform/SystemVersion.h"
+#include "platform/Machine.h"
+#include "platform/Users.h"
 
 namespace nativeutils_test {
 

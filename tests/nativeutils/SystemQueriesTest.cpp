@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "nativeutils/NativeUtils.h"
-#include "platform/SystemVersion.h"
+#include "platform/Machine.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
 #include "tests/support/Child.h"
 #include "tests/support/FakeConsoleUser.h"

@@ -1,4 +1,4 @@
-#include "platform/Accounts.h"
+#include "platform/Users.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

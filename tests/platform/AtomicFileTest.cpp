@@ -14,7 +14,7 @@
 #include <fstream>
 #include <string>
 
-#include "platform/FileTree.h"
+#include "platform/TreeRemoval.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"

@@ -1,6 +1,6 @@
 // Path strings against the NSString methods whose answers they promise, over every short text of a small alphabet.
 //
-// The peer is the free implementation of Cocoa. Where the two differ the rules of platform/PathString.h are what the
+// The peer is the free implementation of Cocoa. Where the two differ the rules of platform/Path.h are what the
 // project keeps; each way to differ is listed here with its reason, and has to be met, so that the list stays honest.
 
 #include "tests/platform/CocoaPaths.h"
@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "nativeutils/Strings.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
 
 namespace {
 

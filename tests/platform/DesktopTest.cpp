@@ -14,9 +14,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/Applications.h"
-#include "platform/Notifications.h"
-#include "platform/RunLoop.h"
+#include "platform/Desktop.h"
+#include "platform/EventLoop.h"
 #include "platform/UniqueFd.h"
 #include "tests/endtoend/SessionBus.h"
 #include "tests/support/Child.h"

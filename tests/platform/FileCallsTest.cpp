@@ -20,6 +20,7 @@
 #include "platform/AtomicFile.h"
 #include "platform/FileCopy.h"
 #include "platform/FileTree.h"
+#include "platform/TreeRemoval.h"
 #include "tests/support/Files.h"
 
 namespace {

@@ -13,8 +13,10 @@
 #include <chrono>
 #include <functional>
 
+#include "platform/Failure.h"
 #include "platform/FileKind.h"
-#include "platform/PathString.h"
+#include "platform/Path.h"
+#include "platform/TreeRemoval.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"

@@ -1,4 +1,4 @@
-#include "platform/Folders.h"
+#include "platform/Users.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

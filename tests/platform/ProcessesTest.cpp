@@ -14,7 +14,6 @@
 #include <filesystem>
 #include <thread>
 
-#include "platform/ProcessList.h"
 #include "platform/UniqueFd.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"

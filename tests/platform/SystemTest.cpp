@@ -9,11 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/Bundle.h"
-#include "platform/SystemVersion.h"
-#include "platform/Threads.h"
-#include "platform/UserFolders.h"
-#include "platform/linux/ExecutableFile.h"
+#include "platform/Machine.h"
+#include "platform/Users.h"
+#include "platform/linux/Machine.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"

@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "platform/linux/DeviceLabel.h"
+#include "platform/linux/Volumes.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
 

@@ -3,7 +3,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "platform/UserFolders.h"
+#include "platform/Users.h"
 
 namespace platform {
 

@@ -14,7 +14,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/PathString.h"
+#include "platform/Path.h"
 #include "tests/macos/doubles/SystemCalls.h"
 
 namespace {

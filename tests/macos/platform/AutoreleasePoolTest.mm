@@ -1,4 +1,4 @@
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 
 #import <Foundation/Foundation.h>
 

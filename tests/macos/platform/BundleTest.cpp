@@ -1,4 +1,4 @@
-#include "platform/Bundle.h"
+#include "platform/Machine.h"
 
 #include <filesystem>
 

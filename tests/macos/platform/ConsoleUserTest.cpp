@@ -6,8 +6,7 @@
 #include <cerrno>
 
 #include "logging/Helpers.h"
-#include "nativeutils/UserFolder.h"
-#include "platform/UserFolders.h"
+#include "platform/Users.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Home.h"
 
@@ -49,6 +48,11 @@ TEST_F(ConsoleUserTest, IsKnownByTheNumber) {
   }
 }
 
+bool getHomeFolder(std::string& path) {
+  path = platform::homeFolderOfConsoleUser();
+  return true;
+}
+
 // The library's own look-up and the logging library's, which have the same rules.
 class ConsoleFolderTest : public ConsoleUserTest, public testing::WithParamInterface<bool (*)(std::string&)> {
  protected:
@@ -71,7 +75,7 @@ class ConsoleFolderTest : public ConsoleUserTest, public testing::WithParamInter
                                         support::passwordEntry(somebodyElse, "/home/console")};
 };
 
-INSTANTIATE_TEST_SUITE_P(Both, ConsoleFolderTest, testing::Values(utilGetUserFolderPath, tarn::getUserFolder));
+INSTANTIATE_TEST_SUITE_P(Both, ConsoleFolderTest, testing::Values(getHomeFolder, tarn::getUserFolder));
 
 TEST_P(ConsoleFolderTest, WithNobodyAtTheConsoleNobodyIsSwitchedTo) {
   EXPECT_EQ(lookedUp(), "/home/self");
@@ -126,12 +130,10 @@ TEST_F(ConsoleUserTest, WhoMayNotSwitchGetsTheOwnFolderFromTheOther) {
   const uid_t self = ::geteuid();
   doubles::consoleUser = {"ann", self + 1};
   doubles::failCall("seteuid", EPERM);
-  std::string path;
-  EXPECT_TRUE(utilGetUserFolderPath(path));
+  const std::string path = platform::homeFolderOfConsoleUser();
   EXPECT_EQ(path, support::ownHome());
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("SCDynamicStoreCopyConsoleUser", "seteuid " + std::to_string(self + 1),
-                                                 "FSFindFolder -32763 root create", "FSRefMakePath " + path + " 1024",
-                                                 "seteuid " + std::to_string(self)));
+                                                 "FSFindFolder -32763 root create", "FSRefMakePath " + path + " 1024"));
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
-#include "platform/Applications.h"
-#include "platform/Notifications.h"
+#include "platform/Desktop.h"
 #include "tests/macos/platform/SystemTest.h"
 
 namespace {

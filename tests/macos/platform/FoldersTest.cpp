@@ -1,10 +1,9 @@
-#include "platform/Folders.h"
+#include "platform/Users.h"
 
 #include <unistd.h>
 
 #include <filesystem>
 
-#include "platform/UserFolders.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"

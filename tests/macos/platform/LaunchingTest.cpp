@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/Applications.h"
+#include "platform/Desktop.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"

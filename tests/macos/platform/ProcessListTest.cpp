@@ -1,4 +1,4 @@
-#include "platform/ProcessList.h"
+#include "platform/Processes.h"
 
 #include <unistd.h>
 

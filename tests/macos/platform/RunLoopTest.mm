@@ -1,4 +1,4 @@
-#include "platform/RunLoop.h"
+#include "platform/EventLoop.h"
 
 #import <Foundation/Foundation.h>
 

@@ -4,11 +4,10 @@
 
 #include <functional>
 
-#include "platform/Applications.h"
-#include "platform/Bundle.h"
-#include "platform/Notifications.h"
+#include "platform/Desktop.h"
+#include "platform/EventLoop.h"
+#include "platform/Machine.h"
 #include "platform/Processes.h"
-#include "platform/RunLoop.h"
 #include "platform/Text.h"
 #include "tests/macos/platform/SystemTest.h"
 #include "tests/support/Child.h"

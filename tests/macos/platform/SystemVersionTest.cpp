@@ -1,4 +1,4 @@
-#include "platform/SystemVersion.h"
+#include "platform/Machine.h"
 
 #include <array>
 #include <utility>

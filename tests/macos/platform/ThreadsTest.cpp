@@ -1,4 +1,4 @@
-#include "platform/Threads.h"
+#include "platform/Machine.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "platform/AutoreleasePool.h"
+#include "platform/EventLoop.h"
 #include "tests/macos/doubles/Volumes.h"
 #include "tests/macos/platform/SystemTest.h"
 

@@ -1,0 +1,110 @@
+#include "platform/Users.h"
+
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "platform/Path.h"
+
+namespace platform {
+namespace {
+
+// The home folder of the user whom `lookUp` finds, which is one of the reentrant look-ups without its key; "" when
+// there is none.
+template <typename LookUp>
+std::string homeFolderBy(LookUp lookUp) {
+  constexpr std::size_t largestEntry = 1 << 20;
+  passwd entry{};
+  passwd* found = nullptr;
+  for (std::vector<char> texts(1024); texts.size() <= largestEntry; texts.resize(texts.size() * 2)) {
+    const int error = lookUp(&entry, texts.data(), texts.size(), &found);
+    if (error == ERANGE) continue;
+    return error == 0 && found != nullptr && entry.pw_dir != nullptr ? std::string(entry.pw_dir) : std::string();
+  }
+  return {};
+}
+
+bool makePrivateFolder(const std::string& path) {
+  return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
+}
+
+// `ask` is `getgrouplist`, to which a group is a signed number on some systems.
+template <typename Group>
+std::vector<gid_t> groupsOf(const char* user, std::size_t most, int (*ask)(const char*, Group, Group*, int*)) {
+  // All are asked for first: not every source of users gives a part of them.
+  constexpr std::size_t mostAnywhere = 65536;
+  for (std::vector<Group> groups(most); groups.size() <= mostAnywhere; groups.resize(groups.size() * 2 + 1)) {
+    int count = static_cast<int>(groups.size());
+    if (ask(user, static_cast<Group>(::getegid()), groups.data(), &count) < 0) continue;
+    const auto given = groups.begin() + static_cast<std::ptrdiff_t>(std::min(most, static_cast<std::size_t>(count)));
+    return {groups.begin(), given};
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string homeFolderOf(const std::string& user) {
+  return homeFolderBy([&](auto... rest) { return ::getpwnam_r(user.c_str(), rest...); });
+}
+
+std::string homeFolderOf(uid_t user) {
+  return homeFolderBy([&](auto... rest) { return ::getpwuid_r(user, rest...); });
+}
+
+AsUser::AsUser(uid_t user)
+    : former_(::geteuid()),
+      changed_(user != former_ && ::seteuid(user) == 0),
+      succeeded_(changed_ || user == former_) {}
+
+AsUser::~AsUser() {
+  if (changed_) (void)!::seteuid(former_);  // a return to the former id is always allowed
+}
+
+std::string homeFolderOfConsoleUser() {
+  const AsUser scope(consoleUser().value_or(::geteuid()));
+  return homeFolder();
+}
+
+std::optional<std::string> makeLogsFolder(const std::string& home) {
+  const std::string library = home + "/Library";
+  std::string logs = library + "/Logs";
+  if (home.empty() || !makePrivateFolder(library) || !makePrivateFolder(logs)) return std::nullopt;
+  return logs;
+}
+
+std::string expandingTilde(std::string_view path) {
+  if (path.substr(0, 1) != "~") return std::string(path);
+
+  const std::string_view user = path.substr(1, path.find('/') - 1);
+  const std::string home = user.empty() ? homeFolder() : homeFolderOf(std::string(user));
+  if (home.empty()) return std::string(path);
+  return appendingPathComponent(home, path.substr(1 + user.size()));
+}
+
+std::vector<gid_t> groupsOfLogin(std::size_t most) {
+  constexpr std::size_t longestName = 256;
+  std::array<char, longestName + 1> name{};
+  if (::getlogin_r(name.data(), name.size()) != 0 || name.front() == '\0') return {};
+  return groupsOf(name.data(), most, ::getgrouplist);
+}
+
+std::string nameOfGroup(gid_t group) {
+  constexpr std::size_t largestEntry = std::size_t{1} << 24;  // a group may list every user of a large company
+  struct ::group entry {};
+  struct ::group* found = nullptr;
+  for (std::vector<char> texts(1024); texts.size() <= largestEntry; texts.resize(texts.size() * 2)) {
+    const int result = ::getgrgid_r(group, &entry, texts.data(), texts.size(), &found);
+    const int error = result < 0 ? errno : result;  // nss_wrapper, which containers use, answers in the other way
+    if (error == EINTR || error == ERANGE) continue;
+    return error == 0 && found != nullptr && entry.gr_name != nullptr ? std::string(entry.gr_name) : std::string();
+  }
+  return {};
+}
+
+}  // namespace platform

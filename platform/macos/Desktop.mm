@@ -1,0 +1,108 @@
+#include "platform/Desktop.h"
+
+#include <ApplicationServices/ApplicationServices.h>
+#import <Cocoa/Cocoa.h>
+#include <CoreServices/CoreServices.h>
+#import <Foundation/Foundation.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "platform/EventLoop.h"
+#include "platform/Url.h"
+#include "platform/macos/FoundationText.h"
+
+// The launcher and the references to files are of a time that newer systems warn of.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
+namespace platform {
+namespace {
+
+// Foundation takes brackets anywhere. Newer systems' takes any text at all, and mends it.
+bool isAddress(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '[' || c == ']'; }, '!');
+  return isUrl(text);
+}
+
+// Of an Apple event or a piece of one; disposed of at the end of its scope, if it came to be.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { (void)AEDisposeDesc(&record_); }
+
+  AEDesc* get() { return &record_; }
+
+ private:
+  AEDesc record_ = {typeNull, nullptr};
+};
+
+bool describeThisProcess(Descriptor& process) {
+  const ProcessSerialNumber number = {0, kCurrentProcess};
+  return AECreateDesc(typeProcessSerialNumber, &number, sizeof number, process.get()) == noErr;
+}
+
+bool describeActivation(Descriptor& process, Descriptor& event) {
+  return AECreateAppleEvent(kAEMiscStandards, kAEActivate, process.get(), kAutoGenerateReturnID, kAnyTransactionID,
+                            event.get()) == noErr;
+}
+
+ReferenceFailure failureOf(OSStatus status) {
+  const auto orEmpty = [](const char* text) { return text == nullptr ? std::string() : text; };
+  return {orEmpty(GetMacOSStatusErrorString(status)), orEmpty(GetMacOSStatusCommentString(status))};
+}
+
+bool launch(const FSRef& file, NSArray* arguments, AEDesc* event) {
+  LSApplicationParameters parameters = {};
+  parameters.version = 0;
+  parameters.flags = kLSLaunchDefaults | kLSLaunchAsync | kLSLaunchNewInstance;
+  parameters.application = &file;
+  parameters.argv = reinterpret_cast<CFArrayRef>(arguments);
+  parameters.initialEvent = event;
+  return LSOpenApplication(&parameters, nullptr) == noErr;
+}
+
+}  // namespace
+
+bool openUrl(const std::string& url) {
+  if (!isAddress(url)) return false;
+  const AutoreleaseScope scope;
+  NSURL* const address = [NSURL URLWithString:stringOf(url)];
+  return address != nil && [[NSWorkspace sharedWorkspace] openURL:address];
+}
+
+FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
+  const AutoreleaseScope scope;
+  Descriptor process, event;
+  if (!describeThisProcess(process) || !describeActivation(process, event)) return {};
+  FSRef file = {};
+  const OSStatus status = FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &file, nullptr);
+  if (status != noErr) return {false, failureOf(status)};
+  NSArray* const strings = stringsOf(arguments);
+  return {strings != nil && launch(file, strings, event.get()), std::nullopt};
+}
+
+Fronting bringToFront(pid_t process) {
+  ProcessSerialNumber number = {};
+  if (GetProcessForPID(process, &number) != noErr) return Fronting::unknown;
+  return SetFrontProcess(&number) == noErr ? Fronting::done : Fronting::impossible;
+}
+
+void postToAllSessions(const std::string& name, const std::string& object) {
+  const AutoreleaseScope scope;
+  NSString* const word = stringOf(name);
+  NSString* const sender = stringOf(object);
+  if (word == nil || sender == nil) return;
+  [[NSDistributedNotificationCenter defaultCenter] postNotificationName:word
+                                                                 object:sender
+                                                               userInfo:nil
+                                                                options:NSDistributedNotificationPostToAllSessions];
+}
+
+}  // namespace platform
+
+#pragma GCC diagnostic pop
