@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "app/Address.h"
 #include "app/CommandLine.h"
 #include "app/SpinnerPage.h"
 #include "applog/Logger.h"
@@ -54,13 +55,13 @@ void SignInFlow::launch(const std::string& bundlePath) {
 }
 
 void SignInFlow::mainFrameFinished(const std::optional<std::string>& address) {
-  mainFrameFinished([&address] { return address; });
-}
+  if (ended_ || !address) return;
+  if (*address == spinnerHTMLBaseURL) return startSignIn();
 
-void SignInFlow::mainFrameFinished(const std::function<std::optional<std::string>()>& address) {
-  if (ended_) return;
-  window_.forbidMainFrameScrolling();
-  if (const std::optional<std::string> text = address()) decide(*text);
+  // A page whose address begins with both is an enterprise page, never a result.
+  const CommandLine& options = *CommandLine::GetInstance();
+  if (beginsWith(*address, options.redirect_type3_url)) return followEnterprisePage(*address);
+  if (beginsWith(*address, options.redirect_url)) endRun(kSignedIn, *address);
 }
 
 void SignInFlow::loadFailed(const LoadFailure& failure) {
@@ -80,18 +81,9 @@ void SignInFlow::newWindowRequested(const std::string& address) {
 }
 
 bool SignInFlow::linkClicked(const std::string& address) {
-  if (!beginsWith(address, "mailto:") && !beginsWith(address, "tel:")) return false;
+  if (!isContactAddress(address)) return false;
   newWindowRequested(address);
   return true;
-}
-
-void SignInFlow::decide(const std::string& address) {
-  if (address == spinnerHTMLBaseURL) return startSignIn();
-
-  // A page whose address begins with both is an enterprise page, never a result.
-  const CommandLine& options = *CommandLine::GetInstance();
-  if (beginsWith(address, options.redirect_type3_url)) return followEnterprisePage(address);
-  if (beginsWith(address, options.redirect_url)) endRun(kSignedIn, address);
 }
 
 void SignInFlow::startSignIn() {
@@ -103,13 +95,13 @@ void SignInFlow::startSignIn() {
 }
 
 void SignInFlow::followEnterprisePage(const std::string& address) {
-  if (!resizingDone_) takeEnterpriseLayout();
+  if (!resizingDone_) applyEnterpriseLayout();
 
   const std::string next = ExtracyEnterpriseURL(address);
   if (!next.empty()) window_.loadAddress(next);
 }
 
-void SignInFlow::takeEnterpriseLayout() {
+void SignInFlow::applyEnterpriseLayout() {
   const std::string title = CommandLine::GetInstance()->type3_window_title;
   if (!title.empty()) window_.setTitle(title);
 
@@ -117,7 +109,7 @@ void SignInFlow::takeEnterpriseLayout() {
   const Frame windowFrame = window_.windowFrame();
   window_.setWebViewFrame(resized(webViewFrame, 800, 600));
 
-  // 600 is the height of the web view: the 20 points above it extend the window upwards.
+  // 600 is the height of the web view: the 20 points above it extend the window upward.
   const double y = windowFrame.y + windowFrame.height - 600;
   window_.setWindowFrame({windowFrame.x, y, 800, 620});
   setResizingDone(true);
@@ -127,8 +119,7 @@ void SignInFlow::takeEnterpriseLayout() {
   window_.makeResizable();
 }
 
-// Writes the one message of the run. A message that cannot be delivered changes nothing: the launcher then sees a pipe
-// without one.
+// A message that cannot be written changes nothing: the launcher then reads an empty pipe.
 bool SignInFlow::report(ResultCode code, std::string address) {
   if (ended_) return false;
   ended_ = true;

@@ -1,13 +1,13 @@
-// What each event of the page and of the window means: every decision of a sign-in, without a toolkit.
+// Makes every decision of a sign-in. Uses no toolkit.
 //
-// A shell turns its toolkit's signals into calls of this class and carries out what the flow asks of `SignInWindow`.
-// The flow reads the options from `CommandLine`, writes the message of the run into the launcher's pipe and asks the
-// window to end the run. A run ends once: after its message nothing more is written or asked, whatever still arrives.
-// Addresses are compared as they come, neither lower-cased nor decoded. Main thread only; throws nothing.
+// - A shell (GTK or Cocoa) reports events to `SignInFlow` and carries out what the flow requests from `SignInWindow`.
+// - The flow reads the options from `CommandLine` and writes the run's message into the launcher's pipe.
+// - A run ends once. After its message the flow ignores every further event.
+// - Addresses are compared as they are: not lower-cased, not decoded.
+// - Main thread only. Does not throw.
 
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -15,13 +15,25 @@
 #include "app/SignInWindow.h"
 
 struct LoadFailure {
-  std::optional<std::string> address;  // of the frame's request, when it has one
-  int code = 0;                        // in the numbering of the Cocoa URL loading system
-  int domain = 0;                      // a number that stands for the error domain in the log
-  bool provisional = false;            // the load failed before its first byte was committed
+  std::optional<std::string> address;  // of the frame's request, if it has one
+  int code = 0;                        // as the Cocoa URL loading system numbers errors
+  int domain = 0;                      // the number logged for the error domain
+  bool provisional = false;            // the load failed before it was committed
 };
 
-class SignInFlow {
+// The results of page loads.
+class LoadOutcomes {
+ public:
+  virtual ~LoadOutcomes() = default;
+
+  // The main frame has finished loading. `address` is missing if the platform has none.
+  virtual void mainFrameFinished(const std::optional<std::string>& address) = 0;
+
+  // A load of any frame has failed.
+  virtual void loadFailed(const LoadFailure& failure) = 0;
+};
+
+class SignInFlow : public LoadOutcomes {
  public:
   // `window` must outlive the flow.
   explicit SignInFlow(SignInWindow& window) : window_(window) {}
@@ -29,40 +41,36 @@ class SignInFlow {
   SignInFlow(const SignInFlow&) = delete;
   SignInFlow& operator=(const SignInFlow&) = delete;
 
-  // Sizes the window, loads the spinner page and sets the title. `bundlePath` is the folder or bundle that the program
-  // lies in. The finished spinner page starts the sign-in.
+  // Sizes the window, loads the spinner page and sets the title. `bundlePath` is the folder or bundle that contains the
+  // program. The sign-in starts when the spinner page has finished.
   void launch(const std::string& bundlePath);
 
-  // The main frame has finished loading; `address` is missing when the platform knows none. The second form asks for
-  // the address once scrolling is off.
-  void mainFrameFinished(const std::optional<std::string>& address);
-  void mainFrameFinished(const std::function<std::optional<std::string>()>& address);
+  void mainFrameFinished(const std::optional<std::string>& address) override;
 
-  // A load of any frame has failed. A cancelled load (-999) and a lost connection (-1005) are logged and the run goes
-  // on, as both happen when one navigation replaces another; every other code in any domain ends the run.
-  void loadFailed(const LoadFailure& failure);
+  // Logs the failure. Every code ends the run except -999 (cancelled) and -1005 (connection lost), which also occur
+  // when one navigation replaces another.
+  void loadFailed(const LoadFailure& failure) override;
 
-  // The user has closed the window; the shell ends the application itself.
+  // The user has closed the window. The shell ends the application.
   void lastWindowClosed();
 
-  // The user has clicked a link. One that writes a mail or calls a number opens outside and the page stays; true then.
-  // Every other link is the page's own affair.
+  // The user has clicked a link. Returns true for mailto and tel addresses: they open in another program and the page
+  // must not follow them.
   bool linkClicked(const std::string& address);
 
-  // A link with a target or a script asks for a window of its own: it opens in the user's browser.
+  // A link with a target, or a script, requests a new window. The address opens in the user's browser.
   void newWindowRequested(const std::string& address);
 
   bool hasEnded() const { return ended_; }
 
-  // Whether the window has taken the layout of the enterprise sign-in, which happens once.
+  // Whether the window has the layout of the enterprise sign-in. Set once.
   bool resizingDone() const { return resizingDone_; }
   void setResizingDone(bool done) { resizingDone_ = done; }
 
  private:
-  void decide(const std::string& address);
   void startSignIn();
   void followEnterprisePage(const std::string& address);
-  void takeEnterpriseLayout();
+  void applyEnterpriseLayout();
   bool report(ResultCode code, std::string address = {});
   void endRun(ResultCode code, std::string address = {});
 
@@ -71,8 +79,8 @@ class SignInFlow {
   bool ended_ = false;
 };
 
-// The text behind the first "redirect_uri" in an enterprise address and the one character that follows it, up to the
-// end of the address and undecoded; empty when there is no such key or fewer than two characters of text.
+// Returns the text after the first "redirect_uri" and the one character that follows it, up to the end of the address,
+// not decoded. Empty if the key is missing or fewer than two characters follow.
 //   "t3:/start?redirect_uri=next:/x&y=1"  => "next:/x&y=1"
 //   "t3:/start?redirect_uri=a"            => ""
 std::string ExtracyEnterpriseURL(const std::string& url);

@@ -1,7 +1,9 @@
-// What the sign-in flow may ask of a window: the one interface that a shell implements.
+// The operations of a window that the sign-in flow uses. Every shell implements this interface.
 //
-// Called on the main thread only. Frames are in points, origin at the bottom left of the screen (window) or of the
-// window (web view); a shell for a platform that counts from the top turns them over. A text is UTF-8 and is copied.
+// - Main thread only.
+// - Frames are in points. The origin is the bottom left corner of the screen (window frame) or of the window (web view
+//   frame).
+// - Strings are UTF-8.
 
 #pragma once
 
@@ -28,18 +30,15 @@ class SignInWindow {
   virtual void enableZoomButton() = 0;
   virtual void makeResizable() = 0;
 
-  // Loads HTML text into the main frame, as though it came from the file at `path`. Its finished load is reported under
+  // Loads HTML text into the main frame, with the file `path` as its base. The finished load is reported under
   // `spinnerHTMLBaseURL`.
   virtual void loadHTML(const std::string& html, const std::string& path) = 0;
 
-  // Loads an address into the main frame. One that is no address is handed on as it is.
+  // Loads an address into the main frame. An invalid address is passed on unchanged.
   virtual void loadAddress(const std::string& address) = 0;
-
-  // No scroll bars and no scrolling by hand for the main frame, from now on.
-  virtual void forbidMainFrameScrolling() = 0;
 
   virtual void openInBrowser(const std::string& address) = 0;
 
-  // Ends the application: at once, or when the current event has been handled.
+  // Ends the application, at once or after the current event.
   virtual void terminate() = 0;
 };

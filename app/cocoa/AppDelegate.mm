@@ -78,9 +78,9 @@ LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool p
 
 - (void)webView:(WebView*)sender didFinishLoadForFrame:(WebFrame*)frame {
   (void)sender;
-  if (![frame isEqual:[_webView mainFrame]]) return;
-  const CocoaSignInWindow& window = _signIn->window;
-  _signIn->flow.mainFrameFinished([&] { return window.addressOf(requestedURL(frame)); });
+  if (![frame isEqual:[_webView mainFrame]] || _signIn->flow.hasEnded()) return;
+  [[[_webView mainFrame] frameView] setAllowsScrolling:NO];
+  _signIn->flow.mainFrameFinished(_signIn->window.addressOf(requestedURL(frame)));
 }
 
 - (void)webView:(WebView*)sender didStartProvisionalLoadForFrame:(WebFrame*)frame {

@@ -34,7 +34,6 @@ class CocoaSignInWindow : public SignInWindow {
   void makeResizable() override;
   void loadHTML(const std::string& html, const std::string& path) override;
   void loadAddress(const std::string& address) override;
-  void forbidMainFrameScrolling() override;
   void openInBrowser(const std::string& address) override;
   void terminate() override;
 

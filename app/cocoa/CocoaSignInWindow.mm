@@ -99,8 +99,4 @@ void CocoaSignInWindow::loadAddress(const std::string& address) {
   [[[delegate_ webView] mainFrame] loadRequest:request];
 }
 
-void CocoaSignInWindow::forbidMainFrameScrolling() {
-  [[[[delegate_ webView] mainFrame] frameView] setAllowsScrolling:NO];
-}
-
 #pragma GCC diagnostic pop

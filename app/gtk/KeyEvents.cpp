@@ -1,9 +1,9 @@
 #include "app/gtk/KeyEvents.h"
 
 #include <cstddef>
-#include <memory>
 
 #include "app/WindowKeys.h"
+#include "app/gtk/Glib.h"
 
 namespace {
 
@@ -23,8 +23,8 @@ guint latinLetterOf(const GdkEventKey& event, GdkKeymap* keymap) {
   guint* keys = nullptr;
   gint count = 0;
   if (!gdk_keymap_get_entries_for_keycode(keymap, event.hardware_keycode, &places, &keys, &count)) return event.keyval;
-  const std::unique_ptr<GdkKeymapKey, void (*)(gpointer)> ownedPlaces(places, g_free);
-  const std::unique_ptr<guint, void (*)(gpointer)> ownedKeys(keys, g_free);
+  const Owned<GdkKeymapKey, g_free> ownedPlaces(places);
+  const Owned<guint, g_free> ownedKeys(keys);
   for (gint i = 0; i < count; ++i) {
     if (places[i].level == 0 && isAsciiLetter(keys[i])) return keys[i];
   }

@@ -8,20 +8,19 @@
 #include <csignal>
 #include <filesystem>
 #include <initializer_list>
-#include <memory>
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include "app/gtk/Glib.h"
 
 namespace {
 
 constexpr int kFirstTimeoutSeconds = 2;
 constexpr int kSecondTimeoutSeconds = 4;
 
-using Text = std::unique_ptr<char, void (*)(gpointer)>;
-
 bool isInstalled(const char* program) {
-  return Text(g_find_program_in_path(program), g_free) != nullptr;
+  return Owned<char, g_free>(g_find_program_in_path(program)) != nullptr;
 }
 
 // WebKit's own walls, as far as a machine may refuse them: the namespaces, the mounts, and the person's folders, whose
@@ -66,7 +65,7 @@ GPid start(const std::vector<std::string>& command, int* output) {
 
 }  // namespace
 
-void removeSandboxNotes() {
+void removeSandboxFiles() {
   const std::string notes = std::string(g_get_user_runtime_dir()) + "/.flatpak";
   const std::string ours = "webkit-" + std::to_string(::getpid()) + "-";
   std::error_code gone;

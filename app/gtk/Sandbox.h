@@ -12,7 +12,7 @@
 #include <string>
 
 // WebKit leaves a note on each sandboxed process in the person's runtime folder, and never takes it away. For atexit().
-void removeSandboxNotes();
+void removeSandboxFiles();
 
 class SandboxTrial {
  public:

@@ -80,14 +80,14 @@ Strip::~Strip() {
 }
 
 void Strip::show(const Site& site) {
-  const SiteWords words = wordsFor(site);
-  if (words.icon != nullptr) gtk_image_set_from_icon_name(GTK_IMAGE(icon_), words.icon, GTK_ICON_SIZE_MENU);
-  gtk_widget_set_visible(icon_, words.icon != nullptr);
-  setText(host_, words.host.empty() ? "" : leftToRight(words.host));
-  setText(warning_, words.warning);
-  setStyleClass(ground_, kWarns, !words.warning.empty());
-  setStyleClass(row_, kWarns, !words.warning.empty());
-  atk_object_set_name(gtk_widget_get_accessible(overlay_), words.spoken.c_str());
+  const SiteText text = siteText(site);
+  if (text.icon != nullptr) gtk_image_set_from_icon_name(GTK_IMAGE(icon_), text.icon, GTK_ICON_SIZE_MENU);
+  gtk_widget_set_visible(icon_, text.icon != nullptr);
+  setText(host_, text.host.empty() ? "" : leftToRight(text.host));
+  setText(warning_, text.warning);
+  setStyleClass(ground_, kWarns, !text.warning.empty());
+  setStyleClass(row_, kWarns, !text.warning.empty());
+  atk_object_set_name(gtk_widget_get_accessible(overlay_), text.spoken.c_str());
 }
 
 void Strip::showProgress(double fraction) {

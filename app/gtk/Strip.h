@@ -8,7 +8,7 @@
 
 #include <gtk/gtk.h>
 
-#include "app/gtk/Site.h"
+#include "app/gtk/page/Site.h"
 
 constexpr int kStripHeight = 20;
 

@@ -1,9 +1,9 @@
 #include "app/gtk/Style.h"
 
-#include "app/gtk/GtkHandles.h"
+#include "app/gtk/Glib.h"
 
 void useStyle(const char* css) {
-  const ObjectRef<GtkCssProvider> provider(gtk_css_provider_new());
+  const Owned<GtkCssProvider> provider(gtk_css_provider_new());
   gtk_css_provider_load_from_data(provider.get(), css, -1, nullptr);
   gtk_style_context_add_provider_for_screen(gdk_screen_get_default(), GTK_STYLE_PROVIDER(provider.get()),
                                             GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);

@@ -6,11 +6,10 @@
 
 #include "app/CommandLine.h"
 #include "app/ResultChannel.h"
-#include "app/gtk/AppDelegate.h"
+#include "app/gtk/Application.h"
 #include "app/gtk/DisplayWatch.h"
-#include "app/gtk/Environment.h"
 #include "app/gtk/Sandbox.h"
-#include "app/gtk/TerminationSignals.h"
+#include "app/gtk/StartUp.h"
 #include "applog/Logger.h"
 #include "platform/Machine.h"
 
@@ -18,7 +17,7 @@ namespace {
 
 constexpr char kProgramName[] = "svo-signin";
 
-// No window will ever be seen: the launcher is told what it is told when the options are missing.
+// The launcher gets the same message as for missing options.
 int reportMissingDisplay() {
   std::string none;
   (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(kOptionsMissing, none));
@@ -26,10 +25,10 @@ int reportMissingDisplay() {
   return 1;
 }
 
-// The sign-in goes on without: a machine that cannot do better is no reason to keep a person out.
+// Without a working sandbox the sign-in continues with a warning.
 bool canSandbox(SandboxTrial& trial) {
   if (trial.obstacle().empty()) {
-    (void)std::atexit(removeSandboxNotes);
+    (void)std::atexit(removeSandboxFiles);
     return true;
   }
   const std::string warning = "bwrap does not work here (" + trial.obstacle() + "); pages run without a sandbox";
@@ -38,8 +37,8 @@ bool canSandbox(SandboxTrial& trial) {
   return false;
 }
 
-// The icon is part of the program, so that it shows whether the package is installed or not.
-void settleIcon() {
+// The icon is compiled in, so that it is shown even if the package is not installed.
+void setIcon() {
   gtk_icon_theme_add_resource_path(gtk_icon_theme_get_default(), "/svo-signin/icons");
   gtk_window_set_default_icon_name(kProgramName);
 }
@@ -47,26 +46,26 @@ void settleIcon() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  settleStandardStreams();
+  prepareStandardStreams();
 
-  // Before the log: a process that a signal ends in the middle leaves its place in the log's locks behind.
+  // Before the log: a process that a signal ends leaves its user count in the log's locks.
   static TerminationSignals signals;
 
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
-  settleLibraries();
+  configureLibraries();
   SandboxTrial sandbox;
 
-  // GTK would take options of its own from the command line, so it gets none.
+  // GTK would parse the program's arguments, so it gets none.
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
-  settleIcon();
+  setIcon();
 
-  // A signal and the end of the session count as closing the window: the launcher still gets its message.
-  AppDelegate delegate(canSandbox(sandbox));
-  signals.deliverTo([&delegate] { delegate.closeWindow(); });
-  const DisplayWatch watch([&delegate] { delegate.closeWindow(); });
-  delegate.run(platform::bundlePath());
+  // A signal or the end of the session closes the window: the launcher gets its message.
+  Application application(canSandbox(sandbox));
+  signals.deliverTo([&application] { application.closeWindow(); });
+  const DisplayWatch watch([&application] { application.closeWindow(); });
+  application.run(platform::bundlePath());
   return 0;
 }

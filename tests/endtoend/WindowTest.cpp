@@ -90,7 +90,7 @@ TEST_F(WindowTest, ALongPageStandsStillUnderTheKeys) {
   start();
   untilAsked("/loaded");
   screen.focus(window().id);
-  for (const KeySymbol key : {XK_Down, XK_Right, XK_space, XK_Page_Down, XK_End})
+  for (const KeySymbol key : std::initializer_list<KeySymbol>{XK_Down, XK_Right, XK_space, XK_Page_Down, XK_End})
     screen.press(key);
   untilAsked("/key?End");
   click();

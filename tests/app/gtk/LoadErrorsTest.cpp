@@ -1,4 +1,4 @@
-#include "app/gtk/LoadErrors.h"
+#include "app/gtk/load/LoadErrors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/gtk/Site.h"
+#include "app/gtk/page/Site.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -93,18 +93,18 @@ INSTANTIATE_TEST_SUITE_P(Hosts, LookAlikeTest,
                                          "xn--"));
 
 TEST(SiteTest, EveryKindHasItsWords) {
-  EXPECT_THAT(wordsFor({Kind::kNone, ""}).host, IsEmpty());
-  EXPECT_THAT(wordsFor({Kind::kNone, ""}).warning, IsEmpty());
-  EXPECT_STREQ(wordsFor({Kind::kEncrypted, "signin.example"}).icon, "channel-secure-symbolic");
-  EXPECT_THAT(wordsFor({Kind::kEncrypted, "signin.example"}).warning, IsEmpty());
-  EXPECT_EQ(wordsFor({Kind::kLoopback, "127.0.0.1"}).icon, nullptr);
-  EXPECT_THAT(wordsFor({Kind::kPlain, "signin.example"}).warning, HasSubstr("Not encrypted"));
-  EXPECT_THAT(wordsFor({Kind::kNowhere, ""}).warning, Not(IsEmpty()));
+  EXPECT_THAT(siteText({Kind::kNone, ""}).host, IsEmpty());
+  EXPECT_THAT(siteText({Kind::kNone, ""}).warning, IsEmpty());
+  EXPECT_STREQ(siteText({Kind::kEncrypted, "signin.example"}).icon, "channel-secure-symbolic");
+  EXPECT_THAT(siteText({Kind::kEncrypted, "signin.example"}).warning, IsEmpty());
+  EXPECT_EQ(siteText({Kind::kLoopback, "127.0.0.1"}).icon, nullptr);
+  EXPECT_THAT(siteText({Kind::kPlain, "signin.example"}).warning, HasSubstr("Not encrypted"));
+  EXPECT_THAT(siteText({Kind::kNowhere, ""}).warning, Not(IsEmpty()));
 }
 
 TEST(SiteTest, AScreenReaderHearsHostAndWarning) {
-  EXPECT_THAT(wordsFor({Kind::kPlain, "signin.example"}).spoken, HasSubstr("signin.example is not encrypted"));
-  EXPECT_THAT(wordsFor({Kind::kEncrypted, "signin.example"}).spoken, HasSubstr("signin.example"));
+  EXPECT_THAT(siteText({Kind::kPlain, "signin.example"}).spoken, HasSubstr("signin.example is not encrypted"));
+  EXPECT_THAT(siteText({Kind::kEncrypted, "signin.example"}).spoken, HasSubstr("signin.example"));
 }
 
 TEST(SiteTest, LabelsAreHeldApartAndInTheirOrder) {

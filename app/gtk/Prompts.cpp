@@ -1,0 +1,222 @@
+#include "app/gtk/Prompts.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "app/gtk/Glib.h"
+#include "app/gtk/Style.h"
+
+namespace {
+
+constexpr int kOverlap = 4;  // with the strip
+constexpr int kMargin = 12;  // min. distance from the window's other edges
+constexpr int kMinWidthInCharacters = 12;
+constexpr int kMaxWidthInCharacters = 48;
+constexpr int kMaxLines = 12;
+constexpr glong kMaxCharacters = 600;
+
+constexpr char kStyle[] = R"(
+.prompt { padding: 18px; border: 1px solid @borders; border-radius: 0 0 8px 8px;
+         color: @theme_fg_color; background-color: @theme_bg_color; box-shadow: 0 2px 10px rgba(0, 0, 0, 0.4); }
+.prompt .heading { font-weight: bold; }
+.prompt .warning { padding: 6px; color: @theme_bg_color; background-color: @theme_fg_color; }
+)";
+
+GtkWidget* newFrame(const std::string& name) {
+  GtkWidget* const frame = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
+  setStyleClass(frame, "prompt");
+
+  AtkObject* const accessible = gtk_widget_get_accessible(frame);
+  atk_object_set_role(accessible, ATK_ROLE_ALERT);
+  atk_object_set_name(accessible, name.c_str());
+  return frame;
+}
+
+std::string shortened(const std::string& text) {
+  std::string valid = validUtf8(text);
+  if (g_utf8_strlen(valid.c_str(), -1) <= kMaxCharacters) return valid;
+  const char* const end = g_utf8_offset_to_pointer(valid.c_str(), kMaxCharacters);
+  return std::string(valid.c_str(), end) + "\u2026";
+}
+
+GtkWidget* newText(const std::string& text, const char* styleClass) {
+  GtkWidget* const label = gtk_label_new(shortened(text).c_str());
+  gtk_label_set_line_wrap(GTK_LABEL(label), TRUE);
+  gtk_label_set_line_wrap_mode(GTK_LABEL(label), PANGO_WRAP_WORD_CHAR);
+  gtk_label_set_lines(GTK_LABEL(label), kMaxLines);
+  gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
+  gtk_label_set_width_chars(GTK_LABEL(label), kMinWidthInCharacters);
+  gtk_label_set_max_width_chars(GTK_LABEL(label), kMaxWidthInCharacters);
+  gtk_label_set_xalign(GTK_LABEL(label), 0);
+  setStyleClass(label, styleClass);
+  return label;
+}
+
+GtkEntry* newEntry(const Prompt::Field& field) {
+  GtkEntry* const entry = GTK_ENTRY(gtk_entry_new());
+  gtk_entry_set_text(entry, validUtf8(field.value).c_str());
+  gtk_entry_set_activates_default(entry, TRUE);
+  gtk_entry_set_visibility(entry, !field.secret);
+  if (field.secret) gtk_entry_set_input_purpose(entry, GTK_INPUT_PURPOSE_PASSWORD);
+  return entry;
+}
+
+}  // namespace
+
+Prompts::Prompts(GtkOverlay* overlay, GtkWidget* page) : overlay_(overlay), page_(page) {
+  useStyle(kStyle);
+  g_signal_connect(overlay, "get-child-position", G_CALLBACK(onPosition), this);
+}
+
+void Prompts::close() {
+  (void)clear();
+}
+
+void Prompts::declineAll() {
+  if (queue_.empty()) return;
+  const std::deque<Entry> declined = clear();
+  enablePage();
+  for (const Entry& each : declined)
+    each.onReply({});
+}
+
+std::deque<Prompts::Entry> Prompts::clear() {
+  entries_.clear();
+  if (frame_ != nullptr) gtk_widget_destroy(std::exchange(frame_, nullptr));
+  return std::exchange(queue_, {});
+}
+
+Prompts::Id Prompts::show(Prompt prompt, std::function<void(const PromptReply&)> onReply) {
+  queue_.push_back({++lastId_, std::move(prompt), std::move(onReply)});
+  if (queue_.size() == 1) build(queue_.front().prompt);
+  return lastId_;
+}
+
+bool Prompts::cancel(Id id) {
+  const auto found = std::find_if(queue_.begin(), queue_.end(), [id](const Entry& each) { return each.id == id; });
+  if (found == queue_.end()) return false;
+  if (found == queue_.begin()) {
+    removeFirst();
+  } else {
+    queue_.erase(found);
+  }
+  return true;
+}
+
+void Prompts::build(const Prompt& prompt) {
+  frame_ = newFrame(prompt.heading);
+  g_signal_connect(frame_, "key-press-event", G_CALLBACK(onKeyPress), this);
+
+  addText(prompt.heading, "heading");
+  GtkWidget* const message = addMessage(prompt.message);
+  addText(prompt.warning, "warning");
+  for (const Prompt::Field& field : prompt.fields)
+    addField(field, field.label.empty() ? message : addText(field.label, "label"));
+  GtkWidget* const accept = addButtons(prompt.canBeDeclined);
+
+  gtk_widget_set_sensitive(page_, FALSE);
+  gtk_overlay_add_overlay(overlay_, frame_);
+  gtk_widget_show_all(frame_);
+  gtk_widget_grab_default(accept);
+  gtk_widget_grab_focus(entries_.empty() ? accept : GTK_WIDGET(entries_.front()));
+}
+
+void Prompts::add(GtkWidget* part) {
+  gtk_box_pack_start(GTK_BOX(frame_), part, FALSE, FALSE, 0);
+}
+
+GtkWidget* Prompts::addText(const std::string& text, const char* styleClass) {
+  GtkWidget* const label = newText(text, styleClass);
+  gtk_widget_set_no_show_all(label, text.empty());
+  add(label);
+  return label;
+}
+
+// The message scrolls if the window is too small for it: the heading and the buttons must be visible.
+GtkWidget* Prompts::addMessage(const std::string& message) {
+  GtkWidget* const label = newText(message, "message");
+  GtkWidget* const scroller = gtk_scrolled_window_new(nullptr, nullptr);
+  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, GTK_POLICY_EXTERNAL);
+  gtk_scrolled_window_set_propagate_natural_height(GTK_SCROLLED_WINDOW(scroller), TRUE);
+  gtk_scrolled_window_set_propagate_natural_width(GTK_SCROLLED_WINDOW(scroller), TRUE);
+  gtk_container_add(GTK_CONTAINER(scroller), label);
+  gtk_widget_set_no_show_all(scroller, message.empty());
+  add(scroller);
+  return label;
+}
+
+void Prompts::addField(const Prompt::Field& field, GtkWidget* label) {
+  GtkEntry* const entry = newEntry(field);
+  gtk_label_set_mnemonic_widget(GTK_LABEL(label), GTK_WIDGET(entry));
+  atk_object_set_name(gtk_widget_get_accessible(GTK_WIDGET(entry)), gtk_label_get_text(GTK_LABEL(label)));
+  add(GTK_WIDGET(entry));
+  entries_.push_back(entry);
+}
+
+GtkWidget* Prompts::addButtons(bool canBeDeclined) {
+  GtkWidget* const buttons = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
+  gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons), GTK_BUTTONBOX_END);
+  gtk_box_set_spacing(GTK_BOX(buttons), 8);
+  add(buttons);
+  if (canBeDeclined) {
+    GtkWidget* const decline = gtk_button_new_with_label("Cancel");
+    g_signal_connect_swapped(decline, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(false); }), this);
+    gtk_container_add(GTK_CONTAINER(buttons), decline);
+  }
+  GtkWidget* const accept = gtk_button_new_with_label("OK");
+  gtk_widget_set_can_default(accept, TRUE);
+  g_signal_connect_swapped(accept, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(true); }), this);
+  gtk_container_add(GTK_CONTAINER(buttons), accept);
+  return accept;
+}
+
+// Shows the next prompt before the reply is sent: the receiver may request another one.
+void Prompts::removeFirst() {
+  queue_.pop_front();
+  entries_.clear();
+  gtk_widget_destroy(std::exchange(frame_, nullptr));
+  if (!queue_.empty()) return build(queue_.front().prompt);
+  enablePage();
+}
+
+void Prompts::enablePage() {
+  gtk_widget_set_sensitive(page_, TRUE);
+  gtk_widget_grab_focus(page_);
+}
+
+void Prompts::reply(bool accepted) {
+  PromptReply result;
+  result.accepted = accepted;
+  if (accepted) {
+    for (GtkEntry* const entry : entries_)
+      result.values.emplace_back(gtk_entry_get_text(entry));
+  }
+  const std::function<void(const PromptReply&)> onReply = std::move(queue_.front().onReply);
+  removeFirst();
+  onReply(result);
+}
+
+// Centered below the strip, whose height depends on the user's font, and inside the window.
+gboolean Prompts::onPosition(GtkOverlay* overlay, GtkWidget* child, GdkRectangle* position, Prompts* self) {
+  if (child != self->frame_) return FALSE;
+  GtkAllocation window;
+  GtkAllocation page;
+  gtk_widget_get_allocation(GTK_WIDGET(overlay), &window);
+  gtk_widget_get_allocation(self->page_, &page);
+
+  GtkRequisition natural;
+  gtk_widget_get_preferred_size(child, nullptr, &natural);
+  position->width = std::min(natural.width, window.width - 2 * kMargin);
+  int height = 0;
+  gtk_widget_get_preferred_height_for_width(child, position->width, nullptr, &height);
+  position->y = page.y - kOverlap;
+  position->height = std::min(height, window.height - position->y - kMargin);
+  position->x = (window.width - position->width) / 2;
+  return TRUE;
+}
+
+gboolean Prompts::onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self) {
+  if (event->keyval != GDK_KEY_Escape) return FALSE;
+  self->reply(false);
+  return TRUE;
+}

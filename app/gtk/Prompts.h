@@ -1,0 +1,87 @@
+// Shows prompts to the user, one at a time, below the strip.
+//
+// - A prompt overlaps the strip, where no page can draw, and is part of the window: nothing can hide it, and the window
+//   can be closed while it is shown.
+// - The page gets no input while a prompt is shown.
+// - Return accepts. Escape declines.
+// - Further prompts wait in a queue.
+// Main thread.
+
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+struct Prompt {
+  struct Field {
+    std::string label;  // empty: the message is the label
+    std::string value;
+    bool secret = false;
+  };
+
+  std::string heading;  // names the sender
+  std::string message;  // the sender's text; shortened to fit into the window
+  std::string warning;
+  std::vector<Field> fields;
+  bool canBeDeclined = true;
+};
+
+struct PromptReply {
+  bool accepted = false;
+  std::vector<std::string> values;  // of the fields; empty if declined
+};
+
+class Prompts {
+ public:
+  using Id = unsigned;
+
+  // Shows prompts in `overlay`, at the upper edge of `page`. Both must outlive this object.
+  Prompts(GtkOverlay* overlay, GtkWidget* page);
+
+  Prompts(const Prompts&) = delete;
+  Prompts& operator=(const Prompts&) = delete;
+
+  // Removes every prompt without a reply. Call before the widgets are destroyed.
+  void close();
+
+  // Shows a prompt or queues it. Calls `onReply` once, unless the prompt is cancelled first.
+  Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
+
+  // Removes a prompt without a reply. Returns false if it already has one.
+  bool cancel(Id id);
+
+  // Replies to every prompt as if the user had declined it.
+  void declineAll();
+
+ private:
+  struct Entry {
+    Id id;
+    Prompt prompt;
+    std::function<void(const PromptReply&)> onReply;
+  };
+
+  void build(const Prompt& prompt);
+  void add(GtkWidget* part);
+  GtkWidget* addText(const std::string& text, const char* styleClass);
+  GtkWidget* addMessage(const std::string& message);
+  void addField(const Prompt::Field& field, GtkWidget* label);
+  GtkWidget* addButtons(bool canBeDeclined);  // returns the accept button
+  std::deque<Entry> clear();
+  void removeFirst();
+  void enablePage();
+  void reply(bool accepted);
+
+  static gboolean onPosition(GtkOverlay* overlay, GtkWidget* child, GdkRectangle* position, Prompts* self);
+  static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self);
+
+  GtkOverlay* overlay_;
+  GtkWidget* page_;
+  GtkWidget* frame_ = nullptr;      // of the prompt that is shown
+  std::vector<GtkEntry*> entries_;  // of the prompt that is shown
+  std::deque<Entry> queue_;         // the first one is shown
+  Id lastId_ = 0;
+};

@@ -1,0 +1,152 @@
+#include "app/gtk/page/Guards.h"
+
+#include <algorithm>
+#include <string>
+
+#include "app/gtk/Glib.h"
+
+namespace {
+
+constexpr double kMaxAboveHotSpot = 16;
+constexpr int kMaxBubbleLines = 4;
+
+gboolean onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request, gpointer) {
+  webkit_permission_request_deny(request);
+  return TRUE;
+}
+
+gboolean onPermissionState(WebKitWebView*, WebKitPermissionStateQuery* query, gpointer) {
+  webkit_permission_state_query_finish(query, WEBKIT_PERMISSION_STATE_DENIED);
+  return TRUE;
+}
+
+gboolean onFileChooser(WebKitWebView*, WebKitFileChooserRequest* request, gpointer) {
+  webkit_file_chooser_request_cancel(request);
+  return TRUE;
+}
+
+gboolean onColorChooser(WebKitWebView*, WebKitColorChooserRequest* request, gpointer) {
+  webkit_color_chooser_request_cancel(request);
+  return TRUE;
+}
+
+bool isEditingItem(WebKitContextMenuItem* item) {
+  switch (webkit_context_menu_item_get_stock_action(item)) {
+    case WEBKIT_CONTEXT_MENU_ACTION_COPY:
+    case WEBKIT_CONTEXT_MENU_ACTION_CUT:
+    case WEBKIT_CONTEXT_MENU_ACTION_PASTE:
+    case WEBKIT_CONTEXT_MENU_ACTION_PASTE_AS_PLAIN_TEXT:
+    case WEBKIT_CONTEXT_MENU_ACTION_DELETE:
+    case WEBKIT_CONTEXT_MENU_ACTION_SELECT_ALL:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Returning TRUE suppresses the menu.
+gboolean onContextMenu(WebKitWebView*, WebKitContextMenu* menu, GdkEvent*, WebKitHitTestResult*, gpointer) {
+  for (guint i = webkit_context_menu_get_n_items(menu); i > 0; --i) {
+    WebKitContextMenuItem* const item = webkit_context_menu_get_item_at_position(menu, i - 1);
+    if (!isEditingItem(item)) webkit_context_menu_remove(menu, item);
+  }
+  return webkit_context_menu_get_n_items(menu) == 0;
+}
+
+gboolean onQueryTooltip(GtkWidget* view, gint, gint, gboolean, GtkTooltip*, gpointer) {
+  g_signal_stop_emission_by_name(view, "query-tooltip");
+  return FALSE;
+}
+
+// The list of a field above the page's area would cover the strip.
+gboolean onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, GdkRectangle* field, gpointer) {
+  if (field->y >= 0) return FALSE;
+  webkit_option_menu_close(menu);
+  return TRUE;
+}
+
+// A page's own cursor image may be 128 pixels high and cover the strip while the pointer is in the page. A theme's
+// cursors have about the default size.
+bool isLarge(GdkCursor* cursor) {
+  double hotSpotX = 0, hotSpotY = 0;
+  const Owned<cairo_surface_t, cairo_surface_destroy> image(gdk_cursor_get_surface(cursor, &hotSpotX, &hotSpotY));
+  if (!image || cairo_surface_get_type(image.get()) != CAIRO_SURFACE_TYPE_IMAGE) return true;
+  const auto maxHeight = static_cast<int>(2 * gdk_display_get_default_cursor_size(gdk_cursor_get_display(cursor)));
+  return hotSpotY > kMaxAboveHotSpot || cairo_image_surface_get_height(image.get()) > maxHeight;
+}
+
+void onCursor(GdkWindow* window, GParamSpec*, gpointer) {
+  GdkCursor* const cursor = gdk_window_get_cursor(window);
+  if (cursor != nullptr && gdk_cursor_get_cursor_type(cursor) == GDK_CURSOR_IS_PIXMAP && isLarge(cursor)) {
+    gdk_window_set_cursor(window, nullptr);
+  }
+}
+
+// WebKit limits a bubble's text by wrapped lines only: a page that writes line breaks could make it any height.
+void shorten(GtkWidget* part, gpointer) {
+  if (GTK_IS_CONTAINER(part)) return gtk_container_forall(GTK_CONTAINER(part), shorten, nullptr);
+  if (!GTK_IS_LABEL(part)) return;
+  std::string text = gtk_label_get_text(GTK_LABEL(part));
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  gtk_label_set_text(GTK_LABEL(part), text.c_str());
+  gtk_label_set_lines(GTK_LABEL(part), kMaxBubbleLines);
+  gtk_label_set_ellipsize(GTK_LABEL(part), PANGO_ELLIPSIZE_END);
+}
+
+// Places the bubble below or above the field, inside the page's area. Returns false if neither fits.
+bool placeInPage(GtkPopover* bubble, GtkWidget* page, GdkRectangle field) {
+  GtkRequisition size;
+  gtk_widget_get_preferred_size(GTK_WIDGET(bubble), nullptr, &size);
+  const int bottom = std::max(field.y, 0) + field.height + size.height;
+  const bool fitsBelow = bottom <= gtk_widget_get_allocated_height(page);
+  if (!fitsBelow && field.y < size.height) return false;
+
+  field.y = std::max(field.y, 0);
+  gtk_popover_set_position(bubble, fitsBelow ? GTK_POS_BOTTOM : GTK_POS_TOP);
+  gtk_popover_set_pointing_to(bubble, &field);
+  return true;
+}
+
+gboolean popDown(gpointer bubble) {
+  gtk_popover_popdown(GTK_POPOVER(bubble));
+  return G_SOURCE_REMOVE;
+}
+
+// The bubble that WebKit shows at an invalid field could cover the strip: a page chooses the field's position. A bubble
+// that does not fit into the page's area is hidden.
+gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer page) {
+  GObject* const widget = G_OBJECT(g_value_get_object(values));
+  if (!GTK_IS_POPOVER(widget) || gtk_popover_get_relative_to(GTK_POPOVER(widget)) != page) return TRUE;
+
+  shorten(GTK_WIDGET(widget), nullptr);
+  GdkRectangle field;
+  (void)gtk_popover_get_pointing_to(GTK_POPOVER(widget), &field);
+  if (placeInPage(GTK_POPOVER(widget), GTK_WIDGET(page), field)) return TRUE;
+
+  gtk_widget_set_opacity(GTK_WIDGET(widget), 0);
+  g_idle_add_full(G_PRIORITY_HIGH, popDown, g_object_ref(widget), g_object_unref);
+  return TRUE;
+}
+
+void onRealize(GtkWidget* view, gpointer) {
+  g_signal_connect(gtk_widget_get_window(view), "notify::cursor", G_CALLBACK(onCursor), nullptr);
+  g_signal_add_emission_hook(g_signal_lookup("map", GTK_TYPE_WIDGET), 0, onWidgetMapped, view, nullptr);
+
+  // A file or an address that is dropped on a page would replace the page.
+  gtk_drag_dest_unset(view);
+}
+
+}  // namespace
+
+void connectGuards(WebKitWebView* view) {
+  g_signal_connect(view, "permission-request", G_CALLBACK(onPermissionRequest), nullptr);
+  g_signal_connect(view, "query-permission-state", G_CALLBACK(onPermissionState), nullptr);
+  g_signal_connect(view, "run-file-chooser", G_CALLBACK(onFileChooser), nullptr);
+  g_signal_connect(view, "run-color-chooser", G_CALLBACK(onColorChooser), nullptr);
+  g_signal_connect(view, "print", G_CALLBACK(gtk_true), nullptr);
+  g_signal_connect(view, "enter-fullscreen", G_CALLBACK(gtk_true), nullptr);
+  g_signal_connect(view, "context-menu", G_CALLBACK(onContextMenu), nullptr);
+  g_signal_connect(view, "query-tooltip", G_CALLBACK(onQueryTooltip), nullptr);
+  g_signal_connect(view, "show-option-menu", G_CALLBACK(onOptionMenu), nullptr);
+  g_signal_connect(view, "realize", G_CALLBACK(onRealize), nullptr);
+}

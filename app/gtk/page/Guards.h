@@ -1,0 +1,16 @@
+// Restricts what a page may do: no access to the machine, nothing outside its own area.
+//
+// - Denied without a prompt: every permission (location, camera, microphone, notifications and others), file and color
+//   choosers, full screen, and printing, whose dialog would outlive the run.
+// - The context menu has only editing commands.
+// - Nothing that WebKit draws for a page can cover the strip: no tooltips, no large cursors; bubbles and lists stay
+//   below the strip.
+// - Nothing can be dropped on a page.
+// Main thread.
+
+#pragma once
+
+#include <webkit2/webkit2.h>
+
+// Call once, before `view` is realized.
+void connectGuards(WebKitWebView* view);

@@ -1,0 +1,110 @@
+// The web view of the window, and everything that belongs to it: session, settings, guards, prompts, site and loads.
+//
+// - Connects each WebKit signal exactly once.
+// - Reports loads, clicked links and requests for new windows to `SignInFlow`.
+// - Shows the page's site and its progress in the strip.
+// - A page that came over the network cannot navigate to a file of this machine.
+// - A page may open three addresses outside and show five prompts, and as many again after each click, Return or Space.
+//   Further requests are dropped.
+// - While a page is zoomed in, its main frame can be scrolled; otherwise parts of it would be out of reach.
+// Main thread only; needs an open display.
+
+#pragma once
+
+#include <gtk/gtk.h>
+#include <webkit2/webkit2.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "app/SignInFlow.h"
+#include "app/WindowKeys.h"
+#include "app/gtk/Glib.h"
+#include "app/gtk/Strip.h"
+#include "app/gtk/load/GlibIdleTimer.h"
+#include "app/gtk/load/LoadEvent.h"
+#include "app/gtk/load/LoadTracker.h"
+#include "app/gtk/load/NetworkProcessWatch.h"
+#include "app/gtk/page/PagePrompts.h"
+#include "app/gtk/page/RequestLimit.h"
+#include "app/gtk/page/Site.h"
+
+class Page {
+ public:
+  // Shows prompts in `overlay`. `strip` and `flow` must outlive the page. `sandboxed` puts the web process into
+  // WebKit's sandbox, which must work on this machine.
+  Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed);
+  ~Page();
+
+  Page(const Page&) = delete;
+  Page& operator=(const Page&) = delete;
+
+  // The web view; the page destroys it.
+  GtkWidget* widget() const { return GTK_WIDGET(view_); }
+
+  // Loads HTML text under `spinnerHTMLBaseURL`.
+  void loadHTML(const std::string& html);
+  void loadAddress(const std::string& address);
+
+  // Opens an address with the user's default program, if its scheme and the page's limit allow that.
+  void openOutside(const std::string& address);
+
+  // Does nothing while a prompt is shown.
+  void edit(EditingCommand command);
+
+  // Multiplies the zoom level, within 0.5 to 3.
+  void zoomBy(double factor);
+  void resetZoom();
+
+  // Also passes each load event to `observer`, before it is interpreted. For recording traces.
+  void observeLoads(std::function<void(const LoadEvent&)> observer) { observer_ = std::move(observer); }
+
+ private:
+  static void onLoadChanged(WebKitWebView*, WebKitLoadEvent step, Page* self);
+  static gboolean onLoadFailed(WebKitWebView*, WebKitLoadEvent step, char* address, GError* error, Page* self);
+  static gboolean onLoadFailedWithTlsErrors(WebKitWebView*, char* address, GTlsCertificate*, GTlsCertificateFlags flags,
+                                            Page* self);
+  static void onIsLoading(WebKitWebView*, GParamSpec*, Page* self);
+  static void onProgress(WebKitWebView*, GParamSpec*, Page* self);
+  static void onProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, Page* self);
+  static gboolean onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                                 Page* self);
+  static GtkWidget* onCreate(WebKitWebView*, WebKitNavigationAction* action, Page* self);
+  static void onDownloadStarted(WebKitWebContext*, WebKitDownload* download, Page* self);
+
+  static void onResourceStarted(WebKitWebView*, WebKitWebResource* resource, WebKitURIRequest* request, Page* self);
+  static void onResourceSent(WebKitWebResource* resource, WebKitURIRequest* request, WebKitURIResponse* redirect,
+                             Page* self);
+  static void onResourceResponse(WebKitWebResource* resource, GParamSpec*, Page* self);
+  static void onResourceFinished(WebKitWebResource* resource, Page* self);
+  static void onResourceFailed(WebKitWebResource* resource, GError* error, Page* self);
+  static void onResourceFailedWithTlsErrors(WebKitWebResource* resource, GTlsCertificate*, GTlsCertificateFlags flags,
+                                            Page* self);
+
+  static gboolean onScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog, Page* self);
+  static gboolean onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, Page* self);
+  static gboolean onUserInput(GtkWidget*, GdkEvent* event, Page* self);
+
+  void connectSignals();
+  void report(const LoadEvent& event);
+  void updateSite(const std::string& address);
+  void showProgress();
+  bool mayNavigate(const std::string& address) const;
+  void setZoom(double level);
+  void updateScrolling();
+
+  Strip& strip_;
+  SignInFlow& flow_;
+  Owned<WebKitWebContext> context_;
+  Owned<WebKitUserContentManager> content_;
+  WebKitWebView* view_;
+  Site site_;  // of the page that is shown
+  RequestLimit opened_{3};
+  bool scrollingForbidden_ = false;
+  GlibIdleTimer idleTimer_;
+  LoadTracker tracker_;
+  NetworkProcessWatch networkProcess_;
+  PagePrompts prompts_;
+  std::function<void(const LoadEvent&)> observer_;
+};

@@ -1,0 +1,128 @@
+#include "app/gtk/page/PagePrompts.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "app/gtk/Glib.h"
+
+namespace {
+
+using DialogRef = std::shared_ptr<WebKitScriptDialog>;
+using RequestRef = std::shared_ptr<WebKitAuthenticationRequest>;
+
+constexpr char kPromptId[] = "svo-prompt";
+
+std::string textOf(const char* text) {
+  return validUtf8(orEmpty(text));
+}
+
+std::string nameOf(const Site& site) {
+  if (!site.host.empty()) return leftToRight(site.host);
+  return site.kind == Site::Kind::kFile ? "A page on this computer" : "A page that does not say whose it is";
+}
+
+Prompt promptFor(WebKitScriptDialog* dialog, const Site& site) {
+  Prompt prompt;
+  prompt.heading = nameOf(site) + ", or a page embedded in it, says:";
+  prompt.message = textOf(webkit_script_dialog_get_message(dialog));
+  const WebKitScriptDialogType type = webkit_script_dialog_get_dialog_type(dialog);
+  prompt.canBeDeclined = type != WEBKIT_SCRIPT_DIALOG_ALERT;
+  if (type == WEBKIT_SCRIPT_DIALOG_PROMPT) {
+    prompt.fields.push_back({"", textOf(webkit_script_dialog_prompt_get_default_text(dialog)), false});
+  }
+  return prompt;
+}
+
+void sendReply(WebKitScriptDialog* dialog, const PromptReply& reply) {
+  const WebKitScriptDialogType type = webkit_script_dialog_get_dialog_type(dialog);
+  if (type == WEBKIT_SCRIPT_DIALOG_CONFIRM) webkit_script_dialog_confirm_set_confirmed(dialog, reply.accepted);
+  if (type == WEBKIT_SCRIPT_DIALOG_PROMPT && reply.accepted) {
+    webkit_script_dialog_prompt_set_text(dialog, reply.values.front().c_str());
+  }
+  webkit_script_dialog_close(dialog);
+}
+
+bool asksForPassword(WebKitAuthenticationRequest* request) {
+  switch (webkit_authentication_request_get_scheme(request)) {
+    case WEBKIT_AUTHENTICATION_SCHEME_DEFAULT:
+    case WEBKIT_AUTHENTICATION_SCHEME_HTTP_BASIC:
+    case WEBKIT_AUTHENTICATION_SCHEME_HTTP_DIGEST:
+    case WEBKIT_AUTHENTICATION_SCHEME_NTLM:
+    case WEBKIT_AUTHENTICATION_SCHEME_NEGOTIATE:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool isEncrypted(WebKitAuthenticationRequest* request) {
+  const Owned<WebKitSecurityOrigin, webkit_security_origin_unref> origin(
+      webkit_authentication_request_get_security_origin(request));
+  return g_strcmp0(webkit_security_origin_get_protocol(origin.get()), "https") == 0;
+}
+
+Prompt promptFor(WebKitAuthenticationRequest* request) {
+  const bool isProxy = webkit_authentication_request_is_for_proxy(request);
+  const std::string host = bracketed(textOf(webkit_authentication_request_get_host(request)));
+  const std::string realm = textOf(webkit_authentication_request_get_realm(request));
+
+  Prompt prompt;
+  prompt.heading = (isProxy ? "The proxy " : "") + leftToRight(displayHost(host)) + " asks for your name and password";
+  if (!realm.empty()) prompt.message = "It says: \u201C" + realm + "\u201D";
+  if (webkit_authentication_request_is_retry(request)) prompt.warning = "That name or password was not right.";
+  const Site::Kind kind = siteOf("http://" + host + "/", isEncrypted(request)).kind;
+  if (!isProxy && kind != Site::Kind::kEncrypted && kind != Site::Kind::kLoopback) {
+    prompt.warning += std::string(prompt.warning.empty() ? "" : " ") +
+                      "The connection is not encrypted: others can read what you type.";
+  }
+  prompt.fields = {{"Name", "", false}, {"Password", "", true}};
+  return prompt;
+}
+
+void sendReply(WebKitAuthenticationRequest* request, const PromptReply& reply) {
+  if (!reply.accepted) return webkit_authentication_request_authenticate(request, nullptr);
+  const Owned<WebKitCredential, webkit_credential_free> credential(webkit_credential_new(
+      reply.values[0].c_str(), reply.values[1].c_str(), WEBKIT_CREDENTIAL_PERSISTENCE_FOR_SESSION));
+  webkit_authentication_request_authenticate(request, credential.get());
+}
+
+}  // namespace
+
+PagePrompts::PagePrompts(GtkOverlay* overlay, GtkWidget* page, std::function<void(bool)> onShown)
+    : prompts_(overlay, page), onShown_(std::move(onShown)) {}
+
+void PagePrompts::showDialog(WebKitScriptDialog* dialog, const Site& site) {
+  if (webkit_script_dialog_get_dialog_type(dialog) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+    return webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
+  }
+  if (!limit_.take()) return;
+
+  const DialogRef kept(webkit_script_dialog_ref(dialog), webkit_script_dialog_unref);
+  (void)show(promptFor(dialog, site), [kept](const PromptReply& reply) { sendReply(kept.get(), reply); });
+}
+
+void PagePrompts::authenticate(WebKitAuthenticationRequest* request) {
+  if (!asksForPassword(request) || !limit_.take()) {
+    return webkit_authentication_request_authenticate(request, nullptr);
+  }
+  const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);
+  const Prompts::Id id = show(promptFor(request), [kept](const PromptReply& reply) { sendReply(kept.get(), reply); });
+
+  g_object_set_data(G_OBJECT(request), kPromptId, GUINT_TO_POINTER(id));
+  g_signal_connect(request, "cancelled", G_CALLBACK(onCancelled), this);
+}
+
+// A cancelled load cancels its request.
+void PagePrompts::onCancelled(WebKitAuthenticationRequest* request, PagePrompts* self) {
+  const Prompts::Id id = GPOINTER_TO_UINT(g_object_get_data(G_OBJECT(request), kPromptId));
+  if (self->prompts_.cancel(id)) self->onShown_(false);
+}
+
+Prompts::Id PagePrompts::show(Prompt prompt, std::function<void(const PromptReply&)> onReply) {
+  onShown_(true);
+  return prompts_.show(std::move(prompt), [this, onReply = std::move(onReply)](const PromptReply& reply) {
+    onReply(reply);
+    onShown_(false);
+  });
+}

@@ -1,0 +1,52 @@
+// The prompts of a page: script dialogs, and name and password of HTTP authentication (RFC 9110, section 11).
+//
+// - Each prompt names the site. WebKit does not report which frame shows a dialog, so the heading names the page and
+//   what is embedded in it.
+// - A page may show five prompts without user input. Further dialogs are declined.
+// - A dialog that a page shows before it is left is confirmed without a prompt.
+// - Names and passwords are kept in memory for this run.
+// - Client certificates are not offered.
+// Main thread.
+
+#pragma once
+
+#include <webkit2/webkit2.h>
+
+#include <functional>
+
+#include "app/gtk/Prompts.h"
+#include "app/gtk/page/RequestLimit.h"
+#include "app/gtk/page/Site.h"
+
+class PagePrompts {
+ public:
+  // Shows prompts in `overlay` over `page`; both must outlive this object. Calls `onShown` with true for each prompt
+  // requested, and with false when it has been closed.
+  PagePrompts(GtkOverlay* overlay, GtkWidget* page, std::function<void(bool shown)> onShown);
+
+  PagePrompts(const PagePrompts&) = delete;
+  PagePrompts& operator=(const PagePrompts&) = delete;
+
+  // `site` is the site of the page that is shown.
+  void showDialog(WebKitScriptDialog* dialog, const Site& site);
+
+  void authenticate(WebKitAuthenticationRequest* request);
+
+  // Declines every prompt: another page has been committed. WebKit cancels the requests of the main frame, but not
+  // those of sub-frames and images.
+  void declineAll() { prompts_.declineAll(); }
+
+  // Removes every prompt without a reply.
+  void close() { prompts_.close(); }
+
+  // The user has clicked or pressed a key.
+  void resetLimit() { limit_.reset(); }
+
+ private:
+  static void onCancelled(WebKitAuthenticationRequest* request, PagePrompts* self);
+  Prompts::Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
+
+  Prompts prompts_;
+  RequestLimit limit_{5};
+  std::function<void(bool)> onShown_;
+};

@@ -1,0 +1,154 @@
+#include "app/gtk/page/Site.h"
+
+#include <unicode/uscript.h>
+#include <unicode/uspoof.h>
+#include <webkit2/webkit2.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "app/Address.h"
+#include "app/gtk/Glib.h"
+
+namespace {
+
+constexpr char kLeftToRightMark[] = "\u200E";
+constexpr char kSecureIcon[] = "channel-secure-symbolic";
+constexpr char kWarningIcon[] = "dialog-warning-symbolic";
+
+bool isAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char each) { return static_cast<unsigned char>(each) < 0x80; });
+}
+
+// Created once: creating one takes milliseconds.
+const USpoofChecker* spoofChecker() {
+  static USpoofChecker* const checker = [] {
+    UErrorCode error = U_ZERO_ERROR;
+    USpoofChecker* const made = uspoof_open(&error);
+    if (U_FAILURE(error)) return static_cast<USpoofChecker*>(nullptr);
+    uspoof_setRestrictionLevel(made, USPOOF_SINGLE_SCRIPT_RESTRICTIVE);
+    uspoof_setChecks(made, USPOOF_RESTRICTION_LEVEL | USPOOF_INVISIBLE | USPOOF_MIXED_NUMBERS, &error);
+    return made;
+  }();
+  return checker;
+}
+
+// Marks that belong to no script look like dots, dashes and underlines. The Japanese long vowel mark is part of kana.
+bool isMarkOfNoScript(gunichar character) {
+  constexpr gunichar kLongVowel = 0x30FC;
+  if (character < 0x80 || character == kLongVowel) return false;
+  UErrorCode error = U_ZERO_ERROR;
+  const UScriptCode script = uscript_getScript(static_cast<UChar32>(character), &error);
+  return U_FAILURE(error) || script == USCRIPT_COMMON || script == USCRIPT_INHERITED;
+}
+
+bool hasMarkOfNoScript(const std::string& label) {
+  for (const char* at = label.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+    if (isMarkOfNoScript(g_utf8_get_char(at))) return true;
+  }
+  return false;
+}
+
+// All letters belong to one writing system, and the label does not look like an ASCII word.
+bool isUnambiguous(const std::string& label) {
+  if (isAscii(label)) return true;
+  if (hasMarkOfNoScript(label)) return false;
+  const USpoofChecker* const checker = spoofChecker();
+  if (checker == nullptr) return false;
+
+  UErrorCode error = U_ZERO_ERROR;
+  const auto size = static_cast<std::int32_t>(label.size());
+  if (uspoof_check2UTF8(checker, label.c_str(), size, nullptr, &error) != 0 || U_FAILURE(error)) return false;
+
+  char skeleton[1024];
+  const std::int32_t length =
+      uspoof_getSkeletonUTF8(checker, 0, label.c_str(), size, skeleton, sizeof skeleton, &error);
+  return U_SUCCESS(error) && !isAscii({skeleton, static_cast<std::size_t>(length)});
+}
+
+template <typename Visit>
+void forEachLabel(const std::string& host, Visit visit) {
+  std::string::size_type begin = 0;
+  while (true) {
+    const std::string::size_type end = host.find('.', begin);
+    visit(host.substr(begin, end - begin));
+    if (end == std::string::npos) return;
+    begin = end + 1;
+  }
+}
+
+bool isLoopback(const std::string& host) {
+  constexpr std::string_view kLocal = ".localhost";
+  if (host == "localhost" || host == "[::1]") return true;
+  if (host.size() > kLocal.size() && host.compare(host.size() - kLocal.size(), kLocal.size(), kLocal) == 0) return true;
+  return host.rfind("127.", 0) == 0 && g_hostname_is_ip_address(host.c_str());
+}
+
+// Parsed by WebKit, so that the host shown is the host that WebKit connected to.
+std::string hostOf(const std::string& address) {
+  const Owned<WebKitSecurityOrigin, webkit_security_origin_unref> origin(
+      webkit_security_origin_new_for_uri(address.c_str()));
+  const char* const host = webkit_security_origin_get_host(origin.get());
+  if (host == nullptr) return {};
+  return bracketed(host);
+}
+
+}  // namespace
+
+std::string bracketed(const std::string& host) {
+  return host.find(':') != std::string::npos && host.front() != '[' ? "[" + host + "]" : host;
+}
+
+Site siteOf(const std::string& address, bool overTls) {
+  if (hasScheme(address, "file")) return {Site::Kind::kFile, {}};
+  if (!isWebAddress(address)) return {Site::Kind::kNowhere, {}};
+
+  const std::string host = hostOf(address);
+  if (host.empty()) return {Site::Kind::kNowhere, {}};
+  if (overTls) return {Site::Kind::kEncrypted, displayHost(host)};
+  return {isLoopback(host) ? Site::Kind::kLoopback : Site::Kind::kPlain, displayHost(host)};
+}
+
+std::string displayHost(const std::string& host) {
+  constexpr std::string_view kScheme = "http://";
+  const Owned<char, g_free> shown(webkit_uri_for_display((std::string(kScheme) + host).c_str()));
+  if (!shown) return host;
+
+  std::string name = std::string(shown.get()).substr(kScheme.size());
+  if (!name.empty() && name.back() == '/') name.pop_back();
+  bool unambiguous = true;
+  forEachLabel(name, [&](const std::string& label) { unambiguous = unambiguous && isUnambiguous(label); });
+  return unambiguous ? name : host;
+}
+
+SiteText siteText(const Site& site) {
+  switch (site.kind) {
+    case Site::Kind::kNone:
+      return {nullptr, "", "", "No site yet"};
+    case Site::Kind::kEncrypted:
+      return {kSecureIcon, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
+    case Site::Kind::kLoopback:
+      return {nullptr, site.host, "", "Site: " + site.host + ", this computer"};
+    case Site::Kind::kPlain:
+      return {kWarningIcon, site.host, "Not encrypted: others can read what you type",
+              "Warning: the connection to " + site.host + " is not encrypted: others can read what you type"};
+    case Site::Kind::kFile:
+      return {nullptr, "A page on this computer", "", "A page on this computer"};
+    case Site::Kind::kNowhere:
+      break;
+  }
+  return {kWarningIcon, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
+}
+
+std::string leftToRight(const std::string& host) {
+  std::string result = kLeftToRightMark;
+  bool first = true;
+  forEachLabel(host, [&](const std::string& label) {
+    if (!first) result += std::string(kLeftToRightMark) + "." + kLeftToRightMark;
+    result += label;
+    first = false;
+  });
+  return result;
+}
