@@ -55,7 +55,9 @@ void SignInFlow::launch(const std::string& bundlePath) {
 }
 
 void SignInFlow::mainFrameFinished(const std::optional<std::string>& address) {
-  if (ended_ || !address) return;
+  if (ended_) return;
+  window_.forbidMainFrameScrolling();
+  if (!address) return;
   if (*address == spinnerHTMLBaseURL) return startSignIn();
 
   // A page whose address begins with both is an enterprise page, never a result.

@@ -10,7 +10,7 @@
 
 #include "logging/Helpers.h"
 #include "logging/LogTargetDefault.h"
-#include "platform/Threads.h"
+#include "platform/Machine.h"
 
 namespace tarn {
 namespace {

@@ -120,6 +120,10 @@ void GtkSignInWindow::openInBrowser(const std::string& address) {
   page_->openOutside(address);
 }
 
+void GtkSignInWindow::forbidMainFrameScrolling() {
+  page_->forbidScrolling();
+}
+
 void GtkSignInWindow::terminate() {
   gtk_main_quit();
 }

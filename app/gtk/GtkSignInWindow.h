@@ -49,6 +49,7 @@ class GtkSignInWindow : public SignInWindow {
   void loadHTML(const std::string& html, const std::string& path) override;
   void loadAddress(const std::string& address) override;
   void openInBrowser(const std::string& address) override;
+  void forbidMainFrameScrolling() override;
   void terminate() override;
 
  private:

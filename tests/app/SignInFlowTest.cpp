@@ -46,6 +46,7 @@ class RecordingWindow : public SignInWindow {
     note((html == spinnerHTMLSource ? "spinner " : "html ") + path);
   }
   void loadAddress(const std::string& address) override { note("load " + address); }
+  void forbidMainFrameScrolling() override { note("no scrolling"); }
   void openInBrowser(const std::string& address) override { note("browser " + address); }
   void terminate() override { note("terminate"); }
 
@@ -138,13 +139,13 @@ TEST_F(SignInFlowTest, TheFinishedSpinnerPageStartsTheSignIn) {
   flow.launch("/opt/kelvo");
   window.taken();
   flow.mainFrameFinished(spinnerHTMLBaseURL);
-  EXPECT_EQ(window.taken(), (Asked{"load cb:/Host/Login"}));
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling", "load cb:/Host/Login"}));
 }
 
 TEST_F(SignInFlowTest, TheSpinnerPageShownAgainRestartsTheSignIn) {
   signIn();
   flow.mainFrameFinished(spinnerHTMLBaseURL);
-  EXPECT_EQ(window.taken(), (Asked{"load cb:/Host/Login"}));
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling", "load cb:/Host/Login"}));
 }
 
 TEST_F(SignInFlowTest, EachMissingAddressEndsTheRunWith255) {
@@ -155,7 +156,7 @@ TEST_F(SignInFlowTest, EachMissingAddressEndsTheRunWith255) {
     run.launch("/opt/kelvo");
     window.taken();
     run.mainFrameFinished(spinnerHTMLBaseURL);
-    EXPECT_EQ(window.taken(), (Asked{"terminate"}));
+    EXPECT_EQ(window.taken(), (Asked{"no scrolling", "terminate"}));
     EXPECT_EQ(message(), "<errorNo><error>255</error></errorNo>");
     CommandLine::GetInstance()->*option = kept;
   }
@@ -164,7 +165,7 @@ TEST_F(SignInFlowTest, EachMissingAddressEndsTheRunWith255) {
 TEST_F(SignInFlowTest, ARedirectPageEndsTheRunWithItsWholeAddress) {
   signIn();
   flow.mainFrameFinished("cb:/done?code=1&s=2");
-  EXPECT_EQ(window.taken(), (Asked{"terminate"}));
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling", "terminate"}));
   EXPECT_EQ(message(), "<result><URL>cb:/done?code=1&amp;s=2</URL></result>");
   EXPECT_TRUE(flow.hasEnded());
 }
@@ -172,20 +173,20 @@ TEST_F(SignInFlowTest, ARedirectPageEndsTheRunWithItsWholeAddress) {
 TEST_F(SignInFlowTest, APageInOtherLettersThanTheLoweredOptionIsOrdinary) {
   signIn();
   flow.mainFrameFinished("cb:/Done?code=1");
-  EXPECT_EQ(window.taken(), Asked{});
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling"}));
   EXPECT_EQ(message(), "");
 }
 
 TEST_F(SignInFlowTest, TheRedirectAddressMustStandAtTheStart) {
   signIn();
   flow.mainFrameFinished("cb:/page?next=cb:/done");
-  EXPECT_EQ(window.taken(), Asked{});
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling"}));
 }
 
 TEST_F(SignInFlowTest, APageWithoutAnAddressIsIgnored) {
   signIn();
   flow.mainFrameFinished(std::nullopt);
-  EXPECT_EQ(window.taken(), Asked{});
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling"}));
 }
 
 TEST_F(SignInFlowTest, TheFirstEnterprisePageEnlargesTheWindowAndIsFollowed) {
@@ -193,7 +194,7 @@ TEST_F(SignInFlowTest, TheFirstEnterprisePageEnlargesTheWindowAndIsFollowed) {
   CommandLine::GetInstance()->type3_window_title = "My Company";
   window.window = {100, 300, 680, 570};
   flow.mainFrameFinished("t3:/start?redirect_uri=next:/x&y=1");
-  EXPECT_EQ(window.taken(), (Asked{"title My Company", "view 0,5 800x600", "window 100,270 800x620",
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling", "title My Company", "view 0,5 800x600", "window 100,270 800x620",
                                    "minimum 0,0 800x620", "zoom", "resizable", "load next:/x&y=1"}));
   EXPECT_TRUE(flow.resizingDone());
 }
@@ -204,13 +205,13 @@ TEST_F(SignInFlowTest, ASecondEnterprisePageIsOnlyFollowed) {
   window.taken();
   CommandLine::GetInstance()->type3_window_title = "Other";
   flow.mainFrameFinished("t3:/start?redirect_uri=two");
-  EXPECT_EQ(window.taken(), (Asked{"load two"}));
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling", "load two"}));
 }
 
 TEST_F(SignInFlowTest, WithoutAnEnterpriseTitleTheTitleStays) {
   signIn();
   flow.mainFrameFinished("t3:/start");
-  EXPECT_EQ(window.taken().at(0).substr(0, 5), "view ");
+  EXPECT_EQ(window.taken().at(1).substr(0, 5), "view ");
 }
 
 TEST_F(SignInFlowTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
@@ -330,7 +331,7 @@ TEST_F(SignInFlowTest, AnUndeliveredMessageEndsTheRunInSilence) {
   Logger::getInstance()->setLogLevel(Log_Level_Trace, nullptr, nullptr);
   const std::size_t former = linesSince(0).size();
   flow.mainFrameFinished("cb:/done");
-  EXPECT_EQ(window.taken(), (Asked{"terminate"}));
+  EXPECT_EQ(window.taken(), (Asked{"no scrolling", "terminate"}));
   EXPECT_EQ(linesSince(former), Asked{});
 }
 

@@ -152,6 +152,10 @@ void Page::openOutside(const std::string& address) {
   g_app_info_launch_default_for_uri_async(address.c_str(), nullptr, nullptr, nullptr, nullptr);
 }
 
+void Page::forbidScrolling() {
+  if (!std::exchange(scrollingForbidden_, true)) updateScrolling();
+}
+
 void Page::edit(EditingCommand command) {
   if (gtk_widget_is_sensitive(widget())) webkit_web_view_execute_editing_command(view_, nameOf(command));
 }
@@ -202,10 +206,7 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
     self->updateSite(event.address);
     self->prompts_.declineAll();
   }
-  if (event.kind == Kind::kFinished) {
-    self->networkProcess_.start();  // a page has been loaded, so the process exists
-    if (!std::exchange(self->scrollingForbidden_, true)) self->updateScrolling();
-  }
+  if (event.kind == Kind::kFinished) self->networkProcess_.start();  // a page has been loaded, so the process exists
   self->report(event);
 }
 

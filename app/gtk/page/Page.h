@@ -50,6 +50,9 @@ class Page {
   // Opens an address with the user's default program, if its scheme and the page's limit allow that.
   void openOutside(const std::string& address);
 
+  // Stops the main frame of every page from scrolling, except while it is zoomed in.
+  void forbidScrolling();
+
   // Does nothing while a prompt is shown.
   void edit(EditingCommand command);
 
