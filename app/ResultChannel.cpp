@@ -53,6 +53,6 @@ bool WriteFIFO(const std::string& pipePath, const std::string& message) {
   if (pipe < 0) return false;
 
   const ssize_t written = ::write(pipe, message.data(), message.size());
-  (void)::close(pipe);  // nothing is buffered behind a pipe, so nothing can fail here any more
+  (void)::close(pipe);  // a pipe has no buffered data that could fail to be written
   return written == static_cast<ssize_t>(message.size());
 }

@@ -1,8 +1,9 @@
-// Which key means which editing command: the usual shortcuts of a page, without a menu bar.
+// Maps keys to editing commands: the usual shortcuts of a page, without a menu bar.
 //
-// Asked about keys that the page has not taken. Only the Command key alone makes a shortcut; on a platform without one
-// its primary accelerator (Control on Linux) is given as the Command bit, and every other modifier as its own bit.
-// Plain C++, no state.
+// - For keys that the page has not used.
+// - Only the Command key alone makes a shortcut. On a platform without one its primary accelerator (Control on Linux)
+//   is passed as the Command bit, every other modifier as its own bit.
+// - Plain C++, no state.
 
 #pragma once
 
@@ -10,7 +11,7 @@
 #include <optional>
 #include <string>
 
-// The modifier bits of a key event, numbered as Cocoa's; the low 16 bits tell devices apart and do not count.
+// The modifier bits of a key event, as in Cocoa. The low 16 bits identify the device and are ignored.
 enum KeyModifier : unsigned long {
   kKeyCapsLock = 1UL << 16,
   kKeyShift = 1UL << 17,
@@ -25,17 +26,17 @@ enum class EditingCommand { kSelectAll, kCopy, kPaste, kCut, kUndo };
 
 struct KeyDecision {
   enum class Action {
-    kPassOn,   // the event goes on as though nobody had looked at it
-    kDrop,     // nobody gets the event
-    kPerform,  // `command` goes to the window's content
+    kPassOn,   // the event is handled as if there were no shortcuts
+    kDrop,     // the event is discarded
+    kPerform,  // `command` is sent to the window's content
   };
 
   Action action = Action::kPassOn;
   std::optional<EditingCommand> command;
 };
 
-// What to do with a key. `characters` are those of the key without its modifiers, UTF-8, missing when it has none.
-// `firstResponderDoes` answers whether whatever has the keyboard knows a command; undo is not asked about.
+// `characters`: of the key without its modifiers, UTF-8; missing if it has none. `firstResponderDoes` returns whether
+// the object with the keyboard focus supports a command; it is not called for undo.
 //   "c", kKeyCommand, copies          => perform copy
 //   "C", kKeyCommand, copies          => perform copy
 //   "c", kKeyCommand, does not copy   => drop

@@ -1,7 +1,7 @@
-// The application on Cocoa: turns what AppKit and the web view tell into calls of the flow. It only translates; every
-// decision is `SignInFlow`'s.
+// The application delegate. Passes the events of AppKit and of the web view to `SignInFlow`.
 //
-// Made by the main interface file, which connects `window` and `webView`. Main thread only.
+// - The main interface file creates it and connects `window` and `webView`.
+// - Main thread only.
 
 #pragma once
 
@@ -12,7 +12,7 @@
 
 struct SignIn;
 
-// The web view of this program is deprecated as a whole, its name included.
+// The legacy web view is deprecated, including its name.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
@@ -26,7 +26,7 @@ struct SignIn;
 @property(nonatomic, retain) IBOutlet SVOWindow* window;
 @property(nonatomic, retain) IBOutlet WebView* webView;
 
-// Whether the window has taken the layout of the enterprise sign-in.
+// Whether the window has the layout of the enterprise sign-in.
 @property(nonatomic, assign) BOOL resizingDone;
 
 @end

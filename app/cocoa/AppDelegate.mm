@@ -20,8 +20,7 @@ struct SignIn {
 
 namespace {
 
-// A page gets scripts and images, nothing foreign to run, and Tab leads through its links.
-void settle(WebPreferences* preferences) {
+void configure(WebPreferences* preferences) {
   [preferences setJavaEnabled:NO];
   [preferences setPlugInsEnabled:NO];
   [preferences setJavaScriptEnabled:YES];
@@ -34,7 +33,7 @@ NSURL* requestedURL(WebFrame* frame) {
   return [[[frame dataSource] request] URL];
 }
 
-// The domain is known by its name; its hash is the same number in every run.
+// The hash of the domain's name is the same number in every run.
 LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool provisional) {
   return {std::move(address), static_cast<int>([error code]), static_cast<int>([[error domain] hash]), provisional};
 }
@@ -62,7 +61,7 @@ LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool p
 
   WebPreferences* const preferences = [_webView preferences];
   if (preferences == nil) return;
-  settle(preferences);
+  configure(preferences);
 
   NSApplication* const application = [NSApplication sharedApplication];
   [_webView setFrameLoadDelegate:self];

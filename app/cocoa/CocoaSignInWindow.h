@@ -1,4 +1,4 @@
-// The delegate's window and web view, as the flow asks for them. It decides nothing.
+// The sign-in window on Cocoa: applies the flow's requests to the delegate's window and web view.
 
 #pragma once
 
@@ -13,15 +13,15 @@
 
 class CocoaSignInWindow : public SignInWindow {
  public:
-  // Every call asks `delegate`, which must outlive this object, for its window and its web view.
+  // Each call uses the current window and web view of `delegate`, which must outlive this object.
   explicit CocoaSignInWindow(AppDelegate* delegate) : delegate_(delegate) {}
 
-  // The text of an address that the web view reports, `spinnerHTMLBaseURL` for that of the spinner page; nothing when
+  // Returns the text of an address that the web view reports, `spinnerHTMLBaseURL` for the spinner page. Missing if
   // there is no address or it has no UTF-8 form.
   std::optional<std::string> addressOf(NSURL* url) const;
 
-  // What `openInBrowser` opens until it is set again. The text of an address would not do: a page's address may hold
-  // letters that `URLWithString:` refuses.
+  // Sets the URL that `openInBrowser` opens. The text of the address is not enough: it may contain characters that
+  // `URLWithString:` rejects.
   void setRequestedURL(NSURL* url) { requestedURL_ = url; }
 
   Frame windowFrame() const override;
@@ -43,5 +43,5 @@ class CocoaSignInWindow : public SignInWindow {
   std::optional<std::string> reportedSpinnerAddress_;
 };
 
-// The UTF-8 form of a text; nothing when there is no text or no such form.
+// Returns the UTF-8 form of a string. Missing if `text` is nil or has no such form.
 std::optional<std::string> textOf(NSString* text);

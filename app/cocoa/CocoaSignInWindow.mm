@@ -9,7 +9,7 @@ NSString* stringOf(const std::string& text) {
   return [NSString stringWithUTF8String:text.c_str()];
 }
 
-// Foundation throws at a missing text where it takes a text that is no address for a missing address.
+// Foundation throws for nil, but returns nil for a string that is not an address.
 NSURL* urlOf(NSString* address) {
   return address == nil ? nil : [NSURL URLWithString:address];
 }
@@ -70,7 +70,7 @@ void CocoaSignInWindow::terminate() {
   [[NSApplication sharedApplication] terminate:delegate_];
 }
 
-// The legacy web view, and the escapes of its time, are deprecated as a whole.
+// The legacy web view and stringByAddingPercentEscapesUsingEncoding: are deprecated.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
@@ -82,8 +82,8 @@ void CocoaSignInWindow::setWebViewFrame(const Frame& frame) {
   [[delegate_ webView] setFrame:rectOf(frame)];
 }
 
-// A file URL escapes more of a path than the percent escapes of a string do (";" and "?"), and takes letters with marks
-// apart. What the web view will report is therefore kept beside what it stands for.
+// A file URL escapes more characters than a string's percent escapes (";" and "?") and decomposes letters with marks.
+// The address that the web view will report is therefore stored beside `spinnerHTMLBaseURL`.
 void CocoaSignInWindow::loadHTML(const std::string& html, const std::string& path) {
   NSString* const file = stringOf(path);
   NSURL* const baseURL = file == nil ? nil : [NSURL fileURLWithPath:file];

@@ -1,4 +1,4 @@
-// The window: always able to take the keyboard, and giving its page the usual editing shortcuts without a menu bar.
+// The window. Can always become the key window, and adds the usual editing shortcuts without a menu bar.
 
 #pragma once
 
@@ -10,8 +10,8 @@
 - (BOOL)canBecomeMainWindow;
 - (BOOL)acceptsFirstResponder;
 
-// Gets the keys that the page has not taken; `decideKey` says what they mean. Whether a command is known is asked of
-// the first responder; the command itself goes to the content view.
+// Gets the keys that the page has not used; `decideKey` maps them to commands. The first responder must support the
+// command; the content view performs it.
 - (void)keyDown:(NSEvent*)event;
 
 @end

@@ -23,7 +23,7 @@ SEL actionFor(EditingCommand command) {
   return @selector(undo);
 }
 
-// A text without a UTF-8 form is still a text: it only equals no shortcut.
+// A string without a UTF-8 form is not missing; it matches no shortcut.
 std::optional<std::string> charactersOf(NSEvent* event) {
   NSString* const characters = [event charactersIgnoringModifiers];
   if (characters == nil) return std::nullopt;

@@ -10,15 +10,15 @@
 
 namespace {
 
-struct Freeing {
+struct Free {
   void operator()(const char** vector) const { std::free(vector); }
 };
 
-// False when there is no memory for the arguments.
+// Returns false if there is no memory for the arguments.
 bool parseOptions() {
   NSArray* const arguments = [[NSProcessInfo processInfo] arguments];
   const NSUInteger count = [arguments count];
-  std::unique_ptr<const char*[], Freeing> vector;
+  std::unique_ptr<const char*[], Free> vector;
   if (arguments != nil) {
     vector.reset(static_cast<const char**>(std::malloc(count * sizeof(const char*))));
     if (!vector) return false;

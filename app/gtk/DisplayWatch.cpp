@@ -13,7 +13,7 @@ namespace {
 
 std::function<void()> displayLost;
 
-// What is called at exit may speak to the display once more.
+// Exit handlers may use the display and report its loss again.
 [[noreturn]] void endWithoutDisplay() {
   static bool ending = false;
   if (std::exchange(ending, true)) ::_exit(1);
@@ -25,25 +25,25 @@ int onServerLost(Display*) {
   endWithoutDisplay();
 }
 
-// GDK writes to the compositor before each wait and ends the process when that fails. So this source stands before
-// GDK's and looks first, both before and after the wait.
+// GDK writes to the compositor before each wait and ends the process if that fails. This source has a higher priority
+// than GDK's and checks the connection first, before and after the wait.
 struct CompositorWatch {
   GSource source;
   int connection;
 };
 
-bool isGone(GSource* source) {
+bool isLost(GSource* source) {
   pollfd connection{reinterpret_cast<CompositorWatch*>(source)->connection, 0, 0};
   return ::poll(&connection, 1, 0) == 1 && (connection.revents & (POLLHUP | POLLERR)) != 0;
 }
 
 gboolean beforeWait(GSource* source, int* timeout) {
   *timeout = -1;
-  return isGone(source) ? TRUE : FALSE;
+  return isLost(source) ? TRUE : FALSE;
 }
 
 gboolean afterWait(GSource* source) {
-  return isGone(source) ? TRUE : FALSE;
+  return isLost(source) ? TRUE : FALSE;
 }
 
 gboolean onCompositorLost(GSource*, GSourceFunc, void*) {

@@ -1,7 +1,6 @@
-// Notices that the display has gone away, as at the end of a session, while there is time to say so: GTK itself would
-// end the process on the spot.
+// Reports that the display has been lost, for example at the end of a session. GTK would end the process at once.
 //
-// One at a time, on the main thread, made after the display has been opened.
+// Main thread. One instance at a time, created after the display has been opened.
 
 #pragma once
 
@@ -9,8 +8,8 @@
 
 class DisplayWatch {
  public:
-  // Calls `onLost` when the X server or the Wayland compositor is gone, and then ends the process in order, with
-  // status 1. Any other display is not watched.
+  // Calls `onLost` when the connection to the X server or the Wayland compositor is lost, then exits with status 1.
+  // Displays of other kinds are not watched.
   explicit DisplayWatch(std::function<void()> onLost);
   ~DisplayWatch();
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr char kBackTab[] = "\x19";  // what Shift and Tab write together on a Mac
+constexpr char kBackTab[] = "\x19";  // the character of Shift+Tab on macOS
 
 bool isAsciiLetter(guint key) {
   return (key >= GDK_KEY_a && key <= GDK_KEY_z) || (key >= GDK_KEY_A && key <= GDK_KEY_Z);
@@ -17,7 +17,7 @@ GdkModifierType primaryAccelerator(GdkKeymap* keymap) {
   return gdk_keymap_get_modifier_mask(keymap, GDK_MODIFIER_INTENT_PRIMARY_ACCELERATOR);
 }
 
-// The Latin letter that the same key writes in one of the person's layouts.
+// Returns the Latin letter that the same key has in one of the user's layouts.
 guint latinLetterOf(const GdkEventKey& event, GdkKeymap* keymap) {
   GdkKeymapKey* places = nullptr;
   guint* keys = nullptr;
@@ -41,8 +41,8 @@ bool isKeypad(guint key) {
   return (key >= GDK_KEY_KP_Space && key <= GDK_KEY_KP_9) || key == GDK_KEY_KP_Equal;
 }
 
-// The arrows, the pages, Insert to Menu, and F1 to F35: keys that Cocoa marks as functions.
-bool isFunction(guint key) {
+// The keys that have the function bit in Cocoa: arrows, Page Up and Down, Insert to Menu, F1 to F35.
+bool isFunctionKey(guint key) {
   return (key >= GDK_KEY_Home && key <= GDK_KEY_Break) || (key >= GDK_KEY_F1 && key <= GDK_KEY_F35) ||
          key == GDK_KEY_Delete;
 }
@@ -52,7 +52,7 @@ bool isFunction(guint key) {
 std::optional<std::string> charactersOf(const GdkEventKey& event) {
   if (event.keyval == GDK_KEY_ISO_Left_Tab) return kBackTab;
   const gunichar letter = gdk_keyval_to_unicode(plainKeyOf(event));
-  if (letter == 0 && !isFunction(event.keyval)) return std::nullopt;
+  if (letter == 0 && !isFunctionKey(event.keyval)) return std::nullopt;
   char utf8[6];
   return std::string(utf8, letter == 0 ? 0 : static_cast<std::size_t>(g_unichar_to_utf8(letter, utf8)));
 }
@@ -74,7 +74,7 @@ unsigned long modifiersOf(const GdkEventKey& event) {
   map(GDK_SHIFT_MASK, kKeyShift);
   map(GDK_LOCK_MASK, kKeyCapsLock);
   if (isKeypad(event.keyval)) result |= kKeyNumericPad;
-  if (isFunction(event.keyval)) result |= kKeyFunction;
+  if (isFunctionKey(event.keyval)) result |= kKeyFunction;
   return result;
 }
 

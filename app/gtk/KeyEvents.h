@@ -1,4 +1,4 @@
-// Key events of GDK, told in the terms of `WindowKeys`, and the few keys that are the window's own.
+// Converts GDK key events to the terms of `WindowKeys`, and recognizes the window's own shortcuts.
 
 #pragma once
 
@@ -7,16 +7,15 @@
 #include <optional>
 #include <string>
 
-// The characters of a key without its modifiers, UTF-8, as `decideKey` takes them; missing for a key that has none. On
-// a layout that writes another script a letter key gives the Latin letter of the person's first layout that has one,
-// which is what its shortcut is known by.
+// Returns the characters of a key without its modifiers, UTF-8, as `decideKey` takes them; missing if it has none. On a
+// layout of another script a letter key returns the Latin letter of the user's first layout that has one.
 std::optional<std::string> charactersOf(const GdkEventKey& event);
 
-// The modifiers as `KeyModifier` bits. The platform's primary accelerator (Control here) is the Command bit, Alt the
-// Option bit, Super, Hyper and Meta the Control bit; Num Lock and the mouse buttons do not count.
+// Returns the modifiers as `KeyModifier` bits. The primary accelerator (Control) is the Command bit, Alt the Option
+// bit, Super, Hyper and Meta the Control bit. Num Lock and mouse buttons are ignored.
 unsigned long modifiersOf(const GdkEventKey& event);
 
-// What the window does itself, whatever the page would do with the key: a page must not be able to keep it open.
+// Commands of the window itself. The page does not get their keys, so it cannot keep the window open.
 //   Ctrl+W, Alt+F4  => kClose        Ctrl++, Ctrl+=  => kZoomIn        Ctrl+-  => kZoomOut        Ctrl+0  => kZoomReset
 enum class WindowCommand { kClose, kZoomIn, kZoomOut, kZoomReset };
 

@@ -64,7 +64,7 @@ GtkEntry* newEntry(const Prompt::Field& field) {
 }  // namespace
 
 Prompts::Prompts(GtkOverlay* overlay, GtkWidget* page) : overlay_(overlay), page_(page) {
-  useStyle(kStyle);
+  addStyle(kStyle);
   g_signal_connect(overlay, "get-child-position", G_CALLBACK(onPosition), this);
 }
 

@@ -23,12 +23,12 @@ bool isInstalled(const char* program) {
   return Owned<char, g_free>(g_find_program_in_path(program)) != nullptr;
 }
 
-// WebKit's own walls, as far as a machine may refuse them: the namespaces, the mounts, and the person's folders, whose
-// places are made inside the new root one after the other.
+// The parts of WebKit's sandbox that a machine may refuse: namespaces, mounts, and the user's folders, whose mount
+// points are created in the new root.
 std::vector<std::string> trialCommand() {
   std::vector<std::string> command = {"bwrap", "--die-with-parent", "--unshare-uts", "--unshare-pid", "--unshare-net"};
-  const auto add = [&command](std::initializer_list<std::string> words) {
-    command.insert(command.end(), words.begin(), words.end());
+  const auto add = [&command](std::initializer_list<std::string> arguments) {
+    command.insert(command.end(), arguments.begin(), arguments.end());
   };
   add({"--ro-bind", "/etc", "/etc", "--dev", "/dev", "--proc", "/proc", "--tmpfs", "/tmp"});
   add({"--dir", g_get_user_runtime_dir()});
@@ -39,7 +39,7 @@ std::vector<std::string> trialCommand() {
     add({"--ro-bind-try", folder, folder});
   for (const char* const folder :
        {g_get_user_config_dir(), g_get_user_cache_dir(), g_get_user_data_dir(), g_get_user_runtime_dir()}) {
-    // WebKit asks for folders below, which a file in the folder's place would refuse.
+    // WebKit uses subfolders; this fails if the folder is a file.
     const std::string below = std::string(folder) + "/svo-signin";
     add({"--bind-try", below, below});
   }
@@ -66,44 +66,44 @@ GPid start(const std::vector<std::string>& command, int* output) {
 }  // namespace
 
 void removeSandboxFiles() {
-  const std::string notes = std::string(g_get_user_runtime_dir()) + "/.flatpak";
-  const std::string ours = "webkit-" + std::to_string(::getpid()) + "-";
-  std::error_code gone;
-  std::filesystem::directory_iterator note(notes, gone);
-  for (; note != std::filesystem::directory_iterator(); note.increment(gone)) {
-    if (note->path().filename().string().rfind(ours, 0) != 0) continue;
-    (void)std::filesystem::remove(note->path() / "bwrapinfo.json", gone);
-    (void)std::filesystem::remove(note->path(), gone);
+  const std::string folder = std::string(g_get_user_runtime_dir()) + "/.flatpak";
+  const std::string prefix = "webkit-" + std::to_string(::getpid()) + "-";
+  std::error_code error;
+  std::filesystem::directory_iterator entry(folder, error);
+  for (; entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    if (entry->path().filename().string().rfind(prefix, 0) != 0) continue;
+    (void)std::filesystem::remove(entry->path() / "bwrapinfo.json", error);
+    (void)std::filesystem::remove(entry->path(), error);
   }
 }
 
-// Where there is a session bus, WebKit also needs the proxy that stands before it. A compositor's socket that lies
-// outside the runtime folder is not let through the walls.
+// WebKit also needs xdg-dbus-proxy for the session bus. It does not make a compositor's socket outside the runtime
+// folder available in the sandbox.
 SandboxTrial::SandboxTrial() {
   const char* const compositor = g_getenv("WAYLAND_DISPLAY");
   if (compositor != nullptr && g_path_is_absolute(compositor)) {
-    obstacle_ = "WAYLAND_DISPLAY names a socket outside the runtime folder";
+    failure_ = "WAYLAND_DISPLAY names a socket outside the runtime folder";
   } else if (!isInstalled("bwrap")) {
-    obstacle_ = "bwrap is not installed";
+    failure_ = "bwrap is not installed";
   } else if (!isInstalled("xdg-dbus-proxy")) {
-    obstacle_ = "xdg-dbus-proxy is not installed";
+    failure_ = "xdg-dbus-proxy is not installed";
   } else {
     begin();
   }
 }
 
 SandboxTrial::~SandboxTrial() {
-  if (!obstacle_) (void)waitForEnd(kFirstTimeoutSeconds);
+  if (!failure_) (void)waitForEnd(kFirstTimeoutSeconds);
 }
 
-const std::string& SandboxTrial::obstacle() {
-  if (obstacle_) return *obstacle_;
-  obstacle_ = waitForEnd(kFirstTimeoutSeconds);
-  if (!obstacle_->empty()) {
+const std::string& SandboxTrial::failure() {
+  if (failure_) return *failure_;
+  failure_ = waitForEnd(kFirstTimeoutSeconds);
+  if (!failure_->empty()) {
     begin();
-    obstacle_ = waitForEnd(kSecondTimeoutSeconds);
+    failure_ = waitForEnd(kSecondTimeoutSeconds);
   }
-  return *obstacle_;
+  return *failure_;
 }
 
 void SandboxTrial::begin() {

@@ -1,8 +1,8 @@
-// Whether the page process can be put into WebKit's sandbox on this machine.
+// Tests whether WebKit's sandbox works on this machine.
 //
-// WebKit wraps the process with bubblewrap. Where that cannot work (no user namespaces, a container, an unusual home
-// folder) WebKit would end the whole program in the middle of a start, so the same walls are put up beforehand, around
-// a program that does nothing. A trial that fails is repeated once: a busy machine may have been too slow for it.
+// - WebKit starts the web process with bubblewrap. If that fails (no user namespaces, a container, an unusual home
+//   folder) WebKit aborts the whole program. The trial runs a program that does nothing in an equal sandbox.
+// - A failed trial is repeated once: on a busy machine it may have been too slow.
 
 #pragma once
 
@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-// WebKit leaves a note on each sandboxed process in the person's runtime folder, and never takes it away. For atexit().
+// Removes the files that WebKit leaves in the user's runtime folder, one for each sandboxed process. For atexit().
 void removeSandboxFiles();
 
 class SandboxTrial {
@@ -23,10 +23,10 @@ class SandboxTrial {
   SandboxTrial(const SandboxTrial&) = delete;
   SandboxTrial& operator=(const SandboxTrial&) = delete;
 
-  // Waits for the end of the trial, at most two seconds, and then for that of the second, at most four. Returns why
-  // pages cannot be put into the sandbox; empty when they can.
+  // Waits at most two seconds for the trial, and at most four for its repetition. Returns why the sandbox does not
+  // work; empty if it works.
   //   "bwrap refused to start a program"
-  const std::string& obstacle();
+  const std::string& failure();
 
  private:
   void begin();
@@ -34,5 +34,5 @@ class SandboxTrial {
 
   GPid process_ = 0;
   int ended_ = -1;  // closed by the process when it ends
-  std::optional<std::string> obstacle_;
+  std::optional<std::string> failure_;
 };

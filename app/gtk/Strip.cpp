@@ -6,13 +6,13 @@
 
 namespace {
 
-constexpr guint kBeatMilliseconds = 60;
-constexpr double kFirstData = 0.1;  // WebKit claims this much of a page before anything has come
-constexpr char kWarns[] = "warns";
+constexpr guint kPulseMilliseconds = 60;
+constexpr double kFirstData = 0.1;  // WebKit reports this fraction before any data has arrived
+constexpr char kWarningClass[] = "warning";
 
 constexpr char kStyle[] = R"(
 .site { font-size: smaller; padding: 0 6px; color: @theme_fg_color; background-color: @theme_bg_color; }
-.site.warns { color: @theme_bg_color; background-color: @theme_fg_color; }
+.site.warning { color: @theme_bg_color; background-color: @theme_fg_color; }
 .site .host { font-weight: bold; }
 progressbar.load { opacity: 1; }
 progressbar.load trough, progressbar.load progress {
@@ -26,9 +26,9 @@ void setText(GtkWidget* label, const std::string& text) {
   gtk_widget_set_visible(label, !text.empty());
 }
 
-GtkWidget* newText(PangoEllipsizeMode shortenedAt) {
+GtkWidget* newText(PangoEllipsizeMode ellipsis) {
   GtkWidget* const text = gtk_label_new(nullptr);
-  gtk_label_set_ellipsize(GTK_LABEL(text), shortenedAt);
+  gtk_label_set_ellipsize(GTK_LABEL(text), ellipsis);
   gtk_label_set_single_line_mode(GTK_LABEL(text), TRUE);
   return text;
 }
@@ -41,7 +41,7 @@ GtkWidget* newLine() {
   return line;
 }
 
-bool wantsAnimations() {
+bool animationsEnabled() {
   gboolean wanted = TRUE;
   g_object_get(gtk_settings_get_default(), "gtk-enable-animations", &wanted, nullptr);
   return wanted == TRUE;
@@ -51,14 +51,14 @@ bool wantsAnimations() {
 
 Strip::Strip()
     : overlay_(gtk_overlay_new()),
-      ground_(newText(PANGO_ELLIPSIZE_NONE)),
+      background_(newText(PANGO_ELLIPSIZE_NONE)),
       row_(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 6)),
       icon_(gtk_image_new()),
       host_(newText(PANGO_ELLIPSIZE_START)),
       warning_(newText(PANGO_ELLIPSIZE_END)),
       line_(newLine()) {
-  useStyle(kStyle);
-  setStyleClass(ground_, "site");
+  addStyle(kStyle);
+  setStyleClass(background_, "site");
   setStyleClass(row_, "site");
   setStyleClass(host_, "host");
   for (GtkWidget* const part : {icon_, host_, warning_}) {
@@ -67,8 +67,8 @@ Strip::Strip()
   }
   gtk_widget_set_size_request(overlay_, -1, kStripHeight);
 
-  // On an overlay, since a window that cannot be resized would grow to the length of a name.
-  gtk_container_add(GTK_CONTAINER(overlay_), ground_);
+  // An overlay child does not widen the window, which would otherwise grow to the length of the host.
+  gtk_container_add(GTK_CONTAINER(overlay_), background_);
   gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), row_);
   gtk_overlay_add_overlay(GTK_OVERLAY(overlay_), line_);
   atk_object_set_role(gtk_widget_get_accessible(overlay_), ATK_ROLE_STATUSBAR);
@@ -76,7 +76,7 @@ Strip::Strip()
 }
 
 Strip::~Strip() {
-  stopBeating();
+  stopPulse();
 }
 
 void Strip::show(const Site& site) {
@@ -85,32 +85,32 @@ void Strip::show(const Site& site) {
   gtk_widget_set_visible(icon_, text.icon != nullptr);
   setText(host_, text.host.empty() ? "" : leftToRight(text.host));
   setText(warning_, text.warning);
-  setStyleClass(ground_, kWarns, !text.warning.empty());
-  setStyleClass(row_, kWarns, !text.warning.empty());
+  setStyleClass(background_, kWarningClass, !text.warning.empty());
+  setStyleClass(row_, kWarningClass, !text.warning.empty());
   atk_object_set_name(gtk_widget_get_accessible(overlay_), text.spoken.c_str());
 }
 
 void Strip::showProgress(double fraction) {
   gtk_widget_show(line_);
-  if (fraction <= kFirstData && wantsAnimations()) {
-    if (beat_ == 0) beat_ = g_timeout_add(kBeatMilliseconds, onBeat, this);
+  if (fraction <= kFirstData && animationsEnabled()) {
+    if (pulse_ == 0) pulse_ = g_timeout_add(kPulseMilliseconds, onPulse, this);
     return;
   }
-  stopBeating();
+  stopPulse();
   gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(line_), fraction);
 }
 
 void Strip::hideProgress() {
-  stopBeating();
+  stopPulse();
   gtk_widget_hide(line_);
 }
 
-gboolean Strip::onBeat(gpointer self) {
+gboolean Strip::onPulse(gpointer self) {
   gtk_progress_bar_pulse(GTK_PROGRESS_BAR(static_cast<Strip*>(self)->line_));
   return G_SOURCE_CONTINUE;
 }
 
-void Strip::stopBeating() {
-  if (beat_ != 0) g_source_remove(beat_);
-  beat_ = 0;
+void Strip::stopPulse() {
+  if (pulse_ != 0) g_source_remove(pulse_);
+  pulse_ = 0;
 }

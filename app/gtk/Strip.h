@@ -1,8 +1,10 @@
-// The strip above the page: whose page it is, whether others can listen, and a thin line while a page loads.
+// The strip above the page. Shows the page's site, a warning if others can read the connection, and a progress line.
 //
-// It lies outside the page's area, where no page can draw. It is 20 high, more only where a person's own font needs it.
-// A name that is too long loses its beginning: the end says whose it is. A warning turns the theme's colours over,
-// which is readable wherever the theme is. Main thread.
+// - Lies outside the page's area, where no page can draw.
+// - 20 pixels high, higher only if the user's font needs it.
+// - A host that is too long is cut at its start: its end identifies the owner.
+// - A warning exchanges the theme's text and background color.
+// Main thread.
 
 #pragma once
 
@@ -20,26 +22,26 @@ class Strip {
   Strip(const Strip&) = delete;
   Strip& operator=(const Strip&) = delete;
 
-  // Owned by the container that it is put into.
+  // Owned by its container.
   GtkWidget* widget() const { return overlay_; }
 
   void show(const Site& site);
 
-  // How much of the page has come, 0 to 1. The line moves by itself until the first data are there, so that waiting
-  // looks like waiting; it does not where the person has turned animations off.
+  // `fraction` of the page has arrived, 0 to 1. The line pulses until the first data arrive, unless the user has
+  // disabled animations.
   void showProgress(double fraction);
   void hideProgress();
 
  private:
-  static gboolean onBeat(gpointer self);
-  void stopBeating();
+  static gboolean onPulse(gpointer self);
+  void stopPulse();
 
   GtkWidget* overlay_;
-  GtkWidget* ground_;  // as high as a line of text, whatever stands on it
+  GtkWidget* background_;  // as high as a line of text
   GtkWidget* row_;
   GtkWidget* icon_;
   GtkWidget* host_;
   GtkWidget* warning_;
   GtkWidget* line_;
-  guint beat_ = 0;
+  guint pulse_ = 0;
 };

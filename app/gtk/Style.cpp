@@ -2,7 +2,7 @@
 
 #include "app/gtk/Glib.h"
 
-void useStyle(const char* css) {
+void addStyle(const char* css) {
   const Owned<GtkCssProvider> provider(gtk_css_provider_new());
   gtk_css_provider_load_from_data(provider.get(), css, -1, nullptr);
   gtk_style_context_add_provider_for_screen(gdk_screen_get_default(), GTK_STYLE_PROVIDER(provider.get()),

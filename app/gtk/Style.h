@@ -1,11 +1,11 @@
-// Style sheets and their classes for the program's own widgets. Main thread; needs an open display.
+// Style sheets and style classes of the program's own widgets. Main thread; needs an open display.
 
 #pragma once
 
 #include <gtk/gtk.h>
 
-// From now on every widget of the program is drawn by `css` too. Colours come from the theme by name, so that a widget
-// is readable wherever the theme is.
-void useStyle(const char* css);
+// Adds `css` to the style of every widget of the program. Use the theme's named colors, so that widgets are readable
+// with every theme.
+void addStyle(const char* css);
 
 void setStyleClass(GtkWidget* widget, const char* name, bool on = true);

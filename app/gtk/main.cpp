@@ -27,11 +27,11 @@ int reportMissingDisplay() {
 
 // Without a working sandbox the sign-in continues with a warning.
 bool canSandbox(SandboxTrial& trial) {
-  if (trial.obstacle().empty()) {
+  if (trial.failure().empty()) {
     (void)std::atexit(removeSandboxFiles);
     return true;
   }
-  const std::string warning = "bwrap does not work here (" + trial.obstacle() + "); pages run without a sandbox";
+  const std::string warning = "bwrap does not work here (" + trial.failure() + "); pages run without a sandbox";
   Logger::getInstance()->logWarn("SVO", "%s", warning.c_str());
   std::fprintf(stderr, "%s: %s\n", kProgramName, warning.c_str());
   return false;

@@ -1,8 +1,9 @@
-// Reports the end of WebKit's network process, for which WebKitGTK has no signal.
+// Reports the end of WebKit's network process. WebKitGTK has no signal for it.
 //
-// - The process holds the cookies and passwords of the run. WebKit replaces an ended one by a new one that has none,
-//   so a sign-in under way can no longer succeed.
-// - Needs Linux 5.3 (pidfd_open) and the children files of /proc; without them nothing is reported.
+// - The process holds the cookies and passwords of the run. WebKit replaces an ended one by a new one without them, so
+// a
+//   sign-in in progress can no longer succeed.
+// - Needs Linux 5.3 (pidfd_open) and the children files of /proc; otherwise nothing is reported.
 // - Main thread.
 
 #pragma once
@@ -20,7 +21,7 @@ class NetworkProcessWatch {
   NetworkProcessWatch(const NetworkProcessWatch&) = delete;
   NetworkProcessWatch& operator=(const NetworkProcessWatch&) = delete;
 
-  // Watches this program's network process. Does nothing when it is watched already or does not run yet.
+  // Watches this program's network process. Does nothing if it is already watched or does not run yet.
   void start();
 
  private:
