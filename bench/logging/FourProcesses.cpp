@@ -107,11 +107,11 @@ Side locked(const std::string& path) {
 }
 
 void measureThroughput(const std::string& name, const Side& peer, Bar bar) {
-  constexpr double lines = kProcesses * kLinesEach;
+  constexpr double kLines = kProcesses * kLinesEach;
   Pairs pairs;
   for (int i = 0; i < kRepetitions; ++i) {
-    const double ours = lines / secondsOfFour(application());
-    pairs.add(ours, lines / secondsOfFour(peer));
+    const double ours = kLines / secondsOfFour(application());
+    pairs.add(ours, kLines / secondsOfFour(peer));
   }
   print(name, pairs, "lines/s", bar);
 }

@@ -50,7 +50,7 @@ class ManyProcessesTest : public testing::Test {
   const std::string file = logs + "/Kelvo.log";
 };
 
-// Killed writers stay counted in the set of the file's lock, so that nobody removes it.
+// Killed writers stay counted in the set of the file's lock, so that no process removes it.
 class LockSetRemover {
  public:
   LockSetRemover(const std::string& home, const std::string& file)
