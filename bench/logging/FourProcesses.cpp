@@ -22,13 +22,13 @@
 namespace bench {
 namespace {
 
-constexpr int processes = 4;
-constexpr int linesEach = 20000;
+constexpr int kProcesses = 4;
+constexpr int kLinesEach = 20000;
 
 using support::Child;
 using support::Shared;
 
-// Logs one line; made in each process by its own maker, before the clock runs.
+// Logs one line. Created in each process before the measurement starts.
 using WriteLine = std::function<void()>;
 
 struct Side {
@@ -38,20 +38,20 @@ struct Side {
 
 using Clock = std::chrono::steady_clock;
 
-// Runs the writers side by side, and tells the seconds from the first line to the last. What each line took is told to
-// `took`, when that is given, as process, line and nanoseconds.
+// Runs the writers concurrently and returns the seconds from the first line to the last. Calls `took`, if it is not
+// null, for each line with process, line and nanoseconds.
 double secondsOfFour(const Side& side, const std::function<void(int, int, std::int64_t)>& took = nullptr) {
   const Shared<std::atomic<int>> ready;
   const Shared<std::atomic<bool>> started;
-  const Shared<std::array<Clock::time_point, processes>> ended;
+  const Shared<std::array<Clock::time_point, kProcesses>> ended;
   std::vector<Child> children;
-  for (int process = 0; process < processes; ++process) {
+  for (int process = 0; process < kProcesses; ++process) {
     const auto body = [&, process] {
       const WriteLine writeLine = side.makeWriter();
       ++*ready;
       while (!*started)
         ::sched_yield();
-      for (int line = 0; line < linesEach; ++line) {
+      for (int line = 0; line < kLinesEach; ++line) {
         const auto before = Clock::now();
         writeLine();
         if (took) took(process, line, (Clock::now() - before).count());
@@ -61,7 +61,7 @@ double secondsOfFour(const Side& side, const std::function<void(int, int, std::i
     };
     children.emplace_back(body, side.ending);
   }
-  while (*ready < processes)
+  while (*ready < kProcesses)
     ::sched_yield();
   const auto start = Clock::now();
   *started = true;
@@ -70,19 +70,19 @@ double secondsOfFour(const Side& side, const std::function<void(int, int, std::i
   return std::chrono::duration<double>(*std::max_element(ended->begin(), ended->end()) - start).count();
 }
 
-Side facade() {
+Side application() {
   const auto makeWriter = [] {
     Logger* logger = Logger::getInstance();
     logger->setLogLevel(Log_Level_Info, "SVO", nullptr);
-    return [logger] { logger->logInfo("SVO", "%s", message); };
+    return [logger] { logger->logInfo("SVO", "%s", kMessage); };
   };
   return {makeWriter, Child::Ending::orderly};
 }
 
-Side bare(const std::string& path) {
+Side plainWrites(const std::string& path) {
   const auto makeWriter = [path] {
     return [file = std::make_shared<platform::UniqueFd>(openForAppending(path)), line = wholeLine()] {
-      writeBare(*file, line);
+      writePlain(*file, line);
     };
   };
   return {makeWriter, Child::Ending::abrupt};
@@ -101,30 +101,31 @@ PeerFunction* functionOfPeer(const char* name) {
 Side locked(const std::string& path) {
   const auto makeWriter = [path] {
     functionOfPeer("openLockedPeer")(path.c_str());
-    return [log = functionOfPeer("logWithLockedPeer")] { log(message); };
+    return [log = functionOfPeer("logWithLockedPeer")] { log(kMessage); };
   };
   return {makeWriter, Child::Ending::abrupt};
 }
 
 void measureThroughput(const std::string& name, const Side& peer, Bar bar) {
-  constexpr double lines = processes * linesEach;
+  constexpr double kLines = kProcesses * kLinesEach;
   Pairs pairs;
-  for (int i = 0; i < repetitions; ++i) {
-    const double ours = lines / secondsOfFour(facade());
-    pairs.add(ours, lines / secondsOfFour(peer));
+  for (int i = 0; i < kRepetitions; ++i) {
+    const double ours = kLines / secondsOfFour(application());
+    pairs.add(ours, kLines / secondsOfFour(peer));
   }
   print(name, pairs, "lines/s", bar);
 }
 
-double worstOfAThousandInMilliseconds() {
+double percentile999InMilliseconds() {
   struct Times {
-    std::int64_t nanoseconds[processes][linesEach];
+    std::int64_t nanoseconds[kProcesses][kLinesEach];
   };
   const Shared<Times> times;
-  secondsOfFour(facade(), [&](int process, int line, std::int64_t took) { times->nanoseconds[process][line] = took; });
+  secondsOfFour(application(),
+                [&](int process, int line, std::int64_t took) { times->nanoseconds[process][line] = took; });
   std::int64_t* const first = &times->nanoseconds[0][0];
-  std::int64_t* const last = first + processes * linesEach;
-  std::int64_t* const place = last - processes * linesEach / 1000;
+  std::int64_t* const last = first + kProcesses * kLinesEach;
+  std::int64_t* const place = last - kProcesses * kLinesEach / 1000;
   std::nth_element(first, place, last);
   return static_cast<double>(*place) / 1e6;
 }
@@ -134,11 +135,11 @@ double worstOfAThousandInMilliseconds() {
 void measureFourProcesses() {
   const support::TemporaryFolder folder;
   measureThroughput("four processes, against a logger with a lock file", locked(folder / "peer.log"), atLeast(1.1));
-  measureThroughput("four processes, against bare appending writes", bare(folder / "bare"), atLeast(0.30));
+  measureThroughput("four processes, against plain appending writes", plainWrites(folder / "plain"), atLeast(0.30));
 
-  std::vector<double> worst(repetitions);
-  std::generate(worst.begin(), worst.end(), worstOfAThousandInMilliseconds);
-  print("99.9 % of lines of four processes take at most", median(worst), "ms", atMost(1));
+  std::vector<double> percentiles(kRepetitions);
+  std::generate(percentiles.begin(), percentiles.end(), percentile999InMilliseconds);
+  print("99.9 % of lines of four processes take at most", median(percentiles), "ms", atMost(1));
 }
 
 }  // namespace bench

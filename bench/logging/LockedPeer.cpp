@@ -1,5 +1,6 @@
-// An independent logger that processes may share, set up to write the same line under a lock of its own and to flush
-// it. Loaded by the process that writes, and never by one that forks: its library starts threads when it is loaded.
+// The peer: an independent logger that writes the same line under its own file lock and flushes it.
+//
+// A process that writes loads this module, never one that forks: the library starts threads when it is loaded.
 
 #include <log4cplus/fileappender.h>
 #include <log4cplus/helpers/property.h>

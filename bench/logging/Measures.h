@@ -1,20 +1,20 @@
-// What bench-logging measures: each function prints its figures.
+// The benchmarks of the log. Each function prints its results.
 
 #pragma once
 
 namespace bench {
 
-// As many pairs as make a median steady.
-constexpr int repetitions = 9;
+// Pairs per result, enough for a stable median.
+constexpr int kRepetitions = 9;
 
-// A line of one process against a bare write of the same bytes, and a call that writes nothing.
+// One process: a line against a plain write of the same bytes, and a call whose level is disabled.
 void measureSingleLines();
 
-// Four processes on one file: against an independent logger that locks its file, against bare writes, and the worst
-// line in a thousand.
+// Four processes and one file: against an independent logger that locks its file, against plain writes, and the 99.9th
+// percentile of the time per line.
 void measureFourProcesses();
 
-// Cutting a full file against giving it another name and making a new one.
-void measureCutting();
+// Rotation of a full file against renaming it and creating a new one.
+void measureRotation();
 
 }  // namespace bench

@@ -9,7 +9,7 @@
 namespace bench {
 namespace {
 
-constexpr int lines = 20000;
+constexpr int kLines = 20000;
 
 template <typename Body>
 double nanosecondsEach(int times, const Body& body) {
@@ -21,21 +21,21 @@ double nanosecondsEach(int times, const Body& body) {
 }
 
 template <typename Body>
-Pairs againstBareWrites(const std::string& bareFile, const Body& body) {
-  const platform::UniqueFd file = openForAppending(bareFile);
+Pairs againstPlainWrites(const std::string& path, const Body& body) {
+  const platform::UniqueFd file = openForAppending(path);
   const std::string line = wholeLine();
   Pairs pairs;
-  for (int i = 0; i < repetitions; ++i) {
-    const double ours = nanosecondsEach(lines, body);
-    pairs.add(ours, nanosecondsEach(lines, [&] { writeBare(file, line); }));
+  for (int i = 0; i < kRepetitions; ++i) {
+    const double ours = nanosecondsEach(kLines, body);
+    pairs.add(ours, nanosecondsEach(kLines, [&] { writePlain(file, line); }));
   }
   return pairs;
 }
 
-void measureFacade(const support::TemporaryFolder& folder) {
+void measureApplicationLogger(const support::TemporaryFolder& folder) {
   Logger& logger = *Logger::getInstance();
-  print("one line through the facade, against write(2)",
-        againstBareWrites(folder / "bare", [&] { logger.logInfo("SVO", "%s", message); }), "ns", atMost(4.3));
+  print("one line through Logger, against write(2)",
+        againstPlainWrites(folder / "plain", [&] { logger.logInfo("SVO", "%s", kMessage); }), "ns", atMost(4.3));
 }
 
 void measureLibrary(const support::TemporaryFolder& folder) {
@@ -43,25 +43,25 @@ void measureLibrary(const support::TemporaryFolder& folder) {
   tarn::LogTargetDefault target("bench");
   target.setLogFile("bench.log", folder.path().c_str());
   core.registerTarget(&target);
-  print("one line through the library, against write(2)",
-        againstBareWrites(folder / "bare",
-                          [&] { core.log("bench", tarn::INFO, "", "QSU", "SVO", "SVO", "", "", message, 0); }),
+  print("one line through LoggingCore, against write(2)",
+        againstPlainWrites(folder / "plain",
+                           [&] { core.log("bench", tarn::INFO, "", "QSU", "SVO", "SVO", "", "", kMessage, 0); }),
         "ns", atMost(3.2));
   core.unregisterTarget(&target);
 }
 
-// A function call that the compiler must make.
+// The asm statement keeps the compiler from removing the call.
 __attribute__((noinline)) void emptyCall(const char* component, const char* format, ...) {
   asm volatile("" : : "r"(component), "r"(format) : "memory");
 }
 
 void measureFilteredCall() {
-  constexpr int calls = 20000000;
+  constexpr int kCalls = 20000000;
   Logger& logger = *Logger::getInstance();
   Pairs pairs;
-  for (int i = 0; i < repetitions; ++i) {
-    const double ours = nanosecondsEach(calls, [&] { logger.logTrace("SVO", "value %d of %s", 42, message); });
-    pairs.add(ours, nanosecondsEach(calls, [&] { emptyCall("SVO", "value %d of %s", 42, message); }));
+  for (int i = 0; i < kRepetitions; ++i) {
+    const double ours = nanosecondsEach(kCalls, [&] { logger.logTrace("SVO", "value %d of %s", 42, kMessage); });
+    pairs.add(ours, nanosecondsEach(kCalls, [&] { emptyCall("SVO", "value %d of %s", 42, kMessage); }));
   }
   print("a filtered-out call, against an empty one: " + shortNumber(pairs.peer()) + " ns", pairs.ours(), "ns",
         atMost(5));
@@ -72,7 +72,7 @@ void measureFilteredCall() {
 void measureSingleLines() {
   const support::TemporaryFolder folder;
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
-  measureFacade(folder);
+  measureApplicationLogger(folder);
   measureLibrary(folder);
   measureFilteredCall();
 }

@@ -1,4 +1,4 @@
-// Measures the log: run it through tests/support/in-own-home.
+// Measures the log. Run it through tests/support/in-own-home.
 
 #include <cstdio>
 #include <exception>
@@ -8,11 +8,11 @@
 #include "tests/support/Home.h"
 
 int main() try {
-  (void)support::ownHome();  // throws in the home folder of a person
+  (void)support::ownHome();  // throws in a real home folder
   bench::printHead();
-  bench::measureFourProcesses();  // first, while this process has no logger that its children would share
+  bench::measureFourProcesses();  // first: children must not share a logger with this process
   bench::measureSingleLines();
-  bench::measureCutting();
+  bench::measureRotation();
 } catch (const std::exception& failure) {
   std::fprintf(stderr, "bench-logging: %s\n", failure.what());
   return 1;

@@ -1,4 +1,4 @@
-// Lines of the embedded user interface: how they are split, and how they reach the log.
+// Lines of the embedded user interface.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,11 +26,11 @@ Fields split(const char* line) {
   return {level, component, message};
 }
 
-TEST(EmbeddedLineTest, HasALevelAComponentAndAMessage) {
+TEST(EmbeddedLineTest, HasLevelComponentAndMessage) {
   EXPECT_EQ(split("INFO|||ui|||hello"), Fields(30, "ui", "hello"));
 }
 
-TEST(EmbeddedLineTest, EachLevelWordHasItsLevel) {
+TEST(EmbeddedLineTest, LevelWordsSelectLevels) {
   EXPECT_EQ(split("TRACE|||x|||y"), Fields(10, "x", "y"));
   EXPECT_EQ(split("DEBUG|||x|||y"), Fields(20, "x", "y"));
   EXPECT_EQ(split("INFO|||x|||y"), Fields(30, "x", "y"));
@@ -39,46 +39,46 @@ TEST(EmbeddedLineTest, EachLevelWordHasItsLevel) {
   EXPECT_EQ(split("FATAL|||x|||y"), Fields(60, "x", "y"));
 }
 
-TEST(EmbeddedLineTest, AnyOtherWordIsInfo) {
+TEST(EmbeddedLineTest, UnknownLevelWordMeansInfo) {
   EXPECT_EQ(split("debug|||x|||y"), Fields(30, "x", "y"));
   EXPECT_EQ(split(" ERROR|||x|||y"), Fields(30, "x", "y"));
   EXPECT_EQ(split("ERRORS|||x|||y"), Fields(30, "x", "y"));
   EXPECT_EQ(split("|||x|||y"), Fields(30, "x", "y"));
 }
 
-TEST(EmbeddedLineTest, TheMessageMayHoldTheSeparator) {
+TEST(EmbeddedLineTest, MessageMayContainTheSeparator) {
   EXPECT_EQ(split("ERROR|||ui|||a|||b"), Fields(50, "ui", "a|||b"));
 }
 
-TEST(EmbeddedLineTest, AFieldMayBeEmpty) {
+TEST(EmbeddedLineTest, FieldsMayBeEmpty) {
   EXPECT_EQ(split("DEBUG|||x|||"), Fields(20, "x", ""));
   EXPECT_EQ(split("DEBUG||||||y"), Fields(20, "", "y"));
   EXPECT_EQ(split("||||||"), Fields(30, "", ""));
 }
 
-TEST(EmbeddedLineTest, ABarTooManyBelongsToTheNextField) {
+TEST(EmbeddedLineTest, ExtraBarBelongsToTheNextField) {
   EXPECT_EQ(split("WARN||||x|||y"), Fields(40, "|x", "y"));
 }
 
-TEST(EmbeddedLineTest, WithOneSeparatorTheMessageBeginsAtTheThirdCharacter) {
+TEST(EmbeddedLineTest, OneSeparatorStartsMessageAtThirdCharacter) {
   EXPECT_EQ(split("WARN|||only"), Fields(40, "only", "RN|||only"));
   EXPECT_EQ(split("|||"), Fields(30, "", "|"));
 }
 
-TEST(EmbeddedLineTest, WithoutASeparatorComponentAndMessageBeginAtTheThirdCharacter) {
+TEST(EmbeddedLineTest, NoSeparatorStartsBothFieldsAtThirdCharacter) {
   EXPECT_EQ(split("plain text"), Fields(30, "ain text", "ain text"));
   EXPECT_EQ(split("FATAL"), Fields(60, "TAL", "TAL"));
   EXPECT_EQ(split("ab"), Fields(30, "", ""));
 }
 
-TEST(EmbeddedLineTest, ATooShortLineIsOutOfRange) {
+TEST(EmbeddedLineTest, ShortLineThrowsOutOfRange) {
   EXPECT_THROW(split(""), std::out_of_range);
   EXPECT_THROW(split("a"), std::out_of_range);
 }
 
 class EmbeddedLineLogTest : public testing::Test {
  protected:
-  // The last line of a process that logs `embedded` at a verbosity; every logger lives in a process of its own.
+  // Logs `embedded` in a process of its own, because the logger is a singleton, and returns the last line of the log.
   std::string lastLineAfter(int verbosity, const std::string& embedded) {
     const int status = support::inChild([&] {
       Logger::getInstance()->setLogLevel(static_cast<Log_Level>(verbosity), "SVO", "session");
@@ -93,35 +93,35 @@ class EmbeddedLineLogTest : public testing::Test {
   const std::string home = support::freshHome();
 };
 
-TEST_F(EmbeddedLineLogTest, ALineCarriesTheLoggersTextsAndItsOwnComponent) {
+TEST_F(EmbeddedLineLogTest, LineHasLoggerTextsAndOwnComponent) {
   EXPECT_THAT(lastLineAfter(4, "WARN|||ui|||hello"), HasSubstr("[WARN] | session | QSU | SVO | ui |  |  | "));
 }
 
-TEST_F(EmbeddedLineLogTest, TheMessageIsNotFormattedAgain) {
+TEST_F(EmbeddedLineLogTest, MessageIsNotFormatted) {
   EXPECT_THAT(lastLineAfter(4, "INFO|||ui|||100 %s %n"), EndsWith(" | 100 %s %n"));
 }
 
-TEST_F(EmbeddedLineLogTest, AMessageOfAnyLengthIsWrittenWhole) {
+TEST_F(EmbeddedLineLogTest, LongMessageIsNotCut) {
   const std::string message(5000, 'm');
   EXPECT_THAT(lastLineAfter(4, "INFO|||ui|||" + message), EndsWith(" | " + message));
 }
 
-TEST_F(EmbeddedLineLogTest, OnlyTheTargetDecidesWhetherItIsWritten) {
+TEST_F(EmbeddedLineLogTest, TargetLevelFiltersLines) {
   EXPECT_THAT(lastLineAfter(4, "DEBUG|||ui|||hidden"), EndsWith("Logging Level verbosity Set  to 4"));
 }
 
-// A new logger has enabled no level, and its target stands at INFO.
-TEST_F(EmbeddedLineLogTest, ItIsWrittenWhenItsLevelIsNotEnabled) {
+// A new logger has no enabled level, and its target has level INFO.
+TEST_F(EmbeddedLineLogTest, DisabledLevelDoesNotFilterLines) {
   const int status = support::inChild([] {
-    Logger::getInstance()->logInfo("SVO", "not this one");
-    Logger::getInstance()->logSimpleMessage("INFO|||ui|||but this one");
+    Logger::getInstance()->logInfo("SVO", "dropped");
+    Logger::getInstance()->logSimpleMessage("INFO|||ui|||written");
     return 0;
   });
   EXPECT_EQ(status, 0);
-  EXPECT_THAT(support::linesOf(home + "/Library/Logs/Kelvo.log"), ElementsAre(EndsWith(" | but this one")));
+  EXPECT_THAT(support::linesOf(home + "/Library/Logs/Kelvo.log"), ElementsAre(EndsWith(" | written")));
 }
 
-TEST_F(EmbeddedLineLogTest, ATokenIsRedacted) {
+TEST_F(EmbeddedLineLogTest, TokenIsRedacted) {
   EXPECT_THAT(lastLineAfter(4, "INFO|||ui|||eyJhbGci.eyJzdWIi.x"), EndsWith("Found access/device token. Log skipped."));
 }
 

@@ -21,7 +21,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr int flagNumber = 2147483547;
+constexpr int kFlagNumber = 2147483547;
 
 Log_Level level(int verbosity) {
   return static_cast<Log_Level>(verbosity);
@@ -29,7 +29,7 @@ Log_Level level(int verbosity) {
 
 class LoggerTest : public testing::Test {
  protected:
-  // The lines that a process writes which has this body; every logger lives in a process of its own.
+  // Runs `body` in a process of its own, because the logger is a singleton, and returns the lines of the log.
   std::vector<std::string> linesAfter(const std::function<void(Logger&)>& body) {
     const int status = support::inChild([&] {
       body(*Logger::getInstance());
@@ -39,7 +39,7 @@ class LoggerTest : public testing::Test {
     return support::linesOf(file);
   }
 
-  // The same without the two lines of the announcement.
+  // The same after `setLogLevel`, without the two lines that it logs.
   std::vector<std::string> linesAt(int verbosity, const std::function<void(Logger&)>& body) {
     std::vector<std::string> lines = linesAfter([&](Logger& logger) {
       logger.setLogLevel(level(verbosity), "SVO", nullptr);
@@ -62,7 +62,7 @@ class LoggerTest : public testing::Test {
   const std::string file = home + "/Library/Logs/Kelvo.log";
 };
 
-// The fields between the time and the thread id, and the message.
+// Returns the fields between the time and the thread id, and the message.
 std::string withoutTimeAndThread(const std::string& line) {
   const std::size_t afterTime = line.find(" | ") + 3;
   const std::size_t message = line.rfind(" | ");
@@ -70,24 +70,24 @@ std::string withoutTimeAndThread(const std::string& line) {
   return line.substr(afterTime, thread - afterTime) + line.substr(message);
 }
 
-TEST_F(LoggerTest, MakesTheLogFolderForItsUserAlone) {
+TEST_F(LoggerTest, CreatesLogFolderWithMode0700) {
   linesAfter([](Logger&) {});
   EXPECT_EQ(support::modeOf(home + "/Library"), 0700u);
   EXPECT_EQ(support::modeOf(home + "/Library/Logs"), 0700u);
 }
 
-TEST_F(LoggerTest, WritesNothingBeforeTheLevelIsSet) {
+TEST_F(LoggerTest, WritesNothingBeforeSetLogLevel) {
   EXPECT_THAT(linesAfter(logEachLevel), IsEmpty());
 }
 
-TEST_F(LoggerTest, AnnouncesTheBuildAndTheLevel) {
+TEST_F(LoggerTest, SetLogLevelLogsBuildAndLevel) {
   const auto lines = linesAfter([](Logger& logger) { logger.setLogLevel(level(4), "SVO", nullptr); });
   ASSERT_THAT(lines, SizeIs(2));
   EXPECT_EQ(withoutTimeAndThread(lines[0]), "[INFO] |  | QSU | SVO | SVO |  |  | Build Version - 9.0.0.121");
   EXPECT_EQ(withoutTimeAndThread(lines[1]), "[INFO] |  | QSU | SVO | SVO |  |  | Logging Level verbosity Set  to 4");
 }
 
-TEST_F(LoggerTest, EachVerbosityWritesItsLevelAndTheGraverOnes) {
+TEST_F(LoggerTest, EachVerbosityWritesItsLevelAndAbove) {
   for (int verbosity = 1; verbosity <= 6; ++verbosity) {
     support::freshHome();
     std::vector<std::string> messages;
@@ -98,13 +98,13 @@ TEST_F(LoggerTest, EachVerbosityWritesItsLevelAndTheGraverOnes) {
       messages.push_back(line.substr(line.rfind(' ') + 1));
     }
     std::vector<std::string> expected;
-    for (int grave = verbosity; grave >= 1; --grave)
-      expected.push_back(std::to_string(grave));
+    for (int severity = verbosity; severity >= 1; --severity)
+      expected.push_back(std::to_string(severity));
     EXPECT_EQ(messages, expected) << verbosity;
   }
 }
 
-TEST_F(LoggerTest, EachLevelFunctionPrintsItsLevel) {
+TEST_F(LoggerTest, LevelFunctionsPrintTheirLevel) {
   std::string levels;
   for (const std::string& line : linesAt(6, logEachLevel)) {
     levels += line.substr(line.find('['), line.find(']') + 1 - line.find('['));
@@ -112,13 +112,13 @@ TEST_F(LoggerTest, EachLevelFunctionPrintsItsLevel) {
   EXPECT_EQ(levels, "[TRACE][DEBUG][INFO][WARN][ERROR][FATAL]");
 }
 
-TEST_F(LoggerTest, ALineCarriesTheTextsInTheirOrder) {
+TEST_F(LoggerTest, LineHasContextTextsInOrder) {
   const auto lines = linesAt(4, [](Logger& logger) { logger.logInfo("Native-Utils", "text"); });
   ASSERT_THAT(lines, SizeIs(1));
   EXPECT_EQ(withoutTimeAndThread(lines[0]), "[INFO] |  | QSU | SVO | Native-Utils |  |  | text");
 }
 
-TEST_F(LoggerTest, TheContextIsTheFirstText) {
+TEST_F(LoggerTest, ContextIsTheFirstText) {
   const auto lines = linesAfter([](Logger& logger) {
     logger.setLogLevel(level(4), "SVO", "context");
     logger.setLogLevel(level(4), nullptr, nullptr);
@@ -128,7 +128,7 @@ TEST_F(LoggerTest, TheContextIsTheFirstText) {
   EXPECT_EQ(withoutTimeAndThread(lines.back()), "[INFO] | context | QSU | SVO | SVO |  |  | text");
 }
 
-TEST_F(LoggerTest, WithoutAComponentNothingIsAnnouncedOrStored) {
+TEST_F(LoggerTest, NullComponentIsNotLoggedOrStored) {
   const auto lines = linesAfter([](Logger& logger) {
     logger.setLogLevel(level(4), nullptr, nullptr);
     logger.logInfo("SVO", "text");
@@ -137,7 +137,7 @@ TEST_F(LoggerTest, WithoutAComponentNothingIsAnnouncedOrStored) {
   EXPECT_EQ(withoutTimeAndThread(lines[0]), "[INFO] |  | QSU |  | SVO |  |  | text");
 }
 
-TEST_F(LoggerTest, AFormerLevelStaysEnabledHereAndIsFilteredByTheTarget) {
+TEST_F(LoggerTest, TargetFiltersLevelsEnabledEarlier) {
   const auto lines = linesAfter([](Logger& logger) {
     logger.setLogLevel(level(6), nullptr, nullptr);
     logger.setLogLevel(level(1), nullptr, nullptr);
@@ -148,10 +148,10 @@ TEST_F(LoggerTest, AFormerLevelStaysEnabledHereAndIsFilteredByTheTarget) {
   EXPECT_THAT(lines[0], HasSubstr("[FATAL]"));
 }
 
-// The target filters by its own level; another target of the same identifier sees what is enabled.
-class HandedOverTest : public LoggerTest {
+// A second target of the same identifier receives every enabled message: only the first filters by its level.
+class EnabledLevelsTest : public LoggerTest {
  protected:
-  void recordedAfter(const std::function<void(Logger&)>& body, const std::function<void(std::vector<Record>&)>& check) {
+  void checkRecords(const std::function<void(Logger&)>& body, const std::function<void(std::vector<Record>&)>& check) {
     linesAfter([&](Logger& logger) {
       RecordingTarget recorder("QSU");
       tarn::LoggingCore::getInstance()->registerTarget(&recorder);
@@ -162,8 +162,8 @@ class HandedOverTest : public LoggerTest {
   }
 };
 
-TEST_F(HandedOverTest, ALevelOnceEnabledStaysEnabled) {
-  recordedAfter(
+TEST_F(EnabledLevelsTest, EnabledLevelsStayEnabled) {
+  checkRecords(
       [](Logger& logger) {
         logger.setLogLevel(level(6), nullptr, nullptr);
         logger.setLogLevel(level(1), nullptr, nullptr);
@@ -172,8 +172,8 @@ TEST_F(HandedOverTest, ALevelOnceEnabledStaysEnabled) {
       [](std::vector<Record>& records) { EXPECT_THAT(records, SizeIs(6)); });
 }
 
-TEST_F(HandedOverTest, EveryMessageHasTheTimeZeroForNow) {
-  recordedAfter(
+TEST_F(EnabledLevelsTest, MessageTimeIsZero) {
+  checkRecords(
       [](Logger& logger) {
         logger.setLogLevel(level(6), "SVO", nullptr);
         logEachLevel(logger);
@@ -185,7 +185,7 @@ TEST_F(HandedOverTest, EveryMessageHasTheTimeZeroForNow) {
       });
 }
 
-TEST_F(LoggerTest, AVerbosityJustOutsideTheRangeKeepsTheLevel) {
+TEST_F(LoggerTest, VerbosityOutsideTheRangeKeepsTheLevel) {
   for (const int unknown : {-1, 0, 7, 8}) {
     support::freshHome();
     const auto lines = linesAfter([&](Logger& logger) {
@@ -198,7 +198,7 @@ TEST_F(LoggerTest, AVerbosityJustOutsideTheRangeKeepsTheLevel) {
   }
 }
 
-TEST_F(LoggerTest, AnUnknownVerbosityKeepsTheLevelAndIsAnnounced) {
+TEST_F(LoggerTest, UnknownVerbosityKeepsTheLevelAndIsLogged) {
   const auto lines = linesAfter([](Logger& logger) {
     logger.setLogLevel(level(3), nullptr, nullptr);
     logger.setLogLevel(level(9), nullptr, nullptr);
@@ -209,20 +209,20 @@ TEST_F(LoggerTest, AnUnknownVerbosityKeepsTheLevelAndIsAnnounced) {
   EXPECT_THAT(announced.back(), EndsWith("Logging Level verbosity Set  to 9"));
 }
 
-TEST_F(LoggerTest, AFlagFileRaisesTheVerbosity) {
+TEST_F(LoggerTest, FlagFileRaisesTheVerbosity) {
   std::filesystem::create_directories(home + "/Library/Logs");
   support::writeFile(home + "/Library/Logs/Kelvo.trace", "");
   EXPECT_THAT(linesAt(4, logEachLevel), SizeIs(6));
 }
 
-TEST_F(LoggerTest, AMessageIsCutTo1022Characters) {
+TEST_F(LoggerTest, MessageIsCutTo1022Characters) {
   const std::string text(2000, 'x');
   const auto lines = linesAt(4, [&](Logger& logger) { logger.logInfo("SVO", "%s", text.c_str()); });
   ASSERT_THAT(lines, SizeIs(1));
   EXPECT_THAT(lines[0], EndsWith(" | " + std::string(1022, 'x')));
 }
 
-TEST_F(LoggerTest, AMessageWithATokenIsReplaced) {
+TEST_F(LoggerTest, MessageWithTokenIsReplaced) {
   const auto lines = linesAt(4, [](Logger& logger) { logger.logError("SVO", "token %s.%s", "eyJhbGc", "eyJzdWI"); });
   ASSERT_THAT(lines, SizeIs(1));
   EXPECT_EQ(withoutTimeAndThread(lines[0]),
@@ -234,7 +234,7 @@ TEST_F(LoggerTest, FormattedTextIsNotFormattedAgain) {
   EXPECT_THAT(lines.back(), EndsWith(" | 100%s%d%n"));
 }
 
-TEST_F(LoggerTest, AFinishedTextOfAnyLengthGoesOutWhole) {
+TEST_F(LoggerTest, SendMessageDoesNotCutLongText) {
   const std::string text(20000, 'x');
   const auto lines = linesAt(4, [&](Logger& logger) {
     logger.sendMessageToTARNLogger(tarn::INFO, "1", "2", "3", "4", "5", "6", text.c_str());
@@ -245,11 +245,11 @@ TEST_F(LoggerTest, AFinishedTextOfAnyLengthGoesOutWhole) {
 
 TEST_F(LoggerTest, LeavesNoSemaphoreSetBehind) {
   linesAt(4, logEachLevel);
-  EXPECT_EQ(support::setOf(home, flagNumber), -1);
+  EXPECT_EQ(support::setOf(home, kFlagNumber), -1);
   EXPECT_EQ(support::setOf(file, 11), -1);
 }
 
-// Without a count to take back, the logger's end sleeps in the mutex.
+// With the count set to 0, the detach of the mutex blocks, so that the destructor stops there.
 TEST_F(LoggerTest, FinalizesTheMutexBeforeTheTarget) {
   const support::Shared<std::atomic<bool>> mayEnd;
   support::Child child(
@@ -259,17 +259,17 @@ TEST_F(LoggerTest, FinalizesTheMutexBeforeTheTarget) {
       },
       support::Child::Ending::orderly);
   ASSERT_TRUE(support::comesTrue([&] { return support::valueOf(support::setOf(file, 11), 1) == 1; }));
-  const int mutex = support::setOf(home, flagNumber);
+  const int mutex = support::setOf(home, kFlagNumber);
   support::setValueOf(mutex, 0, 0);
   *mayEnd = true;
-  EXPECT_TRUE(support::comesTrue([&] { return support::sleepersOn(mutex, 0) == 1; }));
+  EXPECT_TRUE(support::comesTrue([&] { return support::waitersOn(mutex, 0) == 1; }));
   EXPECT_EQ(support::valueOf(support::setOf(file, 11), 0), 1);
   support::setValueOf(mutex, 0, 1);
   EXPECT_EQ(child.wait(), 0);
   EXPECT_EQ(support::setOf(file, 11), -1);
 }
 
-TEST_F(LoggerTest, WritesUnderTheMutexOfTheUser) {
+TEST_F(LoggerTest, WritesWhileHoldingTheUserMutex) {
   OVNLoggingFileOperationFlag flag;
   flag.semid = -1;
   flag.held = false;
@@ -281,7 +281,7 @@ TEST_F(LoggerTest, WritesUnderTheMutexOfTheUser) {
         return 0;
       },
       support::Child::Ending::orderly);
-  EXPECT_TRUE(support::comesTrue([&] { return support::sleepersOn(flag.semid, 1) == 1; }));
+  EXPECT_TRUE(support::comesTrue([&] { return support::waitersOn(flag.semid, 1) == 1; }));
   EXPECT_THAT(support::linesOf(file), IsEmpty());
   flag.endFileOperation();
   EXPECT_EQ(writer.wait(), 0);
@@ -289,19 +289,19 @@ TEST_F(LoggerTest, WritesUnderTheMutexOfTheUser) {
   flag.finalizeFlag();
 }
 
-TEST_F(LoggerTest, WithoutAHomeEverythingIsDroppedAndTheProgramRunsOn) {
-  const support::PasswordDatabase nobody("");
+TEST_F(LoggerTest, MissingHomeDropsAllMessages) {
+  const support::PasswordDatabase empty("");
   EXPECT_THAT(linesAt(4, logEachLevel), IsEmpty());
   EXPECT_FALSE(std::filesystem::exists("Kelvo.log"));
 }
 
-TEST_F(LoggerTest, WithoutALogFolderEverythingIsDroppedAndTheProgramRunsOn) {
+TEST_F(LoggerTest, MissingLogFolderDropsAllMessages) {
   support::writeFile(home + "/Library", "a file");
   EXPECT_THAT(linesAt(4, logEachLevel), IsEmpty());
   EXPECT_FALSE(std::filesystem::exists("Kelvo.log"));
 }
 
-TEST_F(LoggerTest, APipeInTheFilesPlaceDoesNotStopTheProgram) {
+TEST_F(LoggerTest, PipeAtLogPathDoesNotBlock) {
   std::filesystem::create_directories(home + "/Library/Logs");
   ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
   EXPECT_EQ(support::inChild([] {
@@ -311,7 +311,7 @@ TEST_F(LoggerTest, APipeInTheFilesPlaceDoesNotStopTheProgram) {
             0);
 }
 
-TEST_F(LoggerTest, AFolderInTheFilesPlaceDoesNotStopTheProgram) {
+TEST_F(LoggerTest, FolderAtLogPathIsIgnored) {
   std::filesystem::create_directories(file);
   EXPECT_EQ(support::inChild([] {
               Logger::getInstance()->setLogLevel(level(4), "SVO", nullptr);
@@ -320,7 +320,7 @@ TEST_F(LoggerTest, AFolderInTheFilesPlaceDoesNotStopTheProgram) {
             0);
 }
 
-TEST_F(LoggerTest, MayBeUsedFromManyThreads) {
+TEST_F(LoggerTest, TwoThreadsMayLog) {
   const auto lines = linesAt(4, [](Logger& logger) {
     const auto write = [&](const char* name) {
       for (int i = 0; i < 1000; ++i)
@@ -347,7 +347,7 @@ TEST_F(LoggerTest, SmallFunctionsReturnTheirDocumentedResults) {
   });
 }
 
-TEST_F(LoggerTest, TheCurrentTimeIsThatOfTheClockWithoutANewline) {
+TEST_F(LoggerTest, GetCurrentTimeIsCtimeWithoutNewline) {
   std::time_t before = 0;
   std::string text;
   std::string expected;

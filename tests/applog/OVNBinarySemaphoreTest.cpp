@@ -6,9 +6,9 @@
 #include <atomic>
 #include <vector>
 
+#include "tests/support/Barrier.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
-#include "tests/support/Meeting.h"
 #include "tests/support/SemaphoreOperations.h"
 #include "tests/support/Semaphores.h"
 
@@ -19,9 +19,9 @@ using support::operationsOf;
 using testing::AnyOf;
 using testing::ElementsAre;
 
-constexpr int number = 2147483547;
-constexpr int attached = 0;
-constexpr int mutex = 1;
+constexpr int kNumber = 2147483547;
+constexpr int kAttached = 0;
+constexpr int kMutex = 1;
 
 OVNBinarySemaphore notCreated() {
   OVNBinarySemaphore semaphore;
@@ -34,17 +34,17 @@ class OVNBinarySemaphoreTest : public testing::Test {
  protected:
   ~OVNBinarySemaphoreTest() override { one.finalize(); }
 
-  bool create(OVNBinarySemaphore& semaphore) const { return semaphore.create(folder.path().c_str(), number); }
-  int set() const { return support::setOf(folder.path(), number); }
+  bool create(OVNBinarySemaphore& semaphore) const { return semaphore.create(folder.path().c_str(), kNumber); }
+  int set() const { return support::setOf(folder.path(), kNumber); }
 
   const support::TemporaryFolder folder;
-  const support::SetRemover remover{folder.path(), number};
+  const support::SetRemover remover{folder.path(), kNumber};
   OVNBinarySemaphore one = notCreated();
 };
 
-std::atomic<int>* caughtSignals = nullptr;
+std::atomic<int>* signalCount = nullptr;
 
-TEST_F(OVNBinarySemaphoreTest, EveryTakeFailsBeforeItIsCreated) {
+TEST_F(OVNBinarySemaphoreTest, TakesFailBeforeCreate) {
   EXPECT_FALSE(one.tryWait());
   EXPECT_FALSE(one.signal());
   EXPECT_EQ(one.getCount(), -1);
@@ -52,42 +52,42 @@ TEST_F(OVNBinarySemaphoreTest, EveryTakeFailsBeforeItIsCreated) {
   EXPECT_FALSE(one.held);
 }
 
-TEST_F(OVNBinarySemaphoreTest, IsNotCreatedOnAPathThatDoesNotExist) {
-  EXPECT_FALSE(one.create((folder / "missing").c_str(), number));
+TEST_F(OVNBinarySemaphoreTest, CreateFailsForMissingPath) {
+  EXPECT_FALSE(one.create((folder / "missing").c_str(), kNumber));
   EXPECT_EQ(one.semid, -1);
 }
 
-TEST_F(OVNBinarySemaphoreTest, IsFreeWhenItIsCreated) {
+TEST_F(OVNBinarySemaphoreTest, NewMutexIsFree) {
   ASSERT_TRUE(create(one));
   EXPECT_EQ(one.getCount(), 1);
   EXPECT_FALSE(one.held);
 }
 
-TEST_F(OVNBinarySemaphoreTest, TheSetHasTwoMembersAndMode0666) {
+TEST_F(OVNBinarySemaphoreTest, SetHasTwoMembersAndMode0666) {
   ASSERT_TRUE(create(one));
   EXPECT_EQ(support::membersOf(one.semid), 2u);
   EXPECT_EQ(support::modeOfSet(one.semid), 0666u);
 }
 
-TEST_F(OVNBinarySemaphoreTest, OnlyTheFirstReleaseCarriesNoUndo) {
+TEST_F(OVNBinarySemaphoreTest, OnlyInitialReleaseHasNoUndo) {
   OVNBinarySemaphore other = notCreated();
-  const Operation attach(attached, +1, SEM_UNDO);
-  EXPECT_THAT(operationsOf([&] { create(one); }), ElementsAre(Operation(mutex, +1, IPC_NOWAIT), attach));
+  const Operation attach(kAttached, +1, SEM_UNDO);
+  EXPECT_THAT(operationsOf([&] { create(one); }), ElementsAre(Operation(kMutex, +1, IPC_NOWAIT), attach));
   EXPECT_THAT(operationsOf([&] { create(other); }), ElementsAre(attach));
   EXPECT_THAT(operationsOf([&] { one.tryWait(); }),
-              ElementsAre(AnyOf(Operation(mutex, -1, SEM_UNDO), Operation(mutex, -1, SEM_UNDO | IPC_NOWAIT))));
-  EXPECT_THAT(operationsOf([&] { one.release(); }), ElementsAre(Operation(mutex, +1, SEM_UNDO)));
-  EXPECT_THAT(operationsOf([&] { one.signal(); }), ElementsAre(Operation(mutex, -1, SEM_UNDO | IPC_NOWAIT)));
-  EXPECT_THAT(operationsOf([&] { other.finalize(); }), ElementsAre(Operation(attached, -1, SEM_UNDO)));
+              ElementsAre(AnyOf(Operation(kMutex, -1, SEM_UNDO), Operation(kMutex, -1, SEM_UNDO | IPC_NOWAIT))));
+  EXPECT_THAT(operationsOf([&] { one.release(); }), ElementsAre(Operation(kMutex, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { one.signal(); }), ElementsAre(Operation(kMutex, -1, SEM_UNDO | IPC_NOWAIT)));
+  EXPECT_THAT(operationsOf([&] { other.finalize(); }), ElementsAre(Operation(kAttached, -1, SEM_UNDO)));
 }
 
-TEST_F(OVNBinarySemaphoreTest, CreatingTwiceAttachesOnce) {
+TEST_F(OVNBinarySemaphoreTest, SecondCreateDoesNotAttachAgain) {
   ASSERT_TRUE(create(one));
   EXPECT_TRUE(create(one));
-  EXPECT_EQ(support::valueOf(one.semid, attached), 1);
+  EXPECT_EQ(support::valueOf(one.semid, kAttached), 1);
 }
 
-TEST_F(OVNBinarySemaphoreTest, TakingAndReleasingIsSeenInTheCount) {
+TEST_F(OVNBinarySemaphoreTest, CountShowsTakeAndRelease) {
   ASSERT_TRUE(create(one));
   EXPECT_TRUE(one.tryWait());
   EXPECT_TRUE(one.held);
@@ -97,13 +97,13 @@ TEST_F(OVNBinarySemaphoreTest, TakingAndReleasingIsSeenInTheCount) {
   EXPECT_EQ(one.getCount(), 1);
 }
 
-TEST_F(OVNBinarySemaphoreTest, ReleasingWithoutATakeChangesNothing) {
+TEST_F(OVNBinarySemaphoreTest, ReleaseWithoutTakeHasNoEffect) {
   ASSERT_TRUE(create(one));
   EXPECT_TRUE(one.release());
   EXPECT_EQ(one.getCount(), 1);
 }
 
-TEST_F(OVNBinarySemaphoreTest, AFailedReleaseStillHolds) {
+TEST_F(OVNBinarySemaphoreTest, FailedReleaseKeepsHeld) {
   ASSERT_TRUE(create(one));
   ASSERT_TRUE(one.tryWait());
   ::semctl(one.semid, 0, IPC_RMID);
@@ -114,12 +114,12 @@ TEST_F(OVNBinarySemaphoreTest, AFailedReleaseStillHolds) {
   one.semid = -1;
 }
 
-TEST_F(OVNBinarySemaphoreTest, TwoObjectsOfOneProcessExcludeEachOther) {
+TEST_F(OVNBinarySemaphoreTest, ObjectsOfOneProcessExcludeEachOther) {
   OVNBinarySemaphore other = notCreated();
   ASSERT_TRUE(create(one));
   ASSERT_TRUE(create(other));
   EXPECT_EQ(one.semid, other.semid);
-  EXPECT_EQ(support::valueOf(one.semid, attached), 2);
+  EXPECT_EQ(support::valueOf(one.semid, kAttached), 2);
   ASSERT_TRUE(one.tryWait());
   EXPECT_FALSE(other.signal());
   EXPECT_FALSE(other.held);
@@ -129,21 +129,21 @@ TEST_F(OVNBinarySemaphoreTest, TwoObjectsOfOneProcessExcludeEachOther) {
   EXPECT_TRUE(other.finalize());
 }
 
-TEST_F(OVNBinarySemaphoreTest, ATakeWaitsForTheOtherToReleaseAndGoesOnAfterSignals) {
-  if (!support::signalsInterrupt) GTEST_SKIP() << "the sanitizer holds signals back";
+TEST_F(OVNBinarySemaphoreTest, TryWaitWaitsForReleaseDespiteSignals) {
+  if (!support::signalsInterrupt) GTEST_SKIP() << "the sanitizer delays signals";
   const support::Shared<std::atomic<int>> caught;
   ASSERT_TRUE(create(one));
   ASSERT_TRUE(one.tryWait());
   support::Child waiting([&] {
-    caughtSignals = &*caught;
+    signalCount = &*caught;
     struct sigaction action {};
-    action.sa_handler = [](int) { ++*caughtSignals; };
+    action.sa_handler = [](int) { ++*signalCount; };
     ::sigaction(SIGUSR1, &action, nullptr);
     OVNBinarySemaphore theirs = notCreated();
     return create(theirs) && theirs.tryWait() && theirs.release() && theirs.finalize() ? 0 : 1;
   });
   for (int signals = 0; signals < 3; ++signals) {
-    ASSERT_TRUE(support::comesTrue([&] { return support::sleepersOn(one.semid, mutex) == 1; }));
+    ASSERT_TRUE(support::comesTrue([&] { return support::waitersOn(one.semid, kMutex) == 1; }));
     waiting.send(SIGUSR1);
     ASSERT_TRUE(support::comesTrue([&] { return *caught == signals + 1; }));
   }
@@ -151,7 +151,7 @@ TEST_F(OVNBinarySemaphoreTest, ATakeWaitsForTheOtherToReleaseAndGoesOnAfterSigna
   EXPECT_EQ(waiting.wait(), 0);
 }
 
-TEST_F(OVNBinarySemaphoreTest, TheLastToFinalizeRemovesTheSetAndTheNextOneIsFree) {
+TEST_F(OVNBinarySemaphoreTest, LastFinalizeRemovesTheSet) {
   OVNBinarySemaphore other = notCreated();
   ASSERT_TRUE(create(one));
   ASSERT_TRUE(create(other));
@@ -167,7 +167,7 @@ TEST_F(OVNBinarySemaphoreTest, TheLastToFinalizeRemovesTheSetAndTheNextOneIsFree
   EXPECT_EQ(one.getCount(), 1);
 }
 
-TEST_F(OVNBinarySemaphoreTest, FinalizingDoesNotGiveBackTheMutex) {
+TEST_F(OVNBinarySemaphoreTest, FinalizeDoesNotReleaseTheMutex) {
   OVNBinarySemaphore other = notCreated();
   ASSERT_TRUE(create(one));
   ASSERT_TRUE(create(other));
@@ -176,7 +176,7 @@ TEST_F(OVNBinarySemaphoreTest, FinalizingDoesNotGiveBackTheMutex) {
   EXPECT_EQ(one.getCount(), 0);
 }
 
-TEST_F(OVNBinarySemaphoreTest, AKilledHolderIsDetachedAndItsMutexFreed) {
+TEST_F(OVNBinarySemaphoreTest, KilledHolderIsDetachedAndReleases) {
   ASSERT_TRUE(create(one));
   support::Child holder([&] {
     OVNBinarySemaphore theirs = notCreated();
@@ -185,31 +185,31 @@ TEST_F(OVNBinarySemaphoreTest, AKilledHolderIsDetachedAndItsMutexFreed) {
     return ::pause();
   });
   ASSERT_TRUE(support::comesTrue([&] { return one.getCount() == 0; }));
-  EXPECT_EQ(support::valueOf(one.semid, attached), 2);
+  EXPECT_EQ(support::valueOf(one.semid, kAttached), 2);
   holder.kill();
   EXPECT_TRUE(one.tryWait());
   holder.wait();
-  EXPECT_EQ(support::valueOf(one.semid, attached), 1);
+  EXPECT_EQ(support::valueOf(one.semid, kAttached), 1);
   one.release();
 }
 
-TEST_F(OVNBinarySemaphoreTest, ManyWhoCreateAtOnceMakeOneFreeMutex) {
+TEST_F(OVNBinarySemaphoreTest, ConcurrentCreatesMakeOneFreeMutex) {
   for (int round = 0; round < 30; ++round) {
-    support::Meeting makersMeeting(8);
-    std::vector<support::Child> makers;
-    for (int maker = 0; maker < 8; ++maker) {
-      makers.emplace_back([&] {
+    support::Barrier barrier(8);
+    std::vector<support::Child> processes;
+    for (int i = 0; i < 8; ++i) {
+      processes.emplace_back([&] {
         OVNBinarySemaphore theirs = notCreated();
-        makersMeeting.startTogether();
-        const bool created = create(theirs) && makersMeeting.meet();
-        const bool free = theirs.getCount() == 1 && makersMeeting.meet();
+        barrier.spin();
+        const bool created = create(theirs) && barrier.wait();
+        const bool free = theirs.getCount() == 1 && barrier.wait();
         theirs.finalize();
         return created && free ? 0 : 1;
       });
     }
-    for (support::Child& maker : makers)
-      ASSERT_EQ(maker.wait(), 0);
-    support::SetRemover leftover(folder.path(), number);
+    for (support::Child& process : processes)
+      ASSERT_EQ(process.wait(), 0);
+    support::SetRemover leftover(folder.path(), kNumber);
   }
 }
 

@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr int fileNumber = 2147483547;
-constexpr int reservedNumber = 57445459;
+constexpr int kFileOperationNumber = 2147483547;
+constexpr int kReservedNumber = 57445459;
 
 template <typename Flag>
 Flag notCreated() {
@@ -20,12 +20,12 @@ Flag notCreated() {
   return flag;
 }
 
-TEST(FileOperationFlag, IsNamedByTheHomeFolder) {
+TEST(FileOperationFlag, KeyPathIsTheHomeFolder) {
   auto flag = notCreated<OVNLoggingFileOperationFlag>();
   ASSERT_TRUE(flag.createFlag());
-  EXPECT_EQ(flag.semid, support::setOf(support::ownHome(), fileNumber));
+  EXPECT_EQ(flag.semid, support::setOf(support::ownHome(), kFileOperationNumber));
   EXPECT_TRUE(flag.finalizeFlag());
-  EXPECT_EQ(support::setOf(support::ownHome(), fileNumber), -1);
+  EXPECT_EQ(support::setOf(support::ownHome(), kFileOperationNumber), -1);
 }
 
 TEST(FileOperationFlag, IsHeldBetweenStartAndEnd) {
@@ -38,8 +38,8 @@ TEST(FileOperationFlag, IsHeldBetweenStartAndEnd) {
   flag.finalizeFlag();
 }
 
-TEST(FileOperationFlag, CannotBeCreatedWithoutAHome) {
-  const support::PasswordDatabase nobody("");
+TEST(FileOperationFlag, CreateFailsWithoutHome) {
+  const support::PasswordDatabase empty("");
   auto flag = notCreated<OVNLoggingFileOperationFlag>();
   EXPECT_FALSE(flag.createFlag());
   EXPECT_EQ(flag.semid, -1);
@@ -55,30 +55,31 @@ TEST(BufferOperationFlag, IsHeldBetweenStartAndEnd) {
   EXPECT_TRUE(flag.finalizeFlag());
 }
 
-TEST(BufferOperationFlag, IsNamedByTheProcess) {
+TEST(BufferOperationFlag, ProjectNumberIsTheProcessId) {
   auto flag = notCreated<OVNLoggingBufferOperationFlag>();
   ASSERT_TRUE(flag.createFlag());
   const int low = ::getpid() & 0xff;
-  if (low != (fileNumber & 0xff) && low != (reservedNumber & 0xff)) {
+  if (low != (kFileOperationNumber & 0xff) && low != (kReservedNumber & 0xff)) {
     EXPECT_EQ(flag.semid, support::setOf(support::ownHome(), ::getpid()));
   }
   flag.finalizeFlag();
 }
 
-TEST(BufferOperationFlag, CannotBeCreatedWithoutAHomeAndDoesNotSearchForever) {
-  const support::PasswordDatabase nobody("");
+TEST(BufferOperationFlag, CreateFailsWithoutHome) {
+  const support::PasswordDatabase empty("");
   auto flag = notCreated<OVNLoggingBufferOperationFlag>();
   EXPECT_FALSE(flag.createFlag());
 }
 
-TEST(BufferOperationFlag, NeverHasTheKeyOfTheFileOperationFlagWhateverTheProcessId) {
+TEST(BufferOperationFlag, NoProcessIdGivesAReservedKey) {
   auto fileFlag = notCreated<OVNLoggingFileOperationFlag>();
   ASSERT_TRUE(fileFlag.createFlag());
   for (int process = 0; process < 300; ++process) {
     support::Child child([&] {
       auto flag = notCreated<OVNLoggingBufferOperationFlag>();
       const bool created = flag.createFlag();
-      const bool own = flag.semid != fileFlag.semid && flag.semid != support::setOf(support::ownHome(), reservedNumber);
+      const bool own =
+          flag.semid != fileFlag.semid && flag.semid != support::setOf(support::ownHome(), kReservedNumber);
       return created && flag.finalizeFlag() && own ? 0 : 1;
     });
     ASSERT_EQ(child.wait(), 0);

@@ -18,15 +18,15 @@ using support::Operation;
 using support::operationsOf;
 using testing::ElementsAre;
 
-constexpr int number = 0x5b;
+constexpr int kNumber = 0x5b;
 
 class DeploymentLockTest : public testing::Test {
  protected:
-  // Answers of another process while this one holds the lock, or not.
-  static int askedByAnother(bool (*question)(OVNSystemLevelDeploymentLock&)) {
+  // Returns the result of a query in another process.
+  static int resultInOtherProcess(bool (*query)(OVNSystemLevelDeploymentLock&)) {
     support::Child other([&] {
-      OVNSystemLevelDeploymentLock theirs(number);
-      return question(theirs) ? 1 : 0;
+      OVNSystemLevelDeploymentLock theirs(kNumber);
+      return query(theirs) ? 1 : 0;
     });
     return other.wait();
   }
@@ -35,62 +35,62 @@ class DeploymentLockTest : public testing::Test {
   static bool isLocked2(OVNSystemLevelDeploymentLock& lock) { return lock.isLocked2(); }
   static bool acquire(OVNSystemLevelDeploymentLock& lock) { return lock.AcquireLock(); }
 
-  static int set() { return support::setOf("/tmp", number); }
+  static int set() { return support::setOf("/tmp", kNumber); }
 
-  const support::SetRemover remover{"/tmp", number};
-  OVNSystemLevelDeploymentLock lock{number};
+  const support::SetRemover remover{"/tmp", kNumber};
+  OVNSystemLevelDeploymentLock lock{kNumber};
 };
 
-TEST_F(DeploymentLockTest, OpeningDoesNothing) {
+TEST_F(DeploymentLockTest, OpenDoesNothing) {
   EXPECT_EQ(lock.open(), 0);
   EXPECT_EQ(set(), -1);
 }
 
-TEST_F(DeploymentLockTest, TheSetHasOneMemberAndMode0666) {
+TEST_F(DeploymentLockTest, SetHasOneMemberAndMode0666) {
   ASSERT_TRUE(lock.AcquireLock());
   EXPECT_EQ(support::membersOf(set()), 1u);
   EXPECT_EQ(support::modeOfSet(set()), 0666u);
 }
 
-TEST_F(DeploymentLockTest, EveryOperationCarriesUndo) {
+TEST_F(DeploymentLockTest, AllOperationsHaveUndo) {
   EXPECT_THAT(operationsOf([&] { lock.AcquireLock(); }), ElementsAre(Operation(0, -1, SEM_UNDO | IPC_NOWAIT)));
   EXPECT_THAT(operationsOf([&] { lock.releaseLock(); }), ElementsAre(Operation(0, +1, SEM_UNDO)));
   EXPECT_THAT(operationsOf([&] { lock.waitUntilReleased(); }),
               ElementsAre(Operation(0, -1, SEM_UNDO), Operation(0, +1, SEM_UNDO)));
 }
 
-TEST_F(DeploymentLockTest, WaitingReturnsAtOnceWhenThereIsNoLock) {
+TEST_F(DeploymentLockTest, WaitReturnsImmediatelyWithoutASet) {
   EXPECT_TRUE(lock.waitUntilReleased());
   EXPECT_FALSE(lock.isLocked2());
   EXPECT_EQ(set(), -1);
 }
 
-TEST_F(DeploymentLockTest, OneProcessAtATimeHoldsIt) {
+TEST_F(DeploymentLockTest, OneProcessHoldsTheLock) {
   ASSERT_TRUE(lock.AcquireLock());
   EXPECT_TRUE(lock.AcquireLock());
-  EXPECT_EQ(askedByAnother(acquire), 0);
+  EXPECT_EQ(resultInOtherProcess(acquire), 0);
   EXPECT_TRUE(lock.releaseLock());
-  EXPECT_EQ(askedByAnother(acquire), 1);
+  EXPECT_EQ(resultInOtherProcess(acquire), 1);
 }
 
-TEST_F(DeploymentLockTest, IsLockedForEverybodyElseWhileItIsHeld) {
+TEST_F(DeploymentLockTest, IsLockedForOtherProcessesWhileHeld) {
   ASSERT_TRUE(lock.AcquireLock());
-  EXPECT_EQ(askedByAnother(isLocked), 1);
-  EXPECT_EQ(askedByAnother(isLocked2), 1);
+  EXPECT_EQ(resultInOtherProcess(isLocked), 1);
+  EXPECT_EQ(resultInOtherProcess(isLocked2), 1);
   EXPECT_TRUE(lock.isLocked2());
   lock.releaseLock();
-  EXPECT_EQ(askedByAnother(isLocked), 0);
-  EXPECT_EQ(askedByAnother(isLocked2), 0);
+  EXPECT_EQ(resultInOtherProcess(isLocked), 0);
+  EXPECT_EQ(resultInOtherProcess(isLocked2), 0);
 }
 
-TEST_F(DeploymentLockTest, AHolderThatAsksItsOwnLockGivesItUp) {
+TEST_F(DeploymentLockTest, IsLockedReleasesTheCallersOwnLock) {
   ASSERT_TRUE(lock.AcquireLock());
   EXPECT_FALSE(lock.isLocked());
-  EXPECT_EQ(askedByAnother(isLocked), 0);
+  EXPECT_EQ(resultInOtherProcess(isLocked), 0);
 }
 
-TEST_F(DeploymentLockTest, ASetThatMayNotBeChangedIsNoLock) {
-  ASSERT_NE(::semget(::ftok("/tmp", number), 1, IPC_CREAT | 0400), -1);
+TEST_F(DeploymentLockTest, SetWithoutWritePermissionIsNoLock) {
+  ASSERT_NE(::semget(::ftok("/tmp", kNumber), 1, IPC_CREAT | 0400), -1);
   EXPECT_EQ(support::inChild([&] {
               if (!support::giveUpPowers()) return 2;
               return lock.waitUntilReleased() && !lock.AcquireLock() ? 0 : 1;
@@ -98,37 +98,37 @@ TEST_F(DeploymentLockTest, ASetThatMayNotBeChangedIsNoLock) {
             0);
 }
 
-TEST_F(DeploymentLockTest, ReleasingWithoutHoldingChangesNothing) {
+TEST_F(DeploymentLockTest, ReleaseWithoutHoldingHasNoEffect) {
   EXPECT_TRUE(lock.releaseLock());
   EXPECT_EQ(set(), -1);
 }
 
-TEST_F(DeploymentLockTest, ReleasesWhenItIsDestroyedAndLeavesTheSet) {
+TEST_F(DeploymentLockTest, DestructorReleasesAndKeepsTheSet) {
   {
-    OVNSystemLevelDeploymentLock passing(number);
+    OVNSystemLevelDeploymentLock passing(kNumber);
     ASSERT_TRUE(passing.AcquireLock());
     EXPECT_EQ(support::valueOf(set(), 0), 0);
   }
   EXPECT_EQ(support::valueOf(set(), 0), 1);
 }
 
-TEST_F(DeploymentLockTest, WaitingEndsWhenTheHolderReleasesAndTakesNothing) {
+TEST_F(DeploymentLockTest, WaitEndsAtReleaseAndTakesNothing) {
   ASSERT_TRUE(lock.AcquireLock());
   support::Child other([] {
-    OVNSystemLevelDeploymentLock theirs(number);
+    OVNSystemLevelDeploymentLock theirs(kNumber);
     return theirs.waitUntilReleased() ? 0 : 1;
   });
-  ASSERT_TRUE(support::comesTrue([] { return support::sleepersOn(set(), 0) == 1; }));
+  ASSERT_TRUE(support::comesTrue([] { return support::waitersOn(set(), 0) == 1; }));
   lock.releaseLock();
   EXPECT_EQ(other.wait(), 0);
   EXPECT_EQ(support::valueOf(set(), 0), 1);
 }
 
-// The lock looks taken already while its set is being made.
-TEST_F(DeploymentLockTest, AKilledHolderGivesItBack) {
+// Waits for `holds`, not for the value 0: a new set has that value before it is initialized.
+TEST_F(DeploymentLockTest, KilledHolderReleasesTheLock) {
   const support::Shared<std::atomic<bool>> holds;
   support::Child holder([&] {
-    OVNSystemLevelDeploymentLock theirs(number);
+    OVNSystemLevelDeploymentLock theirs(kNumber);
     *holds = theirs.AcquireLock();
     return ::pause();
   });
@@ -139,12 +139,12 @@ TEST_F(DeploymentLockTest, AKilledHolderGivesItBack) {
 
 class SemaphoreLockTest : public testing::Test {
  protected:
-  static int set() { return support::setOf("/tmp", number); }
+  static int set() { return support::setOf("/tmp", kNumber); }
 
-  OVNSemaphoreLock lock{number, 255, SystemLock};
+  OVNSemaphoreLock lock{kNumber, 255, SystemLock};
 };
 
-TEST_F(SemaphoreLockTest, IsNotLockedUntilASlotIsTaken) {
+TEST_F(SemaphoreLockTest, IsLockedAfterOneSlotIsTaken) {
   EXPECT_FALSE(lock.isLocked());
   EXPECT_EQ(lock.getCurrentLockCount(), 255);
   EXPECT_TRUE(lock.AcquireLock());
@@ -152,24 +152,24 @@ TEST_F(SemaphoreLockTest, IsNotLockedUntilASlotIsTaken) {
   EXPECT_EQ(lock.getCurrentLockCount(), 254);
 }
 
-TEST_F(SemaphoreLockTest, TheSetHasTwoMembersAndMode0666) {
+TEST_F(SemaphoreLockTest, SetHasTwoMembersAndMode0666) {
   EXPECT_EQ(support::membersOf(set()), 2u);
   EXPECT_EQ(support::modeOfSet(set()), 0666u);
 }
 
-TEST_F(SemaphoreLockTest, EveryOperationCarriesUndo) {
-  constexpr int freeSlots = 0;
-  constexpr int attached = 1;
+TEST_F(SemaphoreLockTest, AllOperationsHaveUndo) {
+  constexpr int kFreeSlots = 0;
+  constexpr int kAttached = 1;
   std::optional<OVNSemaphoreLock> other;
-  EXPECT_THAT(operationsOf([&] { other.emplace(number, 255, SystemLock); }),
-              ElementsAre(Operation(attached, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { other.emplace(kNumber, 255, SystemLock); }),
+              ElementsAre(Operation(kAttached, +1, SEM_UNDO)));
   EXPECT_THAT(operationsOf([&] { other->AcquireLock(); }),
-              ElementsAre(Operation(freeSlots, -1, SEM_UNDO | IPC_NOWAIT)));
-  EXPECT_THAT(operationsOf([&] { other->releaseLock(); }), ElementsAre(Operation(freeSlots, +1, SEM_UNDO)));
-  EXPECT_THAT(operationsOf([&] { other.reset(); }), ElementsAre(Operation(attached, -1, SEM_UNDO | IPC_NOWAIT)));
+              ElementsAre(Operation(kFreeSlots, -1, SEM_UNDO | IPC_NOWAIT)));
+  EXPECT_THAT(operationsOf([&] { other->releaseLock(); }), ElementsAre(Operation(kFreeSlots, +1, SEM_UNDO)));
+  EXPECT_THAT(operationsOf([&] { other.reset(); }), ElementsAre(Operation(kAttached, -1, SEM_UNDO | IPC_NOWAIT)));
 }
 
-TEST_F(SemaphoreLockTest, EachTakeTakesASlotAndOnlyOneIsGivenBack) {
+TEST_F(SemaphoreLockTest, ReleaseReturnsOnlyOneOfTwoSlots) {
   lock.AcquireLock();
   lock.AcquireLock();
   EXPECT_EQ(lock.getCurrentLockCount(), 253);
@@ -179,28 +179,28 @@ TEST_F(SemaphoreLockTest, EachTakeTakesASlotAndOnlyOneIsGivenBack) {
   EXPECT_EQ(lock.getCurrentLockCount(), 254);
 }
 
-TEST_F(SemaphoreLockTest, ATakeFailsWhenNoSlotIsFree) {
-  OVNSemaphoreLock narrow(number + 1, 1, SystemLock);
+TEST_F(SemaphoreLockTest, AcquireFailsWithoutFreeSlot) {
+  OVNSemaphoreLock narrow(kNumber + 1, 1, SystemLock);
   EXPECT_TRUE(narrow.AcquireLock());
   EXPECT_FALSE(narrow.AcquireLock());
 }
 
-TEST_F(SemaphoreLockTest, ASetThatExistsKeepsItsNumberOfSlots) {
-  OVNSemaphoreLock other(number, 3, SystemLock);
+TEST_F(SemaphoreLockTest, ExistingSetKeepsItsSlotCount) {
+  OVNSemaphoreLock other(kNumber, 3, SystemLock);
   EXPECT_EQ(other.getCurrentLockCount(), 255);
   EXPECT_FALSE(other.isLocked());
 }
 
-TEST_F(SemaphoreLockTest, ASlotThatIsHeldIsNotGivenBackAtDestruction) {
+TEST_F(SemaphoreLockTest, DestructorDoesNotReturnHeldSlot) {
   {
-    OVNSemaphoreLock passing(number, 255, SystemLock);
+    OVNSemaphoreLock passing(kNumber, 255, SystemLock);
     passing.AcquireLock();
   }
   EXPECT_EQ(lock.getCurrentLockCount(), 254);
 }
 
-TEST_F(SemaphoreLockTest, TheLastObjectToGoRemovesTheSet) {
-  const int other = number + 1;
+TEST_F(SemaphoreLockTest, LastObjectRemovesTheSet) {
+  const int other = kNumber + 1;
   {
     const OVNSemaphoreLock first(other, 1, SystemLock);
     { const OVNSemaphoreLock second(other, 1, SystemLock); }
@@ -209,9 +209,9 @@ TEST_F(SemaphoreLockTest, TheLastObjectToGoRemovesTheSet) {
   EXPECT_EQ(support::setOf("/tmp", other), -1);
 }
 
-TEST_F(SemaphoreLockTest, AKilledProcessGivesItsSlotsBack) {
+TEST_F(SemaphoreLockTest, KilledProcessReturnsItsSlots) {
   support::Child holder([] {
-    OVNSemaphoreLock theirs(number, 255, SystemLock);
+    OVNSemaphoreLock theirs(kNumber, 255, SystemLock);
     theirs.AcquireLock();
     theirs.AcquireLock();
     return ::pause();
@@ -223,25 +223,25 @@ TEST_F(SemaphoreLockTest, AKilledProcessGivesItsSlotsBack) {
   EXPECT_EQ(support::valueOf(set(), 1), 1);
 }
 
-TEST(UserSemaphoreLock, IsNamedByTheHomeFolder) {
-  const OVNSemaphoreLock lock(number, 2, UserLock);
-  EXPECT_NE(support::setOf(support::ownHome(), number), -1);
-  EXPECT_EQ(support::setOf("/tmp", number), -1);
+TEST(UserSemaphoreLock, KeyPathIsTheHomeFolder) {
+  const OVNSemaphoreLock lock(kNumber, 2, UserLock);
+  EXPECT_NE(support::setOf(support::ownHome(), kNumber), -1);
+  EXPECT_EQ(support::setOf("/tmp", kNumber), -1);
   EXPECT_EQ(lock.getCurrentLockCount(), 2);
 }
 
-TEST(UserSemaphoreLock, AnswersNoWhenTheHomeFolderIsUnknown) {
-  const support::PasswordDatabase nobody("");
-  OVNSemaphoreLock lock(number, 2, UserLock);
+TEST(UserSemaphoreLock, ReturnsFalseWithoutHome) {
+  const support::PasswordDatabase empty("");
+  OVNSemaphoreLock lock(kNumber, 2, UserLock);
   EXPECT_FALSE(lock.AcquireLock());
   EXPECT_FALSE(lock.isLocked());
   EXPECT_TRUE(lock.releaseLock());
   EXPECT_EQ(lock.getCurrentLockCount(), 0);
 }
 
-TEST(UserSemaphoreLock, AnyOtherTypeIsOfTheWholeMachine) {
-  const OVNSemaphoreLock lock(number, 2, static_cast<LockType>(7));
-  EXPECT_NE(support::setOf("/tmp", number), -1);
+TEST(UserSemaphoreLock, UnknownTypeMeansSystemLock) {
+  const OVNSemaphoreLock lock(kNumber, 2, static_cast<LockType>(7));
+  EXPECT_NE(support::setOf("/tmp", kNumber), -1);
 }
 
 }  // namespace

@@ -24,21 +24,21 @@ class AppendFileTest : public testing::Test {
   tarn::AppendFile end;
 };
 
-TEST_F(AppendFileTest, AnEmptyAppendFilesWell) {
+TEST_F(AppendFileTest, EmptyFileIsNotInsideLine) {
   EXPECT_FALSE(end.isInsideLine());
 }
 
-TEST_F(AppendFileTest, ANewlineEndsALine) {
+TEST_F(AppendFileTest, NewlineEndsALine) {
   append("a\n");
   EXPECT_FALSE(end.isInsideLine());
 }
 
-TEST_F(AppendFileTest, AnythingElseDoesNot) {
+TEST_F(AppendFileTest, OtherBytesDoNotEndALine) {
   append("a\nb");
   EXPECT_TRUE(end.isInsideLine());
 }
 
-TEST_F(AppendFileTest, WhatWeWroteOurselvesIsNotLookedAtAgain) {
+TEST_F(AppendFileTest, DoesNotCheckItsOwnAppends) {
   append("a\n");
   EXPECT_FALSE(end.isInsideLine());
   EXPECT_TRUE(end.append("b"));
@@ -46,7 +46,7 @@ TEST_F(AppendFileTest, WhatWeWroteOurselvesIsNotLookedAtAgain) {
   EXPECT_EQ(support::contentsOf(path), "a\nb");
 }
 
-TEST_F(AppendFileTest, WhatOthersWroteAfterUsIs) {
+TEST_F(AppendFileTest, ChecksAppendsOfOthers) {
   append("a\n");
   end.isInsideLine();
   end.append("b\n");
@@ -54,7 +54,7 @@ TEST_F(AppendFileTest, WhatOthersWroteAfterUsIs) {
   EXPECT_TRUE(end.isInsideLine());
 }
 
-TEST_F(AppendFileTest, AFailedWriteMakesItLookAgain) {
+TEST_F(AppendFileTest, ChecksAgainAfterAFailedWrite) {
   support::Child writer([&] {
     ::signal(SIGXFSZ, SIG_IGN);
     const rlimit full{3, RLIM_INFINITY};
@@ -66,7 +66,7 @@ TEST_F(AppendFileTest, AFailedWriteMakesItLookAgain) {
   EXPECT_EQ(support::contentsOf(path), "a\nb");
 }
 
-TEST_F(AppendFileTest, AFileThatCannotBeReadEndsWell) {
+TEST_F(AppendFileTest, MissingFileIsNotInsideLine) {
   end.open(folder / "missing");
   EXPECT_FALSE(end.isInsideLine());
   EXPECT_FALSE(end.append("a\n"));

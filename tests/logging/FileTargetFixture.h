@@ -1,4 +1,4 @@
-// A registered file target in a folder of its own.
+// Fixtures with a file target in a temporary folder.
 
 #pragma once
 
@@ -16,7 +16,7 @@ class FileTargetTest : public testing::Test {
  protected:
   FileTargetTest() { target.setLogFile("Kelvo.log", folder.path().c_str()); }
 
-  // Writes a finished message.
+  // Logs a message without arguments.
   void log(tarn::Log_Level level, const char* message, unsigned long long timeMs = 0) {
     target.writeLog(level, "27403", "QSU", "Login", "Web", "1001", "", message, nullptr, timeMs);
   }
@@ -28,7 +28,7 @@ class FileTargetTest : public testing::Test {
     va_end(arguments);
   }
 
-  // What follows the last " | " of the last line.
+  // Returns the text after the last " | " of the last line.
   std::string lastMessage() const {
     const std::vector<std::string> lines = support::linesOf(file);
     return lines.empty() ? "no line" : lines.back().substr(lines.back().rfind(" | ") + 3);

@@ -19,7 +19,7 @@ int formatted(char* buffer, std::size_t size, const char* format, ...) {
   return result;
 }
 
-TEST(Helpers, TheCurrentTimeIsTheSystems) {
+TEST(Helpers, CurrentTimeIsTheSystemTime) {
   timeval time{};
   const std::time_t before = support::currentSecond();
   EXPECT_EQ(tarn::getCurrentTime(time), 0);
@@ -27,38 +27,38 @@ TEST(Helpers, TheCurrentTimeIsTheSystems) {
   EXPECT_LE(time.tv_sec, support::currentSecond());
 }
 
-TEST(Helpers, ADatetimeIsLocalTimeWithTheMonthFirst) {
+TEST(Helpers, DatetimeIsLocalTimeMonthFirst) {
   const support::FakeLocalTime now;
   std::string stamp;
   ASSERT_TRUE(tarn::getDatetime(stamp));
   EXPECT_EQ(stamp, now.stamp);
 }
 
-TEST(Helpers, AMessageLeavesRoomForTwoBytes) {
+TEST(Helpers, MessageLeavesTwoBytesOfTheBuffer) {
   char buffer[11] = "##########";
   EXPECT_EQ(formatted(buffer, 10, "%s", "0123456789"), 10);
   EXPECT_STREQ(buffer, "01234567");
   EXPECT_EQ(buffer[9], '#');
 }
 
-TEST(Helpers, NoMessageIsFormattedWithoutArguments) {
+TEST(Helpers, NullArgumentsWriteNothing) {
   char buffer[8] = "former";
   EXPECT_EQ(tarn::getLogMessage(buffer, sizeof buffer, "text", nullptr), 0);
   EXPECT_STREQ(buffer, "former");
 }
 
-TEST(Helpers, NoMessageIsWrittenIntoABufferWithoutRoom) {
+TEST(Helpers, EmptyBufferIsNotWritten) {
   char buffer[2] = "#";
   EXPECT_EQ(formatted(buffer, 0, "%s", "text"), 0);
   EXPECT_STREQ(buffer, "#");
 }
 
-TEST(Helpers, AnIntBecomesItsDecimalText) {
+TEST(Helpers, IntBecomesDecimalText) {
   EXPECT_EQ(tarn::getStringFromInt(0), "0");
   EXPECT_EQ(tarn::getStringFromInt(-42), "-42");
 }
 
-TEST(Helpers, TheSystemVersionHasThreeNumbers) {
+TEST(Helpers, SystemVersionHasThreeNumbers) {
   int major = -1;
   int minor = -1;
   int bugFix = -1;
@@ -68,7 +68,7 @@ TEST(Helpers, TheSystemVersionHasThreeNumbers) {
   EXPECT_GE(bugFix, 0);
 }
 
-TEST(Helpers, TheLogFolderIsMadeForItsUserAlone) {
+TEST(Helpers, LogFolderHasMode0700) {
   const std::string home = support::freshHome();
   std::string folder;
   ASSERT_TRUE(tarn::getTempPath(folder));
@@ -77,7 +77,7 @@ TEST(Helpers, TheLogFolderIsMadeForItsUserAlone) {
   EXPECT_EQ(support::modeOf(folder), 0700u);
 }
 
-TEST(Helpers, ALogFolderThatExistsIsKeptAsItIs) {
+TEST(Helpers, ExistingLogFolderKeepsItsMode) {
   const std::string home = support::freshHome();
   std::filesystem::create_directories(home + "/Library/Logs");
   const unsigned mode = support::modeOf(home + "/Library/Logs");
@@ -86,7 +86,7 @@ TEST(Helpers, ALogFolderThatExistsIsKeptAsItIs) {
   EXPECT_EQ(support::modeOf(folder), mode);
 }
 
-TEST(Helpers, ThereIsNoLogFolderWhereNoneCanBeMade) {
+TEST(Helpers, TempPathFailsIfLibraryIsAFile) {
   const std::string home = support::freshHome();
   support::writeFile(home + "/Library", "a file");
   std::string folder = "former";
@@ -94,21 +94,21 @@ TEST(Helpers, ThereIsNoLogFolderWhereNoneCanBeMade) {
   EXPECT_EQ(folder, "former");
 }
 
-TEST(Helpers, ThereIsNoLogFolderForAUserWithoutAHome) {
-  const support::PasswordDatabase nobody("");
+TEST(Helpers, TempPathFailsWithoutHome) {
+  const support::PasswordDatabase empty("");
   std::string folder = "former";
   EXPECT_FALSE(tarn::getTempPath(folder));
   EXPECT_EQ(folder, "former");
 }
 
-TEST(Helpers, AFolderIsMadeWithAllItsParents) {
+TEST(Helpers, CreatesMissingParents) {
   const support::TemporaryFolder folder;
   EXPECT_TRUE(tarn::createDirectoryPath(folder / "a/b/c"));
   EXPECT_TRUE(tarn::createDirectoryPath(folder / "a/b/c"));
   EXPECT_TRUE(tarn::folderExitsAtPath(folder / "a/b/c"));
 }
 
-TEST(Helpers, NoFolderIsMadeWhereAFileStands) {
+TEST(Helpers, CreateDirectoryFailsAtAFile) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "file", "");
   EXPECT_FALSE(tarn::createDirectoryPath(folder / "file"));
@@ -116,7 +116,7 @@ TEST(Helpers, NoFolderIsMadeWhereAFileStands) {
   EXPECT_FALSE(tarn::createDirectoryPath(""));
 }
 
-TEST(Helpers, AFolderIsNoFileAndAFileNoFolder) {
+TEST(Helpers, DistinguishesFilesFromFolders) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "file", "");
   EXPECT_TRUE(tarn::fileExistsAtPath(folder / "file"));
@@ -126,7 +126,7 @@ TEST(Helpers, AFolderIsNoFileAndAFileNoFolder) {
   EXPECT_FALSE(tarn::fileExistsAtPath(folder / "missing"));
 }
 
-TEST(Helpers, ALinkCountsAsWhatItLeadsTo) {
+TEST(Helpers, ExistenceChecksFollowLinks) {
   const support::TemporaryFolder folder;
   std::filesystem::create_symlink("missing", folder / "dead");
   std::filesystem::create_symlink(folder.path(), folder / "link");
@@ -134,7 +134,7 @@ TEST(Helpers, ALinkCountsAsWhatItLeadsTo) {
   EXPECT_TRUE(tarn::folderExitsAtPath(folder / "link"));
 }
 
-TEST(Helpers, RenamingMovesAFile) {
+TEST(Helpers, RenameMovesAFile) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "a", "text");
   EXPECT_TRUE(tarn::renamePathToPath(folder / "a", folder / "b"));
@@ -142,7 +142,7 @@ TEST(Helpers, RenamingMovesAFile) {
   EXPECT_FALSE(tarn::renamePathToPath(folder / "a", folder / "b"));
 }
 
-TEST(Helpers, TheSizeOfAMissingFileIsLeftAlone) {
+TEST(Helpers, SizeIsUnchangedForMissingFile) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "a", "12345");
   long long size = -1;
@@ -152,7 +152,7 @@ TEST(Helpers, TheSizeOfAMissingFileIsLeftAlone) {
   EXPECT_EQ(size, 5);
 }
 
-TEST(Helpers, PathsAreJoinedByOneSlash) {
+TEST(Helpers, AppendPathAddsOneSlash) {
   std::string path = "/a/";
   EXPECT_TRUE(tarn::appendPath(path, "b.log"));
   EXPECT_EQ(path, "/a/b.log");
@@ -160,14 +160,14 @@ TEST(Helpers, PathsAreJoinedByOneSlash) {
   EXPECT_EQ(path, "/a");
 }
 
-TEST(Helpers, AFileNameHasNoFolderPart) {
+TEST(Helpers, FileNameHasNoFolderPart) {
   EXPECT_TRUE(tarn::isFileName("TARN.log"));
   EXPECT_FALSE(tarn::isFileName("/tmp/TARN.log"));
   EXPECT_FALSE(tarn::isFileName("logs/TARN.log"));
   EXPECT_FALSE(tarn::isFileName("logs/"));
 }
 
-TEST(Helpers, ABaseNameIsThatOfTheSystem) {
+TEST(Helpers, BaseNameIsThatOfBasename) {
   std::string name = "former";
   EXPECT_TRUE(tarn::getFilePathBaseName("/a/b.log", name));
   EXPECT_EQ(name, "b.log");
@@ -177,7 +177,7 @@ TEST(Helpers, ABaseNameIsThatOfTheSystem) {
   EXPECT_EQ(name, "b");
 }
 
-TEST(Helpers, AnExtensionFollowsTheLastDotOfTheWholePath) {
+TEST(Helpers, ExtensionFollowsLastDotOfThePath) {
   std::string extension = "former";
   EXPECT_FALSE(tarn::getFileExtension("name", extension));
   EXPECT_EQ(extension, "former");
@@ -187,7 +187,7 @@ TEST(Helpers, AnExtensionFollowsTheLastDotOfTheWholePath) {
   EXPECT_EQ(extension, "");
 }
 
-TEST(Helpers, RemovingAnExtensionLooksAtTheLastComponentOnly) {
+TEST(Helpers, RemoveExtensionUsesLastComponent) {
   std::string path = "/x.d/name";
   EXPECT_TRUE(tarn::removeFileExtension(path));
   EXPECT_EQ(path, "/x.d/name");
@@ -196,7 +196,7 @@ TEST(Helpers, RemovingAnExtensionLooksAtTheLastComponentOnly) {
   EXPECT_EQ(path, "name.tar");
 }
 
-TEST(Helpers, AddingAnExtensionThatHoldsASlashFails) {
+TEST(Helpers, AddExtensionRejectsASlash) {
   std::string path = "name";
   EXPECT_FALSE(tarn::addFileExtension(path, "a/b"));
   EXPECT_EQ(path, "name");
@@ -204,7 +204,7 @@ TEST(Helpers, AddingAnExtensionThatHoldsASlashFails) {
   EXPECT_EQ(path, "name.");
 }
 
-TEST(Helpers, ChangingAnExtensionKeepsTheRest) {
+TEST(Helpers, ChangeExtensionKeepsTheRest) {
   std::string path = "dir/TARN.log";
   EXPECT_TRUE(tarn::changeFileExtension(path, "trace"));
   EXPECT_EQ(path, "dir/TARN.trace");

@@ -36,19 +36,19 @@ class LineFormatTest : public FileTargetTest {
   const std::string thread = target.getCurrentThreadID();
 };
 
-// A time's text up to its ":567".
+// Removes the milliseconds, such as ":567", from the text of a time.
 std::string withoutMilliseconds(const std::string& timeText) {
   return timeText.substr(0, timeText.size() - 4);
 }
 
-TEST_F(LineFormatTest, FieldsStandInOrderBetweenSeparators) {
+TEST_F(LineFormatTest, FieldsAreInOrder) {
   const TimeZone zone("UTC");
   EXPECT_EQ(
       lineOf(tarn::ERROR, "Page load failed"),
       "01/01/70 00:20:34:567 | [ERROR] | 27403 | QSU | Login | Web | 1001 |  | " + thread + " | Page load failed");
 }
 
-TEST_F(LineFormatTest, ALineIsAppendedToWhatIsThere) {
+TEST_F(LineFormatTest, FormatLogAppendsToTheOutput) {
   std::string line = "former ";
   target.formatLog(0, tarn::INFO, "", "", "", "", "", "", "text", line);
   EXPECT_EQ(line.rfind("former ", 0), 0u);
@@ -61,7 +61,7 @@ TEST_F(LineFormatTest, NullTextsAreEmpty) {
   EXPECT_EQ(line, "01/01/70 00:00:01:000 | [INFO] |  |  |  |  |  |  | " + thread + " | ");
 }
 
-TEST_F(LineFormatTest, EachLevelHasItsName) {
+TEST_F(LineFormatTest, LevelsHaveNames) {
   EXPECT_EQ(target.getLogLevelString(tarn::TRACE), "TRACE");
   EXPECT_EQ(target.getLogLevelString(tarn::DEBUG), "DEBUG");
   EXPECT_EQ(target.getLogLevelString(tarn::INFO), "INFO");
@@ -71,20 +71,20 @@ TEST_F(LineFormatTest, EachLevelHasItsName) {
   EXPECT_EQ(target.getLogLevelString(tarn::NONE), "NONE");
 }
 
-TEST_F(LineFormatTest, ALevelThatHasNoNameIsPrintedAsAll) {
+TEST_F(LineFormatTest, UnnamedLevelPrintsAsAll) {
   for (const int level : {0, -5, 9, 11, 35, 71, 2147483647}) {
     EXPECT_EQ(target.getLogLevelString(static_cast<tarn::Log_Level>(level)), "ALL") << level;
   }
 }
 
-TEST_F(LineFormatTest, AMessageWithATokenIsReplacedAndBecomesAWarning) {
+TEST_F(LineFormatTest, MessageWithTokenBecomesAWarning) {
   const std::string line = lineOf(tarn::DEBUG, "a eyJhbGc.eyJzdWI b");
   EXPECT_NE(line.find("[WARN]"), std::string::npos);
   EXPECT_NE(line.find(" | Found access/device token. Log skipped."), std::string::npos);
   EXPECT_EQ(line.find("eyJ"), std::string::npos);
 }
 
-TEST_F(LineFormatTest, ATokenNeedsItsSecondPartAfterTheFirst) {
+TEST_F(LineFormatTest, TokenNeedsSecondPartAfterFirst) {
   for (const char* message : {"x.eyJ", "eyJ", "eyJ and eyJ", ".eyJ then eyJ", "ey.J.eyJ", "EYJa.EYJb"}) {
     const std::string line = lineOf(tarn::INFO, message);
     EXPECT_NE(line.find(message), std::string::npos) << message;
@@ -94,21 +94,21 @@ TEST_F(LineFormatTest, ATokenNeedsItsSecondPartAfterTheFirst) {
   EXPECT_NE(lineOf(tarn::INFO, "x.eyJ a.eyJ").find("Log skipped."), std::string::npos);
 }
 
-TEST_F(LineFormatTest, TheTimeGivenIsPrintedWithItsMilliseconds) {
+TEST_F(LineFormatTest, TimeHasMilliseconds) {
   const TimeZone zone("UTC");
   EXPECT_EQ(timeText(1234567), "01/01/70 00:20:34:567");
   EXPECT_EQ(timeText(1234005), "01/01/70 00:20:34:005");
   EXPECT_EQ(timeText(1235000), "01/01/70 00:20:35:000");
 }
 
-TEST_F(LineFormatTest, TheTimeFollowsAChangeOfTheZoneWithinTheSecond) {
+TEST_F(LineFormatTest, TimeFollowsATimeZoneChange) {
   const TimeZone zone("UTC");
   EXPECT_EQ(timeText(1234567), "01/01/70 00:20:34:567");
   const TimeZone other("XYZ-9");
   EXPECT_EQ(timeText(1234567), "01/01/70 09:20:34:567");
 }
 
-TEST_F(LineFormatTest, WithoutATimeItIsNow) {
+TEST_F(LineFormatTest, TimeZeroMeansNow) {
   const TimeZone zone("UTC");
   const std::time_t before = support::currentSecond();
   const std::string text = timeText(0);
@@ -119,10 +119,10 @@ TEST_F(LineFormatTest, WithoutATimeItIsNow) {
   EXPECT_THAT(secondsBetween, testing::Contains(withoutMilliseconds(text)));
 }
 
-TEST_F(LineFormatTest, TheTimeHasTheFormOfTheLocale) {
+TEST_F(LineFormatTest, TimeFollowsTheLocale) {
   const support::TemporaryFolder locales;
   const std::string make = "localedef -i de_DE -f UTF-8 '" + (locales / "de_DE.UTF-8") + "' >/dev/null 2>&1";
-  if (std::system(make.c_str()) != 0) GTEST_SKIP() << "this system cannot make a locale other than C";
+  if (std::system(make.c_str()) != 0) GTEST_SKIP() << "cannot create a locale";
   const std::string text = "01.01.1970 00:20:34:567";
   EXPECT_EQ(support::inChild([&] {
               ::setenv("TZ", "UTC", 1);
@@ -134,13 +134,13 @@ TEST_F(LineFormatTest, TheTimeHasTheFormOfTheLocale) {
             0);
 }
 
-TEST_F(LineFormatTest, TheThreadIdIsTheCallingThreadsWhereTheSystemNumbersThem) {
-  if (thread.empty()) GTEST_SKIP() << "this system's version leaves the field empty";
+TEST_F(LineFormatTest, ThreadIdIsTheCallingThreads) {
+  if (thread.empty()) GTEST_SKIP() << "no thread ids on this system version";
   EXPECT_EQ(thread, std::to_string(::syscall(SYS_gettid)));
   std::thread([&] { EXPECT_EQ(target.getCurrentThreadID(), std::to_string(::syscall(SYS_gettid))); }).join();
 }
 
-TEST_F(LineFormatTest, TheThreadIdIsEmptyOnSystemsOlderThanTenSix) {
+TEST_F(LineFormatTest, ThreadIdIsEmptyBeforeVersion10Point6) {
   EXPECT_FALSE(tarn::hasThreadIds(10, 5));
   EXPECT_FALSE(tarn::hasThreadIds(6, 1));
   EXPECT_TRUE(tarn::hasThreadIds(10, 6));

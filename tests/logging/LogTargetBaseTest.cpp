@@ -12,10 +12,10 @@ using tarn::LogTargetDefault;
 
 class LogTargetBaseTest : public testing::Test {
  protected:
-  void putFlag(const std::string& name) { support::writeFile(logs + "/" + name, ""); }
+  void createFlag(const std::string& name) { support::writeFile(logs + "/" + name, ""); }
 
-  tarn::Log_Level levelAfter(tarn::Log_Level asked) {
-    target.setLogLevel(asked);
+  tarn::Log_Level levelAfter(tarn::Log_Level requested) {
+    target.setLogLevel(requested);
     return target.getLogLevel();
   }
 
@@ -25,19 +25,19 @@ class LogTargetBaseTest : public testing::Test {
   LogTargetDefault target{"base-test"};
 };
 
-class KelvoLevelTest : public LogTargetBaseTest {
+class FlagFileTest : public LogTargetBaseTest {
  protected:
-  KelvoLevelTest() { target.setLogFile("Kelvo.log", ""); }
+  FlagFileTest() { target.setLogFile("Kelvo.log", ""); }
 };
 
-TEST_F(LogTargetBaseTest, HasDefaultsWhenItIsMade) {
+TEST_F(LogTargetBaseTest, NewTargetHasDefaults) {
   EXPECT_EQ(target.getIdentifier(), "base-test");
   EXPECT_EQ(target.getLogLevel(), tarn::INFO);
   EXPECT_EQ(target.getRefCount(), 0u);
   EXPECT_EQ(LogTargetDefault(nullptr).getIdentifier(), "");
 }
 
-TEST_F(LogTargetBaseTest, KeepsItsIdentifierForNull) {
+TEST_F(LogTargetBaseTest, NullKeepsTheIdentifier) {
   EXPECT_FALSE(target.setIdentifier(nullptr));
   EXPECT_EQ(target.getIdentifier(), "base-test");
   EXPECT_TRUE(target.setIdentifier("other"));
@@ -51,117 +51,117 @@ TEST_F(LogTargetBaseTest, CountsReferences) {
   EXPECT_EQ(target.getRefCount(), 1u);
 }
 
-TEST_F(LogTargetBaseTest, ObeysFlagFilesAlreadyWhenItIsMade) {
-  putFlag("TARN.trace");
+TEST_F(LogTargetBaseTest, ConstructorAppliesFlagFiles) {
+  createFlag("TARN.trace");
   EXPECT_EQ(LogTargetDefault("new").getLogLevel(), tarn::TRACE);
 }
 
-TEST_F(KelvoLevelTest, WithoutFlagFilesTheLevelIsTheOneAskedFor) {
+TEST_F(FlagFileTest, NoFlagFileKeepsTheRequestedLevel) {
   EXPECT_EQ(levelAfter(tarn::ERROR), tarn::ERROR);
   EXPECT_EQ(levelAfter(tarn::ALL), tarn::ALL);
   EXPECT_EQ(levelAfter(tarn::NONE), tarn::NONE);
 }
 
-TEST_F(KelvoLevelTest, ATraceFlagOfTheFileMeansTrace) {
-  putFlag("Kelvo.trace");
+TEST_F(FlagFileTest, FileTraceFlagMeansTrace) {
+  createFlag("Kelvo.trace");
   EXPECT_EQ(levelAfter(tarn::ERROR), tarn::TRACE);
   EXPECT_EQ(levelAfter(tarn::ALL), tarn::TRACE);
 }
 
-TEST_F(KelvoLevelTest, ADebugFlagOfTheFileOnlyLowersTheLevel) {
-  putFlag("Kelvo.debug");
+TEST_F(FlagFileTest, FileDebugFlagOnlyLowersTheLevel) {
+  createFlag("Kelvo.debug");
   EXPECT_EQ(levelAfter(tarn::ERROR), tarn::DEBUG);
   EXPECT_EQ(levelAfter(tarn::TRACE), tarn::TRACE);
 }
 
-TEST_F(KelvoLevelTest, TheSharedDebugFlagOnlyLowersTheLevel) {
-  putFlag("qsu.debug");
+TEST_F(FlagFileTest, SharedDebugFlagOnlyLowersTheLevel) {
+  createFlag("qsu.debug");
   EXPECT_EQ(levelAfter(tarn::INFO), tarn::DEBUG);
   EXPECT_EQ(levelAfter(tarn::TRACE), tarn::TRACE);
 }
 
-TEST_F(KelvoLevelTest, TheSharedTraceFlagMeansTrace) {
-  putFlag("qsu.trace");
-  putFlag("qsu.debug");
+TEST_F(FlagFileTest, SharedTraceFlagMeansTrace) {
+  createFlag("qsu.trace");
+  createFlag("qsu.debug");
   EXPECT_EQ(levelAfter(tarn::FATAL), tarn::TRACE);
 }
 
-TEST_F(KelvoLevelTest, ATraceFlagMeansTraceAlsoForATargetThatWantedAll) {
-  putFlag("qsu.trace");
+TEST_F(FlagFileTest, TraceFlagOverridesAll) {
+  createFlag("qsu.trace");
   EXPECT_EQ(levelAfter(tarn::ALL), tarn::TRACE);
 }
 
-TEST_F(KelvoLevelTest, TheFirstFlagFoundDecides) {
-  putFlag("Kelvo.debug");
-  putFlag("qsu.trace");
+TEST_F(FlagFileTest, FirstFlagFoundDecides) {
+  createFlag("Kelvo.debug");
+  createFlag("qsu.trace");
   EXPECT_EQ(levelAfter(tarn::INFO), tarn::DEBUG);
-  putFlag("Kelvo.trace");
+  createFlag("Kelvo.trace");
   EXPECT_EQ(levelAfter(tarn::INFO), tarn::TRACE);
 }
 
-TEST_F(KelvoLevelTest, AFolderIsNoFlag) {
+TEST_F(FlagFileTest, FolderIsNoFlag) {
   std::filesystem::create_directory(logs + "/Kelvo.trace");
   EXPECT_EQ(levelAfter(tarn::INFO), tarn::INFO);
 }
 
-TEST_F(KelvoLevelTest, AFlagIsLookedForInTheLogFolderAndNotBesideTheFile) {
+TEST_F(FlagFileTest, FlagBesideTheLogFileIsIgnored) {
   target.setLogFile("Kelvo.log", folder.path().c_str());
   support::writeFile(folder / "Kelvo.trace", "");
   EXPECT_EQ(levelAfter(tarn::INFO), tarn::INFO);
 }
 
-TEST_F(LogTargetBaseTest, TheLogFileStandsInTheLogFolderUnlessAnotherIsGiven) {
+TEST_F(LogTargetBaseTest, DefaultFileIsInTheLogFolder) {
   EXPECT_TRUE(target.setLogFile(nullptr, nullptr));
   EXPECT_TRUE(support::contentsOf(logs + "/TARN.log").empty());
   EXPECT_TRUE(std::filesystem::exists(logs + "/TARN.log"));
 }
 
-TEST_F(LogTargetBaseTest, TheLogFileStandsInTheFolderThatIsGiven) {
+TEST_F(LogTargetBaseTest, FileIsInTheGivenFolder) {
   EXPECT_TRUE(target.setLogFile("a.log", folder.path().c_str()));
   EXPECT_TRUE(std::filesystem::exists(folder / "a.log"));
 }
 
-TEST_F(LogTargetBaseTest, AnEmptyNameKeepsTheOneThatTheTargetHas) {
+TEST_F(LogTargetBaseTest, EmptyNameKeepsTheCurrentName) {
   target.setLogFile("a.log", folder.path().c_str());
   std::filesystem::remove(folder / "a.log");
   EXPECT_TRUE(target.setLogFile("", folder.path().c_str()));
   EXPECT_TRUE(std::filesystem::exists(folder / "a.log"));
 }
 
-TEST_F(LogTargetBaseTest, ANameWithAFolderPartFailsAndKeepsTheTargetFromRegistration) {
+TEST_F(LogTargetBaseTest, NameWithFolderPreventsRegistration) {
   EXPECT_FALSE(target.setLogFile("logs/a.log", folder.path().c_str()));
   EXPECT_FALSE(target.onRegisterTarget());
 }
 
-TEST_F(LogTargetBaseTest, AGivenFolderIsNotCreated) {
+TEST_F(LogTargetBaseTest, GivenFolderIsNotCreated) {
   EXPECT_FALSE(target.setLogFile("a.log", (folder / "missing").c_str()));
   EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
 }
 
-TEST_F(LogTargetBaseTest, AFailureIsForgottenAfterASuccess) {
+TEST_F(LogTargetBaseTest, SuccessClearsAnEarlierFailure) {
   target.setLogFile("logs/a.log", folder.path().c_str());
   EXPECT_TRUE(target.setLogFile("a.log", folder.path().c_str()));
   EXPECT_TRUE(target.onRegisterTarget());
   target.onUnregisterTarget();
 }
 
-TEST_F(LogTargetBaseTest, AFolderInTheFilesPlaceIsNoLogFile) {
+TEST_F(LogTargetBaseTest, FolderAtLogPathFails) {
   std::filesystem::create_directory(folder / "a.log");
   EXPECT_FALSE(target.setLogFile("a.log", folder.path().c_str()));
 }
 
-TEST_F(LogTargetBaseTest, APipeInTheFilesPlaceIsRefusedWithoutWaitingForItsReader) {
+TEST_F(LogTargetBaseTest, PipeAtLogPathFailsWithoutBlocking) {
   ASSERT_EQ(::mkfifo((folder / "a.log").c_str(), 0600), 0);
   EXPECT_FALSE(target.setLogFile("a.log", folder.path().c_str()));
 }
 
-TEST_F(LogTargetBaseTest, WithoutALogFolderThereIsNoLogFile) {
-  const support::PasswordDatabase nobody("");
+TEST_F(LogTargetBaseTest, MissingLogFolderFails) {
+  const support::PasswordDatabase empty("");
   EXPECT_FALSE(target.setLogFile("a.log", ""));
   EXPECT_FALSE(std::filesystem::exists("a.log"));
 }
 
-TEST_F(LogTargetBaseTest, ARegisteredTargetMovesToItsNewFileAtOnce) {
+TEST_F(LogTargetBaseTest, RegisteredTargetSwitchesToNewFile) {
   target.setLogFile("a.log", folder.path().c_str());
   ASSERT_TRUE(target.onRegisterTarget());
   target.WriteStream("one");

@@ -13,11 +13,11 @@
 
 namespace {
 
-int chmodError = 0;  // 0: the C library's `chmod`
+int chmodError = 0;  // 0 means a real `chmod`
 
 }  // namespace
 
-// Takes the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int chmod(const char* path, mode_t mode) noexcept {
   if (chmodError == 0) return ::fchmodat(AT_FDCWD, path, mode, 0);
   errno = chmodError;
@@ -28,7 +28,7 @@ namespace {
 
 using WritingTest = RegisteredTargetTest;
 
-// How many times this thread has called the system to write; -1 when the system does not count.
+// Returns the number of write calls of this thread, -1 if the system does not count them.
 long writeCalls() {
   std::ifstream counts("/proc/thread-self/io");
   std::string name;
@@ -38,34 +38,34 @@ long writeCalls() {
   return -1;
 }
 
-bool isOpenHere(const std::string& path) {
-  std::error_code closedMeanwhile;
+bool isOpen(const std::string& path) {
+  std::error_code ignored;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    if (std::filesystem::read_symlink(entry, closedMeanwhile) == path) return true;
+    if (std::filesystem::read_symlink(entry, ignored) == path) return true;
   }
   return false;
 }
 
-TEST_F(FileTargetTest, AnUnregisteredTargetNeverWrites) {
+TEST_F(FileTargetTest, UnregisteredTargetDoesNotWrite) {
   log(tarn::FATAL, "text");
   EXPECT_EQ(support::contentsOf(file), "");
 }
 
-TEST_F(FileTargetTest, ATargetWithoutAPathGoesToTheLogFolder) {
+TEST_F(FileTargetTest, TargetWithoutPathUsesLogFolder) {
   tarn::LogTargetDefault other("other");
   ASSERT_TRUE(other.onRegisterTarget());
   EXPECT_TRUE(std::filesystem::exists(support::ownLogFolder() + "/TARN.log"));
   other.onUnregisterTarget();
 }
 
-TEST_F(FileTargetTest, ATargetWithoutAPathNeedsALogFolder) {
-  const support::PasswordDatabase nobody("");
+TEST_F(FileTargetTest, TargetWithoutPathNeedsALogFolder) {
+  const support::PasswordDatabase empty("");
   tarn::LogTargetDefault other("other");
   EXPECT_FALSE(other.SetStreamPath("a.log"));
   EXPECT_FALSE(other.onRegisterTarget());
 }
 
-TEST_F(FileTargetTest, ANewLogFileMayBeWrittenByEverybody) {
+TEST_F(FileTargetTest, NewLogFileHasMode0666) {
   std::filesystem::remove(file);
   const mode_t former = ::umask(077);
   ASSERT_TRUE(target.onRegisterTarget());
@@ -74,7 +74,7 @@ TEST_F(FileTargetTest, ANewLogFileMayBeWrittenByEverybody) {
   target.onUnregisterTarget();
 }
 
-TEST_F(FileTargetTest, AFailedChmodIsReportedAndChangesNothingElse) {
+TEST_F(FileTargetTest, FailedChmodIsOnlyReported) {
   std::filesystem::remove(file);
   chmodError = EPERM;
   const std::string output = support::outputOf([&] { EXPECT_TRUE(target.onRegisterTarget()); });
@@ -85,7 +85,7 @@ TEST_F(FileTargetTest, AFailedChmodIsReportedAndChangesNothingElse) {
   target.onUnregisterTarget();
 }
 
-TEST_F(FileTargetTest, ADanglingLinkCountsAsAnExistingFile) {
+TEST_F(FileTargetTest, DanglingLinkCountsAsExistingFile) {
   std::filesystem::remove(file);
   std::filesystem::create_symlink("elsewhere.log", file);
   const mode_t former = ::umask(077);
@@ -95,15 +95,15 @@ TEST_F(FileTargetTest, ADanglingLinkCountsAsAnExistingFile) {
   target.onUnregisterTarget();
 }
 
-TEST_F(FileTargetTest, AnExistingLogFileKeepsItsMode) {
+TEST_F(FileTargetTest, ExistingLogFileKeepsItsMode) {
   ::chmod(file.c_str(), 0640);
   ASSERT_TRUE(target.onRegisterTarget());
   EXPECT_EQ(support::modeOf(file), 0640u);
   target.onUnregisterTarget();
 }
 
-TEST_F(FileTargetTest, ATargetWhoseLockCouldNotBeMadeWritesNothing) {
-  const int foreign = ::semget(::ftok(file.c_str(), 11), 1, IPC_CREAT | 0600);  // too small to be a lock
+TEST_F(FileTargetTest, TargetWithoutLockWritesNothing) {
+  const int foreign = ::semget(::ftok(file.c_str(), 11), 1, IPC_CREAT | 0600);  // has too few members
   ASSERT_TRUE(target.onRegisterTarget());
   ::semctl(foreign, 0, IPC_RMID);
   log(tarn::FATAL, "text");
@@ -111,7 +111,7 @@ TEST_F(FileTargetTest, ATargetWhoseLockCouldNotBeMadeWritesNothing) {
   target.onUnregisterTarget();
 }
 
-TEST_F(FileTargetTest, NothingIsWrittenAfterUnregistration) {
+TEST_F(FileTargetTest, WritesNothingAfterUnregistration) {
   target.onRegisterTarget();
   log(tarn::FATAL, "one");
   EXPECT_TRUE(target.onUnregisterTarget());
@@ -120,14 +120,14 @@ TEST_F(FileTargetTest, NothingIsWrittenAfterUnregistration) {
   EXPECT_EQ(support::setOf(file, 11), -1);
 }
 
-TEST_F(FileTargetTest, AnUnregisteredTargetHoldsNoFileOpen) {
+TEST_F(FileTargetTest, UnregisteredTargetHasNoOpenFile) {
   ASSERT_TRUE(target.onRegisterTarget());
-  EXPECT_TRUE(isOpenHere(file));
+  EXPECT_TRUE(isOpen(file));
   target.onUnregisterTarget();
-  EXPECT_FALSE(isOpenHere(file));
+  EXPECT_FALSE(isOpen(file));
 }
 
-TEST_F(FileTargetTest, RegisteringAgainKeepsTheOneLock) {
+TEST_F(FileTargetTest, SecondRegistrationKeepsTheLock) {
   target.onRegisterTarget();
   target.onRegisterTarget();
   EXPECT_EQ(support::valueOf(support::setOf(file, 11), 0), 1);
@@ -136,7 +136,7 @@ TEST_F(FileTargetTest, RegisteringAgainKeepsTheOneLock) {
   target.onUnregisterTarget();
 }
 
-TEST_F(FileTargetTest, ATargetThatIsDestroyedDetachesFromItsLock) {
+TEST_F(FileTargetTest, DestructorDetachesFromTheLock) {
   {
     tarn::LogTargetDefault other("other");
     other.setLogFile("Kelvo.log", folder.path().c_str());
@@ -146,20 +146,20 @@ TEST_F(FileTargetTest, ATargetThatIsDestroyedDetachesFromItsLock) {
   EXPECT_EQ(support::setOf(file, 11), -1);
 }
 
-TEST_F(WritingTest, ALineIsInTheFileWhenTheCallReturns) {
+TEST_F(WritingTest, LineIsWrittenBeforeTheCallReturns) {
   log(tarn::INFO, "text");
   EXPECT_EQ(lastMessage(), "text");
   EXPECT_EQ(support::contentsOf(file).back(), '\n');
 }
 
-TEST_F(WritingTest, LinesAreAppendedToWhatIsThere) {
+TEST_F(WritingTest, LinesAreAppended) {
   support::writeFile(file, "former\n");
   log(tarn::INFO, "text");
   EXPECT_EQ(support::linesOf(file).front(), "former");
   EXPECT_EQ(lastMessage(), "text");
 }
 
-TEST_F(WritingTest, AMessageBelowTheLevelIsNotWritten) {
+TEST_F(WritingTest, MessageBelowTheLevelIsNotWritten) {
   target.setLogLevel(tarn::WARN);
   log(tarn::INFO, "below");
   log(tarn::WARN, "equal");
@@ -167,7 +167,7 @@ TEST_F(WritingTest, AMessageBelowTheLevelIsNotWritten) {
   EXPECT_EQ(support::linesOf(file).size(), 2u);
 }
 
-TEST_F(WritingTest, AtLevelNoneOnlyMessagesOfThatLevelAreWritten) {
+TEST_F(WritingTest, LevelNoneWritesOnlyLevelNone) {
   target.setLogLevel(tarn::NONE);
   log(tarn::FATAL, "below");
   EXPECT_EQ(support::contentsOf(file), "");
@@ -175,7 +175,7 @@ TEST_F(WritingTest, AtLevelNoneOnlyMessagesOfThatLevelAreWritten) {
   EXPECT_NE(lastLine().find("[NONE]"), std::string::npos);
 }
 
-TEST_F(WritingTest, TheLevelIsTestedBeforeATokenMakesItAWarning) {
+TEST_F(WritingTest, LevelIsTestedBeforeTheTokenCheck) {
   target.setLogLevel(tarn::INFO);
   log(tarn::DEBUG, "a eyJhbGc.eyJzdWI b");
   EXPECT_EQ(support::contentsOf(file), "");
@@ -185,19 +185,19 @@ TEST_F(WritingTest, TheLevelIsTestedBeforeATokenMakesItAWarning) {
   EXPECT_EQ(lastMessage(), "Found access/device token. Log skipped.");
 }
 
-TEST_F(WritingTest, AFormattedMessageIsCutTo4094Characters) {
+TEST_F(WritingTest, FormattedMessageIsCutTo4094Characters) {
   const std::string text(5000, 'x');
   logFormatted("%s", text.c_str());
   EXPECT_EQ(lastMessage(), std::string(4094, 'x'));
 }
 
-TEST_F(WritingTest, AFinishedMessageIsWrittenWholeAndUnformatted) {
+TEST_F(WritingTest, MessageWithoutArgumentsIsNotFormattedOrCut) {
   const std::string text = "100%s%n" + std::string(20000, 'x');
   log(tarn::INFO, text.c_str());
   EXPECT_EQ(lastMessage(), text);
 }
 
-TEST_F(WritingTest, ANullMessageIsEmpty) {
+TEST_F(WritingTest, NullMessageIsEmpty) {
   log(tarn::INFO, nullptr);
   EXPECT_EQ(lastMessage(), "");
   logFormatted(nullptr);
@@ -205,9 +205,9 @@ TEST_F(WritingTest, ANullMessageIsEmpty) {
   EXPECT_EQ(support::linesOf(file).size(), 2u);
 }
 
-TEST_F(WritingTest, ALineIsOneWrite) {
-  if (writeCalls() < 0) GTEST_SKIP() << "this system does not count write calls";
-  log(tarn::INFO, "the sanitizers write too, when code runs for the first time");
+TEST_F(WritingTest, LineIsOneWrite) {
+  if (writeCalls() < 0) GTEST_SKIP() << "the system does not count write calls";
+  log(tarn::INFO, "a sanitizer writes when code runs for the first time");
   for (const std::size_t size : {0U, 10U, 1000U, 5000U, 20000U}) {
     const std::string text(size, 'x');
     const long before = writeCalls();
@@ -216,7 +216,7 @@ TEST_F(WritingTest, ALineIsOneWrite) {
   }
 }
 
-TEST_F(WritingTest, ALineThatAKilledWriterLeftUnfinishedIsEnded) {
+TEST_F(WritingTest, UnfinishedLineIsEnded) {
   log(tarn::INFO, "one");
   std::ofstream(file, std::ios::app) << "torn";
   log(tarn::INFO, "two");
@@ -227,7 +227,7 @@ TEST_F(WritingTest, ALineThatAKilledWriterLeftUnfinishedIsEnded) {
   EXPECT_EQ(lastMessage(), "three");
 }
 
-TEST_F(WritingTest, WritingGoesOnInAFileThatSomebodyEmptied) {
+TEST_F(WritingTest, WritingContinuesAfterTruncation) {
   log(tarn::INFO, "one");
   std::filesystem::resize_file(file, 0);
   log(tarn::INFO, "two");
@@ -235,7 +235,7 @@ TEST_F(WritingTest, WritingGoesOnInAFileThatSomebodyEmptied) {
   EXPECT_EQ(lastMessage(), "two");
 }
 
-TEST_F(WritingTest, LinesAreDroppedWhileThereIsNoRoomAndNoLonger) {
+TEST_F(WritingTest, LinesAreDroppedOnlyWithoutSpace) {
   log(tarn::INFO, "one");
   const rlim_t size = std::filesystem::file_size(file);
   support::Child writer([&] {
@@ -244,8 +244,8 @@ TEST_F(WritingTest, LinesAreDroppedWhileThereIsNoRoomAndNoLonger) {
     ::setrlimit(RLIMIT_FSIZE, &full);
     log(tarn::INFO, "two");
     log(tarn::INFO, "three");
-    const rlimit roomy{RLIM_INFINITY, RLIM_INFINITY};
-    ::setrlimit(RLIMIT_FSIZE, &roomy);
+    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &unlimited);
     log(tarn::INFO, "four");
     log(tarn::INFO, "five");
     return 0;
@@ -258,7 +258,7 @@ TEST_F(WritingTest, LinesAreDroppedWhileThereIsNoRoomAndNoLonger) {
   EXPECT_EQ(lastMessage(), "five");
 }
 
-TEST_F(WritingTest, ThreadsOfOneProcessDoNotMixTheirLines) {
+TEST_F(WritingTest, ThreadsDoNotMixTheirLines) {
   const auto write = [&](char letter) {
     for (int i = 0; i < 2000; ++i)
       log(tarn::INFO, std::string(100, letter).c_str());
@@ -275,13 +275,13 @@ TEST_F(WritingTest, ThreadsOfOneProcessDoNotMixTheirLines) {
   EXPECT_EQ(whole, 4000);
 }
 
-TEST_F(WritingTest, ASleepingWriterWritesItsLineWhenTheLockIsFreed) {
+TEST_F(WritingTest, WaitingWriterWritesAfterTheRelease) {
   const int set = support::setOf(file, 11);
   tarn::BinaryLock holder;
   ASSERT_TRUE(holder.create(file, 11));
   ASSERT_TRUE(holder.wait());
   std::thread writer([&] { log(tarn::INFO, "text"); });
-  EXPECT_TRUE(support::comesTrue([&] { return support::sleepersOn(set, 1) == 1; }));
+  EXPECT_TRUE(support::comesTrue([&] { return support::waitersOn(set, 1) == 1; }));
   EXPECT_EQ(support::contentsOf(file), "");
   holder.release();
   writer.join();

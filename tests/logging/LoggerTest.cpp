@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-const char* const noFormat = nullptr;
+const char* const kNoFormat = nullptr;
 
 class LoggerTest : public testing::Test {
  protected:
@@ -23,12 +23,12 @@ class LoggerTest : public testing::Test {
   tarn::Logger logger{"logger-test", "27403", "QSU", "Login", "Web"};
 };
 
-TEST_F(LoggerTest, EveryMessageCarriesTheFourTexts) {
+TEST_F(LoggerTest, MessagesHaveTheFourTexts) {
   logger.info("text");
   EXPECT_THAT(last().texts, ElementsAre("27403", "QSU", "Login", "Web", "", ""));
 }
 
-TEST_F(LoggerTest, EachLevelFunctionSendsItsLevel) {
+TEST_F(LoggerTest, LevelFunctionsSendTheirLevel) {
   logger.trace("text");
   logger.debug("text");
   logger.info("text");
@@ -41,19 +41,19 @@ TEST_F(LoggerTest, EachLevelFunctionSendsItsLevel) {
   EXPECT_THAT(levels, ElementsAre(10, 20, 30, 40, 50, 60));
 }
 
-TEST_F(LoggerTest, ACodeBecomesTheFirstExtraText) {
+TEST_F(LoggerTest, CodeIsTheFirstExtraText) {
   logger.error("1001", "failed %s", "twice");
   EXPECT_THAT(last().texts, ElementsAre("27403", "QSU", "Login", "Web", "1001", ""));
   EXPECT_EQ(last().message, "failed twice");
 }
 
-TEST_F(LoggerTest, ExtraTextsAndAnyLevelTravelUnchanged) {
+TEST_F(LoggerTest, LogPassesLevelAndExtraTexts) {
   logger.log(static_cast<tarn::Log_Level>(33), "one", "two", "%d", 7);
   EXPECT_EQ(last().level, 33);
   EXPECT_THAT(last().texts, ElementsAre("27403", "QSU", "Login", "Web", "one", "two"));
 }
 
-TEST_F(LoggerTest, EveryMessageHasTheTimeZeroForNow) {
+TEST_F(LoggerTest, MessageTimeIsZero) {
   logger.info("text");
   logger.error("1001", "text");
   logger.log(tarn::INFO, "one", "two", "text");
@@ -70,25 +70,25 @@ TEST_F(LoggerTest, NullCodesAndExtrasAreEmpty) {
   }
 }
 
-TEST_F(LoggerTest, ANullFormatWritesNothing) {
-  logger.trace(noFormat);
-  logger.debug(noFormat);
-  logger.info(noFormat);
-  logger.warn("1", noFormat);
-  logger.error("1", noFormat);
-  logger.fatal("1", noFormat);
-  logger.log(tarn::FATAL, "1", "2", noFormat);
+TEST_F(LoggerTest, NullFormatWritesNothing) {
+  logger.trace(kNoFormat);
+  logger.debug(kNoFormat);
+  logger.info(kNoFormat);
+  logger.warn("1", kNoFormat);
+  logger.error("1", kNoFormat);
+  logger.fatal("1", kNoFormat);
+  logger.log(tarn::FATAL, "1", "2", kNoFormat);
   EXPECT_TRUE(target.records.empty());
 }
 
-TEST_F(LoggerTest, NullTextsAreLeftEmptyAtConstruction) {
+TEST_F(LoggerTest, ConstructorTreatsNullAsEmpty) {
   const tarn::Logger empty(nullptr, nullptr, nullptr, nullptr, nullptr);
   EXPECT_EQ(empty.getTargetIdentifier(), "");
   EXPECT_EQ(empty.getSessionId(), "");
   EXPECT_EQ(empty.getComponent(), "");
 }
 
-TEST_F(LoggerTest, SettersKeepTheirFieldForNull) {
+TEST_F(LoggerTest, SettersIgnoreNull) {
   EXPECT_FALSE(logger.setTargetIdentifier(nullptr));
   EXPECT_FALSE(logger.setSessionId(nullptr));
   EXPECT_FALSE(logger.setDomain(nullptr));
@@ -103,7 +103,7 @@ TEST_F(LoggerTest, SettersKeepTheirFieldForNull) {
   EXPECT_THAT(last().texts, ElementsAre("1", "2", "3", "4", "", ""));
 }
 
-TEST_F(LoggerTest, AnotherIdentifierLeadsToOtherTargets) {
+TEST_F(LoggerTest, IdentifierSelectsTheTargets) {
   EXPECT_TRUE(logger.setTargetIdentifier("elsewhere"));
   logger.info("text");
   EXPECT_TRUE(target.records.empty());

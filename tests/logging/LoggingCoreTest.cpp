@@ -29,12 +29,12 @@ class LoggingCoreTest : public testing::Test {
   RecordingTarget second{"core-test", &order};
 };
 
-TEST_F(LoggingCoreTest, LoggingToAnUnknownIdentifierDoesNothing) {
-  log("nobody", "text");
+TEST_F(LoggingCoreTest, UnknownIdentifierLogsNothing) {
+  log("unknown", "text");
   log(nullptr, "text");
 }
 
-TEST_F(LoggingCoreTest, ATargetReceivesEveryTextAsItWasGiven) {
+TEST_F(LoggingCoreTest, TargetReceivesAllArguments) {
   ASSERT_TRUE(core.registerTarget(&first));
   core.log("core-test", tarn::ERROR, "session", "domain", "sub", "component", "one", "two", "100%s", 1234);
   ASSERT_EQ(first.records.size(), 1u);
@@ -44,7 +44,7 @@ TEST_F(LoggingCoreTest, ATargetReceivesEveryTextAsItWasGiven) {
   EXPECT_EQ(first.records[0].timeMs, 1234u);
 }
 
-TEST_F(LoggingCoreTest, RegisteringTwiceAsksTheTargetTwiceAndListsItOnce) {
+TEST_F(LoggingCoreTest, SecondRegistrationDoesNotAddTheTarget) {
   EXPECT_TRUE(core.registerTarget(&first));
   EXPECT_TRUE(core.registerTarget(&first));
   EXPECT_EQ(first.registrations, 2);
@@ -53,15 +53,15 @@ TEST_F(LoggingCoreTest, RegisteringTwiceAsksTheTargetTwiceAndListsItOnce) {
   EXPECT_EQ(first.records.size(), 1u);
 }
 
-TEST_F(LoggingCoreTest, ATargetThatRefusesIsNotRegistered) {
-  first.willing = false;
+TEST_F(LoggingCoreTest, FailedOnRegisterTargetPreventsRegistration) {
+  first.result = false;
   EXPECT_FALSE(core.registerTarget(&first));
   EXPECT_EQ(first.getRefCount(), 0u);
   log("core-test", "text");
   EXPECT_TRUE(first.records.empty());
 }
 
-TEST_F(LoggingCoreTest, TargetsOfOneIdentifierReceiveInTheOrderOfTheirRegistration) {
+TEST_F(LoggingCoreTest, TargetsReceiveInRegistrationOrder) {
   core.registerTarget(&second);
   core.registerTarget(&first);
   log("core-test", "one");
@@ -69,41 +69,41 @@ TEST_F(LoggingCoreTest, TargetsOfOneIdentifierReceiveInTheOrderOfTheirRegistrati
   EXPECT_THAT(order, ElementsAre(&second, &first, &second, &first));
 }
 
-TEST_F(LoggingCoreTest, NullIsNeitherRegisteredNorUnregistered) {
+TEST_F(LoggingCoreTest, NullTargetFails) {
   EXPECT_FALSE(core.registerTarget(nullptr));
   EXPECT_FALSE(core.unregisterTarget(nullptr));
 }
 
-TEST_F(LoggingCoreTest, UnregisteringAStrangerFailsOnlyUnderAKnownIdentifier) {
+TEST_F(LoggingCoreTest, UnregisteringFailsOnlyUnderKnownIdentifier) {
   core.registerTarget(&first);
   EXPECT_FALSE(core.unregisterTarget(&second));
-  RecordingTarget unknown("identifier-that-nobody-uses");
+  RecordingTarget unknown("unused-identifier");
   EXPECT_TRUE(core.unregisterTarget(&unknown));
 }
 
-TEST_F(LoggingCoreTest, UnregisteringTheLastTimeTellsTheTargetAndReturnsItsAnswer) {
+TEST_F(LoggingCoreTest, UnregisterReturnsResultOfOnUnregisterTarget) {
   core.registerTarget(&first);
-  first.willing = false;
+  first.result = false;
   EXPECT_FALSE(core.unregisterTarget(&first));
   EXPECT_EQ(first.unregistrations, 1);
   log("core-test", "text");
   EXPECT_TRUE(first.records.empty());
 }
 
-TEST_F(LoggingCoreTest, ATargetThatIsCountedElsewhereIsNotToldWhenItIsUnregistered) {
+TEST_F(LoggingCoreTest, UnregisterSkipsCallbackWhileReferenced) {
   first.incrementRefCount();
   core.registerTarget(&first);
   EXPECT_TRUE(core.unregisterTarget(&first));
   EXPECT_EQ(first.unregistrations, 0);
 }
 
-TEST_F(LoggingCoreTest, AnIdentifierStaysKnownWithoutTargets) {
+TEST_F(LoggingCoreTest, IdentifierStaysKnownWithoutTargets) {
   core.registerTarget(&first);
   core.unregisterTarget(&first);
   EXPECT_FALSE(core.unregisterTarget(&first));
 }
 
-TEST_F(LoggingCoreTest, ArgumentsSurviveTwoTargets) {
+TEST_F(LoggingCoreTest, TwoTargetsReceiveTheArguments) {
   core.registerTarget(&first);
   core.registerTarget(&second);
   tarn::Logger logger("core-test");
@@ -112,14 +112,14 @@ TEST_F(LoggingCoreTest, ArgumentsSurviveTwoTargets) {
   EXPECT_EQ(second.records.at(0).message, "text 42 2.5 end");
 }
 
-TEST_F(LoggingCoreTest, ASessionIdHasFiveDigitsAndDoesNotBeginWithZero) {
+TEST_F(LoggingCoreTest, SessionIdHasFiveDigits) {
   const std::string id = core.generateSessionId();
   ASSERT_EQ(id.size(), 5u);
   EXPECT_EQ(id.find_first_not_of("0123456789"), std::string::npos);
   EXPECT_NE(id[0], '0');
 }
 
-TEST_F(LoggingCoreTest, TwoSessionIdsOfOneSecondAreTheSame) {
+TEST_F(LoggingCoreTest, SessionIdsOfOneSecondAreEqual) {
   std::time_t before = 0;
   std::string one;
   std::string other;

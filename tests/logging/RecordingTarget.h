@@ -1,4 +1,4 @@
-// A log target that keeps what it is given.
+// A log target that records its messages.
 
 #pragma once
 
@@ -23,11 +23,11 @@ class RecordingTarget : public tarn::LogTargetBase {
   bool SetStreamHandle(std::fstream&) override { return true; }
   bool onRegisterTarget() override {
     ++registrations;
-    return willing;
+    return result;
   }
   bool onUnregisterTarget() override {
     ++unregistrations;
-    return willing;
+    return result;
   }
   bool writeLog(tarn::Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
                 const char* component, const char* extra1, const char* extra2, const char* format, va_list* arguments,
@@ -42,7 +42,7 @@ class RecordingTarget : public tarn::LogTargetBase {
     return false;
   }
 
-  bool willing = true;
+  bool result = true;
   int registrations = 0;
   int unregistrations = 0;
   std::vector<Record> records;

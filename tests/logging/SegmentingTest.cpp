@@ -17,8 +17,8 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr std::size_t sizeToCutAt = 10485760;
-constexpr unsigned long long hour = 3600 * 1000;
+constexpr std::size_t kMaxLogSize = 10485760;
+constexpr unsigned long long kHour = 3600 * 1000;
 
 class SegmentingTest : public FileTargetTest {
  protected:
@@ -39,15 +39,15 @@ class SegmentingTest : public FileTargetTest {
   }
 };
 
-TEST_F(SegmentingTest, AFileBelowTenMebibytesIsNotCut) {
-  grow(sizeToCutAt - 1);
+TEST_F(SegmentingTest, FileBelowTenMebibytesIsNotRotated) {
+  grow(kMaxLogSize - 1);
   target.onRegisterTarget();
   EXPECT_TRUE(archives().empty());
-  EXPECT_EQ(std::filesystem::file_size(file), sizeToCutAt - 1);
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize - 1);
 }
 
-TEST_F(SegmentingTest, AFileOfTenMebibytesIsCutAtRegistration) {
-  grow(sizeToCutAt);
+TEST_F(SegmentingTest, RegistrationRotatesTenMebibytes) {
+  grow(kMaxLogSize);
   const std::string former = support::contentsOf(file);
   target.onRegisterTarget();
   ASSERT_EQ(archives().size(), 1u);
@@ -55,51 +55,51 @@ TEST_F(SegmentingTest, AFileOfTenMebibytesIsCutAtRegistration) {
   EXPECT_TRUE(support::contentsOf(folder / archives()[0]) == former);
 }
 
-TEST_F(SegmentingTest, AnArchiveIsNamedAfterTheFileAndTheTime) {
+TEST_F(SegmentingTest, ArchiveNameHasTheTime) {
   const support::FakeLocalTime now;
-  grow(sizeToCutAt);
+  grow(kMaxLogSize);
   target.onRegisterTarget();
   EXPECT_THAT(archives(), ElementsAre("Kelvo " + now.stamp + ".log"));
 }
 
-TEST_F(SegmentingTest, ALogThatIsALinkIsNotCut) {
-  grow(sizeToCutAt);
+TEST_F(SegmentingTest, SymbolicLinkIsNotRotated) {
+  grow(kMaxLogSize);
   std::filesystem::rename(file, home + "/elsewhere.log");
   std::filesystem::create_symlink(home + "/elsewhere.log", file);
   target.onRegisterTarget();
   EXPECT_TRUE(archives().empty());
-  EXPECT_EQ(std::filesystem::file_size(file), sizeToCutAt);
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
 }
 
-TEST_F(SegmentingTest, WritingGoesOnInTheFileAfterACut) {
-  grow(sizeToCutAt);
+TEST_F(SegmentingTest, WritingContinuesAfterRotation) {
+  grow(kMaxLogSize);
   target.onRegisterTarget();
   log(tarn::INFO, "text");
   EXPECT_EQ(support::linesOf(file).size(), 1u);
   EXPECT_EQ(lastMessage(), "text");
 }
 
-TEST_F(SegmentingTest, ACutFileIsStillTheSameToEverybodyWhoHasItOpen) {
+TEST_F(SegmentingTest, RotationKeepsTheInodeForOtherWriters) {
   std::ofstream other(file, std::ios::app);
-  grow(sizeToCutAt);
+  grow(kMaxLogSize);
   target.onRegisterTarget();
   other << "theirs\n" << std::flush;
   EXPECT_EQ(support::contentsOf(file), "theirs\n");
 }
 
-TEST_F(SegmentingTest, AFileGrowsOnBetweenTheHourlyChecks) {
+TEST_F(SegmentingTest, SizeIsNotCheckedWithinTheHour) {
   target.onRegisterTarget();
   log(tarn::INFO, "one");
-  grow(sizeToCutAt);
+  grow(kMaxLogSize);
   log(tarn::INFO, "two");
   EXPECT_TRUE(archives().empty());
 }
 
-TEST_F(SegmentingTest, TheSizeIsCheckedAnHourAfterTheLastCheckByTheTimeOfTheLineBefore) {
+TEST_F(SegmentingTest, PreviousLinesTimeDecidesWhenToCheck) {
   target.onRegisterTarget();
   const auto now = static_cast<unsigned long long>(std::time(nullptr)) * 1000;
-  grow(sizeToCutAt);
-  log(tarn::INFO, "one", now + hour + 5000);
+  grow(kMaxLogSize);
+  log(tarn::INFO, "one", now + kHour + 5000);
   EXPECT_TRUE(archives().empty());
   log(tarn::INFO, "two");
   EXPECT_EQ(archives().size(), 1u);
@@ -107,7 +107,7 @@ TEST_F(SegmentingTest, TheSizeIsCheckedAnHourAfterTheLastCheckByTheTimeOfTheLine
   EXPECT_EQ(lastMessage(), "two");
 }
 
-// Once a line has made a check succeed, the next check is counted from the time of the line before it.
+// The time of a check is the time of the line before the one that triggered it.
 class HourlyCheckTest : public SegmentingTest {
  protected:
   HourlyCheckTest() {
@@ -119,59 +119,59 @@ class HourlyCheckTest : public SegmentingTest {
   const unsigned long long lastCheck = (static_cast<unsigned long long>(std::time(nullptr)) + 100000) * 1000;
 };
 
-TEST_F(HourlyCheckTest, TheSizeIsChecked3600SecondsAfterTheLastCheck) {
-  grow(sizeToCutAt);
-  log(tarn::INFO, "one", lastCheck + hour - 1000);
-  log(tarn::INFO, "two", lastCheck + hour);
+TEST_F(HourlyCheckTest, ChecksSize3600SecondsAfterLastCheck) {
+  grow(kMaxLogSize);
+  log(tarn::INFO, "one", lastCheck + kHour - 1000);
+  log(tarn::INFO, "two", lastCheck + kHour);
   EXPECT_TRUE(archives().empty());
-  log(tarn::INFO, "three", lastCheck + hour);
+  log(tarn::INFO, "three", lastCheck + kHour);
   EXPECT_EQ(archives().size(), 1u);
 }
 
-TEST_F(HourlyCheckTest, AFailedCheckIsMadeAgainAtTheNextLine) {
-  log(tarn::INFO, "one", lastCheck + hour);
+TEST_F(HourlyCheckTest, FailedCheckIsRepeatedAtNextLine) {
+  log(tarn::INFO, "one", lastCheck + kHour);
   std::filesystem::remove(file);
-  log(tarn::INFO, "two", lastCheck + hour);
-  grow(sizeToCutAt);
+  log(tarn::INFO, "two", lastCheck + kHour);
+  grow(kMaxLogSize);
   EXPECT_TRUE(archives().empty());
-  log(tarn::INFO, "three", lastCheck + hour);
+  log(tarn::INFO, "three", lastCheck + kHour);
   EXPECT_EQ(archives().size(), 1u);
 }
 
-TEST_F(SegmentingTest, AMissingFileCannotBeChecked) {
+TEST_F(SegmentingTest, CheckFailsForMissingFile) {
   target.onRegisterTarget();
   std::filesystem::remove(file);
   EXPECT_FALSE(target.SegmentLogFile(true));
 }
 
-TEST_F(SegmentingTest, ACutWhoseCopyFailsLeavesTheFileAsItIs) {
-  grow(sizeToCutAt);
-  support::Child cutter([&] {
+TEST_F(SegmentingTest, FailedCopyKeepsTheFile) {
+  grow(kMaxLogSize);
+  support::Child rotating([&] {
     ::signal(SIGXFSZ, SIG_IGN);
-    const rlimit full{sizeToCutAt / 2, sizeToCutAt / 2};
+    const rlimit full{kMaxLogSize / 2, kMaxLogSize / 2};
     ::setrlimit(RLIMIT_FSIZE, &full);
     const bool checked = target.onRegisterTarget() && target.SegmentLogFile(true);
     target.onUnregisterTarget();
     return checked ? 0 : 1;
   });
-  EXPECT_EQ(cutter.wait(), 0);
+  EXPECT_EQ(rotating.wait(), 0);
   EXPECT_TRUE(archives().empty());
-  EXPECT_EQ(std::filesystem::file_size(file), sizeToCutAt);
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
 }
 
-TEST_F(SegmentingTest, EmptyingLeavesTheFileInItsPlace) {
+TEST_F(SegmentingTest, CleanFileKeepsTheFile) {
   support::writeFile(file, "text");
   EXPECT_TRUE(target.cleanFile());
   EXPECT_EQ(std::filesystem::file_size(file), 0u);
 }
 
-TEST_F(SegmentingTest, EmptyingFailsWhereNoFileCanBeOpened) {
+TEST_F(SegmentingTest, CleanFileFailsForAFolder) {
   std::filesystem::remove(file);
   std::filesystem::create_directory(file);
   EXPECT_FALSE(target.cleanFile());
 }
 
-TEST_F(SegmentingTest, RenamingMovesTheFileAndRemembersItsName) {
+TEST_F(SegmentingTest, RenameLogFileStoresTheNewName) {
   support::writeFile(file, "text");
   EXPECT_EQ(target.getRenamedFilePath(), "");
   ASSERT_TRUE(target.renameLogFile());
@@ -179,7 +179,7 @@ TEST_F(SegmentingTest, RenamingMovesTheFileAndRemembersItsName) {
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
-TEST_F(SegmentingTest, RenamingToATakenNameFails) {
+TEST_F(SegmentingTest, RenameLogFileFailsForExistingName) {
   const support::FakeLocalTime now;
   const std::string taken = folder / ("Kelvo " + now.stamp + ".log");
   support::writeFile(file, "text");
@@ -190,27 +190,27 @@ TEST_F(SegmentingTest, RenamingToATakenNameFails) {
   EXPECT_EQ(support::contentsOf(taken), "taken");
 }
 
-TEST_F(SegmentingTest, RenamingAMissingFileFails) {
+TEST_F(SegmentingTest, RenameLogFileFailsForMissingFile) {
   std::filesystem::remove(file);
   EXPECT_FALSE(target.renameLogFile());
   EXPECT_EQ(target.getRenamedFilePath(), "");
 }
 
-TEST(TimeStamp, StandsBeforeTheExtension) {
+TEST(TimeStamp, IsInsertedBeforeTheExtension) {
   const support::FakeLocalTime now;
   std::string path = "/logs/Kelvo.log";
   EXPECT_TRUE(tarn::appendTimeStampToFile(path));
   EXPECT_EQ(path, "/logs/Kelvo " + now.stamp + ".log");
 }
 
-TEST(TimeStamp, LeavesADotWithoutAnExtension) {
+TEST(TimeStamp, AddsADotWithoutExtension) {
   const support::FakeLocalTime now;
   std::string path = "/logs/Kelvo";
   EXPECT_TRUE(tarn::appendTimeStampToFile(path));
   EXPECT_EQ(path, "/logs/Kelvo " + now.stamp + ".");
 }
 
-TEST(ContentCopy, HoldsWhatTheFileHolds) {
+TEST(ContentCopy, CopiesTheContents) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "a", std::string(8192, 'x'));
   EXPECT_TRUE(tarn::copyContentOfFileToFile(folder / "a", folder / "b"));
@@ -218,8 +218,7 @@ TEST(ContentCopy, HoldsWhatTheFileHolds) {
   EXPECT_FALSE(tarn::copyContentOfFileToFile(folder / "missing", folder / "b"));
 }
 
-// Runs `body` with a disk of its own of so many bytes mounted on a folder; `kImpossible` when the system does not allow
-// it.
+// Runs `body` with a file system of this size mounted on the folder. Returns `kImpossible` if the test may not mount.
 int onSmallDisk(const std::string& folder, std::size_t bytes, const std::function<int()>& body) {
   return support::withOwnMounts([&] { return support::mountMemory(folder, bytes) ? body() : support::kImpossible; });
 }
@@ -228,7 +227,7 @@ std::string messageOf(const std::string& line) {
   return line.substr(line.rfind(" | ") + 3);
 }
 
-TEST_F(SegmentingTest, OnAFullDiskLinesAreDroppedUntilThereIsRoomAgain) {
+TEST_F(SegmentingTest, FullDiskDropsLines) {
   const int result = onSmallDisk(folder.path(), 64 << 10, [&] {
     target.setLogFile("Kelvo.log", folder.path().c_str());
     target.onRegisterTarget();
@@ -248,22 +247,22 @@ TEST_F(SegmentingTest, OnAFullDiskLinesAreDroppedUntilThereIsRoomAgain) {
     if (messageOf(lines[0]) != "first" || messageOf(lines[count - 2]) != "after") return 2;
     return messageOf(lines[count - 1]) == "last" ? 0 : 3;
   });
-  if (result == support::kImpossible) GTEST_SKIP() << "this system does not let a test mount a disk of its own";
+  if (result == support::kImpossible) GTEST_SKIP() << "the test may not mount a file system";
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(SegmentingTest, OnAFullDiskACutLeavesNoUnfinishedArchive) {
+TEST_F(SegmentingTest, FullDiskLeavesNoIncompleteArchive) {
   const int result = onSmallDisk(folder.path(), 14 << 20, [&] {
-    grow(sizeToCutAt);
+    grow(kMaxLogSize);
     target.setLogFile("Kelvo.log", folder.path().c_str());
     if (!target.onRegisterTarget()) return 1;
     if (!archives().empty()) return 2;
-    if (std::filesystem::file_size(file) != sizeToCutAt) return 3;
+    if (std::filesystem::file_size(file) != kMaxLogSize) return 3;
     log(tarn::INFO, "after");
     target.onUnregisterTarget();
     return lastMessage() == "after" ? 0 : 4;
   });
-  if (result == support::kImpossible) GTEST_SKIP() << "this system does not let a test mount a disk of its own";
+  if (result == support::kImpossible) GTEST_SKIP() << "the test may not mount a file system";
   EXPECT_EQ(result, 0);
 }
 

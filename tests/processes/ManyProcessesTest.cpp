@@ -5,8 +5,8 @@
 #include <thread>
 
 #include "applog/Logger.h"
-#include "tests/processes/Cutter.h"
-#include "tests/processes/Ledger.h"
+#include "tests/processes/LogReader.h"
+#include "tests/processes/Rotator.h"
 #include "tests/processes/Writers.h"
 #include "tests/support/Child.h"
 #include "tests/support/Clock.h"
@@ -16,16 +16,16 @@
 
 namespace {
 
-using processes::Cutter;
-using processes::Ledger;
-using processes::Victims;
+using processes::KilledWriters;
+using processes::LogLines;
+using processes::Rotator;
 using processes::Writers;
 using support::Child;
 using support::comesTrue;
 
-constexpr int fileFlagNumber = 2147483547;
-constexpr int fileLockNumber = 11;
-constexpr std::uintmax_t sizeToCutAt = 10 * 1024 * 1024;
+constexpr int kFileFlagNumber = 2147483547;
+constexpr int kFileLockNumber = 11;
+constexpr std::uintmax_t kMaxLogSize = 10 * 1024 * 1024;
 
 class ManyProcessesTest : public testing::Test {
  protected:
@@ -34,15 +34,15 @@ class ManyProcessesTest : public testing::Test {
     support::writeFile(file, "");
   }
 
-  bool logReachesTheSizeToCutAt() const {
-    return comesTrue([&] { return std::filesystem::file_size(file) >= sizeToCutAt; });
+  bool logReachesMaxSize() const {
+    return comesTrue([&] { return std::filesystem::file_size(file) >= kMaxLogSize; });
   }
 
-  // How many more lines each of four writers may write to bring the file well over that size.
-  int linesToCut() const {
+  // Returns how many more lines each of four writers must write so that the file exceeds the size by a quarter.
+  int linesPerRotation() const {
     const auto missing =
-        1.25 * static_cast<double>(sizeToCutAt) - static_cast<double>(std::filesystem::file_size(file));
-    return static_cast<int>(missing / 4 / processes::meanLineSize);
+        1.25 * static_cast<double>(kMaxLogSize) - static_cast<double>(std::filesystem::file_size(file));
+    return static_cast<int>(missing / 4 / processes::kMeanLineSize);
   }
 
   const std::string home = support::freshHome();
@@ -50,97 +50,97 @@ class ManyProcessesTest : public testing::Test {
   const std::string file = logs + "/Kelvo.log";
 };
 
-// The set of the file's lock outlives killed writers, and is named by the file.
-class LeftoverRemover {
+// Killed writers stay counted in the set of the file's lock, so that no process removes it.
+class LockSetRemover {
  public:
-  LeftoverRemover(const std::string& home, const std::string& file)
-      : flag_(home, fileFlagNumber), lock_(file, fileLockNumber) {}
+  LockSetRemover(const std::string& home, const std::string& file)
+      : flag_(home, kFileFlagNumber), lock_(file, kFileLockNumber) {}
 
  private:
   support::SetRemover flag_;
   support::SetRemover lock_;
 };
 
-// A process that starts finds the file small, so that only the cutter cuts it: an archive is named after its second,
-// and a second cut in the same second would replace it.
-TEST_F(ManyProcessesTest, EveryAcknowledgedLineIsFoundOnceAcrossThirtyCutsWhileWritersAreKilled) {
-  constexpr int linesEach = 50000;
-  const LeftoverRemover remover(home, file);
-  Writers writers(4, linesEach);
-  Victims victims;
+// Every process starts while the file is small, so that only the rotator rotates it: two rotations in one second would
+// write to the same archive.
+TEST_F(ManyProcessesTest, NoAcknowledgedLineIsLostOrRepeated) {
+  constexpr int kLinesEach = 50000;
+  const LockSetRemover remover(home, file);
+  Writers writers(4, kLinesEach);
+  KilledWriters killedWriters;
   {
-    Cutter cutter(logs);
-    while (writers.allowed() + linesToCut() < linesEach) {
-      cutter.awaitAnotherSecond();
+    Rotator rotator(logs);
+    while (writers.allowed() + linesPerRotation() < kLinesEach) {
+      rotator.waitForNextSecond();
       for (int i = 0; i < 3; ++i)
-        victims.add();
-      writers.allow(writers.allowed() + linesToCut());
-      victims.killOne();
-      ASSERT_TRUE(logReachesTheSizeToCutAt());
-      cutter.cut();
-      victims.killOne();
-      victims.killOne();
-      ASSERT_TRUE(writers.areDone());
+        killedWriters.add();
+      writers.allow(writers.allowed() + linesPerRotation());
+      killedWriters.killOne();
+      ASSERT_TRUE(logReachesMaxSize());
+      rotator.rotate();
+      killedWriters.killOne();
+      killedWriters.killOne();
+      ASSERT_TRUE(writers.waitUntilDone());
     }
   }
-  writers.allow(linesEach);
+  writers.allow(kLinesEach);
   writers.expectEnded();
 
-  const Ledger ledger = processes::readLedger(logs);
-  EXPECT_GE(ledger.archives, 30);
-  EXPECT_LE(ledger.torn, victims.count());
-  RecordProperty("torn", ledger.torn);
-  RecordProperty("archives", ledger.archives);
-  RecordProperty("killed", victims.count());
-  writers.expectNoneLost(ledger);
-  writers.expectNoneTwice(ledger);
-  victims.expectNoneLostOrTwice(ledger);
+  const LogLines found = processes::readLog(logs);
+  EXPECT_GE(found.archives, 30);
+  EXPECT_LE(found.torn, killedWriters.count());
+  RecordProperty("torn", found.torn);
+  RecordProperty("archives", found.archives);
+  RecordProperty("killed", killedWriters.count());
+  writers.expectNoneLost(found);
+  writers.expectNoneRepeated(found);
+  killedWriters.expectNoneLostOrRepeated(found);
 }
 
-// Kills a process that cuts the file as it registers, some time after the archive has come to be: while it is copied,
-// or between the copy and the emptying, or after both.
-void killInTheMiddleOfACut(const std::string& logs, std::chrono::microseconds later) {
+// Kills a process that rotates the file at its registration, some time after the archive was created: during the copy,
+// between the copy and the truncation, or after both.
+void killDuringRotation(const std::string& logs, std::chrono::microseconds later) {
   const std::size_t before = support::namesIn(logs).size();
-  Child cutting([&] {
-    const Cutter cutter(logs);
+  Child rotating([&] {
+    const Rotator rotator(logs);
     return ::pause();
   });
   ASSERT_TRUE(comesTrue([&] { return support::namesIn(logs).size() > before; }));
   const auto moment = std::chrono::steady_clock::now() + later;
   while (std::chrono::steady_clock::now() < moment)
     ::sched_yield();
-  cutting.kill();
+  rotating.kill();
 }
 
-TEST_F(ManyProcessesTest, NothingIsLostWhenACutIsKilledInItsMiddle) {
-  constexpr int cuts = 8;
-  constexpr int linesACut = 3000;
-  const LeftoverRemover remover(home, file);
-  Writers writers(2, cuts * linesACut);
-  for (int cut = 1; cut <= cuts; ++cut) {
-    writers.allow(cut * linesACut);
-    ASSERT_TRUE(logReachesTheSizeToCutAt());
-    killInTheMiddleOfACut(logs, std::chrono::microseconds(500 * (cut - 1)));
-    const std::time_t lastSecondOfTheCut = support::currentSecond();
-    ASSERT_TRUE(writers.areDone());
-    while (support::currentSecond() <= lastSecondOfTheCut)
+TEST_F(ManyProcessesTest, KilledRotationLosesNoLine) {
+  constexpr int kRotations = 8;
+  constexpr int kLinesPerRotation = 3000;
+  const LockSetRemover remover(home, file);
+  Writers writers(2, kRotations * kLinesPerRotation);
+  for (int rotation = 1; rotation <= kRotations; ++rotation) {
+    writers.allow(rotation * kLinesPerRotation);
+    ASSERT_TRUE(logReachesMaxSize());
+    killDuringRotation(logs, std::chrono::microseconds(500 * (rotation - 1)));
+    const std::time_t secondOfTheKill = support::currentSecond();
+    ASSERT_TRUE(writers.waitUntilDone());
+    while (support::currentSecond() <= secondOfTheKill)
       ::sched_yield();
   }
   writers.expectEnded();
 
-  const Ledger ledger = processes::readLedger(logs);
-  EXPECT_GE(ledger.archives, cuts);
-  writers.expectNoneLost(ledger);
+  const LogLines found = processes::readLog(logs);
+  EXPECT_GE(found.archives, kRotations);
+  writers.expectNoneLost(found);
 }
 
-// Both locks, held by processes that are killed.
+// A child process takes both locks and is killed.
 class KilledHolderTest : public ManyProcessesTest {
  protected:
   KilledHolderTest() {
     flag.semid = -1;
     flag.held = false;
     EXPECT_TRUE(flag.createFlag());
-    EXPECT_TRUE(lock.create(file, fileLockNumber));
+    EXPECT_TRUE(lock.create(file, kFileLockNumber));
   }
   ~KilledHolderTest() override { flag.finalizeFlag(); }
 
@@ -154,15 +154,15 @@ class KilledHolderTest : public ManyProcessesTest {
     return process;
   }
 
-  const LeftoverRemover remover{home, file};
+  const LockSetRemover remover{home, file};
   support::Shared<std::atomic<bool>> holds;
   tarn::BinaryLock lock;
   OVNLoggingFileOperationFlag flag;
 };
 
-// How soon a process dies is the system's affair, and takes long on a busy machine.
-TEST_F(KilledHolderTest, HasFreedBothLocksWhenItsEndIsSeen) {
-  for (int death = 0; death < 31; ++death) {
+// Waits for the end of the process before it tries the locks: a killed process may take long to end.
+TEST_F(KilledHolderTest, LocksAreFreeWhenTheHolderEnded) {
+  for (int round = 0; round < 31; ++round) {
     Child killed = holder();
     killed.kill();
     killed.wait();
@@ -172,13 +172,13 @@ TEST_F(KilledHolderTest, HasFreedBothLocksWhenItsEndIsSeen) {
   }
 }
 
-TEST_F(KilledHolderTest, WakesWhoSleepsUntilALockIsFree) {
-  for (int death = 0; death < 5; ++death) {
+TEST_F(KilledHolderTest, DeathOfTheHolderWakesAWaiter) {
+  for (int round = 0; round < 5; ++round) {
     Child killed = holder();
-    Child heir([this] { return flag.startFileOperation() && lock.wait() ? 0 : 1; });
-    ASSERT_TRUE(comesTrue([this] { return support::sleepersOn(flag.semid, 1) == 1; }));
+    Child waiter([this] { return flag.startFileOperation() && lock.wait() ? 0 : 1; });
+    ASSERT_TRUE(comesTrue([this] { return support::waitersOn(flag.semid, 1) == 1; }));
     killed.kill();
-    EXPECT_EQ(heir.wait(), 0);
+    EXPECT_EQ(waiter.wait(), 0);
   }
 }
 

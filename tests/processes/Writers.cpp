@@ -13,7 +13,7 @@ namespace {
 using support::Child;
 using support::comesTrue;
 
-// The facade cuts what it formats, so a long message goes out finished.
+// `logInfo` cuts a message after 1022 characters, `sendMessageToTARNLogger` does not.
 void writeLine(const std::string& message) {
   Logger& logger = *Logger::getInstance();
   if (message.size() < 1000) {
@@ -37,8 +37,8 @@ std::string nameOfWriter(std::size_t writer) {
   return "writer" + std::to_string(writer);
 }
 
-std::string nameOfVictim(int victim) {
-  return "victim" + std::to_string(victim);
+std::string nameOfKilledWriter(int writer) {
+  return "killed" + std::to_string(writer);
 }
 
 }  // namespace
@@ -54,7 +54,7 @@ Writers::Writers(int count, int linesEach) : linesEach_(linesEach) {
   }
 }
 
-bool Writers::areDone() const {
+bool Writers::waitUntilDone() const {
   const int expected = std::min(allowed(), linesEach_);
   return comesTrue([&] {
     for (std::size_t writer = 0; writer < processes_.size(); ++writer) {
@@ -69,45 +69,45 @@ void Writers::expectEnded() {
     EXPECT_EQ(process.wait(), 0);
 }
 
-void Writers::expectNoneLost(const Ledger& ledger) const {
+void Writers::expectNoneLost(const LogLines& found) const {
   for (std::size_t writer = 0; writer < processes_.size(); ++writer) {
-    const Account account = ledger.of(nameOfWriter(writer));
-    EXPECT_EQ(account.last, linesEach_);
-    EXPECT_EQ(account.skipped, 0);
+    const WriterLines lines = found.of(nameOfWriter(writer));
+    EXPECT_EQ(lines.last, linesEach_);
+    EXPECT_EQ(lines.skipped, 0);
   }
 }
 
-void Writers::expectNoneTwice(const Ledger& ledger) const {
+void Writers::expectNoneRepeated(const LogLines& found) const {
   for (std::size_t writer = 0; writer < processes_.size(); ++writer) {
-    EXPECT_EQ(ledger.of(nameOfWriter(writer)).repeated, 0);
+    EXPECT_EQ(found.of(nameOfWriter(writer)).repeated, 0);
   }
 }
 
-void Victims::add() {
-  const int victim = started_++;
+void KilledWriters::add() {
+  const int writer = started_++;
   processes_.emplace_back([&] {
-    writeLines(nameOfVictim(victim), linesEach, acknowledgedBy(victim), [](int) { return true; });
+    writeLines(nameOfKilledWriter(writer), kLinesEach, acknowledgedBy(writer), [](int) { return true; });
     return ::pause();
   });
-  EXPECT_TRUE(comesTrue([&] { return acknowledgedBy(victim) > 0; })) << nameOfVictim(victim) << " is stuck";
+  EXPECT_TRUE(comesTrue([&] { return acknowledgedBy(writer) > 0; })) << nameOfKilledWriter(writer) << " is stuck";
 }
 
-void Victims::killOne() {
-  const int victim = killed_++;
-  const int enough = std::uniform_int_distribution<int>(1, linesEach)(random_);
-  EXPECT_TRUE(comesTrue([&] { return acknowledgedBy(victim) >= enough; })) << nameOfVictim(victim) << " is stuck";
-  Child& process = processes_[static_cast<std::size_t>(victim)];
+void KilledWriters::killOne() {
+  const int writer = killed_++;
+  const int enough = std::uniform_int_distribution<int>(1, kLinesEach)(random_);
+  EXPECT_TRUE(comesTrue([&] { return acknowledgedBy(writer) >= enough; })) << nameOfKilledWriter(writer) << " is stuck";
+  Child& process = processes_[static_cast<std::size_t>(writer)];
   process.kill();
   process.wait();
 }
 
-void Victims::expectNoneLostOrTwice(const Ledger& ledger) const {
-  for (int victim = 0; victim < started_; ++victim) {
-    const Account account = ledger.of(nameOfVictim(victim));
-    EXPECT_GE(account.last, acknowledgedBy(victim)) << nameOfVictim(victim);
-    EXPECT_LE(account.last, acknowledgedBy(victim) + 1) << nameOfVictim(victim);
-    EXPECT_EQ(account.repeated, 0) << nameOfVictim(victim);
-    EXPECT_EQ(account.skipped, 0) << nameOfVictim(victim);
+void KilledWriters::expectNoneLostOrRepeated(const LogLines& found) const {
+  for (int writer = 0; writer < started_; ++writer) {
+    const WriterLines lines = found.of(nameOfKilledWriter(writer));
+    EXPECT_GE(lines.last, acknowledgedBy(writer)) << nameOfKilledWriter(writer);
+    EXPECT_LE(lines.last, acknowledgedBy(writer) + 1) << nameOfKilledWriter(writer);
+    EXPECT_EQ(lines.repeated, 0) << nameOfKilledWriter(writer);
+    EXPECT_EQ(lines.skipped, 0) << nameOfKilledWriter(writer);
   }
 }
 

@@ -1,4 +1,4 @@
-// Processes that log numbered lines, and keep count of those that have been acknowledged: whose call has returned.
+// Processes that log numbered lines and count the acknowledged ones. A line is acknowledged when its call has returned.
 
 #pragma once
 
@@ -8,65 +8,65 @@
 #include <string>
 #include <vector>
 
-#include "tests/processes/Ledger.h"
+#include "tests/processes/LogReader.h"
 #include "tests/support/Child.h"
 
 namespace processes {
 
 using Acknowledged = std::atomic<int>;
 
-// Some processes that write the same number of lines, as far as they are allowed to go.
+// Processes that write the same number of lines each, up to a limit that rises.
 class Writers {
  public:
   Writers(int count, int linesEach);
 
-  // Each may write its lines up to this number.
+  // Raises the limit of every process to this number of lines.
   void allow(int lines) { *allowed_ = lines; }
   int allowed() const { return *allowed_; }
 
-  // Waits until all have written what they may; false when one of them is stuck.
-  bool areDone() const;
+  // Waits until every process has written up to the limit. Returns false if one does not get there.
+  bool waitUntilDone() const;
 
-  // Waits until all have ended, in good order.
+  // Waits for the end of the processes, and expects exit status 0.
   void expectEnded();
 
-  // That all their lines are there in order. A line that is there again is not lost.
-  void expectNoneLost(const Ledger& ledger) const;
-  void expectNoneTwice(const Ledger& ledger) const;
+  // Expects every line, in order. Repeated lines are allowed.
+  void expectNoneLost(const LogLines& found) const;
+  void expectNoneRepeated(const LogLines& found) const;
 
  private:
-  static constexpr int most = 8;
+  static constexpr int kMaxWriters = 8;
 
   int linesEach_;
   support::Shared<std::atomic<int>> allowed_;
-  support::Shared<std::array<Acknowledged, most>> acknowledged_;
+  support::Shared<std::array<Acknowledged, kMaxWriters>> acknowledged_;
   std::vector<support::Child> processes_;
 };
 
-// Writers that are killed while they write.
-class Victims {
+// Processes that are killed while they write.
+class KilledWriters {
  public:
-  // Starts one, and waits until it has registered with the log.
+  // Starts a process and waits until it has written a line.
   void add();
 
-  // Kills the oldest as soon as it has written some number of lines.
+  // Kills the oldest process after a random number of lines.
   void killOne();
 
-  // That all that the dead had been told is there, once and in order, and at most one line more.
-  void expectNoneLostOrTwice(const Ledger& ledger) const;
+  // Expects every acknowledged line once and in order, and at most one more line per process.
+  void expectNoneLostOrRepeated(const LogLines& found) const;
 
   int count() const { return started_; }
 
  private:
-  static constexpr int most = 1000;
-  static constexpr int linesEach = 100;
+  static constexpr int kMaxWriters = 1000;
+  static constexpr int kLinesEach = 100;
 
-  Acknowledged& acknowledgedBy(int victim) const { return (*acknowledged_)[static_cast<std::size_t>(victim)]; }
+  Acknowledged& acknowledgedBy(int writer) const { return (*acknowledged_)[static_cast<std::size_t>(writer)]; }
 
   int started_ = 0;
   int killed_ = 0;
   std::mt19937 random_{std::random_device{}()};
-  support::Shared<std::array<Acknowledged, most>> acknowledged_;
+  support::Shared<std::array<Acknowledged, kMaxWriters>> acknowledged_;
   std::vector<support::Child> processes_;
 };
 

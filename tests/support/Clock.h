@@ -1,4 +1,4 @@
-// The clock that the code under test reads.
+// The clock and the time zone that the code under test reads.
 
 #pragma once
 
@@ -8,14 +8,14 @@
 
 namespace support {
 
-// The second of now. `std::time` reads a clock that is set forward at every tick only, so for some milliseconds of each
-// second it still gives the one before, while `gettimeofday` is in the new one already.
+// Returns the current time in seconds. `std::time` reads a coarse clock, which is up to one tick behind `gettimeofday`:
+// for some milliseconds of each second it returns the previous second.
 inline std::time_t currentSecond() {
   return std::chrono::system_clock::to_time_t(
       std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now()));
 }
 
-// The time zone of the process until the end of the scope.
+// Sets the time zone of the process for a scope.
 class TimeZone {
  public:
   explicit TimeZone(const char* zone) {

@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-// Takes the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int gettimeofday(timeval* time, void*) noexcept {
   timespec now{};
   const int result = ::clock_gettime(CLOCK_REALTIME, &now);

@@ -1,4 +1,4 @@
-// Replaces what `gettimeofday` returns, for a test that links FakeClock.cpp.
+// Replaces the result of `gettimeofday`. Requires FakeClock.cpp.
 
 #pragma once
 
@@ -11,10 +11,10 @@
 
 namespace support {
 
-// Empty: the real time.
+// Empty means the real time.
 inline std::optional<timeval> fakeTimeOfDay;
 
-// Until the end of the scope it is 04:35:09 on 7 March 2014 in local time, and 23:05:09 on 6 March in UTC.
+// Sets the time for a scope: 7 March 2014, 04:35:09 local time, which is 6 March, 23:05:09 UTC.
 class FakeLocalTime {
  public:
   FakeLocalTime() { fakeTimeOfDay = timeval{1394147109, 0}; }

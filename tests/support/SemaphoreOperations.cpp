@@ -20,7 +20,7 @@ std::vector<support::Operation> support::operationsOf(const std::function<void()
   return operations;
 }
 
-// Takes the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int semop(int set, sembuf* operations, std::size_t count) noexcept {
   for (std::size_t i = 0; recorded != nullptr && i < count; ++i)
     recorded->emplace_back(operations[i].sem_num, operations[i].sem_op, operations[i].sem_flg);

@@ -1,4 +1,4 @@
-// Records the semaphore operations of this process, for a test that links SemaphoreOperations.cpp.
+// Records the semaphore operations of this process. Requires SemaphoreOperations.cpp, which replaces `semop`.
 
 #pragma once
 
@@ -11,7 +11,7 @@ namespace support {
 // Member of the set, change, flags.
 using Operation = std::tuple<int, int, int>;
 
-// What `semop` is called with while `body` runs, failed calls included. `body` uses one thread.
+// Returns the operations passed to `semop` while `body` runs, including those of failed calls. `body` uses one thread.
 std::vector<Operation> operationsOf(const std::function<void()>& body);
 
 }  // namespace support

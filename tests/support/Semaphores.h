@@ -1,4 +1,4 @@
-// A look at semaphore sets from outside, as another program would have.
+// Reads and changes semaphore sets with plain System V calls, independent of the classes under test.
 
 #pragma once
 
@@ -22,7 +22,7 @@ inline int valueOf(int id, int member) {
   return ::semctl(id, member, GETVAL);
 }
 
-// Of an existing set.
+// The set must exist.
 inline semid_ds statusOf(int id) {
   semid_ds status{};
   union {
@@ -47,12 +47,12 @@ inline void setValueOf(int id, int member, int value) {
   ::semctl(id, member, SETVAL, argument);
 }
 
-// How many processes sleep until the member grows.
-inline int sleepersOn(int id, int member) {
+// Returns the number of processes that wait for the member to increase.
+inline int waitersOn(int id, int member) {
   return ::semctl(id, member, GETNCNT);
 }
 
-// Removes, at the end of the scope, the set that its users never remove, or could not because they were killed.
+// Removes a set at the end of the scope. For sets that their users never remove, or whose users were killed.
 class SetRemover {
  public:
   SetRemover(std::string path, int projectNumber) : path_(std::move(path)), number_(projectNumber) {}

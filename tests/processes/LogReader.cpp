@@ -1,4 +1,4 @@
-#include "tests/processes/Ledger.h"
+#include "tests/processes/LogReader.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,9 +10,9 @@
 namespace processes {
 namespace {
 
-constexpr char liveFile[] = "Kelvo.log";
+constexpr char kLogFile[] = "Kelvo.log";
 
-void enter(Ledger& ledger, std::string_view line) {
+void addLine(LogLines& lines, std::string_view line) {
   const std::size_t start = line.rfind(" | ");
   const std::string_view message = start == std::string_view::npos ? line : line.substr(start + 3);
   const std::size_t colon = message.find(':');
@@ -20,23 +20,23 @@ void enter(Ledger& ledger, std::string_view line) {
   const int sequence =
       colon == std::string_view::npos ? 0 : std::atoi(std::string(message.substr(colon + 1, 10)).c_str());
   if (sequence == 0 || message != messageOf(writer, sequence)) {
-    ++ledger.torn;
+    ++lines.torn;
     return;
   }
 
-  Account& account = ledger.writers[writer];
-  if (sequence <= account.last) {
-    ++account.repeated;
+  WriterLines& own = lines.writers[writer];
+  if (sequence <= own.last) {
+    ++own.repeated;
     return;
   }
-  account.skipped += sequence - account.last - 1;
-  account.last = sequence;
+  own.skipped += sequence - own.last - 1;
+  own.last = sequence;
 }
 
-void enterFile(Ledger& ledger, const std::string& path) {
+void addFile(LogLines& lines, const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   for (std::string line; std::getline(file, line);)
-    enter(ledger, line);
+    addLine(lines, line);
 }
 
 }  // namespace
@@ -50,24 +50,24 @@ std::string messageOf(const std::string& writer, int sequence) {
   return text.append(".").append(number).append(".");
 }
 
-Account Ledger::of(const std::string& writer) const {
+WriterLines LogLines::of(const std::string& writer) const {
   const auto entry = writers.find(writer);
-  return entry == writers.end() ? Account() : entry->second;
+  return entry == writers.end() ? WriterLines() : entry->second;
 }
 
-Ledger readLedger(const std::string& folder) {
+LogLines readLog(const std::string& folder) {
   std::vector<std::filesystem::directory_entry> archives;
   for (const auto& entry : std::filesystem::directory_iterator(folder))
-    if (entry.path().filename() != liveFile) archives.push_back(entry);
+    if (entry.path().filename() != kLogFile) archives.push_back(entry);
   std::sort(archives.begin(), archives.end(),
             [](const auto& one, const auto& other) { return one.last_write_time() < other.last_write_time(); });
 
-  Ledger ledger;
-  ledger.archives = static_cast<int>(archives.size());
+  LogLines lines;
+  lines.archives = static_cast<int>(archives.size());
   for (const auto& archive : archives)
-    enterFile(ledger, archive.path());
-  enterFile(ledger, folder + "/" + liveFile);
-  return ledger;
+    addFile(lines, archive.path());
+  addFile(lines, folder + "/" + kLogFile);
+  return lines;
 }
 
 }  // namespace processes

@@ -12,16 +12,16 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t fullSize = 10 * 1024 * 1024;
+constexpr std::size_t kFullSize = 10 * 1024 * 1024;
 
 void fill(const std::string& path) {
   std::string lines;
-  while (lines.size() < fullSize)
+  while (lines.size() < kFullSize)
     lines += wholeLine();
   support::writeFile(path, lines);
 }
 
-double microsecondsOfRenaming(const support::TemporaryFolder& folder) {
+double microsecondsOfRename(const support::TemporaryFolder& folder) {
   const std::string live = folder / "renamed.log";
   const std::string archive = folder / "renamed archive.log";
   fill(live);
@@ -33,31 +33,31 @@ double microsecondsOfRenaming(const support::TemporaryFolder& folder) {
   return seconds * 1e6;
 }
 
-// The archive is removed, so that one second may see many cuts.
-double microsecondsOfCutting(const support::TemporaryFolder& folder, tarn::LogTargetDefault& target) {
-  fill(folder / "cut.log");
+// Removes the archive, because all archives of one second have the same name.
+double microsecondsOfRotation(const support::TemporaryFolder& folder, tarn::LogTargetDefault& target) {
+  fill(folder / "rotated.log");
   const double seconds = secondsOf([&] { target.SegmentLogFile(true); });
-  if (std::filesystem::file_size(folder / "cut.log") != 0) std::exit(1);
+  if (std::filesystem::file_size(folder / "rotated.log") != 0) std::exit(1);
   for (const std::string& name : support::namesIn(folder.path())) {
-    if (name.rfind("cut ", 0) == 0) std::filesystem::remove(folder / name);
+    if (name.rfind("rotated ", 0) == 0) std::filesystem::remove(folder / name);
   }
   return seconds * 1e6;
 }
 
 }  // namespace
 
-void measureCutting() {
+void measureRotation() {
   const support::TemporaryFolder folder;
-  tarn::LogTargetDefault target("cut");
-  target.setLogFile("cut.log", folder.path().c_str());
+  tarn::LogTargetDefault target("rotated");
+  target.setLogFile("rotated.log", folder.path().c_str());
   target.onRegisterTarget();
   Pairs pairs;
-  for (int i = 0; i < repetitions; ++i) {
-    const double ours = microsecondsOfCutting(folder, target);
-    pairs.add(ours, microsecondsOfRenaming(folder));
+  for (int i = 0; i < kRepetitions; ++i) {
+    const double ours = microsecondsOfRotation(folder, target);
+    pairs.add(ours, microsecondsOfRename(folder));
   }
   target.onUnregisterTarget();
-  print("cutting 10 MiB, against rename and create", pairs, "us", atMost(2.5));
+  print("rotating 10 MiB, against rename and create", pairs, "us", atMost(2.5));
 }
 
 }  // namespace bench
