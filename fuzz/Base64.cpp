@@ -4,10 +4,8 @@
 
 #include <cstdint>
 #include <iterator>
-#include <vector>
 
 #include "fuzz/Fuzzing.h"
-#include "nativeutils/Base64Runs.h"
 
 namespace {
 
@@ -55,23 +53,6 @@ std::string encoded(const std::string& bytes) {
   return text;
 }
 
-// The inner loop as processors without anything special do it.
-void compareRuns(const std::string& text) {
-  const auto* const begin = reinterpret_cast<const unsigned char*>(text.data());
-  const auto* const end = begin + text.size();
-  for (const std::size_t mostGroups : {text.size() / 4 + 1, text.size() / 9}) {
-    std::vector<unsigned char> fast(mostGroups * 3 + nativeutils::decodingSlack);
-    std::vector<unsigned char> plain(fast.size());
-    const nativeutils::DecodedRun byRun = nativeutils::decodeRun(begin, end, mostGroups, fast.data());
-    const nativeutils::DecodedRun byGroup = nativeutils::decodeGroupwise(begin, end, mostGroups, plain.data());
-    REQUIRE(byRun.groups == byGroup.groups);
-    REQUIRE(byRun.next == byGroup.next);
-    fast.resize(byRun.groups * 3);
-    plain.resize(byRun.groups * 3);
-    REQUIRE(fast == plain);
-  }
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -80,7 +61,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Reading actual = decoded(input);
   REQUIRE(actual.ok == expected.ok);
   REQUIRE(actual.bytes == expected.bytes);
-  compareRuns(input);
 
   const std::string text = encoded(input);
   std::string plainText;
