@@ -39,8 +39,8 @@ class SignInWindow {
 
   virtual void openInBrowser(const std::string& address) = 0;
 
-  // Removes the main frame's scroll bars and stops it from scrolling. Requested for every finished main frame; the default
-  // suits a shell that does so before it asks the platform for the frame's address.
+  // Removes the main frame's scroll bars and stops it from scrolling. Requested for every finished main frame; the
+  // default suits a shell that does so before it asks the platform for the frame's address.
   virtual void forbidMainFrameScrolling() {}
 
   // Ends the application, at once or after the current event.

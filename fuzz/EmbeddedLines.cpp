@@ -1,4 +1,4 @@
-// Lines of the embedded user interface, against a reading of them that never counts beyond the end.
+// Compares the parsing of log lines of the embedded UI with a simple implementation.
 
 #include <cstdint>
 #include <map>
@@ -24,11 +24,11 @@ tarn::Log_Level levelOf(const std::string& word) {
   return level == levels.end() ? tarn::INFO : level->second;
 }
 
-// Nothing for a line that is too short to be split.
-std::optional<Fields> readPlainly(const std::string& line) {
+// Returns no value for a line that is too short to be split.
+std::optional<Fields> parseSimply(const std::string& line) {
   const std::size_t first = line.find("|||");
   if (first == std::string::npos) {
-    // The search for the second separator begins at the third character and finds none either.
+    // The second search starts at the third character and finds no separator either.
     if (line.size() < 2) return std::nullopt;
     return Fields{levelOf(line), line.substr(2), line.substr(2)};
   }
@@ -43,8 +43,8 @@ std::optional<Fields> readPlainly(const std::string& line) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string line = fuzz::textOf(data, size).c_str();
-  const std::optional<Fields> expected = readPlainly(line);
-  Fields fields{tarn::NONE, "former", "former"};
+  const std::optional<Fields> expected = parseSimply(line);
+  Fields fields{tarn::NONE, "previous", "previous"};
   bool isSplit = true;
   try {
     Logger::getInstance()->parseMessageFromSwf(line.c_str(), fields.level, fields.component, fields.message);
@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   REQUIRE(isSplit == expected.has_value());
   REQUIRE(fields.level == (isSplit ? expected->level : tarn::NONE));
-  REQUIRE(fields.component == (isSplit ? expected->component : "former"));
-  REQUIRE(fields.message == (isSplit ? expected->message : "former"));
+  REQUIRE(fields.component == (isSplit ? expected->component : "previous"));
+  REQUIRE(fields.message == (isSplit ? expected->message : "previous"));
   return 0;
 }

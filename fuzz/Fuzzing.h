@@ -1,5 +1,7 @@
-// What the targets share. A target is one LLVMFuzzerTestOneInput: libFuzzer calls it with inputs that it makes up, and
-// Replay.cpp with those that have been kept.
+// Helpers for the fuzz targets.
+//
+// A target is one `LLVMFuzzerTestOneInput`. libFuzzer calls it with generated inputs, Replay.cpp with the stored inputs
+// of fuzz/corpus.
 
 #pragma once
 
@@ -13,11 +15,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-// Ends the process when the condition does not hold, which is what a target fails by.
+// Aborts the process if the condition is false. An abort is the failure of a target.
 #define REQUIRE(condition)                                                         \
   do {                                                                             \
     if (!(condition)) {                                                            \
-      std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
+      std::fprintf(stderr, "%s:%d: failed: %s\n", __FILE__, __LINE__, #condition); \
       std::abort();                                                                \
     }                                                                              \
   } while (false)
@@ -28,7 +30,7 @@ inline std::string textOf(const std::uint8_t* data, std::size_t size) {
   return std::string(reinterpret_cast<const char*>(data), size);
 }
 
-// Parts an input at its first newline; the second part is "" without one.
+// Splits an input at its first newline. Without a newline the second part is "".
 inline std::pair<std::string, std::string> twoTextsOf(const std::uint8_t* data, std::size_t size) {
   const std::string text = textOf(data, size);
   const std::size_t newline = text.find('\n');

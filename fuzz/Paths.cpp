@@ -1,4 +1,4 @@
-// What holds of path strings, whatever they hold. The input is a path, a newline and what is appended.
+// Checks invariants of the path functions. The input is a path, a newline, and the text to append.
 
 #include "fuzz/Fuzzing.h"
 
@@ -13,21 +13,21 @@ bool contains(const std::string& text, const char* piece) {
   return text.find(piece) != std::string::npos;
 }
 
-bool isTidy(const std::string& path) {
+bool isNormalized(const std::string& path) {
   return path == "/" || (!contains(path, "//") && (path.empty() || path.back() != '/'));
 }
 
-std::string tidied(const std::string& path) {
+std::string normalized(const std::string& path) {
   return platform::appendingPathComponent(path, "");
 }
 
 void requireComponents(const std::string& path) {
   const std::string last = platform::lastPathComponent(path);
   const std::string parent = platform::deletingLastPathComponent(path);
-  REQUIRE(isTidy(tidied(path)) && tidied(tidied(path)) == tidied(path));
+  REQUIRE(isNormalized(normalized(path)) && normalized(normalized(path)) == normalized(path));
   REQUIRE(last == "/" || !contains(last, "/"));
-  REQUIRE(isTidy(parent));
-  REQUIRE(platform::appendingPathComponent(parent, last) == tidied(path));
+  REQUIRE(isNormalized(parent));
+  REQUIRE(platform::appendingPathComponent(parent, last) == normalized(path));
 
   std::string removed = path;
   REQUIRE(utilRemoveFileSpec(removed) && removed == parent);
@@ -37,17 +37,17 @@ void requireExtension(const std::string& path) {
   const std::string extension = platform::pathExtension(path);
   const std::string rest = platform::deletingPathExtension(path);
   REQUIRE(!contains(extension, "/") && !contains(extension, "."));
-  REQUIRE(isTidy(rest));
-  REQUIRE(tidied(path) == rest + "." + extension || (extension.empty() && tidied(path) == rest));
+  REQUIRE(isNormalized(rest));
+  REQUIRE(normalized(path) == rest + "." + extension || (extension.empty() && normalized(path) == rest));
 }
 
 void requireAppended(const std::string& path, const std::string& component) {
   const std::string joined = platform::appendingPathComponent(path, component);
-  REQUIRE(isTidy(joined));
+  REQUIRE(isNormalized(joined));
   if (component.find_first_not_of('/') == std::string::npos) return;
   REQUIRE(platform::lastPathComponent(joined) == platform::lastPathComponent(component));
-  if (contains(tidied(component), "/")) return;
-  REQUIRE(platform::deletingLastPathComponent(joined) == tidied(path));
+  if (contains(normalized(component), "/")) return;
+  REQUIRE(platform::deletingLastPathComponent(joined) == normalized(path));
 }
 
 void requireExtended(const std::string& path, const std::string& extension) {
@@ -55,10 +55,10 @@ void requireExtended(const std::string& path, const std::string& extension) {
   const bool hasName = path.find_first_not_of('/') != std::string::npos;
   REQUIRE(extended.has_value() == (hasName && !contains(extension, "/")));
   if (!extended) return;
-  REQUIRE(*extended == tidied(path) + "." + extension);
+  REQUIRE(*extended == normalized(path) + "." + extension);
   if (contains(extension, ".")) return;
   REQUIRE(platform::pathExtension(*extended) == extension);
-  REQUIRE(platform::deletingPathExtension(*extended) == tidied(path));
+  REQUIRE(platform::deletingPathExtension(*extended) == normalized(path));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What may be an access token never reaches a line, and nothing else is held back.
+// Checks that a message is redacted exactly if it may contain an access token.
 
 #include <regex.h>
 
@@ -9,8 +9,8 @@
 
 namespace {
 
-// The rule as a regular expression of POSIX, whose "." matches newlines too.
-bool mayHoldToken(const std::string& message) {
+// The rule as a POSIX regular expression, in which "." matches newlines too.
+bool mayContainToken(const std::string& message) {
   static const regex_t token = [] {
     regex_t compiled;
     REQUIRE(::regcomp(&compiled, "eyJ.*\\.eyJ", REG_EXTENDED | REG_NOSUB) == 0);
@@ -28,16 +28,16 @@ bool endsWith(const std::string& text, const std::string& ending) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static tarn::LogTargetDefault target("fuzz");
   const std::string message = fuzz::textOf(data, size).c_str();
-  const bool isHeldBack = mayHoldToken(message);
+  const bool isRedacted = mayContainToken(message);
 
   std::string line = "before ";
   target.formatLog(1, tarn::DEBUG, "1", "2", "3", "4", "5", "6", message.c_str(), line);
-  const std::string written = isHeldBack ? "Found access/device token. Log skipped." : message;
+  const std::string written = isRedacted ? "Found access/device token. Log skipped." : message;
   REQUIRE(line.compare(0, 7, "before ") == 0);
   REQUIRE(endsWith(line, " | " + written));
 
   const std::string level =
-      isHeldBack ? " | [WARN] | 1 | 2 | 3 | 4 | 5 | 6 | " : " | [DEBUG] | 1 | 2 | 3 | 4 | 5 | 6 | ";
+      isRedacted ? " | [WARN] | 1 | 2 | 3 | 4 | 5 | 6 | " : " | [DEBUG] | 1 | 2 | 3 | 4 | 5 | 6 | ";
   REQUIRE(line.find(level) < line.size() - written.size());
   return 0;
 }

@@ -1,4 +1,4 @@
-// The message of a run: escaping can be undone, and leaves nothing that would be taken for markup.
+// Checks the result message: escaping is reversible and leaves no markup characters.
 
 #include <array>
 
@@ -46,9 +46,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   REQUIRE(unescaped(escaped) == url);
 
   for (const int code : {0, 1, 2, 3, 255, -1}) {
-    std::string handed = url;
-    const std::string message = ConstructOutputString(code, handed);
-    REQUIRE(handed == escaped);
+    std::string argument = url;
+    const std::string message = ConstructOutputString(code, argument);
+    REQUIRE(argument == escaped);
     if (code == kSignedIn) {
       REQUIRE(message == "<result><URL>" + escaped + "</URL></result>");
     } else {

@@ -1,4 +1,4 @@
-// Versions read from text, against plain readings of the rules. The input is two versions with a newline between.
+// Compares version parsing with a simple implementation. The input is two versions separated by a newline.
 
 #include <algorithm>
 #include <array>
@@ -13,7 +13,7 @@
 
 namespace {
 
-// The number of leading digits; -1 when there are none or the number is too large.
+// The number in the leading digits; -1 if there are none or the number is too large.
 long long leadingNumber(const std::string& text) {
   constexpr long long largest = std::numeric_limits<int>::max();
   const std::string digits = text.substr(0, text.find_first_not_of("0123456789"));
@@ -45,7 +45,7 @@ void requireRelease(const std::string& release) {
 
 using Numbers = std::array<std::int64_t, 3>;
 
-Numbers readPlainly(const std::string& text) {
+Numbers parseSimply(const std::string& text) {
   std::istringstream pieces(text.c_str());
   Numbers numbers{};
   std::size_t count = 0;
@@ -54,10 +54,10 @@ Numbers readPlainly(const std::string& text) {
   return numbers;
 }
 
-os_version versionIn(const std::string& text) {
+os_version versionOf(const std::string& text) {
   os_version version{-1, -1, -1};
   REQUIRE(utilGetOSVersionFromOSVersionString(text, version));
-  const Numbers expected = readPlainly(text);
+  const Numbers expected = parseSimply(text);
   REQUIRE(version.major == expected[0] && version.minor == expected[1] && version.bugFix == expected[2]);
   return version;
 }
@@ -68,10 +68,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto [first, second] = fuzz::twoTextsOf(data, size);
   requireRelease(first);
 
-  os_version a = versionIn(first);
-  os_version b = versionIn(second);
-  const Numbers left = readPlainly(first);
-  const Numbers right = readPlainly(second);
+  os_version a = versionOf(first);
+  os_version b = versionOf(second);
+  const Numbers left = parseSimply(first);
+  const Numbers right = parseSimply(second);
   REQUIRE(utilCompareOSVersion(a, b) == (left < right ? -1 : left > right ? 1 : 0));
   REQUIRE(utilCompareOSVersion(b, a) == -utilCompareOSVersion(a, b));
   return 0;

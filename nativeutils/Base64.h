@@ -1,12 +1,12 @@
 /// @file
-/// Base64, and files made of it and turned into it.
+/// Base64 encoding and decoding, and files with Base64 content.
 ///
-/// The alphabet is that of RFC 4648, section 4, with "=" for padding. What is encoded has no line breaks. What is
-/// decoded may have been wrapped, indented or commented by others, and is read with more patience than the RFC has; see
-/// `Base64Decode`.
-///
-/// All functions may be called from any thread and none throws. Messages are logged under the component "Native-Utils".
-/// A path is a byte string, whatever its encoding.
+/// - The alphabet is that of RFC 4648, section 4, with "=" as padding.
+/// - The encoder writes no line breaks.
+/// - The decoder is more tolerant than the RFC; see `Base64Decode`.
+/// - All functions may be called from any thread. None throws.
+/// - A path is a byte string of any encoding.
+/// - The messages that are logged stand at the end of this file.
 
 #pragma once
 
@@ -22,7 +22,7 @@ constexpr bool isTaken(unsigned char c) {
   return (c >= '0' && c <= 'z') || c == '+' || c == '/';
 }
 
-// 0 for a character that is not in the alphabet.
+// Returns 0 for a character that is not in the alphabet.
 constexpr unsigned valueOf(unsigned char c) {
   if (c >= 'A' && c <= 'Z') return c - 'A' + 0u;
   if (c >= 'a' && c <= 'z') return c - 'a' + 26u;
@@ -45,7 +45,7 @@ Group nextGroup(InputIterator& next, InputIterator end) {
   return group;
 }
 
-// How many bytes the group yields; 0 for one that is not Base64.
+// The number of bytes that the group decodes to; 0 for a group that is not Base64.
 constexpr int bytesIn(const Group& group) {
   const auto& c = group.characters;
   if (group.count < 4 || c[0] == '=' || c[1] == '=') return 0;
@@ -67,15 +67,14 @@ OutputIterator decodeGroup(const Group& group, OutputIterator out) {
 }  // namespace nativeutils_base64
 /// @endcond
 
-/// Appends the Base64 text of a range of bytes: 4 characters for every 3 bytes and for what is left of 3 at the end. An
-/// empty range appends nothing.
+/// Appends the Base64 text of a range of bytes.
 ///
-///     "f"  => "Zg=="      "fo"  => "Zm8="      "foo"  => "Zm9v"
+///     "f"  => "Zg=="      "fo"  => "Zm8="      "foo"  => "Zm9v"      ""  => ""
 ///
 /// @param begin  of values that convert to a byte
 /// @param end    of the range
-/// @param out    takes characters. Must not lead into what is read.
-/// @return `out` as it is after the last character
+/// @param out    receives characters. Must not write into the range.
+/// @return `out` after the last character
 template <typename InputIterator, typename OutputIterator>
 OutputIterator Base64Encode(InputIterator begin, InputIterator end, OutputIterator out) {
   int offset = 0;
@@ -97,24 +96,28 @@ OutputIterator Base64Encode(InputIterator begin, InputIterator end, OutputIterat
   return out;
 }
 
-/// Appends the bytes that a Base64 text stands for.
+/// Appends the bytes of a Base64 text.
 ///
-/// Characters below "0" and above "z" are skipped wherever they stand, except "+" and "/": white space, line breaks,
-/// "-", bytes beyond ASCII. The others are taken four at a time. Those among them that are not in the alphabet, twelve
-/// in number, stand for the value 0, as "A" does:
+/// - Characters below "0" and above "z" are skipped, except "+" and "/". White space, line breaks, "-" and bytes beyond
+///   ASCII are skipped characters.
+/// - The other characters are decoded in groups of four.
+/// - These twelve characters are not skipped and not in the alphabet; they have the value 0:
 ///
-///     : ; < > ? @ [ \ ] ^ _ `
+///       : ; < > ? @ [ \ ] ^ _ `
 ///
-/// Padding bits that reach no byte are not looked at. Padding does not end the text; another group may follow.
+/// - Padding bits that belong to no byte are ignored.
+/// - Padding does not end the text; another group may follow.
+///
+/// Examples:
 ///
 ///     "Zm9v\nYmFy"  => "foobar"      "Zm:v"  => "f`/"      "QQ==QQ=="  => "AA"
 ///
 /// @param begin  of characters of one byte
 /// @param end    of the range
-/// @param out    takes bytes, as `char`. Must not lead into what is read.
-/// @param ok     false when the text ends inside a group ("Zm9") or has "=" where none can be ("=m9v", "Zg=a"). The
-///               bytes of the groups before that have been appended.
-/// @return `out` as it is after the last byte
+/// @param out    receives bytes, as `char`. Must not write into the range.
+/// @param ok     set to false if the text ends inside a group ("Zm9") or has a misplaced "=" ("=m9v", "Zg=a"). The
+///               bytes of the groups before the error have been appended.
+/// @return `out` after the last byte
 template <typename InputIterator, typename OutputIterator>
 OutputIterator Base64Decode(InputIterator begin, InputIterator end, OutputIterator out, bool& ok) {
   for (;;) {
@@ -126,7 +129,7 @@ OutputIterator Base64Decode(InputIterator begin, InputIterator end, OutputIterat
 }
 
 /// @cond
-// The same results, several times faster. Only these two are in the library's binary.
+// Faster specializations with the same results. They are compiled into the library.
 template <>
 std::back_insert_iterator<std::string> Base64Encode(std::string::const_iterator begin, std::string::const_iterator end,
                                                     std::back_insert_iterator<std::string> out);
@@ -136,70 +139,85 @@ std::back_insert_iterator<std::string> Base64Decode(std::string::const_iterator 
                                                     std::back_insert_iterator<std::string> out, bool& ok);
 /// @endcond
 
-/// Appends the Base64 text of a text. False, with "Invalid arguments to utilEncodeDataInBase64." logged at info level,
-/// for null and for a length of 0.
+/// Appends the Base64 text of a string.
 ///
 ///     "A\0B", 3  => appends "QQ=="
 ///
-/// @param data    read up to its first NUL, wherever that is; it must have one
-/// @param length  only asked whether it is 0
-/// @param out     is not cleared. The text may lie in it.
+/// @param data    NUL-terminated
+/// @param length  not the length of `data`; only compared with 0
+/// @param out     is not cleared. May contain `data`.
+/// @return false for null and for a length of 0
 bool utilEncodeDataInBase64(const char* data, int length, std::string& out);
 
-/// Replaces `out` by the bytes that a Base64 text stands for, as `Base64Decode` reads it. False for null and for a
-/// length of 0, with "Invalid arguments to utilDecodeBase64Data." logged, and for a text that is not Base64, with
-/// "Failed to decode from base 64.", both at info level.
+/// Replaces `out` by the bytes of a Base64 text; see `Base64Decode`.
 ///
-/// @param base64  read up to its first NUL, wherever that is; it must have one
-/// @param length  only asked whether it is 0
-/// @param out     keeps what it held when the answer is false
+/// @param base64  NUL-terminated
+/// @param length  not the length of `base64`; only compared with 0
+/// @param out     unchanged on failure
+/// @return false for null, for a length of 0 and for a text that is not Base64
 bool utilDecodeBase64Data(const char* base64, int length, std::string& out);
 
-/// Puts bytes into a file. Whoever opens the file sees all of them or what was there before, also after a crash: they
-/// go to a file beside it, are written through to the disk, and then the one takes the other's name. On failure what
-/// was there stays, nothing new remains, and nothing is logged.
+/// Atomically writes bytes to a file, replacing it if it exists.
 ///
-/// A new file gets the mode 0666 less the umask; one that is replaced hands its mode on, and its owner where this user
-/// may set it. A symbolic link is replaced itself, and so is whatever else stands at the path but a folder, which is a
-/// failure. So is an empty path.
+/// - A reader, also one after a crash, sees either the previous content or all of the new content.
+/// - The bytes are written to a temporary file in the same folder, flushed to the disk, and renamed to `filePath`.
+/// - On failure the previous file is unchanged, no temporary file remains, and nothing is logged.
+/// - A new file has the mode 0666 less the umask.
+/// - A replaced file keeps its mode, and its owner if the user has the permission to set it.
+/// - A symbolic link itself is replaced, not its target.
+/// - A folder at the path and an empty path are failures.
 ///
-/// @param data      null only for no bytes
-/// @param length    of the data, in bytes; a negative one is a failure
-/// @param filePath  in a folder that exists
+/// @param data      may be null if `length` is 0
+/// @param length    of the data, in bytes; a negative length is a failure
+/// @param filePath  in an existing folder
 bool utilCreateFileWithData(const void* data, int length, const std::string& filePath);
 
-/// Does nothing: the bytes of `utilCreateFileWithData` are on the disk before the file has its name. Always true.
+/// Does nothing, because `utilCreateFileWithData` has flushed the file. Always returns true.
 bool utilFlushFileBuffers(const std::string& filePath);
 
-/// Puts the bytes that a Base64 text stands for into a file; see `Base64Decode` and `utilCreateFileWithData`. False
-/// when the text is null or not Base64, with "Failed to decode from base 64." logged at info level, and when the file
-/// cannot be written. A text of no groups makes an empty file.
+/// Decodes a Base64 text into a file; see `Base64Decode` and `utilCreateFileWithData`. A text without groups creates an
+/// empty file.
 ///
-/// @param base64    read up to its first NUL
-/// @param length    not looked at
-/// @param filePath  in a folder that exists
+/// @param base64    NUL-terminated
+/// @param length    ignored
+/// @param filePath  in an existing folder
+/// @return false if the text is null or not Base64, or if the file cannot be written
 bool utilDecodeBase64AndCreateFileWithData(const char* base64, int length, const std::string& filePath);
 
-/// Does the same for a file in a folder, which is created with its missing parents (mode 0775) and stays also when the
-/// file cannot be made.
+/// Decodes a Base64 text into a file of a folder, which is created with its missing parents (mode 0775). The folder
+/// remains if the file cannot be created.
 ///
-/// @param base64       read up to its first NUL
-/// @param length       not looked at
-/// @param folderPath   of the folder, up to its first NUL; not changed
-/// @param fileName     joined to the folder with one "/", and no "/" is dropped; null and "" stand for a new UUID. It
-///                     may lead out of the folder, "../name": who takes it from strangers must look at it first
-/// @param outFilePath  becomes the path of the file; keeps what it held when the answer is false
+/// @param base64       NUL-terminated
+/// @param length       ignored
+/// @param folderPath   of the folder, up to the first NUL; not changed
+/// @param fileName     appended to the folder with one "/"; slashes are not normalized. Null and "" are replaced by a
+/// new
+///                     UUID. It may lead out of the folder ("../name"): check names from untrusted sources.
+/// @param outFilePath  set to the path of the file; unchanged on failure
 bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, std::string& folderPath,
                                               const char* fileName, std::string& outFilePath);
 
-/// Appends the Base64 text of a file of UTF-8 text, up to its first NUL. False, with a message at fatal level, when
-/// there is no file ("GetDataFromFile. File %s does not exist.") and when it cannot be read or is not UTF-8 throughout
-/// ("GetDataFromFile. Get String error %s. From file %s"). A file without a byte appends nothing.
+/// Appends the Base64 text of a UTF-8 text file, up to its first NUL. An empty file appends nothing.
 ///
 /// @param filePath  of the file; a symbolic link is followed
-/// @param out       is not cleared; keeps what it held when the answer is false
+/// @param out       is not cleared; unchanged on failure
+/// @return false if the file does not exist, cannot be read or is not valid UTF-8
 bool utilGetDataFromFileAndEncodeBase64(const std::string& filePath, std::string& out);
 
-/// Creates a folder "/tmp/" and a new UUID, which nobody else has, with the mode 0775 less the umask. The caller
-/// removes it. `outFolderPath` becomes its path, 41 characters, and keeps what it held when the answer is false.
+/// Creates the folder "/tmp/" + new UUID with the mode 0775 less the umask. The caller removes it.
+///
+/// @param outFolderPath  set to the path, 41 characters; unchanged on failure
 bool utilCreateAndGetTempFolderPath(std::string& outFolderPath);
+
+/// @file
+/// ## Logs
+///
+/// Component "Native-Utils".
+///
+/// | message | level | function |
+/// |---|---|---|
+/// | `Invalid arguments to utilEncodeDataInBase64.` | info | `utilEncodeDataInBase64` |
+/// | `Invalid arguments to utilDecodeBase64Data.` | info | `utilDecodeBase64Data` |
+/// | `Failed to decode from base 64.` | info | all functions that decode |
+/// | `GetDataFromFile. File %s does not exist.` | fatal | `utilGetDataFromFileAndEncodeBase64` |
+/// | `GetDataFromFile. Get String error %s. From file %s` | fatal | `utilGetDataFromFileAndEncodeBase64` |

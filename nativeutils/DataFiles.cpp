@@ -4,7 +4,6 @@
 
 #include "applog/Logger.h"
 #include "nativeutils/Base64.h"
-#include "nativeutils/Base64Text.h"
 #include "nativeutils/Component.h"
 #include "nativeutils/Files.h"
 #include "platform/AtomicFile.h"
@@ -17,6 +16,9 @@
 using nativeutils::kComponent;
 
 namespace {
+
+// The Base64 functions look at the length only to refuse 0.
+constexpr int kAnyLength = 1;
 
 bool createFolder(const std::string& path) {
   constexpr auto unchanged = static_cast<unsigned int>(-1);
@@ -41,12 +43,10 @@ bool utilFlushFileBuffers(const std::string& /*filePath*/) {
 }
 
 bool utilDecodeBase64AndCreateFileWithData(const char* base64, int /*length*/, const std::string& filePath) {
+  constexpr const char* kNotBase64 = "=";  // gives null the message of a text that is not Base64
   std::string bytes;
-  if (base64 == nullptr || !nativeutils::appendDecoded(base64, bytes)) {
-    Logger::getInstance()->logInfo(kComponent, "Failed to decode from base 64.");
-    return false;
-  }
-  return createFile(bytes, filePath);
+  return utilDecodeBase64Data(base64 == nullptr ? kNotBase64 : base64, kAnyLength, bytes) &&
+         createFile(bytes, filePath);
 }
 
 bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, std::string& folderPath,
@@ -71,8 +71,7 @@ bool utilGetDataFromFileAndEncodeBase64(const std::string& filePath, std::string
                                     file.error.empty() ? "-" : file.error.c_str(), filePath.c_str());
     return false;
   }
-  nativeutils::appendBase64(file.text->c_str(), out);
-  return true;
+  return utilEncodeDataInBase64(file.text->c_str(), kAnyLength, out);
 }
 
 bool utilCreateAndGetTempFolderPath(std::string& outFolderPath) {

@@ -117,7 +117,7 @@ std::string SandboxTrial::waitForEnd(int seconds) {
   while ((ready = ::poll(&end, 1, seconds * 1000)) == -1 && errno == EINTR) {
   }
   const bool timedOut = ready == 0;
-  if (timedOut) (void)::kill(process_, SIGKILL);
+  (void)::kill(process_, SIGKILL);  // unless it has ended: a program can also close its output and stay
   (void)::close(ended_);
 
   int status = -1;

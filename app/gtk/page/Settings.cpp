@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -41,17 +42,18 @@ Owned<WebKitSettings> newSettings() {
   return owned;
 }
 
-// Returns the BCP 47 tag of a locale's name. Empty if there is none, or if the list has the same locale under a plainer
-// name.
+// Returns the BCP 47 tag of a locale's name. Empty if the name has no language, and for names with a codeset or a
+// modifier, which GLib lists without these too.
 //   "de_DE"        => "de-DE"
-//   "de_DE.UTF-8"  => ""   (the list also has "de_DE")
-//   "C"            => ""
+//   "de_DE.UTF-8"  => ""
+//   "C", "_DE", "" => ""
 std::string languageTag(const std::string& locale) {
   if (locale == "C" || locale == "POSIX" || locale.find_first_of(".@") != std::string::npos) return {};
   std::array<char, ULOC_FULLNAME_CAPACITY> tag{};
   UErrorCode error = U_ZERO_ERROR;
   const int length = uloc_toLanguageTag(locale.c_str(), tag.data(), static_cast<int>(tag.size()), TRUE, &error);
-  return U_SUCCESS(error) ? std::string(tag.data(), static_cast<std::size_t>(length)) : std::string();
+  const bool hasLanguage = U_SUCCESS(error) && length > 0 && std::strncmp(tag.data(), "und", 3) != 0;
+  return hasLanguage ? std::string(tag.data(), static_cast<std::size_t>(length)) : std::string();
 }
 
 // Reads the environment. WebKit would use the C library, which knows only installed locales, and report names such as
