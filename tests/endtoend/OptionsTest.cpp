@@ -144,7 +144,8 @@ INSTANTIATE_TEST_SUITE_P(Locales, LocaleTest,
                                          Locale{"C.UTF-8", "", "en-US,en-US,en-US"},
                                          Locale{"de_DE.UTF-8", "", "de-DE,de-DE,de-DE"},
                                          Locale{"C.UTF-8", "pt_BR:ca@valencia", "pt-BR,pt-BR,pt-BR"},
-                                         Locale{"not a locale.UTF-8", "", "en-US,en-US,en-US"}));
+                                         Locale{"not a locale.UTF-8", "", "en-US,en-US,en-US"},
+                                         Locale{"C.UTF-8", ":_DE", "en-US,en-US,en-US"}));
 
 // The quickest of five counts: others may have been kept waiting by the machine.
 TEST_F(OptionsTest, WithoutADisplayTheRunEndsAtOnceAndSaysWhy) {

@@ -140,25 +140,30 @@ TEST(FileCopy, FailsWhereNoFileCanBeMade) {
   EXPECT_FALSE(platform::copyFileContents(folder / "from", folder / "missing/to"));
 }
 
-TEST(FileCopy, RemovesACopyThatItCouldNotFinish) {
-  const support::TemporaryFolder folder;
+// Copies 300,000 bytes where a file may have 150,000.
+void failHalfway(const support::TemporaryFolder& folder, const std::string& to) {
   support::writeFile(folder / "from", std::string(300000, 'x'));
   const int copied = support::inChild([&] {
     ::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{150000, 150000};
     ::setrlimit(RLIMIT_FSIZE, &limit);
-    return platform::copyFileContents(folder / "from", folder / "to") ? 1 : 0;
+    return platform::copyFileContents(folder / "from", to) ? 1 : 0;
   });
   EXPECT_EQ(copied, 0);
+}
+
+TEST(FileCopy, RemovesAnUnfinishedCopy) {
+  const support::TemporaryFolder folder;
+  failHalfway(folder, folder / "to");
   EXPECT_FALSE(std::filesystem::exists(folder / "to"));
 }
 
-TEST(FileCopy, EmptiesAFormerFileItCouldNotFill) {
+TEST(FileCopy, EmptiesAFormerFileAfterAFailure) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "to", "old");
   ASSERT_EQ(::symlink("to", (folder / "link").c_str()), 0);
-  EXPECT_FALSE(platform::copyFileContents("/proc/self/mem", folder / "link"));
-  EXPECT_EQ(support::namesIn(folder.path()), (std::vector<std::string>{"link", "to"}));
+  failHalfway(folder, folder / "link");
+  EXPECT_EQ(support::namesIn(folder.path()), (std::vector<std::string>{"from", "link", "to"}));
   EXPECT_EQ(support::contentsOf(folder / "to"), "");
 }
 
