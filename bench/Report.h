@@ -1,10 +1,10 @@
-// How a bench says what it measured: one line a figure, with the bar that the figure is held to.
+// Prints the results of a benchmark: one line per figure, with its limit.
 //
 //   figure                                  ours      peer  unit   ratio  bar
 //   start of the program to its message      412       405  ms     1.017  ≤ 1.05  ok
 //   a filtered-out call                     1.31            ns            ≤ 5     ok
 //
-// A missed bar is a figure like any other; a bench fails only when it could not measure.
+// A missed limit does not fail the benchmark. It fails only if it could not measure.
 
 #pragma once
 
@@ -16,7 +16,7 @@
 
 namespace bench {
 
-// The middle of the values, the upper of the two middle ones when their number is even. `values` must not be empty.
+// The median; of an even number of values, the upper of the two middle ones. `values` must not be empty.
 //   {3, 1, 2}  => 2
 inline double median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -24,7 +24,7 @@ inline double median(std::vector<double> values) {
   return *middle;
 }
 
-// A figure measured again and again, each time ours and the peer's right after each other.
+// Repeated measurements of a figure. Each pair is our value and, directly after it, the value of the peer.
 class Pairs {
  public:
   void add(double ours, double peer) {
@@ -37,7 +37,7 @@ class Pairs {
   double ours() const { return median(ours_); }
   double peer() const { return median(peer_); }
 
-  // The median of the pairs' ratios: what slows the machine down for a while slows both sides of a pair.
+  // The median of the ratios of the pairs: temporary load on the machine affects both values of a pair.
   double ratio() const { return median(ratios_); }
 
  private:
@@ -63,7 +63,7 @@ inline Bar atLeast(double limit) {
   return {Bar::kAtLeast, limit};
 }
 
-// Three digits that count, or as many as stand before the point.
+// Three significant digits, or more if the integer part has more.
 //   1.234  => "1.23"
 //   41.27  => "41.3"
 //   81270  => "81270"
@@ -74,8 +74,8 @@ inline std::string shortNumber(double value) {
   return text;
 }
 
-// A column of a table. Its text is UTF-8 and padded by characters, not by bytes.
-inline std::string leftAligned(const std::string& text, std::size_t width) {
+// Pads UTF-8 text to `width` characters, not bytes.
+inline std::string padded(const std::string& text, std::size_t width) {
   const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
   const auto length = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isFirstByte));
   return text + std::string(length < width ? width - length : 0, ' ');
@@ -83,9 +83,8 @@ inline std::string leftAligned(const std::string& text, std::size_t width) {
 
 inline void printRow(const std::string& name, const std::string& ours, const std::string& peer, const std::string& unit,
                      const std::string& ratio, const std::string& bar, const std::string& verdict) {
-  std::printf("%s %10s %10s  %s %s %s %s\n", leftAligned(name, 46).c_str(), ours.c_str(), peer.c_str(),
-              leftAligned(unit, 8).c_str(), leftAligned(ratio, 7).c_str(), leftAligned(bar, 8).c_str(),
-              verdict.c_str());
+  std::printf("%s %10s %10s  %s %s %s %s\n", padded(name, 46).c_str(), ours.c_str(), peer.c_str(),
+              padded(unit, 8).c_str(), padded(ratio, 7).c_str(), padded(bar, 8).c_str(), verdict.c_str());
   std::fflush(stdout);
 }
 
@@ -100,14 +99,14 @@ inline void printVerdict(const std::string& name, const std::string& ours, const
   printRow(name, ours, peer, unit, ratio, limit, bar.holds(measured) ? "ok" : "missed");
 }
 
-// A figure whose ratio to the peer's is held to `bar`.
+// A figure with a peer. The limit applies to the ratio.
 inline void print(const std::string& name, const Pairs& pairs, const std::string& unit, Bar bar) {
   char ratio[32];
   std::snprintf(ratio, sizeof ratio, "%.3f", pairs.ratio());
   printVerdict(name, shortNumber(pairs.ours()), shortNumber(pairs.peer()), unit, ratio, bar, pairs.ratio());
 }
 
-// A figure that has no peer and is held to `bar` itself.
+// A figure without a peer. The limit applies to the value.
 inline void print(const std::string& name, double ours, const std::string& unit, Bar bar) {
   printVerdict(name, shortNumber(ours), "", unit, "", bar, ours);
 }

@@ -1,4 +1,4 @@
-// How long a piece of work takes.
+// Measures the duration of a function call.
 
 #pragma once
 

@@ -1,19 +1,19 @@
-// What bench-nativeutils measures: each function prints its figures, and each stands in a file of its own.
+// The figures of bench-nativeutils. Each function measures and prints its figures.
 
 #pragma once
 
 namespace bench {
 
-// As many pairs as make a median steady.
+// The number of pairs per figure.
 constexpr int repetitions = 9;
 
-// Base64 against OpenSSL's, and text with line breaks against text without.
+// Base64 against OpenSSL, and text with line breaks against text without.
 void measureBase64();
 
 // Deleting, backing up and copying against rm, find and cp.
 void measureFiles();
 
-// A program that is run to its end against the two system calls that this takes.
+// Running a program to its end, against posix_spawn and waitpid.
 void measureProcesses();
 
 }  // namespace bench

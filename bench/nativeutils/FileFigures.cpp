@@ -22,29 +22,29 @@
 namespace bench {
 namespace {
 
-void require(bool right, const std::string& what) {
-  if (!right) throw std::runtime_error(what + " failed");
+void require(bool condition, const std::string& what) {
+  if (!condition) throw std::runtime_error(what + " failed");
 }
 
-// The program's answer is thrown away; its start counts.
-double secondsOfProgram(std::vector<std::string> words) {
+// Includes the start of the program. Its output is discarded.
+double secondsOfProgram(std::vector<std::string> command) {
   std::vector<char*> arguments;
-  arguments.reserve(words.size() + 1);
-  for (std::string& word : words)
-    arguments.push_back(word.data());
+  arguments.reserve(command.size() + 1);
+  for (std::string& argument : command)
+    arguments.push_back(argument.data());
   arguments.push_back(nullptr);
-  posix_spawn_file_actions_t quiet;
-  ::posix_spawn_file_actions_init(&quiet);
-  ::posix_spawn_file_actions_addopen(&quiet, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   int status = -1;
   const double seconds = secondsOf([&] {
     pid_t child = 0;
-    require(::posix_spawnp(&child, arguments[0], &quiet, nullptr, arguments.data(), environ) == 0, words[0]);
+    require(::posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) == 0, command[0]);
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
   });
-  ::posix_spawn_file_actions_destroy(&quiet);
-  require(status == 0, words[0]);
+  ::posix_spawn_file_actions_destroy(&actions);
+  require(status == 0, command[0]);
   return seconds;
 }
 
@@ -53,7 +53,7 @@ void makeFile(const std::string& path) {
   require(static_cast<bool>(file), path);
 }
 
-// 100,000 entries, the folders among them.
+// Creates 100,000 entries, including the folders.
 void makeTree(const std::string& path, int folders) {
   constexpr int entries = 100000;
   require(::mkdir(path.c_str(), 0777) == 0, path);
@@ -65,14 +65,14 @@ void makeTree(const std::string& path, int folders) {
   }
 }
 
-// What is still to be written to the disk must not slow down the one who comes next.
+// Pending writes must not slow down the measurement.
 double secondsAfterSync(const std::string& folder, const std::function<double()>& measure) {
   const platform::UniqueFd open(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   require(::syncfs(open.get()) == 0, "syncfs");
   return measure();
 }
 
-// All trees are made first: some file systems are slow to use again what has just been freed.
+// All trees are created first: some file systems are slow to reuse freed blocks.
 void measureDeletion(const std::string& name, int folders) {
   constexpr int pairsOfTrees = 5;
   const support::TemporaryFolder folder;
@@ -107,7 +107,7 @@ void measureScan(const std::string& name, int folders) {
   print("backup among 100000 entries, " + name, pairs, "ms", atMost(1.2));
 }
 
-// Nothing that a file system could leave out or share.
+// Without holes and without equal blocks, which a file system could omit or share.
 void makeLargeFile(const std::string& path) {
   constexpr std::size_t mebibyte = std::size_t{1} << 20;
   std::minstd_rand random;
@@ -135,7 +135,7 @@ void measureCopy() {
     return secondsOf([&] { require(utilCopySrcFileToDstFolder(from, to, false), "utilCopySrcFileToDstFolder"); });
   };
   const std::function<double()> peer = [&] { return secondsOfProgram({"cp", "-p", from, to}); };
-  // Where the memory for a copy comes from depends on the one before: each follows the other as often.
+  // The previous copy affects the memory available for the next one, so that the order alternates.
   for (int i = 0; i < 2 * repetitions; ++i) {
     const double first = measured(i % 2 == 0 ? ours : peer);
     const double second = measured(i % 2 == 0 ? peer : ours);

@@ -15,8 +15,8 @@ namespace {
 
 constexpr const char* kProgram = "/bin/true";
 
-void require(bool right) {
-  if (!right) throw std::runtime_error("a program does not start or end as it should");
+void require(bool condition) {
+  if (!condition) throw std::runtime_error("a program did not start or end as expected");
 }
 
 void run() {

@@ -1,4 +1,4 @@
-// Measures the native utilities: run it through tests/support/in-own-home.
+// Benchmark of the native utilities. Must be run through tests/support/in-own-home.
 
 #include <cstdio>
 #include <exception>
@@ -8,7 +8,7 @@
 #include "tests/support/Home.h"
 
 int main() try {
-  (void)support::ownHome();  // throws in the home folder of a person
+  (void)support::ownHome();  // throws in a real home folder
   bench::printHead();
   bench::measureBase64();
   bench::measureFiles();

@@ -1,10 +1,9 @@
-// The peer of the sign-in window: the WebKitGTK program that a newcomer would write, with everything at its default,
-// the web context and the web view's settings included.
+// The peer of the sign-in window: a minimal WebKitGTK program with the default web context and default settings.
 //
 //   bare-window SIGN_IN REDIRECT PIPE
 //
-// Shows the spinner page, then the page at SIGN_IN. Once a page whose address begins with REDIRECT has finished
-// loading, its address is written into PIPE and the program ends.
+// Shows the spinner page, then the page at SIGN_IN. When a page whose address begins with REDIRECT has finished
+// loading, writes its address into PIPE and ends.
 
 #include <webkit2/webkit2.h>
 

@@ -9,7 +9,7 @@ constexpr char kPicture[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="96
 <circle cx="48" cy="48" r="44" fill="#32245a"/><path d="M28 52l14 14 28-34" fill="none" stroke="#fff" stroke-width="9"/>
 </svg>)";
 
-// The second frame begins when the first one, the page with everything that it has loaded, is drawn.
+// The second animation frame starts after the first one, which has painted the loaded page.
 constexpr char kPictureAndBeacon[] = R"(<img src="/picture" alt=""><script>
 addEventListener("load", () =>
   requestAnimationFrame(() => requestAnimationFrame(() => navigator.sendBeacon("/shown"))));
@@ -24,7 +24,7 @@ BenchSite::BenchSite() {
   server_.serve("/picture", tools::Answer{200, kPicture, {{"Content-Type", "image/svg+xml"}}});
   server_.serve("/failing", [this](const tools::Request&) {
     failedAt_ = std::chrono::steady_clock::now();
-    return tools::redirectTo(nobody_.address());
+    return tools::redirectTo(closedPort_.address());
   });
   server_.serve("/shown", [this](const tools::Request&) {
     ++shown_;

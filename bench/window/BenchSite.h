@@ -1,5 +1,5 @@
-// The site of the window's bench: a sign-in that redirects at once, one that fails, and a sign-in page that tells when
-// it is shown.
+// The test site of the window benchmark: a sign-in that redirects at once, a sign-in that fails, and a sign-in page
+// that reports when it is shown.
 
 #pragma once
 
@@ -15,13 +15,13 @@ class BenchSite {
  public:
   BenchSite();
 
-  // Answered with a redirect to a page below `redirectAddress`.
+  // Redirects to a page below `redirectAddress`.
   std::string redirectingAddress() const { return server_.address("/redirecting"); }
 
-  // Answered with a redirect to where nobody answers.
+  // Redirects to a closed port.
   std::string failingAddress() const { return server_.address("/failing"); }
 
-  // When it was last asked for.
+  // The time of the last request of `failingAddress`.
   std::chrono::steady_clock::time_point failedAt() const { return failedAt_; }
 
   // A form with a picture.
@@ -30,12 +30,12 @@ class BenchSite {
   std::string redirectAddress() const { return server_.address("/done"); }
   std::string enterpriseAddress() const { return server_.address("/enterprise"); }
 
-  // How often the sign-in page has been shown: loaded to its last picture, and drawn with it.
+  // How often the sign-in page has been shown: loaded with its picture, and painted.
   int shown() const { return shown_; }
 
  private:
   tools::LoopbackServer server_;
-  tools::ClosedPort nobody_;
+  tools::ClosedPort closedPort_;
   std::chrono::steady_clock::time_point failedAt_;
   int shown_ = 0;
 };

@@ -4,7 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-// The header of some C libraries forgets that C++ may read it.
+// Some versions of the header have no C linkage for C++.
 extern "C" {
 #include <sys/pidfd.h>
 }
@@ -21,7 +21,7 @@ namespace bench {
 namespace {
 
 constexpr char kVariable[] = "SVO_BENCH_FAMILY";
-constexpr int kPatienceMs = 10'000;
+constexpr int kTimeoutMs = 10'000;
 constexpr double kBytesPerKilobyte = 1024;
 constexpr double kBytesPerMegabyte = 1e6;
 
@@ -34,7 +34,7 @@ std::string processFile(pid_t process, const char* name) {
   return "/proc/" + std::to_string(process) + "/" + name;
 }
 
-// The variables lie one behind the other, each with a NUL behind it.
+// Each variable ends with a NUL.
 bool hasVariable(pid_t process, const std::string& variable) {
   const std::string all = '\0' + contents(processFile(process, "environ"));
   return all.find('\0' + variable + '\0') != std::string::npos;
@@ -47,9 +47,9 @@ double proportionalBytes(pid_t process) {
   return at == std::string::npos ? 0 : std::atof(sizes.c_str() + at + sizeof kName - 1) * kBytesPerKilobyte;
 }
 
-bool isEnded(const platform::UniqueFd& process) {
+bool hasEnded(const platform::UniqueFd& process) {
   pollfd end = {process.get(), POLLIN, 0};
-  return ::poll(&end, 1, kPatienceMs) == 1;
+  return ::poll(&end, 1, kTimeoutMs) == 1;
 }
 
 }  // namespace
@@ -74,8 +74,9 @@ void ProcessFamily::end() const {
   for (const pid_t member : members()) {
     const platform::UniqueFd process(::pidfd_open(member, 0));
     if (!process) continue;
-    (void)::pidfd_send_signal(process.get(), SIGTERM, nullptr, 0);  // fails only when it has ended already
-    if (!isEnded(process)) throw std::runtime_error("process " + std::to_string(member) + " does not end");
+    (void)::pidfd_send_signal(process.get(), SIGTERM, nullptr, 0);  // fails only if it has ended
+    if (!hasEnded(process))
+      throw std::runtime_error("process " + std::to_string(member) + " does not end after SIGTERM");
   }
 }
 

@@ -1,7 +1,9 @@
-// Every process of a program: its own, the page and the network process of its web view, and whatever else it starts.
+// All processes of a program: its own, the page process and the network process of its web view, and all others that it
+// starts.
 //
-// They are known by a variable that they inherit in their environment, so that one which has left its parent is found
-// too. Only processes of the same user are seen.
+// - The processes are identified by an environment variable that they inherit. A process with another parent is found
+// too.
+// - Only processes of the same user are found.
 
 #pragma once
 
@@ -15,17 +17,17 @@ namespace bench {
 
 class ProcessFamily {
  public:
-  // A family that has no process yet; no other of this process has the same mark.
+  // A family without processes. Its mark is unique.
   ProcessFamily();
 
-  // The variable, and the value of it, that the program has to be started with.
+  // The name and the value of the environment variable to start the program with.
   std::pair<std::string, std::string> mark() const;
 
-  // The memory of all its processes, in megabytes (10^6 bytes): the sum of their proportional set sizes, in which a
-  // page that n processes share counts an n-th for each. A process that ends meanwhile counts nothing.
+  // The memory of all processes, in megabytes (10^6 bytes): the sum of their proportional set sizes. A page that n
+  // processes share counts 1/n for each. A process that ends during the call counts 0.
   double memory() const;
 
-  // Tells all that still run to end and waits for their ends. Throws std::runtime_error when one does not end.
+  // Terminates all running processes and waits for their ends. Throws std::runtime_error if one does not end.
   void end() const;
 
  private:

@@ -1,4 +1,4 @@
-// One run of a sign-in window, the project's own or the bare one, from its start to its last process's end.
+// One run of a sign-in window, ours or the peer's: from the start of the program to the end of its last process.
 
 #pragma once
 
@@ -9,36 +9,38 @@
 #include <vector>
 
 #include "bench/window/ProcessFamily.h"
-#include "examples/launcher/AnswerPipe.h"
+#include "tests/endtoend/MessagePipe.h"
+#include "tests/support/Files.h"
 #include "tests/tools/support/ChildProcess.h"
 
 namespace bench {
 
 class WindowRun {
  public:
-  // The command that starts a window which answers into the pipe at `pipePath`.
+  // Returns the command that starts a window with the message pipe `pipePath`.
   using Command = std::function<std::vector<std::string>(const std::string& pipePath)>;
 
-  // Starts the window on the X display `display`. Throws std::runtime_error when it cannot be started.
+  // Starts the window on the X display `display`. Throws std::runtime_error if it cannot be started.
   WindowRun(const Command& command, const std::string& display);
 
-  // Waits for the window's message and returns it. Throws std::runtime_error when none comes.
+  // Waits for the message of the window. Throws std::runtime_error after a timeout.
   std::string message();
 
-  // Waits until `condition` holds, which an event of the default main context has to make true. Throws
-  // std::runtime_error when the window ends before, or nothing happens for long.
+  // Waits until `condition` is true. It is checked after each event of the default main context. Throws
+  // std::runtime_error if the window ends before, and after a timeout.
   void waitFor(const std::function<bool()>& condition);
 
   double memory() const { return family_.memory(); }
 
-  // Closes the window, which need not have given its message.
+  // Closes the window. It may not have sent its message yet.
   void close() { window_.signal(SIGTERM); }
 
-  // Waits until nothing of the window runs any more. It ends by itself after its message.
+  // Waits for the end of all processes. The window ends by itself after its message.
   void waitForEnd();
 
  private:
-  launcher::AnswerPipe pipe_;
+  support::TemporaryFolder folder_;
+  endtoend::MessagePipe pipe_;
   ProcessFamily family_;
   tools::ChildProcess window_;
 };

@@ -1,9 +1,11 @@
-// Measures the sign-in window against the bare one, in pairs: how long it takes from the start of the program to its
-// message, and how much memory all its processes take while they show a sign-in page. And, without a peer, how long a
-// person looks at a window that has failed already.
+// Benchmark of the sign-in window.
 //
-// Has to be run through tests/support/in-own-home, so that no window touches the home folder of a person. The windows
-// appear on a virtual display of the bench's own. Exits with 0 when everything was measured, whatever came out.
+// - The time from the start of the program to its message, against bare-window.
+// - The memory of all processes while a sign-in page is shown, against bare-window.
+// - The time from a load failure to the end of the program, without a peer.
+//
+// Must be run through tests/support/in-own-home, so that no window uses the real home folder. The windows are shown on
+// a virtual display. The exit status is 0 if everything was measured, whatever the results.
 
 #include <algorithm>
 #include <chrono>
@@ -16,7 +18,6 @@
 #include "bench/Report.h"
 #include "bench/window/BenchSite.h"
 #include "bench/window/WindowRun.h"
-#include "examples/launcher/Answer.h"
 #include "platform/Machine.h"
 #include "tests/support/Home.h"
 #include "tests/tools/hand/VirtualDisplay.h"
@@ -38,7 +39,7 @@ class WindowBench {
   Pairs start() { return inPairs(kPairsOfStarts, &WindowBench::millisecondsToMessage); }
   Pairs memory() { return inPairs(kPairsOfMemory, &WindowBench::memoryOfSignIn); }
 
-  // Of all the failures the slowest.
+  // Milliseconds; the maximum of all failures.
   double end() {
     double slowest = 0;
     for (std::size_t i = 0; i < kFailures; ++i)
@@ -49,7 +50,7 @@ class WindowBench {
  private:
   using Measurement = double (WindowBench::*)(Side);
 
-  // The first pair only fills the caches of the disk and of the fonts.
+  // The first pair is not counted: it fills the disk cache and the font cache.
   Pairs inPairs(std::size_t count, Measurement measure) {
     (void)(this->*measure)(Side::kOurs);
     (void)(this->*measure)(Side::kPeer);
@@ -68,7 +69,7 @@ class WindowBench {
     const std::string message = run.message();
     const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
 
-    if (launcher::read(message).code != launcher::kSignedIn) throw std::runtime_error("not signed in: " + message);
+    if (message.rfind("<result>", 0) != 0) throw std::runtime_error("not signed in: " + message);
     run.waitForEnd();
     return time.count();
   }
@@ -76,7 +77,7 @@ class WindowBench {
   double millisecondsFromFailureToEnd() {
     WindowRun run(command(Side::kOurs, site_.failingAddress()), display_.name());
     const std::string message = run.message();
-    if (launcher::read(message).code != launcher::kLoadFailed) throw std::runtime_error("not failed: " + message);
+    if (message != "<errorNo><error>2</error></errorNo>") throw std::runtime_error("the load did not fail: " + message);
     run.waitForEnd();
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - site_.failedAt()).count();
   }
@@ -86,7 +87,7 @@ class WindowBench {
     WindowRun run(command(side, site_.signInAddress()), display_.name());
     run.waitFor([&] { return site_.shown() > shownBefore; });
     const double memory = run.memory();
-    if (!(memory > 0)) throw std::runtime_error("the system does not tell the memory of processes");
+    if (!(memory > 0)) throw std::runtime_error("the memory of the processes cannot be read");
     run.close();
     run.waitForEnd();
     return memory;

@@ -1,4 +1,4 @@
-// The example launchers: what they make of the messages, and what they leave behind.
+// The example launchers: their output, their exit status, and that they remove their pipes.
 
 #include <signal.h>
 
@@ -9,49 +9,34 @@
 #include <string>
 #include <vector>
 
-#include "examples/launcher/Answer.h"
 #include "tests/endtoend/EndToEndTest.h"
 
 namespace endtoend {
 namespace {
 
-using testing::HasSubstr;
+using testing::EndsWith;
 using testing::StartsWith;
 
-TEST(AnswerTest, TheAddressIsUnescapedOnce) {
-  EXPECT_EQ(launcher::read(result("h?a=1&amp;b=&apos;&lt;&amp;amp;&quot;&gt;")).address, "h?a=1&b='<&amp;\">");
-}
-
-TEST(AnswerTest, EachCodeIsRead) {
-  EXPECT_EQ(launcher::read(result("h")).code, launcher::kSignedIn);
-  EXPECT_EQ(launcher::read(kWindowClosed).code, launcher::kWindowClosed);
-  EXPECT_EQ(launcher::read(kLoadFailed).code, launcher::kLoadFailed);
-  EXPECT_EQ(launcher::read(kOptionsMissing).code, launcher::kOptionsMissing);
-}
-
-TEST(AnswerTest, AMessageThatWasCutIsNoAnswer) {
-  EXPECT_EQ(launcher::read("<result><URL>h?code=12").code, launcher::kNoAnswer);
-  EXPECT_EQ(launcher::read("<result></result>").code, launcher::kNoAnswer);
-  EXPECT_EQ(launcher::read("").code, launcher::kNoAnswer);
-}
+constexpr int kNoMessage = 3;
 
 class LauncherTest : public EndToEndTest {
  protected:
   LauncherTest() { std::filesystem::create_directory(temporary("pipes")); }
 
-  void startLauncher(const std::string& program = SVO_SIGNIN_PROGRAM) {
-    startLauncher({SVO_LAUNCHER, program, *options.signIn, *options.redirect, *options.enterprise});
+  std::vector<std::string> command(const std::string& window = SVO_SIGNIN_PROGRAM) {
+    return {SVO_LAUNCHER, window, *options.signIn, *options.redirect, *options.enterprise};
   }
 
-  void startLauncher(const std::vector<std::string>& command) {
+  void start(const std::vector<std::string>& command) {
     tools::ChildProcess::Setup setup;
     setup.command = command;
     setup.environment = {{"DISPLAY", display.name()}, {"TMPDIR", temporary("pipes")}};
+    std::filesystem::remove(temporary("output"));
     setup.outputFile = temporary("output");
     launcher_ = std::make_unique<tools::ChildProcess>(setup);
   }
 
-  // Waits for the launcher's end and gives what it printed. It must have put its pipe away.
+  // Waits for the end of the launcher and returns what it printed.
   std::string output() {
     until("the launcher", [&] { return launcher_->ended(); });
     EXPECT_TRUE(std::filesystem::is_empty(temporary("pipes")));
@@ -59,42 +44,80 @@ class LauncherTest : public EndToEndTest {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
+  // The output for a window that only sends `message`. Sets the exit status.
+  std::string outputFor(const std::string& message) {
+    std::ofstream(temporary("message")) << message;
+    std::ofstream(temporary("window")) << "#!/bin/sh\nfor option do case $option in --pipeName=*) cat '"
+                                       << temporary("message").string() << "' >\"${option#*=}\" ;; esac done\n";
+    std::filesystem::permissions(temporary("window"), std::filesystem::perms::owner_all);
+    start(command(temporary("window")));
+    return output();
+  }
+
   std::unique_ptr<tools::ChildProcess> launcher_;
 };
 
-TEST_F(LauncherTest, PrintsTheMessageAndWhatItMeans) {
+TEST_F(LauncherTest, PrintsTheMessageAndItsMeaning) {
   site.serve("/signin", redirectTo(site.address("/done?a=1&b=2")));
-  startLauncher();
+  start(command());
   EXPECT_EQ(output(), "message: " + result(site.address("/done?a=1&amp;b=2")) +
                           "\nmeaning: signed in; the result is the query of " + site.address("/done?a=1&b=2") + "\n");
   EXPECT_EQ(launcher_->exitStatus(), 0);
 }
 
-TEST_F(LauncherTest, TakesAMessageOfSixtyKilobytesWhole) {
+TEST_F(LauncherTest, UnescapesTheAddressOnce) {
+  EXPECT_THAT(outputFor(result("h?a=1&amp;b=&apos;&lt;&amp;amp;&amp;lt;&quot;&gt;")),
+              EndsWith(" is the query of h?a=1&b='<&amp;&lt;\">\n"));
+}
+
+TEST_F(LauncherTest, ExitsWithTheErrorNumber) {
+  EXPECT_THAT(outputFor(kWindowClosed), EndsWith("meaning: the user closed the window\n"));
+  EXPECT_EQ(launcher_->exitStatus(), 1);
+  EXPECT_THAT(outputFor(kLoadFailed), EndsWith("meaning: a page failed to load\n"));
+  EXPECT_EQ(launcher_->exitStatus(), 2);
+  EXPECT_THAT(outputFor(kOptionsMissing), EndsWith("without a required option\n"));
+  EXPECT_EQ(launcher_->exitStatus(), 255);
+}
+
+TEST_F(LauncherTest, RejectsATruncatedMessage) {
+  for (const char* message : {"<result><URL>h?code=12", "<result></result>", "<errorNo><error>1", ""}) {
+    EXPECT_THAT(outputFor(message), EndsWith("meaning: the window ended without a message\n"));
+    EXPECT_EQ(launcher_->exitStatus(), kNoMessage);
+  }
+}
+
+TEST_F(LauncherTest, ReadsAMessageOfSixtyKilobytes) {
   const std::string address = site.address("/done#" + std::string(60'000, 'x'));
   site.serve("/signin", pageThatGoesTo(address));
-  startLauncher();
+  start(command());
   EXPECT_THAT(output(), StartsWith("message: " + result(address) + "\n"));
 }
 
-TEST_F(LauncherTest, AWindowThatEndsWithoutAnAnswerIsReported) {
-  startLauncher("/bin/true");
-  EXPECT_THAT(output(), HasSubstr("ended without an answer"));
-  EXPECT_EQ(launcher_->exitStatus(), launcher::kNoAnswer);
+TEST_F(LauncherTest, WorksWithMoreThan1024OpenDescriptors) {
+  site.serve("/signin", redirectTo(site.address("/done")));
+  std::vector<std::string> shell = {
+      "/bin/bash", "-c",
+      "ulimit -n 2048; for ((i = 3; i < 1100; ++i)); do eval \"exec $i</dev/null\"; done; "
+      "exec \"$@\"",
+      "bash"};
+  const std::vector<std::string> launcher = command();
+  shell.insert(shell.end(), launcher.begin(), launcher.end());
+  start(shell);
+  EXPECT_THAT(output(), StartsWith("message: " + result(site.address("/done")) + "\n"));
 }
 
-TEST_F(LauncherTest, AProgramThatIsNotThereIsReported) {
-  startLauncher("/nowhere/svo-signin");
+TEST_F(LauncherTest, ReportsAMissingProgram) {
+  start(command("/nowhere/svo-signin"));
   EXPECT_EQ(output(), "");
-  EXPECT_EQ(launcher_->exitStatus(), launcher::kNoAnswer);
+  EXPECT_EQ(launcher_->exitStatus(), kNoMessage);
 }
 
-TEST_F(LauncherTest, StoppingItClosesTheWindow) {
-  startLauncher();
+TEST_F(LauncherTest, ClosesTheWindowOnSigterm) {
+  start(command());
   untilAsked("/signin");
   launcher_->signal(SIGTERM);
   EXPECT_THAT(output(), StartsWith("message: " + kWindowClosed + "\n"));
-  EXPECT_EQ(launcher_->exitStatus(), launcher::kWindowClosed);
+  EXPECT_EQ(launcher_->exitStatus(), 1);
 }
 
 // The Python program of the README, with this test's addresses in place of the ones there.
@@ -112,7 +135,7 @@ class PythonLauncherTest : public LauncherTest {
     return text + "print(message)\n";
   }
 
-  void startPython(const std::string& program) { startLauncher({"/usr/bin/python3", "-c", program}); }
+  void startPython(const std::string& program) { start({"/usr/bin/python3", "-c", program}); }
 
  private:
   static inline const std::string kBegin = "```python\n";
