@@ -23,7 +23,6 @@ extern "C" {  // missing in some versions of the header
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <regex>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -100,10 +99,12 @@ std::string between(const std::string& head, const std::string& tail, const std:
 
 std::string unescaped(std::string text) {
   // "&amp;" is the last one, so that "&amp;lt;" becomes "&lt;" and not "<".
-  const std::pair<const char*, const char*> entities[] = {
-      {"&quot;", "\""}, {"&apos;", "'"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&amp;", "&"}};
-  for (const auto& [entity, character] : entities)
-    text = std::regex_replace(text, std::regex(entity), character);
+  const std::pair<std::string, char> entities[] = {
+      {"&quot;", '"'}, {"&apos;", '\''}, {"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}};
+  for (const auto& [entity, character] : entities) {
+    for (auto at = text.find(entity); at != std::string::npos; at = text.find(entity, at + 1))
+      text.replace(at, entity.size(), 1, character);
+  }
   return text;
 }
 
