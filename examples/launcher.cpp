@@ -57,6 +57,7 @@ void onStop(int) {
 
 void startWindow(std::vector<std::string> command) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& argument : command)
     arguments.push_back(argument.data());
   arguments.push_back(nullptr);
