@@ -15,7 +15,7 @@
 
 namespace platform {
 
-// The user whose session is on the screen of the first seat, on macOS at the console; nothing when nobody is logged in
+// The user whose session is on the screen of the first seat, on macOS at the console; nothing when no user is logged in
 // there.
 std::optional<uid_t> consoleUser();
 
