@@ -1,13 +1,10 @@
-# A free implementation of Foundation and AppKit, for tests of what is written in Objective-C++: svo::gnustep-base and
-# svo::gnustep-gui. Their headers count as the system's.
+# svo::gnustep-base and svo::gnustep-gui: a free implementation of Foundation and AppKit, for the tests of the
+# Objective-C++ sources. Their headers are system headers.
 
 if(NOT CMAKE_OBJCXX_COMPILER)
   set(CMAKE_OBJCXX_COMPILER "${CMAKE_CXX_COMPILER}")
 endif()
 enable_language(OBJCXX)
-set(CMAKE_OBJCXX_STANDARD ${CMAKE_CXX_STANDARD})
-set(CMAKE_OBJCXX_STANDARD_REQUIRED ON)
-set(CMAKE_OBJCXX_EXTENSIONS OFF)
 
 find_program(SVO_GNUSTEP_CONFIG gnustep-config REQUIRED)
 find_path(SVO_GNUSTEP_HEADERS Foundation/Foundation.h PATH_SUFFIXES GNUstep REQUIRED)
@@ -18,12 +15,12 @@ function(svo_gnustep_library name)
   separate_arguments(compile UNIX_COMMAND "${compile}")
   separate_arguments(link UNIX_COMMAND "${link}")
 
-  # What concerns warnings, optimisation and dependency files is the project's own affair.
+  # Drop the options for warnings, optimisation and dependency files.
   list(FILTER compile INCLUDE REGEX "^-(D|f|pthread)")
   list(FILTER compile EXCLUDE REGEX "^-fPIC$")
   list(FILTER link INCLUDE REGEX "^-l")
 
-  # clang++ has neither this runtime's headers nor its calls by itself.
+  # clang++ must be told the runtime and the folder of its headers.
   execute_process(COMMAND gcc -print-file-name=include OUTPUT_VARIABLE runtime OUTPUT_STRIP_TRAILING_WHITESPACE)
   set(clang -fobjc-runtime=gcc "SHELL:-idirafter ${runtime}")
 

@@ -1,14 +1,21 @@
-# What every target of the project shares: warnings, include root, sanitizers.
+# Functions that create targets with the common settings.
 
 if(SVO_PLATFORM STREQUAL "linux")
   find_package(PkgConfig REQUIRED)
 endif()
 
+# svo_configure(TARGET): the include root, C++17, the warnings and the sanitizers.
 function(svo_configure target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    OBJCXX_STANDARD 17
+    OBJCXX_STANDARD_REQUIRED ON
+    OBJCXX_EXTENSIONS OFF)
   target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Werror)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion $<$<BOOL:${SVO_WERROR}>:-Werror>)
   if(SVO_PLATFORM STREQUAL "macos")
-    # Objects are given back by hand, which the interfaces of that time ask for.
+    # The sources use manual reference counting.
     target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-fno-objc-arc>")
   endif()
   if(SVO_SANITIZE STREQUAL "address")
@@ -25,14 +32,14 @@ function(svo_configure target)
   endif()
 endfunction()
 
-# svo_library(NAME SOURCES ... [LINK ...] [PRIVATE_LINK ...]): a static library `svo-NAME`, used as svo::NAME.
+# svo_library(NAME SOURCES ... [LINK ...] [PRIVATE_LINK ...]): a static library svo-NAME with the alias svo::NAME.
 function(svo_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
   add_library(svo-${name} STATIC ${ARG_SOURCES})
   add_library(svo::${name} ALIAS svo-${name})
   set_target_properties(svo-${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
   target_link_libraries(svo-${name} PUBLIC ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
-  # Names that are unique in a whole process could not be kept within the one object that strangers link.
+  # objcopy cannot make symbols of the type GNU_UNIQUE local, as nativeutils/one-object requires.
   target_compile_options(svo-${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   svo_configure(svo-${name})
 endfunction()

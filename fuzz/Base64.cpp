@@ -9,7 +9,7 @@
 
 namespace {
 
-const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+const std::string kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 struct Decoded {
   std::string bytes;
@@ -32,7 +32,7 @@ Decoded decodeSimply(const std::string& text) {
 
     unsigned long bits = 0;
     for (const char c : group) {
-      const std::size_t value = alphabet.find(c);
+      const std::size_t value = kAlphabet.find(c);
       bits = bits * 64 + (value == std::string::npos ? 0 : value);
     }
     for (int byte = 0; byte < bytes; ++byte)

@@ -12,7 +12,7 @@ struct Entity {
   char character;
 };
 
-constexpr std::array<Entity, 5> entities = {
+constexpr std::array<Entity, 5> kEntities = {
     {{"&quot;", '"'}, {"&amp;", '&'}, {"&apos;", '\''}, {"&lt;", '<'}, {"&gt;", '>'}}};
 
 std::string unescaped(const std::string& text) {
@@ -23,7 +23,7 @@ std::string unescaped(const std::string& text) {
       continue;
     }
     bool isKnown = false;
-    for (const Entity& entity : entities) {
+    for (const Entity& entity : kEntities) {
       const std::string_view name = entity.name;
       if (text.compare(i, name.size(), name) != 0) continue;
       plain += entity.character;

@@ -15,12 +15,12 @@ namespace {
 
 // The number in the leading digits; -1 if there are none or the number is too large.
 long long leadingNumber(const std::string& text) {
-  constexpr long long largest = std::numeric_limits<int>::max();
+  constexpr long long kLargest = std::numeric_limits<int>::max();
   const std::string digits = text.substr(0, text.find_first_not_of("0123456789"));
   long long number = digits.empty() ? -1 : 0;
   for (const char digit : digits)
-    number = std::min(number * 10 + (digit - '0'), largest + 1);
-  return number > largest ? -1 : number;
+    number = std::min(number * 10 + (digit - '0'), kLargest + 1);
+  return number > kLargest ? -1 : number;
 }
 
 void requireRelease(const std::string& release) {

@@ -13,8 +13,8 @@
 #include "nativeutils/Component.h"
 
 using nativeutils::kComponent;
-using nativeutils_base64::alphabet;
 using nativeutils_base64::Group;
+using nativeutils_base64::kAlphabet;
 
 namespace {
 
@@ -39,7 +39,7 @@ struct Pair {
 constexpr std::array<Pair, 4096> makePairs() {
   std::array<Pair, 4096> pairs{};
   for (std::size_t bits = 0; bits < pairs.size(); ++bits)
-    pairs[bits] = {{alphabet[bits >> 6], alphabet[bits & 0x3F]}};
+    pairs[bits] = {{kAlphabet[bits >> 6], kAlphabet[bits & 0x3F]}};
   return pairs;
 }
 

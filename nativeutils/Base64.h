@@ -16,7 +16,7 @@
 /// @cond
 namespace nativeutils_base64 {
 
-constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 constexpr bool isTaken(unsigned char c) {
   return (c >= '0' && c <= 'z') || c == '+' || c == '/';
@@ -81,16 +81,16 @@ OutputIterator Base64Encode(InputIterator begin, InputIterator end, OutputIterat
   unsigned carry = 0;
   for (; begin != end; ++begin) {
     const unsigned byte = static_cast<unsigned char>(*begin);
-    *out++ = nativeutils_base64::alphabet[carry | byte >> (offset + 2)];
+    *out++ = nativeutils_base64::kAlphabet[carry | byte >> (offset + 2)];
     carry = byte << (4 - offset) & 0x3F;
     offset += 2;
     if (offset < 6) continue;
-    *out++ = nativeutils_base64::alphabet[carry];
+    *out++ = nativeutils_base64::kAlphabet[carry];
     carry = 0;
     offset = 0;
   }
   if (offset == 0) return out;
-  *out++ = nativeutils_base64::alphabet[carry];
+  *out++ = nativeutils_base64::kAlphabet[carry];
   for (int left = offset; left < 6; left += 2)
     *out++ = '=';
   return out;

@@ -1,5 +1,5 @@
-# The library that installer programs link: this room and all beneath it in one file, shared and static, of which only
-# what the public headers declare is meant to be used. Installed as the components `nativeutils` and `nativeutils-dev`.
+# The shared and the static library for installer programs. Each contains this module and the modules below it, and exports
+# only what the public headers declare. Installed as the components `nativeutils` and `nativeutils-dev`.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -13,7 +13,7 @@ set_target_properties(nativeutils PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR})
 if(SVO_PLATFORM STREQUAL "linux")
-  # Stays loaded: a thread of its own may sleep until a started program ends.
+  # nodelete: a thread of the library may still wait for the end of a started program.
   target_link_options(nativeutils PRIVATE "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/exports.map"
                                           LINKER:--as-needed LINKER:--no-undefined LINKER:-z,nodelete)
   set_property(TARGET nativeutils PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/exports.map")
@@ -23,19 +23,19 @@ else()
   set_property(TARGET nativeutils PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/exports.macos")
 endif()
 
-# The static library is one object, whose inner names are its own: a program that has a class Logger too keeps it.
-set(rooms nativeutils applog logging platform)
-list(TRANSFORM rooms REPLACE "(.+)" "$<TARGET_OBJECTS:svo-\\1>" OUTPUT_VARIABLE objects)
+# The static library is a single object with local symbols, so that a program may have a class Logger too.
+set(modules nativeutils applog logging platform)
+list(TRANSFORM modules REPLACE "(.+)" "$<TARGET_OBJECTS:svo-\\1>" OUTPUT_VARIABLE objects)
 if(SVO_PLATFORM STREQUAL "linux")
-  set(whole "${CMAKE_CURRENT_BINARY_DIR}/nativeutils.o")
+  set(object "${CMAKE_CURRENT_BINARY_DIR}/nativeutils.o")
   add_custom_command(
-    OUTPUT "${whole}"
+    OUTPUT "${object}"
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/one-object" "${CMAKE_CXX_COMPILER}" "${CMAKE_NM}" "${CMAKE_OBJCOPY}"
-            "$<TARGET_FILE:nativeutils>" "${whole}" "${objects}"
+            "$<TARGET_FILE:nativeutils>" "${object}" "${objects}"
     DEPENDS one-object nativeutils "${objects}"
     COMMAND_EXPAND_LISTS VERBATIM)
-  set_source_files_properties("${whole}" PROPERTIES EXTERNAL_OBJECT TRUE GENERATED TRUE)
-  set(objects "${whole}")
+  set_source_files_properties("${object}" PROPERTIES EXTERNAL_OBJECT TRUE GENERATED TRUE)
+  set(objects "${object}")
 endif()
 add_library(nativeutils-static STATIC ${objects})
 set_target_properties(nativeutils-static PROPERTIES
@@ -43,19 +43,17 @@ set_target_properties(nativeutils-static PROPERTIES
   OUTPUT_NAME nativeutils
   EXPORT_NAME nativeutils_static)
 
-# Plain names of system libraries: whoever links the shared library needs none of their development files.
-set(system_libraries)
-if(SVO_PLATFORM_MODULES)
-  pkg_check_modules(NATIVEUTILS_SYSTEM REQUIRED ${SVO_PLATFORM_MODULES})
-  set(system_libraries ${NATIVEUTILS_SYSTEM_LIBRARIES})
-endif()
-list(TRANSFORM SVO_PLATFORM_FRAMEWORKS PREPEND "-framework " OUTPUT_VARIABLE frameworks)
-target_link_libraries(nativeutils-static INTERFACE ${system_libraries} ${frameworks})
+# Linker options instead of targets: programs that link the shared library do not need the development files.
+get_target_property(system_libraries svo-platform SVO_SYSTEM_LIBRARIES)
+target_link_libraries(nativeutils-static INTERFACE ${system_libraries})
+
+# The names of the installed package, for projects that add this one with add_subdirectory.
+add_library(nativeutils::nativeutils ALIAS nativeutils)
+add_library(nativeutils::nativeutils_static ALIAS nativeutils-static)
 
 foreach(library IN ITEMS nativeutils nativeutils-static)
   svo_configure(${library})
   target_include_directories(${library} INTERFACE "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
-  target_compile_features(${library} INTERFACE cxx_std_17)
 endforeach()
 
 install(TARGETS nativeutils nativeutils-static EXPORT nativeutils
@@ -70,14 +68,10 @@ write_basic_package_version_file(nativeutils-config-version.cmake COMPATIBILITY 
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/nativeutils-config-version.cmake" DESTINATION "${package_folder}"
         COMPONENT nativeutils-dev)
 
-# The prefix is found from where the file lies, so that an installed tree may be moved.
+# The prefix is relative to the folder of the file, so that an installed tree may be moved.
 file(RELATIVE_PATH prefix_from_pc "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" prefix_from_pc "${prefix_from_pc}")
-list(TRANSFORM system_libraries PREPEND "-l" OUTPUT_VARIABLE private_libraries)
-list(JOIN private_libraries " " private_libraries)
-if(frameworks)
-  list(JOIN frameworks " " private_libraries)
-endif()
+list(JOIN system_libraries " " private_libraries)
 configure_file(nativeutils.pc.in nativeutils.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/nativeutils.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
         COMPONENT nativeutils-dev)

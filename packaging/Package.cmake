@@ -1,4 +1,4 @@
-# How the packages are made: `./dev package`, or the target `package`. One Debian package a component.
+# The Debian packages, one per component: `./dev package` or the target `package`.
 
 set(SVO_MAINTAINER "Kelvo Sign-in Maintainers <maintainers@example.com>")
 
@@ -15,8 +15,8 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 
-# The linked libraries are read from the program. It also starts the sandbox's two programs, and loads TLS and those
-# whom to trust while it runs. Icon themes whose images are SVG need somebody to draw them.
+# The linked libraries are found by dpkg-shlibdeps. At run time the program also starts the two programs of the sandbox and
+# loads the TLS module and the trusted certificates. Icon themes with SVG images need librsvg.
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_NAME svo-signin)
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_DEPENDS "bubblewrap, ca-certificates, glib-networking, xdg-dbus-proxy")
@@ -24,14 +24,14 @@ set(CPACK_DEBIAN_SIGNIN_PACKAGE_RECOMMENDS librsvg2-common)
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_SUGGESTS www-browser)
 set(CPACK_DEBIAN_SIGNIN_DESCRIPTION [[
 sign-in window for installers and launchers
-A small window in which a person signs in to a web service on behalf of an
-installer or launcher. It is started with six options and answers through a
-named pipe: with the address at which the sign-in ended, or with a number that
-says why it did not.
+A small window in which a user signs in to a web service on behalf of an
+installer or launcher. It is started with six options and sends one message
+through a named pipe: the address at which the sign-in ended, or an error
+number.
 .
-The window never reads a page, and keeps nothing once it has closed.]])
+The window never reads a page, and stores nothing on disk except its log.]])
 
-# CPack calls ldconfig from scripts of its own making; Debian's way is a trigger. Both do no harm.
+# Debian runs ldconfig by a trigger. CPack adds scripts that run it too, which is harmless.
 set(library_control "${CMAKE_CURRENT_BINARY_DIR}/libnativeutils")
 file(WRITE "${library_control}/shlibs"
      "libnativeutils ${PROJECT_VERSION_MAJOR} libnativeutils${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})\n")
@@ -43,19 +43,21 @@ set(CPACK_DEBIAN_NATIVEUTILS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_NATIVEUTILS_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_NATIVEUTILS_DESCRIPTION [[
 files, backups, processes and system queries for installers
-What installer programs share: folders put aside and back, files written whole
-or not at all, Base64, programs started and waited for, questions about the
-user, the machine and its volumes, with a log that all of them write into.]])
+Functions for installer programs: backup and restore of folders, atomic file
+writing, Base64, starting and waiting for programs, and queries about the
+user, the machine and its volumes. All functions write to a common log.]])
 
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_NAME libnativeutils-dev)
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_DEPENDS "libnativeutils${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
-# Only the static library wants them.
+# Only needed for the static library.
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_PACKAGE_RECOMMENDS "libglib2.0-dev, libsystemd-dev, libxcb1-dev")
 set(CPACK_DEBIAN_NATIVEUTILS-DEV_DESCRIPTION [[
 files, backups, processes, system queries (development)
-Headers, the static library, and what CMake and pkg-config want to know to
-build an installer program with libnativeutils.]])
+Headers, the static library, and the files with which CMake and pkg-config
+find libnativeutils.]])
 
-include(CPack)
+if(PROJECT_IS_TOP_LEVEL)
+  include(CPack)
+endif()

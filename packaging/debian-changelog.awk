@@ -1,4 +1,4 @@
-# Prints the newest section of CHANGELOG.md as an entry of a Debian changelog; needs `maintainer` and `date`.
+# Prints the newest section of CHANGELOG.md as a Debian changelog entry. Needs the variables `maintainer` and `date`.
 
 function flush_item(    word, line, i, count) {
   if (item == "") return

@@ -18,9 +18,9 @@ namespace {
 
 // 1 MiB without a NUL, where some of the functions stop, and without padding.
 std::string makeBytes() {
-  constexpr std::size_t size = (std::size_t{1} << 20) / 3 * 3;
+  constexpr std::size_t kSize = (std::size_t{1} << 20) / 3 * 3;
   std::minstd_rand random;
-  std::string bytes(size, '\0');
+  std::string bytes(kSize, '\0');
   for (char& byte : bytes)
     byte = static_cast<char>(1 + random() % 255);
   return bytes;
@@ -48,9 +48,9 @@ std::size_t runPeer(Function function, const std::string& in, std::size_t capaci
 // The minimum of several calls: a call is so short that other load on the machine would dominate a mean.
 template <typename Body>
 double shortestSeconds(const Body& body) {
-  constexpr int calls = 16;
+  constexpr int kCalls = 16;
   double shortest = secondsOf(body);
-  for (int i = 1; i < calls; ++i)
+  for (int i = 1; i < kCalls; ++i)
     shortest = std::min(shortest, secondsOf(body));
   return shortest;
 }
@@ -59,7 +59,7 @@ template <typename Ours, typename Peer>
 Pairs megabytesPerSecond(std::size_t size, const Ours& ours, const Peer& peer) {
   const double megabytes = static_cast<double>(size) / 1e6;
   Pairs pairs;
-  for (int i = 0; i < repetitions; ++i) {
+  for (int i = 0; i < kRepetitions; ++i) {
     const double first = megabytes / shortestSeconds(ours);
     pairs.add(first, megabytes / shortestSeconds(peer));
   }

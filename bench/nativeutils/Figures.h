@@ -5,7 +5,7 @@
 namespace bench {
 
 // The number of pairs per figure.
-constexpr int repetitions = 9;
+constexpr int kRepetitions = 9;
 
 // Base64 against OpenSSL, and text with line breaks against text without.
 void measureBase64();

@@ -55,12 +55,12 @@ void makeFile(const std::string& path) {
 
 // Creates 100,000 entries, including the folders.
 void makeTree(const std::string& path, int folders) {
-  constexpr int entries = 100000;
+  constexpr int kEntries = 100000;
   require(::mkdir(path.c_str(), 0777) == 0, path);
   for (int i = 0; i < folders; ++i) {
     const std::string folder = path + "/folder " + std::to_string(i);
     require(::mkdir(folder.c_str(), 0777) == 0, folder);
-    for (int j = 0; j < entries / folders - 1; ++j)
+    for (int j = 0; j < kEntries / folders - 1; ++j)
       makeFile(folder + "/file " + std::to_string(j));
   }
 }
@@ -74,17 +74,17 @@ double secondsAfterSync(const std::string& folder, const std::function<double()>
 
 // All trees are created first: some file systems are slow to reuse freed blocks.
 void measureDeletion(const std::string& name, int folders) {
-  constexpr int pairsOfTrees = 5;
+  constexpr int kPairsOfTrees = 5;
   const support::TemporaryFolder folder;
   const auto tree = [&](int i) { return folder / std::to_string(i); };
-  for (int i = 0; i < 2 * pairsOfTrees; ++i)
+  for (int i = 0; i < 2 * kPairsOfTrees; ++i)
     makeTree(tree(i), folders);
   const auto ours = [&](int i) {
     return secondsOf([&] { require(utilDeleteFolder(tree(i), false, false), "utilDeleteFolder"); });
   };
   const auto peer = [&](int i) { return secondsOfProgram({"rm", "-rf", tree(i)}); };
   Pairs pairs;
-  for (int i = 0; i < 2 * pairsOfTrees; i += 2) {
+  for (int i = 0; i < 2 * kPairsOfTrees; i += 2) {
     const double first = secondsAfterSync(folder.path(), [&] { return ours(i); });
     pairs.add(first * 1e3, secondsAfterSync(folder.path(), [&] { return peer(i + 1); }) * 1e3);
   }
@@ -96,7 +96,7 @@ void measureScan(const std::string& name, int folders) {
   const std::string tree = folder / "tree";
   makeTree(tree, folders);
   Pairs pairs;
-  for (int i = 0; i < repetitions; ++i) {
+  for (int i = 0; i < kRepetitions; ++i) {
     makeFile(tree + "/App");
     std::string backup;
     const double ours =
@@ -109,14 +109,14 @@ void measureScan(const std::string& name, int folders) {
 
 // Without holes and without equal blocks, which a file system could omit or share.
 void makeLargeFile(const std::string& path) {
-  constexpr std::size_t mebibyte = std::size_t{1} << 20;
+  constexpr std::size_t kMebibyte = std::size_t{1} << 20;
   std::minstd_rand random;
-  std::string block(mebibyte, '\0');
+  std::string block(kMebibyte, '\0');
   const platform::UniqueFd file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
   for (int i = 0; i < 1024; ++i) {
-    for (std::size_t at = 0; at < mebibyte; at += 64)
+    for (std::size_t at = 0; at < kMebibyte; at += 64)
       block[at] = static_cast<char>(random());
-    require(::write(file.get(), block.data(), mebibyte) == static_cast<ssize_t>(mebibyte), path);
+    require(::write(file.get(), block.data(), kMebibyte) == static_cast<ssize_t>(kMebibyte), path);
   }
 }
 
@@ -136,7 +136,7 @@ void measureCopy() {
   };
   const std::function<double()> peer = [&] { return secondsOfProgram({"cp", "-p", from, to}); };
   // The previous copy affects the memory available for the next one, so that the order alternates.
-  for (int i = 0; i < 2 * repetitions; ++i) {
+  for (int i = 0; i < 2 * kRepetitions; ++i) {
     const double first = measured(i % 2 == 0 ? ours : peer);
     const double second = measured(i % 2 == 0 ? peer : ours);
     i % 2 == 0 ? pairs.add(first, second) : pairs.add(second, first);

@@ -36,17 +36,17 @@ void runBare() {
 }  // namespace
 
 void measureProcesses() {
-  constexpr int infoLevel = 4;
-  constexpr int times = 100;
-  utilSetLogLevel(infoLevel, "bench-nativeutils", nullptr);
+  constexpr int kInfoLevel = 4;
+  constexpr int kTimes = 100;
+  utilSetLogLevel(kInfoLevel, "bench-nativeutils", nullptr);
   const auto milliseconds = [](void (*body)()) {
-    return 1e3 / times * secondsOf([&] {
-             for (int i = 0; i < times; ++i)
+    return 1e3 / kTimes * secondsOf([&] {
+             for (int i = 0; i < kTimes; ++i)
                body();
            });
   };
   Pairs pairs;
-  for (int i = 0; i < repetitions; ++i) {
+  for (int i = 0; i < kRepetitions; ++i) {
     const double ours = milliseconds(run);
     pairs.add(ours, milliseconds(runBare));
   }

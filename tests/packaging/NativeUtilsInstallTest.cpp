@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "tests/packaging/StagedTest.h"
+#include "tests/support/Files.h"
 #include "tests/support/Home.h"
 #include "tests/support/Shell.h"
 
@@ -119,6 +121,48 @@ TEST_F(NativeUtilsInstallTest, AProgramFindsItByPkgConfig) {
 TEST_F(NativeUtilsInstallTest, AProgramLinksItStaticallyByPkgConfig) {
   std::filesystem::remove(libraries() + "/libnativeutils.so");
   EXPECT_EQ(said(builtByPkgConfig("--static --cflags --libs"), ""), expected());
+}
+
+// Configures the project or a project that contains it, in a build folder of its own.
+class ConfigureTest : public testing::Test {
+ protected:
+  Outcome configure(const std::string& source, const std::string& options) const {
+    return run(CMAKE_PROGRAM " -G Ninja -DCMAKE_CXX_COMPILER='" CXX_COMPILER "' " + options + " -S '" + source +
+               "' -B '" + folder_ / "build" + "'");
+  }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(ConfigureTest, TheLibraryNeedsNeitherGtkNorWebKit) {
+  const std::string pkgConfig = folder_ / "pkg-config";
+  std::ofstream(pkgConfig) << "#!/bin/sh\n"
+                              "case \"$*\" in *gtk*|*webkit*|*icu*|*x11*|*wayland*|*soup*) exit 1 ;; esac\n"
+                              "exec pkg-config \"$@\"\n";
+  std::filesystem::permissions(pkgConfig, std::filesystem::perms::owner_all);
+  const std::string options = "-DPKG_CONFIG_EXECUTABLE='" + pkgConfig + "' -DSVO_BUILD_APP=";
+
+  const Outcome library = configure(SOURCE_FOLDER, options + "OFF");
+  EXPECT_EQ(library.status, 0) << library.output;
+  const Outcome app = configure(SOURCE_FOLDER, options + "ON");
+  EXPECT_NE(app.status, 0) << app.output;
+}
+
+TEST_F(ConfigureTest, ASubprojectKeepsTheSettingsOfItsParent) {
+  std::ofstream(folder_ / "CMakeLists.txt")
+      << "cmake_minimum_required(VERSION 3.25)\n"
+         "project(parent LANGUAGES CXX)\n"
+         "add_subdirectory(" SOURCE_FOLDER
+         " svo)\n"
+         "add_executable(parent " CONSUMER_FOLDER
+         "/consumer.cpp)\n"
+         "target_link_libraries(parent PRIVATE nativeutils::nativeutils)\n"
+         "if(CMAKE_BUILD_TYPE OR CMAKE_OSX_DEPLOYMENT_TARGET OR TARGET svo::app)\n"
+         "  message(FATAL_ERROR \"changed\")\n"
+         "endif()\n";
+  const Outcome outcome = configure(folder_.path(), "");
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "build/CPackConfig.cmake"));
 }
 
 }  // namespace
