@@ -79,7 +79,7 @@ TEST(ResultChannel, EscapesAmpersandOnce) {
   EXPECT_EQ(escaped("&amp;"), "&amp;amp;");
 }
 
-TEST(ResultChannel, LeavesEveryOtherByteAlone) {
+TEST(ResultChannel, KeepsEveryOtherByte) {
   const std::string odd("\x01\t\n\xC3\xA4\xFF\0z", 8);
   EXPECT_EQ(escaped(odd), odd);
   EXPECT_EQ(escaped(""), "");
@@ -118,18 +118,18 @@ TEST_F(ResultPipe, GetsTheMode0644) {
   EXPECT_EQ(mode(), 0644u);
 }
 
-TEST_F(ResultPipe, ThatNobodyListensToDoesNotBlock) {
+TEST_F(ResultPipe, DoesNotBlockWithoutAReader) {
   ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
   EXPECT_TRUE(WriteFIFO(path_, "x"));
 }
 
-TEST_F(ResultPipe, ThatIsMissingIsNotCreated) {
+TEST_F(ResultPipe, IsNotCreated) {
   EXPECT_FALSE(WriteFIFO(path_, "x"));
   EXPECT_NE(::access(path_.c_str(), F_OK), 0);
   EXPECT_FALSE(WriteFIFO("", "x"));
 }
 
-TEST_F(ResultPipe, MayBeARegularFileAndIsWrittenFromItsStart) {
+TEST_F(ResultPipe, OverwritesTheStartOfARegularFile) {
   std::ofstream(path_) << "0123456789";
   ASSERT_EQ(::chmod(path_.c_str(), 0600), 0);
   EXPECT_TRUE(WriteFIFO(path_, "abc"));
@@ -140,7 +140,7 @@ TEST_F(ResultPipe, MayBeARegularFileAndIsWrittenFromItsStart) {
   EXPECT_EQ(mode(), 0644u);
 }
 
-TEST_F(ResultPipe, ThatIsAFolderFails) {
+TEST_F(ResultPipe, FailsForAFolder) {
   ASSERT_EQ(::mkdir(path_.c_str(), 0700), 0);
   EXPECT_FALSE(WriteFIFO(path_, "x"));
   ASSERT_EQ(::rmdir(path_.c_str()), 0);
@@ -160,7 +160,7 @@ TEST_F(ResultPipe, GetsTheMessageInOneWrite) {
   EXPECT_EQ(writes() - before, 1);
 }
 
-TEST_F(ResultPipe, ThatTakesHalfGetsOneWriteAndNoMore) {
+TEST_F(ResultPipe, IsWrittenOnceWhenHalfFits) {
   makePipe();
   constexpr std::size_t kPage = 4096;  // a pipe's room is counted in pages
   fill(kPage);
@@ -171,7 +171,7 @@ TEST_F(ResultPipe, ThatTakesHalfGetsOneWriteAndNoMore) {
   EXPECT_EQ(text.substr(text.find('a')), std::string(kPage, 'a'));
 }
 
-TEST_F(ResultPipe, ThatIsFullGetsOneWriteAndNoMore) {
+TEST_F(ResultPipe, IsWrittenOnceWhenFull) {
   makePipe();
   fill(0);
   const long before = writes();
@@ -179,7 +179,7 @@ TEST_F(ResultPipe, ThatIsFullGetsOneWriteAndNoMore) {
   EXPECT_EQ(writes() - before, 1);
 }
 
-TEST_F(ResultPipe, SaysSoWhenItCannotTakeTheWholeMessage) {
+TEST_F(ResultPipe, ReportsATruncatedMessage) {
   makePipe();
   EXPECT_FALSE(WriteFIFO(path_, std::string(1 << 20, 'a')));
 }

@@ -27,12 +27,12 @@ class AccessibilityTest : public EndToEndTest {
   std::unique_ptr<Accessibility> accessibility;
 };
 
-TEST_F(AccessibilityTest, TheWindowIsAFrameOfTheProductsName) {
+TEST_F(AccessibilityTest, TheWindowHasTheProductName) {
   start();
   find(ATSPI_ROLE_FRAME, "Example Product");
 }
 
-TEST_F(AccessibilityTest, AFieldOfThePageIsFoundByItsLabel) {
+TEST_F(AccessibilityTest, PageFieldsAreFoundByTheirLabels) {
   site.serve("/signin", pageThatTells("<title>Welcome</title><label>User name <input></label>"
                                       "<label>Password <input type='password'></label><button>Go on</button>"));
   start();
@@ -43,7 +43,7 @@ TEST_F(AccessibilityTest, AFieldOfThePageIsFoundByItsLabel) {
   EXPECT_TRUE(accessibility->find(document, ATSPI_ROLE_PUSH_BUTTON, "Go on"));
 }
 
-TEST_F(AccessibilityTest, TheStripSaysWhoseSiteItIs) {
+TEST_F(AccessibilityTest, TheStripNamesTheSite) {
   start();
   find(ATSPI_ROLE_STATUS_BAR, "Site: 127.0.0.1, this computer");
 }

@@ -32,7 +32,7 @@ TEST_F(DialogTest, EscapeDeclinesAConfirmation) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, WhatIsTypedTakesThePlaceOfWhatWasProposed) {
+TEST_F(DialogTest, TypingReplacesTheDefaultText) {
   startOnDialog("prompt('Your code?', '1234')");
   untilSheetHangs();
   screen.type("code 7");
@@ -41,21 +41,21 @@ TEST_F(DialogTest, WhatIsTypedTakesThePlaceOfWhatWasProposed) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, WhatWasProposedIsTheAnswerToReturn) {
+TEST_F(DialogTest, ReturnAcceptsTheDefaultText) {
   startOnDialog("prompt('Your code?', '1234')");
   answer(XK_Return);
   untilTold("1234");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, EscapeGivesAPromptNothing) {
+TEST_F(DialogTest, EscapeReturnsNullFromAPrompt) {
   startOnDialog("prompt('Your code?', '1234')");
   answer(XK_Escape);
   untilTold("null");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, AfterTheAnswerThePageHasTheKeyboardAgain) {
+TEST_F(DialogTest, AReplyReturnsTheFocusToThePage) {
   startOn(
       "<input autofocus><script>onload = async () => { await tell('asking'); alert('Terms of use'); tell('read') };"
       "onkeydown = (event) => { if (event.key === 'Enter') tell('typed ' + document.activeElement.value) }</script>");
@@ -69,7 +69,7 @@ TEST_F(DialogTest, AfterTheAnswerThePageHasTheKeyboardAgain) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, ThePageTakesNoClicksMeanwhile) {
+TEST_F(DialogTest, ThePageGetsNoClicksDuringAPrompt) {
   startOn(
       "<body style='height: 550px'><script>onclick = () => tell('clicked');"
       "onload = async () => { await tell('asking'); alert('Terms of use'); await tell('read') }</script>");
@@ -87,13 +87,13 @@ TEST_F(DialogTest, ThePageTakesNoClicksMeanwhile) {
 
 class OpenDialogTest : public DialogTest, public testing::WithParamInterface<const char*> {};
 
-TEST_P(OpenDialogTest, DoesNotKeepTheWindowFromBeingClosed) {
+TEST_P(OpenDialogTest, DoesNotBlockTheCloseButton) {
   startOnDialog(GetParam() + std::string("('Really?')"));
   untilSheetHangs();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_P(OpenDialogTest, DoesNotKeepControlWFromClosingTheWindow) {
+TEST_P(OpenDialogTest, DoesNotBlockControlW) {
   startOnDialog(GetParam() + std::string("('Really?')"));
   answer(XK_w);  // an ordinary letter
   screen.press(XK_w, {XK_Control_L});
@@ -103,7 +103,7 @@ TEST_P(OpenDialogTest, DoesNotKeepControlWFromClosingTheWindow) {
 INSTANTIATE_TEST_SUITE_P(Kinds, OpenDialogTest, testing::Values("alert", "confirm", "prompt"),
                          [](const auto& each) { return std::string(each.param); });
 
-TEST_F(DialogTest, TheSheetNamesTheSite) {
+TEST_F(DialogTest, ThePromptNamesTheSite) {
   const auto heading = [this] {
     untilSheetHangs();
     const Area frame = window().frame;
@@ -130,7 +130,7 @@ TEST_F(DialogTest, TheSheetNamesTheSite) {
 
 class LongWordsTest : public DialogTest, public testing::WithParamInterface<Named> {};
 
-TEST_P(LongWordsTest, LeaveTheWindowAsItIsAndTheButtonsOnIt) {
+TEST_P(LongWordsTest, KeepsTheWindowsSizeAndTheButtons) {
   startOnDialog(std::string("confirm(") + GetParam().script + ")");
   untilSheetHangs();
   EXPECT_EQ(window().frame.width, 680);
@@ -152,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(Of, LongWordsTest,
                                          Named{"VerticalTabs", "'x\\v\\f'.repeat(50000)"}),
                          nameOf);
 
-TEST_F(DialogTest, ALargeFontKeepsTheSheetWithinTheWindow) {
+TEST_F(DialogTest, ALargePromptFitsIntoTheWindow) {
   options.environment["GDK_DPI_SCALE"] = "2";
   startOnDialog("confirm('word '.repeat(20000))");
   untilSheetHangs();
@@ -167,7 +167,7 @@ TEST_F(DialogTest, ALargeFontKeepsTheSheetWithinTheWindow) {
 }
 
 // The dialogs have a line more each.
-TEST_F(DialogTest, APageShowsFiveAndFiveMoreAfterAnActOfThePerson) {
+TEST_F(DialogTest, APageShowsFivePromptsPerUserInput) {
   startOn(
       "<script>let shown = 0;"
       "const show = () => { for (let i = 0; i < 9; ++i) shown += confirm('x\\u2028'.repeat(shown));"

@@ -13,7 +13,7 @@ namespace {
 
 class EndingTest : public EndToEndTest {};
 
-TEST_F(EndingTest, ASignalWhileItStartsIsReportedLikeAClosedWindow) {
+TEST_F(EndingTest, AStartUpSignalReportsAClosedWindow) {
   start();
   untilLogSays("Build Version - 9.0.0.121");
   run->signal(SIGTERM);
@@ -29,7 +29,7 @@ TEST_F(EndingTest, ASecondSignalChangesNothing) {
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(EndingTest, ADisplayThatGoesAwayIsReportedLikeAClosedWindow) {
+TEST_F(EndingTest, ALostDisplayReportsAClosedWindow) {
   const std::vector<int> before = semaphoreSets();
   auto session = std::make_unique<tools::VirtualDisplay>();
   options.environment["DISPLAY"] = session->name();
@@ -41,21 +41,21 @@ TEST_F(EndingTest, ADisplayThatGoesAwayIsReportedLikeAClosedWindow) {
   EXPECT_EQ(semaphoreSets(), before);
 }
 
-TEST_F(EndingTest, APageThatPrintsCannotHoldOnToTheWindow) {
+TEST_F(EndingTest, APrintingPageDoesNotBlockClosing) {
   site.serve("/signin", page("<script>onload = () => { print(); fetch('/printed') }</script>"));
   start();
   untilAsked("/printed");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(EndingTest, APageThatNeverComesToRestCannotHoldOnToTheWindow) {
+TEST_F(EndingTest, ABusyPageDoesNotBlockClosing) {
   site.serve("/signin", page("<script>onload = () => fetch('/busy').then(() => { for (;;); })</script>"));
   start();
   untilAsked("/busy");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(EndingTest, ADialogOfThePageCannotHoldOnToTheWindow) {
+TEST_F(EndingTest, ADialogDoesNotBlockClosing) {
   site.serve("/signin", page("<script>fetch('/asking').then(() => alert('terms of use'))</script>"));
   start();
   untilAsked("/asking");

@@ -35,7 +35,7 @@ class EnterpriseTest : public EndToEndTest {
   }
 };
 
-TEST_F(EnterpriseTest, APersonSignsInWithTheOrganisation) {
+TEST_F(EnterpriseTest, AUserSignsInWithTheOrganization) {
   tools::SignInSite example;
   options.signIn = example.signInAddress();
   options.redirect = example.redirectAddress();
@@ -48,14 +48,14 @@ TEST_F(EnterpriseTest, APersonSignsInWithTheOrganisation) {
   EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=enterprise</URL></result>"));
 }
 
-TEST_F(EnterpriseTest, TheAddressBehindRedirectUriIsFollowedToItsVeryEnd) {
+TEST_F(EnterpriseTest, TheWholeRedirectUriIsFollowed) {
   site.serve("/staff", pageThatGoesTo(site.address("/done?code=1")));
   site.serve("/signin", redirectTo(startWith("/staff?a=%26&b=2")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
   EXPECT_THAT(site.asked(), testing::Contains("GET /staff?a=%26&b=2"));
 }
 
-TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
+TEST_F(EnterpriseTest, TheWindowGrowsUpwardByTwenty) {
   site.hold("/signin");
   start();
   const ScreenWindow before = windowOfSize(680, 570);
@@ -65,7 +65,7 @@ TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
   until("the new place", [&] { return window().frame.y == before.frame.y - 20; });
 }
 
-TEST_F(EnterpriseTest, TheWindowGetsTheEnterpriseTitleAndMayBeResizedFromThenOn) {
+TEST_F(EnterpriseTest, TheWindowGetsItsTitleAndIsResizable) {
   start();
   untilAsked("/staff");
   until("the title", [&] { return window().title == "Example Enterprise"; });
@@ -75,7 +75,7 @@ TEST_F(EnterpriseTest, TheWindowGetsTheEnterpriseTitleAndMayBeResizedFromThenOn)
   EXPECT_EQ(screen.sizeLimitsOf(window().id).minHeight, 620);
 }
 
-TEST_F(EnterpriseTest, WithoutAnEnterpriseTitleTheTitleStays) {
+TEST_F(EnterpriseTest, AMissingEnterpriseTitleKeepsTheTitle) {
   options.enterpriseTitle.reset();
   start();
   untilAsked("/staff");
@@ -89,7 +89,7 @@ TEST_F(EnterpriseTest, ASecondEnterprisePageIsFollowedToo) {
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
 }
 
-TEST_F(EnterpriseTest, ASecondEnterprisePageLeavesTheWindowWhereTheUserPutIt) {
+TEST_F(EnterpriseTest, ASecondEnterprisePageKeepsTheWindowsFrame) {
   site.serve("/staff", pageThatWaitsForAClick(startWith("/second")));
   site.serve("/second", pageThatTells());
   start();
@@ -102,7 +102,7 @@ TEST_F(EnterpriseTest, ASecondEnterprisePageLeavesTheWindowWhereTheUserPutIt) {
   EXPECT_THAT((std::vector<int>{frame.x, frame.y, frame.width, frame.height}), ElementsAre(40, 60, 900, 700));
 }
 
-TEST_F(EnterpriseTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
+TEST_F(EnterpriseTest, BothPrefixesMeanAnEnterprisePage) {
   options.redirect = site.address("/start");
   site.serve("/staff", pageThatTells());
   start();
@@ -110,7 +110,7 @@ TEST_F(EnterpriseTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(EnterpriseTest, AnEnterprisePageWithoutAnAddressToFollowGoesNowhere) {
+TEST_F(EnterpriseTest, AnEnterprisePageWithoutRedirectUriStays) {
   site.serve("/signin", redirectTo(site.address("/start?redirect_uri=x")));
   start();
   windowOfSize(800, 620);

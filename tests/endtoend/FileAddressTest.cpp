@@ -29,7 +29,7 @@ class FileAddressTest : public PageTest {
   }
 };
 
-TEST_F(FileAddressTest, TheLaunchersIsShown) {
+TEST_F(FileAddressTest, TheLaunchersFileIsShown) {
   options.signIn = file("launchers.html");
   start();
   untilAsked("/read");
@@ -37,7 +37,7 @@ TEST_F(FileAddressTest, TheLaunchersIsShown) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(FileAddressTest, OneLeadsToAnother) {
+TEST_F(FileAddressTest, AFileMayLinkToAFile) {
   const std::string next = file("next.html");
   options.signIn = "file://" + temporary("launchers.html").string();
   std::ofstream(temporary("launchers.html")) << "<script>onload = () => { location.href = '" << next << "' }</script>";
@@ -49,7 +49,7 @@ TEST_F(FileAddressTest, OneLeadsToAnother) {
 class WayTest : public FileAddressTest, public testing::WithParamInterface<Named> {};
 
 // The page is still there afterwards, and still draws.
-TEST_P(WayTest, FromASiteLeadsNowhere) {
+TEST_P(WayTest, FromASiteIsIgnored) {
   std::string html = GetParam().script;
   html.replace(html.find("FILE"), 4, file("secret.html"));
   startOn("<body style='height: 550px'>" + html +
@@ -84,27 +84,27 @@ INSTANTIATE_TEST_SUITE_P(
                     Named{"ARequest", "<script>fetch('FILE').then(() => tell('read'), () => 0)</script>"}),
     nameOf);
 
-TEST_F(FileAddressTest, ARedirectOfTheFirstPageEndsTheRun) {
+TEST_F(FileAddressTest, AFirstPagesRedirectEndsTheRun) {
   site.serve("/signin", redirectTo(file("secret.html")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_FALSE(site.wasAsked("GET /read"));
 }
 
-TEST_F(FileAddressTest, ARedirectOfALaterPageEndsTheRun) {
+TEST_F(FileAddressTest, ALaterPagesRedirectEndsTheRun) {
   site.serve("/signin", pageThatGoesTo("/next"));
   site.serve("/next", redirectTo(file("secret.html")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_FALSE(site.wasAsked("GET /read"));
 }
 
-TEST_F(FileAddressTest, ARedirectOfAFrameEndsTheRun) {
+TEST_F(FileAddressTest, AFramesRedirectEndsTheRun) {
   site.serve("/signin", page("<iframe src='/next'></iframe>"));
   site.serve("/next", redirectTo(file("secret.html")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_FALSE(site.wasAsked("GET /read"));
 }
 
-TEST_F(FileAddressTest, AnEnterprisePageLeadsToNone) {
+TEST_F(FileAddressTest, EnterprisePagesMayNotLinkToFiles) {
   site.serve("/signin", redirectTo(site.address("/start?redirect_uri=" + file("secret.html"))));
   site.serve("/start", pageWith("<script>onload = () => frames(20).then(() => tell('still here'))</script>"));
   start();

@@ -31,20 +31,20 @@ class HostilePageTest : public SheetTest {
   }
 };
 
-TEST_F(HostilePageTest, OneThatHangsIsClosedByTheButton) {
+TEST_F(HostilePageTest, ABusyPageIsClosedByTheButton) {
   startOn("<script>onload = () => tell('hanging').then(() => { for (;;); })</script>");
   untilTold("hanging");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, OneThatHangsIsClosedByControlW) {
+TEST_F(HostilePageTest, ABusyPageIsClosedByControlW) {
   startOn("<script>onload = () => tell('hanging').then(() => { for (;;); })</script>");
   untilTold("hanging");
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, OneThatHangsWhenItIsLeftIsClosed) {
+TEST_F(HostilePageTest, APageBusyInUnloadIsClosed) {
   startOn(
       "<body style='height: 550px'><script>onbeforeunload = () => { for (;;); }; onclick = () => tell('clicked')"
       "</script>");
@@ -53,7 +53,7 @@ TEST_F(HostilePageTest, OneThatHangsWhenItIsLeftIsClosed) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, OneThatAsksBeforeItIsLeftIsLeft) {
+TEST_F(HostilePageTest, ABeforeUnloadDialogIsConfirmed) {
   startOn(
       "<body style='height: 550px'><script>onclick = () => { location.href = '/done?code=1' };"
       "onbeforeunload = (event) => { event.preventDefault(); return event.returnValue = 'Stay!' }</script>");
@@ -73,12 +73,12 @@ class EndlessAlertsTest : public HostilePageTest, public testing::WithParamInter
   }
 };
 
-TEST_P(EndlessAlertsTest, LeaveTheCloseButton) {
+TEST_P(EndlessAlertsTest, DoNotBlockTheCloseButton) {
   startAndAnswerFive();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_P(EndlessAlertsTest, LeaveControlW) {
+TEST_P(EndlessAlertsTest, DoNotBlockControlW) {
   startAndAnswerFive();
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(Shown, EndlessAlertsTest,
 class StormTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
 
 // The storm has been raging for a hundred steps when the window is closed, and rages on.
-TEST_P(StormTest, LeavesTheWindowItsMemoryItsLogAndItsCloseButton) {
+TEST_P(StormTest, DoesNotAffectMemoryLogOrCloseButton) {
   site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
   startOn(std::string("<body><script>let n = 0; const step = () => { ") + GetParam().script +
           " };"
@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class EndlessJourneyTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
 
-TEST_P(EndlessJourneyTest, LeavesTheWindowItsLogAndItsCloseButton) {
+TEST_P(EndlessJourneyTest, DoesNotAffectLogOrCloseButton) {
   site.serve("/signin", page(std::string("<script>") + GetParam().script + "</script>"));
   start();
   until("fifty pages", [this] { return site.requests().size() > 50; });
@@ -137,14 +137,14 @@ INSTANTIATE_TEST_SUITE_P(Of, EndlessJourneyTest,
                          nameOf);
 
 // Each is given up for the next, which is logged.
-TEST_F(HostilePageTest, EndlessPagesThatNeverShowLeaveTheCloseButton) {
+TEST_F(HostilePageTest, EndlessRedirectsDoNotBlockTheCloseButton) {
   site.serve("/signin", page("<script>location.replace('/signin?' + Math.random())</script>"));
   start();
   until("fifty pages", [this] { return site.requests().size() > 50; });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, AHundredMegabytesStayOutOfTheWindowsMemory) {
+TEST_F(HostilePageTest, AHugePageDoesNotUseWindowMemory) {
   startOn("<script>onkeydown = () => { location.href = '/large' }</script>");
   site.serve("/large",
              pageWith("<!--" + std::string(100'000'000, 'x') + "--><script>onload = () => tell('large')</script>"));
@@ -155,7 +155,7 @@ TEST_F(HostilePageTest, AHundredMegabytesStayOutOfTheWindowsMemory) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, AnAddressOfAMegabyteLeavesTheCloseButton) {
+TEST_F(HostilePageTest, AHugeAddressDoesNotBlockClosing) {
   startOn(
       "<script>onkeydown = () => { location.hash = 'x'.repeat(1000000); frames(5).then(() => tell('there')) "
       "}</script>");
@@ -164,13 +164,13 @@ TEST_F(HostilePageTest, AnAddressOfAMegabyteLeavesTheCloseButton) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, AFrameThatIsADownloadEndsTheRun) {
+TEST_F(HostilePageTest, ADownloadInAFrameEndsTheRun) {
   site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
   site.serve("/signin", pageWith("<iframe src='/file'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
 }
 
-TEST_F(HostilePageTest, OneThatDiesBehindTheSpinnerEndsTheRun) {
+TEST_F(HostilePageTest, ACrashBehindTheSpinnerEndsTheRun) {
   site.hold("/signin");
   start();
   untilAsked("/signin");
@@ -178,13 +178,13 @@ TEST_F(HostilePageTest, OneThatDiesBehindTheSpinnerEndsTheRun) {
   EXPECT_EQ(message(), kLoadFailed);
 }
 
-TEST_F(HostilePageTest, OneThatAbortsEndsTheRun) {
+TEST_F(HostilePageTest, ACrashEndsTheRun) {
   startOn("");
   killPageProcess(SIGABRT);
   EXPECT_EQ(message(), kLoadFailed);
 }
 
-TEST_F(HostilePageTest, OneThatDiesUnderItsDialogEndsTheRun) {
+TEST_F(HostilePageTest, ACrashDuringADialogEndsTheRun) {
   startOn("<script>onload = () => tell('asking').then(() => alert('Call us!'))</script>");
   untilTold("asking");
   untilSheetHangs();

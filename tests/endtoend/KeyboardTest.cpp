@@ -42,7 +42,7 @@ constexpr char kWords[] = R"(<p>words</p><script>
   document.onpaste = (event) => { location.href = '/done?pasted=' + event.clipboardData.getData('text') };
 </script>)";
 
-TEST_F(KeyboardTest, IsInThePageAtOnce) {
+TEST_F(KeyboardTest, ThePageHasTheFocusAtOnce) {
   startOnFields(kTwoFields);
   screen.type("me");
   screen.press(XK_Return);
@@ -100,7 +100,7 @@ TEST_F(KeyboardTest, PastesIntoAPageWithoutAField) {
   EXPECT_EQ(message(), done("pasted=mine"));
 }
 
-TEST_F(KeyboardTest, UndoAndUnknownShortcutsDoNothingToAPageWithoutAField) {
+TEST_F(KeyboardTest, UndoDoesNothingWithoutAField) {
   startOn(kWords);
   for (const char letter : std::string("zkxntospurljdq"))
     screen.press(static_cast<KeySymbol>(letter), {XK_Control_L});
@@ -111,7 +111,7 @@ TEST_F(KeyboardTest, UndoAndUnknownShortcutsDoNothingToAPageWithoutAField) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, WithShiftItIsNoShortcut) {
+TEST_F(KeyboardTest, ShiftMakesNoShortcut) {
   startOn(std::string(kWords) +
           "<script>onkeydown = (event) => { if (event.key === 'Enter') "
           "location.href = '/done?selected=' + getSelection() }</script>");
@@ -121,7 +121,7 @@ TEST_F(KeyboardTest, WithShiftItIsNoShortcut) {
 }
 
 // Undo, because WebKit has bindings of its own for the other shortcuts, with Caps Lock or without.
-TEST_F(KeyboardTest, WithCapsLockItIsNoShortcut) {
+TEST_F(KeyboardTest, CapsLockMakesNoShortcut) {
   startOnFields(kTwoFields);
   screen.type("mine");
   screen.press(XK_a, {XK_Control_L});
@@ -134,7 +134,7 @@ TEST_F(KeyboardTest, WithCapsLockItIsNoShortcut) {
   EXPECT_EQ(message(), done("a=&amp;b=Y"));
 }
 
-TEST_F(KeyboardTest, AKeyThatThePageTakesIsThePages) {
+TEST_F(KeyboardTest, KeysThatThePageUsesMakeNoShortcut) {
   startOn(std::string(kWords) +
           "<script>onkeydown = (event) => { event.preventDefault(); if (event.key === 'Enter') "
           "location.href = '/done?selected=' + getSelection() }</script>");
@@ -143,7 +143,7 @@ TEST_F(KeyboardTest, AKeyThatThePageTakesIsThePages) {
   EXPECT_EQ(message(), done("selected="));
 }
 
-TEST_F(KeyboardTest, TabReachesEverythingAndComesBack) {
+TEST_F(KeyboardTest, TabReachesEverythingAndReturns) {
   site.serve("/signin",
              page(R"(<input id='a' autofocus><select id='b'></select><a id='c' href='#'>c</a><button id='d'>d</button>
 <iframe srcdoc="<input onfocus='parent.went(`e`)'>"></iframe>
@@ -168,7 +168,7 @@ TEST_F(KeyboardTest, TabReachesEverythingAndComesBack) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, EscapeDoesNothingToALoad) {
+TEST_F(KeyboardTest, EscapeDoesNotStopALoad) {
   site.hold("/signin");
   site.serve("/signin", redirectTo(site.address("/done")));
   start();
@@ -179,7 +179,7 @@ TEST_F(KeyboardTest, EscapeDoesNothingToALoad) {
   EXPECT_EQ(message(), result(site.address("/done")));
 }
 
-TEST_F(KeyboardTest, EscapeLeavesWhatWasTyped) {
+TEST_F(KeyboardTest, EscapeKeepsTypedText) {
   startOnFields(kTwoFields);
   screen.type("mine");
   screen.press(XK_Escape);
@@ -219,7 +219,7 @@ TEST_F(KeyboardTest, NoPageCanKeepTheWindowOpen) {
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, ItClosesTheSpinnerPage) {
+TEST_F(KeyboardTest, ControlWClosesTheSpinnerPage) {
   site.hold("/signin");
   start();
   untilAsked("/signin");
@@ -245,7 +245,7 @@ TEST_F(KeyboardTest, ControlPlusMinusAndZeroZoom) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, ZoomHasItsEnds) {
+TEST_F(KeyboardTest, ZoomHasLimits) {
   startOn(kMeasuredPage);
   for (int i = 0; i < 15; ++i)
     screen.press(XK_plus, {XK_Control_L});

@@ -77,7 +77,7 @@ TEST_F(LauncherTest, TakesAMessageOfSixtyKilobytesWhole) {
   EXPECT_THAT(output(), StartsWith("message: " + result(address) + "\n"));
 }
 
-TEST_F(LauncherTest, AWindowThatEndsWithoutAnAnswerIsReported) {
+TEST_F(LauncherTest, AWindowWithoutAMessageIsReported) {
   startLauncher("/bin/true");
   EXPECT_THAT(output(), HasSubstr("ended without an answer"));
   EXPECT_EQ(launcher_->exitStatus(), launcher::kNoAnswer);

@@ -26,7 +26,7 @@ constexpr char kPageThatKeepsThings[] = R"(<script>
     caches.open('session').catch(() => 0).then(() => { location.href = '/done' });
 </script>)";
 
-TEST_F(LeftoversTest, APageMayKeepThingsAndNothingOfItStaysOnDisk) {
+TEST_F(LeftoversTest, NothingThatAPageStoresIsKept) {
   tools::Answer answer = page(kPageThatKeepsThings);
   answer.headers["Cache-Control"] = "max-age=99999";
   answer.headers["Set-Cookie"] = "visit=secret; Max-Age=99999";
@@ -35,7 +35,7 @@ TEST_F(LeftoversTest, APageMayKeepThingsAndNothingOfItStaysOnDisk) {
   EXPECT_THAT(filesInHome(), ElementsAre("Library", "Library/Logs", "Library/Logs/Kelvo.log"));
 }
 
-TEST_F(LeftoversTest, ASecondRunKnowsNothingOfTheFirst) {
+TEST_F(LeftoversTest, RunsShareNoState) {
   site.serve("/signin", [this](const Request&) {
     tools::Answer answer = pageThatGoesTo("/done?' + document.cookie + '");
     answer.headers["Set-Cookie"] = "visit=" + std::to_string(site.requests().size()) + "; Max-Age=99999";

@@ -53,7 +53,7 @@ constexpr char kPageOfWishes[] = R"(<body style='height: 550px'><script>
   };
 </script>)";
 
-TEST_F(LockedDownTest, WhatAPageWishesForIsRefused) {
+TEST_F(LockedDownTest, EveryPermissionIsDenied) {
   startOn(kPageOfWishes);
   for (const char* const wish :
        {"place", "placeLater", "notifications", "camera", "microphone", "pictureOfTheScreen", "clipboard", "pasting",
@@ -67,7 +67,7 @@ TEST_F(LockedDownTest, WhatAPageWishesForIsRefused) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(LockedDownTest, AFileFieldOpensNoChooserAndGetsNoFile) {
+TEST_F(LockedDownTest, AFileFieldOpensNoChooser) {
   startOn("<input type='file' style='position: fixed; inset: 0' oncancel='tell(`files: ` + files.length)'>");
   clickAt(20, 275);
   untilTold("files: 0");
@@ -75,7 +75,7 @@ TEST_F(LockedDownTest, AFileFieldOpensNoChooserAndGetsNoFile) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(LockedDownTest, AColourFieldOpensNoDialog) {
+TEST_F(LockedDownTest, AColorFieldOpensNoChooser) {
   startOn(
       "<input type='color' style='position: fixed; inset: 0; width: 680px; height: 550px'"
       " onclick='frames(5).then(() => tell(value))'>");
@@ -85,7 +85,7 @@ TEST_F(LockedDownTest, AColourFieldOpensNoDialog) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(LockedDownTest, WhatCannotBeEditedHasNoMenu) {
+TEST_F(LockedDownTest, PlainTextHasNoContextMenu) {
   startOnWithMenus(
       "<style>body > * { display: block; height: 100px; margin: 0 }</style>"
       "<a href='/help'>help</a>"
@@ -102,7 +102,7 @@ TEST_F(LockedDownTest, WhatCannotBeEditedHasNoMenu) {
 }
 
 // The last of the menu's commands selects everything.
-TEST_F(LockedDownTest, TheMenuOfAFieldHoldsEditingCommands) {
+TEST_F(LockedDownTest, AFieldsMenuHasEditingCommandsOnly) {
   startOnWithMenus(
       "<input value='words' style='position: fixed; inset: 0; width: 680px; height: 550px'>"
       "<script>document.onselectionchange = () => {"

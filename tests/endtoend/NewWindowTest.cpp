@@ -23,7 +23,7 @@ class NewWindowTest : public EndToEndTest {
   FakeBrowser browser{temporary("browser")};
 };
 
-TEST_F(NewWindowTest, ALinkWithATargetOpensInTheBrowser) {
+TEST_F(NewWindowTest, ATargetLinkOpensInTheBrowser) {
   site.serve("/signin", pageThatTells("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"));
   start();
   untilAsked("/loaded");
@@ -34,7 +34,7 @@ TEST_F(NewWindowTest, ALinkWithATargetOpensInTheBrowser) {
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /loaded"));
 }
 
-TEST_F(NewWindowTest, AScriptThatOpensAWindowOpensItInTheBrowser) {
+TEST_F(NewWindowTest, AScriptsWindowOpensInTheBrowser) {
   site.serve("/signin", page("<script>onload = () => window.open('/popup')</script>"));
   start();
   untilOpened(1);
@@ -51,7 +51,7 @@ TEST_F(NewWindowTest, AnOpenedWindowIsNullForItsPage) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(NewWindowTest, AMailAddressOpensOutsideAndThePageStays) {
+TEST_F(NewWindowTest, AMailAddressOpensOutside) {
   site.serve("/signin", pageThatTells("<a href='mailto:help@host' style='position:fixed;inset:0'>help</a>"));
   start();
   untilAsked("/loaded");
@@ -61,7 +61,7 @@ TEST_F(NewWindowTest, AMailAddressOpensOutsideAndThePageStays) {
   EXPECT_THAT(browser.opened(), ElementsAre("mailto:help@host"));
 }
 
-TEST_F(NewWindowTest, AClickWritesAtMostThreeMails) {
+TEST_F(NewWindowTest, OneClickOpensAtMostThreeMails) {
   site.serve("/signin",
              pageThatTells("<a style='position:fixed;inset:0'></a><script>"
                            "let clicked = false; onclick = (event) => { if (clicked) return; clicked = true; "
@@ -77,7 +77,7 @@ TEST_F(NewWindowTest, AClickWritesAtMostThreeMails) {
   EXPECT_THAT(browser.opened(), testing::SizeIs(3));
 }
 
-TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {
+TEST_F(NewWindowTest, EachRequestOpensOnce) {
   site.serve("/signin", pageThatTells("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"
                                       "<script>document.querySelector('a').onclick = () => "
                                       "setTimeout(() => window.open('/popup'), 0)</script>"));
@@ -92,14 +92,14 @@ TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {
                                                               site.address("/help"), site.address("/popup")));
 }
 
-TEST_F(NewWindowTest, TheRedirectAddressInANewWindowEndsNothing) {
+TEST_F(NewWindowTest, RedirectAddressesInNewWindowsAreIgnored) {
   site.serve("/signin", page("<script>onload = () => window.open('/done?code=1')</script>"));
   start();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(NewWindowTest, AStormOpensThreeAndThreeMoreAfterAClick) {
+TEST_F(NewWindowTest, APageOpensThreeWindowsPerUserInput) {
   site.serve("/signin", page("<body style='height: 540px'><script>let clicks = 0; const storm = () => {"
                              "for (let i = 0; i < 100; ++i) open('/popup?' + clicks); fetch('/opened?' + clicks) };"
                              "onload = storm; onclick = () => { ++clicks; storm() }</script>"));
@@ -115,7 +115,7 @@ TEST_F(NewWindowTest, AStormOpensThreeAndThreeMoreAfterAClick) {
 }
 
 // Each click opens one; the last one gets out, and by then all before it would have.
-TEST_F(NewWindowTest, OnlyAddressesOfTheWebOfMailAndOfTelephonesGetOut) {
+TEST_F(NewWindowTest, OnlyWebAndContactAddressesOpenOutside) {
   site.serve("/signin",
              page("<body style='height: 540px'><script>const all = ["
                   "'javascript:fetch(`/script`)', 'data:text/plain,x', 'file:///etc/hostname', "

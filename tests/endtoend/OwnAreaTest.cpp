@@ -83,7 +83,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOf);
 
 // Line breaks of a page's own would make it as high as the window.
-TEST_P(BubbleTest, StaysBelowTheStripHoweverManyLinesThePageWrites) {
+TEST_P(BubbleTest, StaysBelowTheStripWithManyLines) {
   startOnAndWatch(std::string("<form>") + GetParam().script +
                   "</form><script>const field = document.querySelector('input');"
                   "field.setCustomValidity('example.com\\n'.repeat(40));"
@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
                           "height: 100px'><datalist id='them'><option>a<option>b</datalist>"}),
     nameOf);
 
-TEST_F(OwnAreaTest, ASelectionInThePageOpensItsList) {
+TEST_F(OwnAreaTest, ASelectInThePageOpensItsList) {
   startOn(
       "<select style='position: fixed; left: 0; top: 60px; width: 200px; height: 40px'>"
       "<option>a<option>b</select>");
@@ -126,7 +126,7 @@ TEST_F(OwnAreaTest, ASelectionInThePageOpensItsList) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(OwnAreaTest, ADateAboveThePageOpensItsCalendarInThePage) {
+TEST_F(OwnAreaTest, ACalendarOpensInsideThePage) {
   startOnAndWatch(
       "<input type='date' style='position: fixed; top: -60px; left: 0; width: 200px; height: 40px'>"
       "<script>onkeydown = async () => { document.querySelector('input').showPicker();"
@@ -138,7 +138,7 @@ TEST_F(OwnAreaTest, ADateAboveThePageOpensItsCalendarInThePage) {
 
 class PointerTest : public OwnAreaTest, public testing::WithParamInterface<int> {};
 
-TEST_P(PointerTest, AnImageOfAPagesOwnDoesNotReplaceThePointer) {
+TEST_P(PointerTest, ALargeCursorImageIsNotShown) {
   startOn("<body style='height: 550px'><script>const size = " + std::to_string(GetParam()) + R"(;
     const image = document.createElement('canvas');
     image.width = image.height = size;
@@ -157,7 +157,7 @@ TEST_P(PointerTest, AnImageOfAPagesOwnDoesNotReplaceThePointer) {
 
 INSTANTIATE_TEST_SUITE_P(Pixels, PointerTest, testing::Values(64, 128));
 
-TEST_F(OwnAreaTest, NoTipsAreShown) {
+TEST_F(OwnAreaTest, NoTooltipsAreShown) {
   startOn(
       "<body style='height: 550px' title='Signed in to example.com'>"
       "<script>onmousemove = async () => { await frames(60); tell('rested') }</script>");
@@ -169,7 +169,7 @@ TEST_F(OwnAreaTest, NoTipsAreShown) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(OwnAreaTest, ThePagesTitleIsNotTheWindows) {
+TEST_F(OwnAreaTest, ThePageDoesNotSetTheWindowsTitle) {
   startOn(
       "<title>Signed in</title><script>onkeydown = async () => {"
       "document.title = 'example.com'; await frames(5); tell('gone') }</script>");

@@ -81,7 +81,7 @@ class PasswordTest : public SheetTest {
   std::vector<std::string> shown_;
 };
 
-TEST_F(PasswordTest, TheRightOnesLeadOn) {
+TEST_F(PasswordTest, CorrectCredentialsContinue) {
   startOnProtected("ada.l:Correct-Horse-7");
   enter("ada.l", "Correct-Horse-7");
   untilTold("in /signin");
@@ -92,7 +92,7 @@ TEST_F(PasswordTest, TheRightOnesLeadOn) {
   EXPECT_FALSE(isKept("ada.l"));
 }
 
-TEST_F(PasswordTest, WrongOnesAreAskedForAgain) {
+TEST_F(PasswordTest, WrongCredentialsShowThePromptAgain) {
   startOnProtected("ada:right");
   enter("ada", "wrong");
   untilShown(2);
@@ -102,7 +102,7 @@ TEST_F(PasswordTest, WrongOnesAreAskedForAgain) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, ShiftAndTabGoBackToTheName) {
+TEST_F(PasswordTest, ShiftTabReturnsToTheName) {
   startOnProtected("bob:pw");
   untilSheetHangs();
   screen.type("ada");
@@ -116,7 +116,7 @@ TEST_F(PasswordTest, ShiftAndTabGoBackToTheName) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, LettersOfEveryScriptAreSentAsUtf8) {
+TEST_F(PasswordTest, CredentialsAreSentAsUtf8) {
   startOnProtected("\u0444\u00fc:\u03bb");
   untilSheetHangs();
   screen.press(XK_Cyrillic_ef);
@@ -128,7 +128,7 @@ TEST_F(PasswordTest, LettersOfEveryScriptAreSentAsUtf8) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, WhoDeclinesSeesTheServersPageAndCanGoOn) {
+TEST_F(PasswordTest, DecliningShowsTheServersPage) {
   startOnProtected("ada:pw");
   untilSheetHangs();
   screen.press(XK_Escape);
@@ -140,7 +140,7 @@ TEST_F(PasswordTest, WhoDeclinesSeesTheServersPageAndCanGoOn) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, TwoQuestionsComeOneAfterTheOther) {
+TEST_F(PasswordTest, TwoPromptsAreShownInTurn) {
   const std::string right = "/right/whose/name/is/so/long/that/the/sheet/needs/a/further/line/for/it";
   protect("/left", "ada:pw");
   protect(right, "bob:pw");
@@ -162,7 +162,7 @@ TEST_F(PasswordTest, TwoQuestionsComeOneAfterTheOther) {
 }
 
 // While it goes elsewhere a page neither draws nor fetches; that it has been zoomed is the one thing it can find out.
-TEST_F(PasswordTest, AQuestionGoesWithTheLoadThatAskedIt) {
+TEST_F(PasswordTest, ACancelledLoadClosesItsPrompt) {
   protect("/staff", "ada:pw");
   site.serve("/next",
              pageWith("<body style='height: 550px'><script>onclick = () => tell('clicked'); tell('next')</script>"));
@@ -182,7 +182,7 @@ TEST_F(PasswordTest, AQuestionGoesWithTheLoadThatAskedIt) {
 }
 
 // Nothing says so of a frame's load: the page that held the frame has gone.
-TEST_F(PasswordTest, AQuestionGoesWithThePageWhoseFrameAskedIt) {
+TEST_F(PasswordTest, ANewPageClosesThePromptsOfFrames) {
   protect("/frame", "ada:pw");
   site.serve("/next",
              pageWith("<body style='height: 550px'><script>onclick = () => tell('clicked'); tell('next')</script>"));
@@ -201,13 +201,13 @@ TEST_F(PasswordTest, AQuestionGoesWithThePageWhoseFrameAskedIt) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, AnOpenQuestionDoesNotKeepTheWindowFromBeingClosed) {
+TEST_F(PasswordTest, AnOpenPromptDoesNotBlockClosing) {
   startOnProtected("ada:pw");
   untilSheetHangs();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, AnOpenQuestionDoesNotKeepControlWFromClosingTheWindow) {
+TEST_F(PasswordTest, AnOpenPromptDoesNotBlockControlW) {
   startOnProtected("ada:pw");
   untilSheetHangs();
   screen.type("ada");
@@ -216,7 +216,7 @@ TEST_F(PasswordTest, AnOpenQuestionDoesNotKeepControlWFromClosingTheWindow) {
   EXPECT_THAT(shown(), ElementsAre(""));
 }
 
-TEST_F(PasswordTest, APageAsksFiveTimesAndNoMoreUntilThePersonActs) {
+TEST_F(PasswordTest, APageShowsFivePromptsPerUserInput) {
   std::string realm;
   site.serve("/image", [&realm](const Request&) {
     realm += " another line of words that the person has to read before there is an end to it";
@@ -236,7 +236,7 @@ TEST_F(PasswordTest, APageAsksFiveTimesAndNoMoreUntilThePersonActs) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, APageProcessThatEndsMeanwhileEndsTheRun) {
+TEST_F(PasswordTest, ACrashDuringAPromptEndsTheRun) {
   startOnProtected("ada:pw");
   untilSheetHangs();
   const auto pageProcess = descendantNamed(run->pid(), "WebKitWebProces");

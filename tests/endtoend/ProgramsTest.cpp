@@ -55,13 +55,13 @@ class NotifierTest : public nativeutils_test::LoggedTest {
   const support::TemporaryFolder folder;
 };
 
-TEST_F(NotifierTest, OfThisSessionHearsThatItHasToEnd) {
+TEST_F(NotifierTest, OfThisSessionGetsTheNotification) {
   const SessionBus bus(folder / "bus");
   const Variable session("DBUS_SESSION_BUS_ADDRESS", bus.address()), system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
   expectHeardOn(bus.address());
 }
 
-TEST_F(NotifierTest, OfThisSessionIsFoundByTheUsersRuntimeFolder) {
+TEST_F(NotifierTest, IsFoundByTheUsersRuntimeFolder) {
   const Variable runtime("XDG_RUNTIME_DIR", folder.path()), session("DBUS_SESSION_BUS_ADDRESS", std::nullopt),
       system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
   const SessionBus bus(folder / "run");
@@ -69,7 +69,7 @@ TEST_F(NotifierTest, OfThisSessionIsFoundByTheUsersRuntimeFolder) {
   expectHeardOn(bus.address());
 }
 
-TEST_F(NotifierTest, OfAnotherSessionHearsItOnTheSystemsBus) {
+TEST_F(NotifierTest, OfAnotherSessionListensOnTheSystemBus) {
   const SessionBus here(folder / "here"), everywhere(folder / "everywhere");
   const Variable session("DBUS_SESSION_BUS_ADDRESS", here.address()),
       system("DBUS_SYSTEM_BUS_ADDRESS", everywhere.address());
@@ -105,13 +105,13 @@ class FrontTest : public nativeutils_test::LoggedTest {
   std::unique_ptr<OtherWindow> other;
 };
 
-TEST_F(FrontTest, AProgramThatIsJustStartedStaysBehindTheWindowInUse) {
+TEST_F(FrontTest, AStartedProgramStaysBehindTheActiveWindow) {
   EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, false, nullptr));
   (void)window();
   EXPECT_EQ(manager->activeWindow(), other->id());
 }
 
-TEST_F(FrontTest, AProgramThatIsBroughtToTheFrontBecomesTheActiveOne) {
+TEST_F(FrontTest, ARaisedProgramBecomesActive) {
   EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, true, nullptr));
   const ScreenWindow started = window();
   EXPECT_TRUE(waitUntil([&] { return manager->activeWindow() == started.id; }, kPatience));

@@ -52,7 +52,7 @@ class SandboxTest : public EndToEndTest {
   }
 };
 
-TEST_F(SandboxTest, ThePageProcessIsWalledInWhereTheMachineAllowsIt) {
+TEST_F(SandboxTest, TheWebProcessRunsInTheSandbox) {
   site.serve("/signin", pageThatTells());
   start();
   untilAsked("/loaded");
@@ -62,14 +62,14 @@ TEST_F(SandboxTest, ThePageProcessIsWalledInWhereTheMachineAllowsIt) {
   EXPECT_THAT(run->standardError(), Not(HasSubstr(kNoSandbox)));
 }
 
-TEST_F(SandboxTest, NoNoteOfItStaysBehind) {
+TEST_F(SandboxTest, NoSandboxFileIsLeft) {
   site.serve("/signin", redirectTo(site.address("/done")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done")));
   const std::filesystem::path notes = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / ".flatpak";
   EXPECT_TRUE(!std::filesystem::exists(notes) || std::filesystem::is_empty(notes));
 }
 
-TEST_F(SandboxTest, WhereItCannotBePutUpTheSignInGoesOn) {
+TEST_F(SandboxTest, ARefusedSandboxDoesNotEndTheRun) {
   replaceBwrap("exit 1");
   expectASignInWithout(kRefused);
 }
@@ -77,7 +77,7 @@ TEST_F(SandboxTest, WhereItCannotBePutUpTheSignInGoesOn) {
 class OddFolderSandboxTest : public SandboxTest, public testing::WithParamInterface<const char*> {};
 
 // bwrap would refuse the folders that WebKit looks for below it.
-TEST_P(OddFolderSandboxTest, AFileInTheFoldersPlaceKeepsNobodyOut) {
+TEST_P(OddFolderSandboxTest, AFileAsFolderIsNoFailure) {
   std::ofstream(temporary("file"));
   options.environment[GetParam()] = temporary("file");
   expectASignInWithout(kRefused);
@@ -86,7 +86,7 @@ TEST_P(OddFolderSandboxTest, AFileInTheFoldersPlaceKeepsNobodyOut) {
 INSTANTIATE_TEST_SUITE_P(Folders, OddFolderSandboxTest,
                          testing::Values("XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"));
 
-TEST_F(SandboxTest, WhereItHangsTheSignInGoesOn) {
+TEST_F(SandboxTest, AHangingTrialDoesNotEndTheRun) {
   replaceBwrap("exec sleep 1000");
   expectASignInWithout(kTimedOut);
 }
@@ -105,7 +105,7 @@ TEST_F(SandboxTest, AFailedTrialIsRepeatedOnce) {
   EXPECT_EQ(warned(kNoSandbox), !works);
 }
 
-TEST_F(SandboxTest, WhereItIsNotInstalledTheSignInGoesOn) {
+TEST_F(SandboxTest, AMissingBubblewrapDoesNotEndTheRun) {
   std::filesystem::create_directory(temporary("bin"));
   options.environment["PATH"] = temporary("bin");
   expectASignInWithout("bwrap is not installed");

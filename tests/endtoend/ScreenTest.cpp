@@ -20,7 +20,7 @@ class ScreenTest : public EndToEndTest {
   }
 };
 
-TEST_F(ScreenTest, AFocusedWindowGetsTheKeysWhereverThePointerIs) {
+TEST_F(ScreenTest, TheFocusedWindowGetsTheKeys) {
   startWithAField();
   screen.moveTo(0, 0);
   screen.focus(window().id);
@@ -29,7 +29,7 @@ TEST_F(ScreenTest, AFocusedWindowGetsTheKeysWhereverThePointerIs) {
   EXPECT_EQ(message(), result(site.address("/done?text=Ab1")));
 }
 
-TEST_F(ScreenTest, KeysThatTheKeyboardDoesNotHaveAreAdded) {
+TEST_F(ScreenTest, MissingKeysAreAdded) {
   startWithAField();
   screen.focus(window().id);
   screen.press(XK_Cyrillic_ef);
@@ -39,7 +39,7 @@ TEST_F(ScreenTest, KeysThatTheKeyboardDoesNotHaveAreAdded) {
   EXPECT_EQ(message(), result(site.address("/done?text=%D1%84%CE%BB%D1%84")));
 }
 
-TEST_F(ScreenTest, PropertiesAreReadAsOtherProgramsReadThem) {
+TEST_F(ScreenTest, PropertiesAreReadLikeOtherPrograms) {
   start();
   untilAsked("/signin");
   const ScreenWindow shown = window();
@@ -53,7 +53,7 @@ class LargeScreenTest : public ScreenTest {
   LargeScreenTest() : ScreenTest({2560, 2048}) {}
 };
 
-TEST_F(LargeScreenTest, AWindowOfTwiceAsManyPixelsFindsRoom) {
+TEST_F(LargeScreenTest, AWindowOfDoubleSizeFits) {
   options.environment["GDK_SCALE"] = "2";
   start();
   until("its size", [&] { return window().frame.width == 2 * 680 && window().frame.height == 2 * 570; });

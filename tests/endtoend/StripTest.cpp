@@ -123,7 +123,7 @@ class ProxiedStripTest : public StripTest {
   Proxy proxy{site};
 };
 
-TEST_F(StripTest, IsEmptyOnTheSpinnerPageAndTheLineMoves) {
+TEST_F(StripTest, IsEmptyOnTheSpinnerPage) {
   site.hold("/signin");
   start();
   untilAsked("/signin");
@@ -140,7 +140,7 @@ TEST_F(StripTest, NamesThisComputerWithoutAWarning) {
   EXPECT_GE(contrastOf(strip()), 7);
 }
 
-TEST_F(ProxiedStripTest, WarnsOfAPageThatIsNotEncrypted) {
+TEST_F(ProxiedStripTest, WarnsOfAnUnencryptedPage) {
   show("http://shop.example/signin");
   EXPECT_TRUE(isDark(strip()));
   EXPECT_GE(contrastOf(strip()), 7);
@@ -154,7 +154,7 @@ TEST_F(ProxiedStripTest, UserInfoAndPortAreNotShown) {
   EXPECT_EQ(coloursOf(strip()), plain);
 }
 
-TEST_F(ProxiedStripTest, AHostOfTwoHundredCharactersKeepsItsEndAndTheWarning) {
+TEST_F(ProxiedStripTest, LongHostsKeepEndAndWarning) {
   const std::string label(48, 'w');
   show("http://" + label + "." + label + "." + label + "." + label + ".shop/signin");
   EXPECT_EQ(window().frame.width, 680);
@@ -163,12 +163,12 @@ TEST_F(ProxiedStripTest, AHostOfTwoHundredCharactersKeepsItsEndAndTheWarning) {
   EXPECT_GT(writtenWidth(strip()), 600);
 }
 
-TEST_F(ProxiedStripTest, ARightToLeftHostIsWrittenOut) {
+TEST_F(ProxiedStripTest, RightToLeftHostsAreShownInFull) {
   show("http://xn--4dbrk0ce.xn--4dbrk0ce.shop.example/signin");
   EXPECT_GT(writtenWidth(strip()), 0);
 }
 
-TEST_F(ProxiedStripTest, NamesThePageThatIsShownAndNotTheOneThatIsAskedFor) {
+TEST_F(ProxiedStripTest, NamesTheShownPageNotTheRequestedOne) {
   show("http://shop.example/signin");
   const auto before = coloursOf(strip());
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -185,13 +185,13 @@ TEST_F(ProxiedStripTest, NamesThePageThatIsShownAndNotTheOneThatIsAskedFor) {
   until("the other host", [&] { return coloursOf(strip()) != before; });
 }
 
-TEST_F(StripTest, WarnsOfAPageThatBelongsToNobody) {
+TEST_F(StripTest, WarnsOfAPageWithoutAHost) {
   site.serve("/signin", page("<script>onload = () => { location.href = 'about:blank' }</script>"));
   start();
   until("the warning", [&] { return isDark(strip()) && contrastOf(strip()) >= 7; });
 }
 
-TEST_F(StripTest, TheLineGoesWhenThePageHasCome) {
+TEST_F(StripTest, AFinishedPageHidesTheProgressLine) {
   site.serve("/signin", page(std::string(kPageStyle) + "<img src='/image'>"));
   site.hold("/image");
   start();
@@ -243,7 +243,7 @@ class LargeTest : public ProxiedStripTest {
   LargeTest() : ProxiedStripTest({1920, 1440}, 2) { options.environment["GDK_SCALE"] = "2"; }
 };
 
-TEST_F(LargeTest, AtTwiceTheSizeEverythingIs) {
+TEST_F(LargeTest, EverythingScales) {
   show("http://shop.example/signin");
   EXPECT_EQ(window().frame.width, 2 * 680);
   EXPECT_EQ(window().frame.height, 2 * 570);
@@ -251,7 +251,7 @@ TEST_F(LargeTest, AtTwiceTheSizeEverythingIs) {
   EXPECT_GE(contrastOf(strip()), 7);
 }
 
-TEST_F(LargeTest, TheEnterprisePageIsTwiceItsSizeToo) {
+TEST_F(LargeTest, TheEnterprisePageScales) {
   options.enterprise = "http://shop.example/start";
   site.serve("/start", page(kPageStyle));
   show("http://shop.example/start");
@@ -259,7 +259,7 @@ TEST_F(LargeTest, TheEnterprisePageIsTwiceItsSizeToo) {
   EXPECT_EQ(pageArea()->y, 2 * kStripHeight);
 }
 
-TEST_F(ProxiedStripTest, GrowsWithAPersonsFont) {
+TEST_F(ProxiedStripTest, GrowsWithTheUsersFont) {
   options.environment["GDK_DPI_SCALE"] = "2";
   options.signIn = "http://shop.example/signin";
   start();

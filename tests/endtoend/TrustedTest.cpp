@@ -42,14 +42,14 @@ class TrustedTest : public EndToEndTest {
   Proxy proxy{site};
 };
 
-TEST_F(TrustedTest, ASiteOfTheOrganisationLoadsWhereTheSystemTrustsIt) {
+TEST_F(TrustedTest, ATrustedSiteLoads) {
   if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
   EXPECT_THAT(secure.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
   EXPECT_THAT(proxy.asked(), testing::Each("CONNECT signin.example:443"));
 }
 
-TEST_F(TrustedTest, ItDoesNotLoadWhereTheSystemDoesNot) {
+TEST_F(TrustedTest, AnUntrustedSiteDoesNotLoad) {
   expectRefusal(-1203);
 }
 
@@ -58,7 +58,7 @@ TEST_F(TrustedTest, TheEnvironmentCannotMakeTheSystemTrustIt) {
   expectRefusal(-1203);
 }
 
-TEST_F(TrustedTest, ItsCertificateIsNoGoodForAnotherHost) {
+TEST_F(TrustedTest, AnotherHostsCertificateIsRejected) {
   if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
   options.signIn = "https://other.example/signin";
   expectRefusal(-1202);

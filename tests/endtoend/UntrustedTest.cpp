@@ -35,7 +35,7 @@ TEST_F(UntrustedTest, AnUntrustedCertificateEndsTheRun) {
   EXPECT_THAT(secure.requests(), testing::IsEmpty());
 }
 
-TEST_F(UntrustedTest, AnUntrustedRedirectAddressIsAFailureAndNoResult) {
+TEST_F(UntrustedTest, AnUntrustedRedirectAddressIsNoResult) {
   options.redirect = secure.address("/done");
   site.serve("/signin", redirectTo(secure.address("/done?code=1")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);

@@ -57,14 +57,14 @@ class WindowManagerTest : public EndToEndTest {
   std::unique_ptr<OtherWindow> other;
 };
 
-TEST_F(WindowManagerTest, ItComesToTheFrontAndTakesTheKeyboardFromAnotherProgram) {
+TEST_F(WindowManagerTest, ItIsRaisedAndGetsTheFocus) {
   workInTheOtherWindow();
   start();
   untilActive("the window", window().id);
   EXPECT_EQ(manager->frontWindow(), window().id);
 }
 
-TEST_F(WindowManagerTest, ItStandsOnTheCurrentDesktop) {
+TEST_F(WindowManagerTest, ItOpensOnTheCurrentDesktop) {
   workInTheOtherWindow();
   screen.request(screen.root(), "_NET_CURRENT_DESKTOP", {2});
   until("the other desktop", [&] { return manager->currentDesktop() == 2; });
@@ -73,7 +73,7 @@ TEST_F(WindowManagerTest, ItStandsOnTheCurrentDesktop) {
   EXPECT_EQ(desktopOf(window().id), 2u);
 }
 
-TEST_F(WindowManagerTest, ItComesToTheFrontAlsoForALauncherThatWasStartedLongAgo) {
+TEST_F(WindowManagerTest, ItIsRaisedForAnOldLauncher) {
   options.environment["DESKTOP_STARTUP_ID"] = "launcher-1-host-svo_TIME1";
   workInTheOtherWindow();
   start();
@@ -82,7 +82,7 @@ TEST_F(WindowManagerTest, ItComesToTheFrontAlsoForALauncherThatWasStartedLongAgo
   EXPECT_EQ(desktopOf(window().id), manager->currentDesktop());
 }
 
-TEST_F(WindowManagerTest, ItAppearsInTheMiddle) {
+TEST_F(WindowManagerTest, ItIsCentered) {
   start();
   untilActive("the window", window().id);
   const Area frame = borderedFrame();
@@ -95,7 +95,7 @@ class SmallScreenTest : public WindowManagerTest {
   SmallScreenTest() : WindowManagerTest({800, 640}) {}
 };
 
-TEST_F(SmallScreenTest, ItStandsWhollyOnTheScreen) {
+TEST_F(SmallScreenTest, ItFitsOnTheScreen) {
   start();
   untilActive("the window", window().id);
   const Area frame = borderedFrame();
@@ -112,7 +112,7 @@ TEST_F(WindowManagerTest, AltAndF4CloseIt) {
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowMayBeMaximised) {
+TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowCanBeMaximized) {
   const auto mayDo = [this] { return screen.namesOf(window().id, "_NET_WM_ALLOWED_ACTIONS"); };
   site.serve("/signin", pageThatWaitsForAClick(site.address("/start?redirect_uri=" + site.address("/staff"))));
   start();

@@ -22,7 +22,7 @@ class WindowTest : public EndToEndTest {
   }
 };
 
-TEST_F(WindowTest, TheSpinnerStandsInTheMiddleUntilThePageComes) {
+TEST_F(WindowTest, TheSpinnerIsCentered) {
   site.hold("/signin");
   start();
   untilAsked("/signin");
@@ -32,7 +32,7 @@ TEST_F(WindowTest, TheSpinnerStandsInTheMiddleUntilThePageComes) {
   EXPECT_NEAR(spinner.y + spinner.height / 2, kStripHeight + 550 / 2, 32);
 }
 
-TEST_F(WindowTest, ItIs680Times570AndHasTheProductsName) {
+TEST_F(WindowTest, ItIs680By570WithTheProductName) {
   options.product = "My Product \xC3\xBC";
   site.hold("/signin");
   start();
@@ -43,14 +43,14 @@ TEST_F(WindowTest, ItIs680Times570AndHasTheProductsName) {
   EXPECT_TRUE(screen.sizeLimitsOf(window().id).fixed);
 }
 
-TEST_F(WindowTest, WithoutAProductNameItHasATitleOfItsOwn) {
+TEST_F(WindowTest, ItHasADefaultTitle) {
   options.product.reset();
   start();
   untilAsked("/signin");
   EXPECT_FALSE(window().title.empty());
 }
 
-TEST_F(WindowTest, ThePageFillsAllButTheStripAtTheTop) {
+TEST_F(WindowTest, ThePageFillsTheWindowBelowTheStrip) {
   site.serve("/signin", page("<style>body{background:#123456;margin:0}</style>"));
   start();
   untilSeen(0x123456);
@@ -70,7 +70,7 @@ constexpr char kLongPage[] = R"(
   onload = () => fetch('/loaded');
 </script>)";
 
-TEST_F(WindowTest, ALongPageHasNoScrollBarsAndStandsStillUnderTheWheel) {
+TEST_F(WindowTest, TheWheelDoesNotScrollALongPage) {
   site.serve("/signin", page(kLongPage));
   start();
   untilAsked("/loaded");
@@ -84,7 +84,7 @@ TEST_F(WindowTest, ALongPageHasNoScrollBarsAndStandsStillUnderTheWheel) {
 }
 
 // The page tells of each key, so that the last has been handled before the click.
-TEST_F(WindowTest, ALongPageStandsStillUnderTheKeys) {
+TEST_F(WindowTest, KeysDoNotScrollALongPage) {
   site.serve("/signin",
              page(std::string(kLongPage) + "<script>onkeyup = (event) => fetch('/key?' + event.key)</script>"));
   start();
@@ -97,21 +97,21 @@ TEST_F(WindowTest, ALongPageStandsStillUnderTheKeys) {
   EXPECT_EQ(message(), result(site.address("/done?x=0&amp;y=0")));
 }
 
-TEST_F(WindowTest, ClosingItWhileTheSpinnerShowsIsReported) {
+TEST_F(WindowTest, ClosingTheSpinnerPageIsReported) {
   site.hold("/signin");
   start();
   untilAsked("/signin");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(WindowTest, ClosingItOnTheSignInPageIsReported) {
+TEST_F(WindowTest, ClosingTheSignInPageIsReported) {
   site.serve("/signin", pageThatTells());
   start();
   untilAsked("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(WindowTest, ClosingItOnTheEnterprisePageIsReported) {
+TEST_F(WindowTest, ClosingTheEnterprisePageIsReported) {
   site.serve("/signin", redirectTo(site.address("/start?redirect_uri=" + site.address("/staff"))));
   site.serve("/staff", pageThatTells());
   start();
@@ -119,7 +119,7 @@ TEST_F(WindowTest, ClosingItOnTheEnterprisePageIsReported) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(WindowTest, APageThatAsksBeforeItIsLeftCannotKeepItOpen) {
+TEST_F(WindowTest, ABeforeUnloadDialogDoesNotBlockClosing) {
   site.serve("/signin", pageThatTells("<script>onbeforeunload = (event) => event.preventDefault()</script>"));
   start();
   untilAsked("/loaded");
@@ -128,7 +128,7 @@ TEST_F(WindowTest, APageThatAsksBeforeItIsLeftCannotKeepItOpen) {
 
 class SignalTest : public WindowTest, public testing::WithParamInterface<int> {};
 
-TEST_P(SignalTest, ASignalToEndIsReportedLikeAClosedWindow) {
+TEST_P(SignalTest, ATerminationSignalReportsAClosedWindow) {
   start();
   untilAsked("/signin");
   run->signal(GetParam());
@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(Endings, SignalTest, testing::Values(SIGTERM, SIGINT, S
 
 class OddFolderTest : public WindowTest, public testing::WithParamInterface<const char*> {};
 
-TEST_P(OddFolderTest, TheSignInStartsFromThere) {
+TEST_P(OddFolderTest, TheProgramStartsThere) {
   const std::filesystem::path folder = temporary(GetParam());
   std::filesystem::create_directory(folder);
   std::filesystem::copy(options.program, folder);
@@ -155,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(Names, OddFolderTest,
                                          "back\\slash", "Upper.Case", "a;b&c=d+e,f:g@h", "<tag>", "~"));
 
 // The name is Latin-1; a test of ctest's cannot be named after it.
-TEST_F(WindowTest, ItStartsFromAFolderWhoseNameIsNoUtf8) {
+TEST_F(WindowTest, ItStartsFromAFolderWithoutUtf8Name) {
   const std::filesystem::path folder = temporary("gr\xFC\xDF\x65");
   std::filesystem::create_directory(folder);
   std::filesystem::copy(options.program, folder);

@@ -27,7 +27,7 @@ TEST_F(NavigationTest, TheFinishedSpinnerPageStartsTheSignIn) {
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(NavigationTest, TheSpinnerPageShownAgainRestartsTheSignIn) {
+TEST_F(NavigationTest, AReloadedSpinnerPageRestartsTheSignIn) {
   signIn();
   EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest cb:/Host/Login"}));
 }
@@ -54,26 +54,26 @@ INSTANTIATE_TEST_SUITE_P(Each, MissingOptionTest,
                                          Missing{"redirectType3URL", &CommandLine::redirect_type3_url}),
                          [](const auto& test) { return test.param.option; });
 
-TEST_F(NavigationTest, AnOrdinaryPageOnlyLosesItsScrollBars) {
+TEST_F(NavigationTest, AnOrdinaryPageOnlyDisablesScrolling) {
   signIn();
   EXPECT_EQ(finish("cb:/host/password"), kLook);
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(NavigationTest, ARedirectPageEndsTheRunWithItsWholeAddress) {
+TEST_F(NavigationTest, ARedirectPageReportsItsWholeAddress) {
   signIn();
   EXPECT_EQ(finish("cb:/done?code=1&s=2"), lookAnd({"terminate"}));
   EXPECT_EQ(message(), "<result><URL>cb:/done?code=1&amp;s=2</URL></result>");
 }
 
-TEST_F(NavigationTest, TheRedirectAddressIsComparedAsItWasLowered) {
+TEST_F(NavigationTest, TheRedirectAddressIsComparedInLowerCase) {
   options().redirect_url = options().ToLowerCase("cb:/Done");
   signIn();
   EXPECT_EQ(finish("cb:/Done?code=1"), kLook);
   EXPECT_EQ(finish("cb:/done?code=1"), lookAnd({"terminate"}));
 }
 
-TEST_F(NavigationTest, ASubFrameNeverCounts) {
+TEST_F(NavigationTest, ASubFrameIsIgnored) {
   signIn();
   WebFrame* const frame = [[WebFrame alloc] initWithWebView:webView];
   [frame showRequest:requestFor("cb:/done?code=1")];
@@ -83,7 +83,7 @@ TEST_F(NavigationTest, ASubFrameNeverCounts) {
   [frame release];
 }
 
-TEST_F(NavigationTest, AResultThatNobodyReadsStillEndsTheRun) {
+TEST_F(NavigationTest, AnUnreadResultEndsTheRun) {
   options().pipe_name = "/nonexistent/pipe";
   signIn();
   EXPECT_EQ(finish("cb:/done"), lookAnd({"terminate"}));
@@ -117,19 +117,19 @@ TEST_F(NavigationTest, ARequestWithoutAnAddressIsIgnored) {
   EXPECT_EQ(finish([[[NSURLRequest alloc] init] autorelease]), kLook);
 }
 
-TEST_F(NavigationTest, AnAddressThatIsNoneIsLoadedAsARequestWithoutOne) {
+TEST_F(NavigationTest, AnInvalidAddressIsLoadedAsNil) {
   options().zel_url = "no address at all";
   launch();
   EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
 }
 
-TEST_F(NavigationTest, AnAddressThatIsNoTextIsLoadedAsARequestWithoutOne) {
+TEST_F(NavigationTest, AnAddressWithoutUtf8IsLoadedAsNil) {
   options().zel_url = "cb:/\xFF";
   launch();
   EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
 }
 
-TEST_F(NavigationTest, ARequestForAWindowGoesToTheBrowserAndThePageStays) {
+TEST_F(NavigationTest, ANewWindowOpensInTheBrowser) {
   signIn();
   [delegate webView:webView
       decidePolicyForNewWindowAction:[NSDictionary dictionary]
@@ -139,7 +139,7 @@ TEST_F(NavigationTest, ARequestForAWindowGoesToTheBrowserAndThePageStays) {
   EXPECT_EQ(doubles::taken(), (Asked{"ignore", "openURL http://host/help?a=1&b=2"}));
 }
 
-TEST_F(NavigationTest, ARequestForAWindowIsHandedOverAsItIs) {
+TEST_F(NavigationTest, ANewWindowsUrlIsPassedOnUnchanged) {
   signIn();
   NSURL* const address = [[[PoorURL alloc] initWithString:@"http://host/help"] autorelease];
   doubles::fail("absoluteString");
@@ -151,7 +151,7 @@ TEST_F(NavigationTest, ARequestForAWindowIsHandedOverAsItIs) {
   EXPECT_EQ(doubles::lastOpened(), address);
 }
 
-TEST_F(NavigationTest, ARequestForAWindowWithoutAnAddressIsRefusedAllTheSame) {
+TEST_F(NavigationTest, ANewWindowWithoutAddressIsIgnored) {
   signIn();
   [delegate webView:webView
       decidePolicyForNewWindowAction:nil
