@@ -42,7 +42,7 @@ class ResultPipe : public testing::Test {
     return text;
   }
 
-  // Leaves room for so many bytes in the pipe.
+  // Fills the pipe except for `room` bytes.
   void fill(std::size_t room) {
     const int writer = ::open(path_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     const std::string filling(static_cast<std::size_t>(::fcntl(writer, F_GETPIPE_SZ)) - room, '.');
@@ -50,7 +50,7 @@ class ResultPipe : public testing::Test {
     ::close(writer);
   }
 
-  // The calls of write(2) by this process so far.
+  // The number of write(2) calls of this process so far.
   static long writes() {
     std::ifstream counts("/proc/self/io");
     for (std::string line; std::getline(counts, line);) {
@@ -162,7 +162,7 @@ TEST_F(ResultPipe, GetsTheMessageInOneWrite) {
 
 TEST_F(ResultPipe, IsWrittenOnceWhenHalfFits) {
   makePipe();
-  constexpr std::size_t kPage = 4096;  // a pipe's room is counted in pages
+  constexpr std::size_t kPage = 4096;  // a pipe's buffer is counted in pages
   fill(kPage);
   const long before = writes();
   EXPECT_FALSE(WriteFIFO(path_, std::string(2 * kPage, 'a')));

@@ -25,7 +25,7 @@ std::string text(const Frame& frame) {
   return out.str();
 }
 
-// Writes down what it is asked, one line a call.
+// Records its calls, one line per call.
 class RecordingWindow : public SignInWindow {
  public:
   Frame windowFrame() const override { return window; }
@@ -79,7 +79,7 @@ class SignInFlowTest : public testing::Test {
     ::unlink(pipe_.c_str());
   }
 
-  // The flow as it stands when the sign-in page has been asked for.
+  // Brings the flow to the point where the sign-in page is requested.
   void signIn() {
     flow.launch("/opt/kelvo");
     flow.mainFrameFinished(spinnerHTMLBaseURL);

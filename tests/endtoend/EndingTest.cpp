@@ -1,4 +1,4 @@
-// Ends of a run that nobody planned: signals at odd times, a display that goes away, pages that hold on to the window.
+// Unplanned ends of a run: early signals, a lost display, pages that try to block closing.
 
 #include <signal.h>
 
@@ -22,7 +22,7 @@ TEST_F(EndingTest, AStartUpSignalReportsAClosedWindow) {
 
 TEST_F(EndingTest, ASecondSignalChangesNothing) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   run->signal(SIGTERM);
   run->signal(SIGINT);
   run->signal(SIGHUP);
@@ -34,7 +34,7 @@ TEST_F(EndingTest, ALostDisplayReportsAClosedWindow) {
   auto session = std::make_unique<tools::VirtualDisplay>();
   options.environment["DISPLAY"] = session->name();
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   session.reset();
   EXPECT_EQ(run->exitStatus(), 1);
   EXPECT_EQ(pipe.text(), kWindowClosed);
@@ -44,21 +44,21 @@ TEST_F(EndingTest, ALostDisplayReportsAClosedWindow) {
 TEST_F(EndingTest, APrintingPageDoesNotBlockClosing) {
   site.serve("/signin", page("<script>onload = () => { print(); fetch('/printed') }</script>"));
   start();
-  untilAsked("/printed");
+  untilRequested("/printed");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 TEST_F(EndingTest, ABusyPageDoesNotBlockClosing) {
   site.serve("/signin", page("<script>onload = () => fetch('/busy').then(() => { for (;;); })</script>"));
   start();
-  untilAsked("/busy");
+  untilRequested("/busy");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 TEST_F(EndingTest, ADialogDoesNotBlockClosing) {
   site.serve("/signin", page("<script>fetch('/asking').then(() => alert('terms of use'))</script>"));
   start();
-  untilAsked("/asking");
+  untilRequested("/asking");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

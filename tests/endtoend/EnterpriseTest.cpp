@@ -1,4 +1,4 @@
-// The enterprise sign-in: the larger window, and the address that it follows.
+// The enterprise sign-in: the larger window and the redirect_uri address.
 
 #include "tests/tools/hand/Hand.h"
 
@@ -20,7 +20,7 @@ class EnterpriseTest : public EndToEndTest {
     site.serve("/staff", page("staff"));
   }
 
-  // The enterprise address that has a page of the site followed.
+  // An enterprise address whose redirect_uri is a page of the site.
   std::string startWith(const std::string& target) const {
     return site.address("/start?redirect_uri=" + site.address(target));
   }
@@ -67,7 +67,7 @@ TEST_F(EnterpriseTest, TheWindowGrowsUpwardByTwenty) {
 
 TEST_F(EnterpriseTest, TheWindowGetsItsTitleAndIsResizable) {
   start();
-  untilAsked("/staff");
+  untilRequested("/staff");
   until("the title", [&] { return window().title == "Example Enterprise"; });
   windowOfSize(800, 620);
   until("the limits", [&] { return !screen.sizeLimitsOf(window().id).fixed; });
@@ -78,7 +78,7 @@ TEST_F(EnterpriseTest, TheWindowGetsItsTitleAndIsResizable) {
 TEST_F(EnterpriseTest, AMissingEnterpriseTitleKeepsTheTitle) {
   options.enterpriseTitle.reset();
   start();
-  untilAsked("/staff");
+  untilRequested("/staff");
   windowOfSize(800, 620);
   EXPECT_EQ(window().title, "Example Product");
 }
@@ -91,22 +91,22 @@ TEST_F(EnterpriseTest, ASecondEnterprisePageIsFollowedToo) {
 
 TEST_F(EnterpriseTest, ASecondEnterprisePageKeepsTheWindowsFrame) {
   site.serve("/staff", pageThatWaitsForAClick(startWith("/second")));
-  site.serve("/second", pageThatTells());
+  site.serve("/second", pageThatReportsItsLoad());
   start();
-  untilAsked("/clickable");
+  untilRequested("/clickable");
   screen.place(windowOfSize(800, 620).id, {40, 60, 900, 700});
   windowOfSize(900, 700);
   click();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   const Area frame = window().frame;
   EXPECT_THAT((std::vector<int>{frame.x, frame.y, frame.width, frame.height}), ElementsAre(40, 60, 900, 700));
 }
 
 TEST_F(EnterpriseTest, BothPrefixesMeanAnEnterprisePage) {
   options.redirect = site.address("/start");
-  site.serve("/staff", pageThatTells());
+  site.serve("/staff", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -1,4 +1,4 @@
-// A person who has nothing but the keyboard.
+// Use of the window by keyboard only.
 
 #include "tests/endtoend/EndToEndTest.h"
 
@@ -11,29 +11,29 @@ using testing::ElementsAre;
 
 class KeyboardTest : public EndToEndTest {
  protected:
-  // Starts with a page in the window, and the keyboard in the window.
+  // Starts with a page in the window, which has the keyboard focus.
   void startOn(const std::string& body) {
-    site.serve("/signin", pageThatTells(body));
+    site.serve("/signin", pageThatReportsItsLoad(body));
     start();
     screen.focus(window().id);
-    untilAsked("/loaded");
+    untilRequested("/loaded");
   }
 
-  // The same, until the first field has the keyboard: a page gives it there some time after it has loaded.
+  // Also waits until the first field has the focus, which the page sets some time after it has loaded.
   void startOnFields(const std::string& body) {
     startOn(body);
-    untilAsked("/focused");
+    untilRequested("/focused");
   }
 
   std::string done(const std::string& query) { return result(site.address("/done?" + query)); }
 };
 
-// The first field has the keyboard, Return posts both.
+// The first field has the focus. Return posts both fields.
 constexpr char kTwoFields[] =
     "<form action='/done'><input name='a' autofocus onfocus='fetch(`/focused`)'><input "
     "name='b'><button></button></form>";
 
-// Words that cannot be typed into, and what becomes of them.
+// Text that is not editable, and a script that reports changes to it.
 constexpr char kWords[] = R"(<p>words</p><script>
   onselectionchange = document.onselectionchange = () => {
     if (getSelection().toString().trim() === 'words') fetch('/selected');
@@ -84,7 +84,7 @@ TEST_F(KeyboardTest, UndoesInAField) {
 TEST_F(KeyboardTest, SelectsAndCopiesAPageWithoutAField) {
   startOn(kWords);
   screen.press(XK_a, {XK_Control_L});
-  untilAsked("/selected");
+  untilRequested("/selected");
   screen.press(XK_c, {XK_Control_L});
   EXPECT_EQ(message(), done("copied=words"));
 }
@@ -105,7 +105,7 @@ TEST_F(KeyboardTest, UndoDoesNothingWithoutAField) {
   for (const char letter : std::string("zkxntospurljdq"))
     screen.press(static_cast<KeySymbol>(letter), {XK_Control_L});
   screen.press(XK_a, {XK_Control_L});
-  untilAsked("/selected");
+  untilRequested("/selected");
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /loaded", "GET /selected"));
   EXPECT_EQ(screen.windows().size(), 1u);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -120,7 +120,7 @@ TEST_F(KeyboardTest, ShiftMakesNoShortcut) {
   EXPECT_EQ(message(), done("selected="));
 }
 
-// Undo, because WebKit has bindings of its own for the other shortcuts, with Caps Lock or without.
+// Tests undo: WebKit has key bindings of its own for the other shortcuts, with and without Caps Lock.
 TEST_F(KeyboardTest, CapsLockMakesNoShortcut) {
   startOnFields(kTwoFields);
   screen.type("mine");
@@ -157,14 +157,14 @@ TEST_F(KeyboardTest, TabReachesEverythingAndReturns) {
 </script>)"));
   start();
   screen.focus(window().id);
-  untilAsked("/way?a");
+  untilRequested("/way?a");
   for (const char* const way : {"ab", "abc", "abcd", "abcde"}) {
     screen.press(XK_Tab);
-    untilAsked(std::string("/way?") + way);
+    untilRequested(std::string("/way?") + way);
   }
   screen.press(XK_Tab);  // to the page as a whole
   screen.press(XK_Tab);
-  untilAsked("/way?abcdea");
+  untilRequested("/way?abcdea");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
@@ -172,7 +172,7 @@ TEST_F(KeyboardTest, EscapeDoesNotStopALoad) {
   site.hold("/signin");
   site.serve("/signin", redirectTo(site.address("/done")));
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   screen.focus(window().id);
   screen.press(XK_Escape);
   site.release("/signin");
@@ -191,7 +191,7 @@ TEST_F(KeyboardTest, AnInputMethodWritesIntoAField) {
   options.environment["GTK_IM_MODULE"] = "gtk-im-context-simple";
   startOnFields(std::string(kTwoFields) + "<style>input { font: 40px monospace; color: #a01010 }</style>");
 
-  // What has been painted has been heard of by the input method too.
+  // After painting, the input method has received the events before it.
   screen.type("x");
   until("the letter", [&] { return screen.picture(window().frame).find(0xa01010, 20).has_value(); });
   screen.press(XK_u, {XK_Control_L, XK_Shift_L});
@@ -222,23 +222,23 @@ TEST_F(KeyboardTest, NoPageCanKeepTheWindowOpen) {
 TEST_F(KeyboardTest, ControlWClosesTheSpinnerPage) {
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   screen.focus(window().id);
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-// Tells the page's width, in its own points, each time it changes; a click leaves.
+// Reports the page's width in CSS pixels each time it changes. A click leaves the page.
 constexpr char kMeasuredPage[] = "<script>onresize = () => fetch('/width?' + innerWidth)</script>";
 
 TEST_F(KeyboardTest, ControlPlusMinusAndZeroZoom) {
   startOn(kMeasuredPage);
   screen.press(XK_plus, {XK_Control_L});
-  untilAsked("/width?618");
+  untilRequested("/width?618");
   screen.press(XK_0, {XK_Control_L});
-  untilAsked("/width?680");
+  untilRequested("/width?680");
   screen.press(XK_minus, {XK_Control_L});
-  untilAsked("/width?748");
+  untilRequested("/width?748");
   screen.press(XK_equal, {XK_Control_L});
   screen.press(XK_KP_Add, {XK_Control_L});
   until("the second 618", [&] { return testing::Matches(testing::Contains("GET /width?618").Times(2))(site.asked()); });
@@ -249,10 +249,10 @@ TEST_F(KeyboardTest, ZoomHasLimits) {
   startOn(kMeasuredPage);
   for (int i = 0; i < 15; ++i)
     screen.press(XK_plus, {XK_Control_L});
-  untilAsked("/width?226");
+  untilRequested("/width?226");
   for (int i = 0; i < 25; ++i)
     screen.press(XK_minus, {XK_Control_L});
-  untilAsked("/width?1360");
+  untilRequested("/width?1360");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
@@ -261,7 +261,7 @@ TEST_F(KeyboardTest, AZoomedPageMayBeScrolled) {
       "<body style='height: 3000px'><script>onresize = () => fetch('/width?' + innerWidth); "
       "onscroll = () => { location.href = '/done?scrolled' }</script>");
   screen.press(XK_plus, {XK_Control_L});
-  untilAsked("/width?618");
+  untilRequested("/width?618");
   const Area frame = window().frame;
   screen.moveTo(frame.x + 300, frame.y + 300);
   screen.turnWheel(3);

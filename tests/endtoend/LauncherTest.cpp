@@ -91,7 +91,7 @@ TEST_F(LauncherTest, AProgramThatIsNotThereIsReported) {
 
 TEST_F(LauncherTest, StoppingItClosesTheWindow) {
   startLauncher();
-  untilAsked("/signin");
+  untilRequested("/signin");
   launcher_->signal(SIGTERM);
   EXPECT_THAT(output(), StartsWith("message: " + kWindowClosed + "\n"));
   EXPECT_EQ(launcher_->exitStatus(), launcher::kWindowClosed);

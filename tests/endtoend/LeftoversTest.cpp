@@ -1,4 +1,4 @@
-// What is left when a run has ended: the log, and nothing else.
+// After a run only the log is left.
 
 #include "tests/tools/support/ClosedPort.h"
 
@@ -52,7 +52,7 @@ TEST_F(LeftoversTest, NoProcessOutlivesTheRun) {
   messageOfARun();
   for (const pid_t child : childrenOfThisProcess()) {
     const bool isOurs = std::find(before.begin(), before.end(), child) != before.end();
-    EXPECT_TRUE(isOurs || outlive(child)) << child;
+    EXPECT_TRUE(isOurs || waitForExit(child)) << child;
   }
 }
 
@@ -67,7 +67,7 @@ TEST_P(EndingsTest, LeavesNoSemaphoreSet) {
   const std::vector<int> before = semaphoreSets();
   start();
   if (ending == "Closed") {
-    untilAsked("/signin");
+    untilRequested("/signin");
     screen.close(window().id);
   }
   EXPECT_NE(message(), "");

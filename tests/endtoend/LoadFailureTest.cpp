@@ -1,4 +1,4 @@
-// Pages that do not load, and what of it ends the run.
+// Failed loads, and which of them end the run.
 
 #include <signal.h>
 
@@ -22,7 +22,7 @@ using tools::ClosedPort;
 
 class LoadFailureTest : public EndToEndTest {
  protected:
-  // The three lines of a failure before the page showed.
+  // The three log lines of a provisional failure.
   void expectFailureInTheLog(const std::string& address, int code) {
     const std::vector<std::string> messages = logMessages();
     EXPECT_THAT(messages, Contains("didFailProvisionalLoadWithError for URL " + address));
@@ -91,7 +91,7 @@ TEST_F(LoadFailureTest, AReplacedLoadIsLoggedOnly) {
                              "onclick = () => { location.href = '/done?code=1' }</script>"));
   site.hold("/slow");
   start();
-  untilAsked("/slow");
+  untilRequested("/slow");
   click();
   EXPECT_EQ(message(), result(site.address("/done?code=1")));
   expectFailureInTheLog(site.address("/slow"), -999);
@@ -142,7 +142,7 @@ TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
   expectFailureInTheLog(nobody.address("/advert"), -1004);
 }
 
-// A way to put a frame into a page, around the address of its document.
+// HTML that embeds a document: the text before and after its address.
 struct FrameMarkup {
   const char* name;
   const char* before;
@@ -202,9 +202,9 @@ TEST_F(LoadFailureTest, FailedImagesAndFetchesAreIgnored) {
 class KilledProcessTest : public LoadFailureTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(KilledProcessTest, EndsTheRun) {
-  site.serve("/signin", pageThatTells());
+  site.serve("/signin", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   const auto process = descendantNamed(run->pid(), GetParam());
   ASSERT_TRUE(process);
   kill(*process, SIGKILL);

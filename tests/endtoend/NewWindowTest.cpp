@@ -1,4 +1,4 @@
-// Requests for a new window: they leave for the default browser, and the sign-in stays where it is.
+// Requests for a new window open in the default browser. The sign-in page stays.
 
 #include "tests/endtoend/EndToEndTest.h"
 
@@ -24,9 +24,10 @@ class NewWindowTest : public EndToEndTest {
 };
 
 TEST_F(NewWindowTest, ATargetLinkOpensInTheBrowser) {
-  site.serve("/signin", pageThatTells("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"));
+  site.serve("/signin",
+             pageThatReportsItsLoad("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -47,14 +48,14 @@ TEST_F(NewWindowTest, AnOpenedWindowIsNullForItsPage) {
   site.serve("/signin", page("<script>onload = () => fetch('/opened?' + open('/popup'))</script>"));
   start();
   untilOpened(1);
-  untilAsked("/opened?null");
+  untilRequested("/opened?null");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 TEST_F(NewWindowTest, AMailAddressOpensOutside) {
-  site.serve("/signin", pageThatTells("<a href='mailto:help@host' style='position:fixed;inset:0'>help</a>"));
+  site.serve("/signin", pageThatReportsItsLoad("<a href='mailto:help@host' style='position:fixed;inset:0'>help</a>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -62,27 +63,27 @@ TEST_F(NewWindowTest, AMailAddressOpensOutside) {
 }
 
 TEST_F(NewWindowTest, OneClickOpensAtMostThreeMails) {
-  site.serve("/signin",
-             pageThatTells("<a style='position:fixed;inset:0'></a><script>"
-                           "let clicked = false; onclick = (event) => { if (clicked) return; clicked = true; "
-                           "for (let i = 0; i < 30; ++i) { const mail = document.createElement('a'); "
-                           "mail.href = 'mailto:help' + i + '@host'; mail.click() } "
-                           "requestAnimationFrame(() => requestAnimationFrame(() => fetch('/clicked'))) }</script>"));
+  site.serve("/signin", pageThatReportsItsLoad(
+                            "<a style='position:fixed;inset:0'></a><script>"
+                            "let clicked = false; onclick = (event) => { if (clicked) return; clicked = true; "
+                            "for (let i = 0; i < 30; ++i) { const mail = document.createElement('a'); "
+                            "mail.href = 'mailto:help' + i + '@host'; mail.click() } "
+                            "requestAnimationFrame(() => requestAnimationFrame(() => fetch('/clicked'))) }</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
-  untilAsked("/clicked");
+  untilRequested("/clicked");
   untilOpened(3);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(), testing::SizeIs(3));
 }
 
 TEST_F(NewWindowTest, EachRequestOpensOnce) {
-  site.serve("/signin", pageThatTells("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"
-                                      "<script>document.querySelector('a').onclick = () => "
-                                      "setTimeout(() => window.open('/popup'), 0)</script>"));
+  site.serve("/signin", pageThatReportsItsLoad("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"
+                                               "<script>document.querySelector('a').onclick = () => "
+                                               "setTimeout(() => window.open('/popup'), 0)</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
   untilOpened(2);
   click();
@@ -105,16 +106,16 @@ TEST_F(NewWindowTest, APageOpensThreeWindowsPerUserInput) {
                              "onload = storm; onclick = () => { ++clicks; storm() }</script>"));
   const auto popup = [this](int clicks) { return site.address("/popup?" + std::to_string(clicks)); };
   start();
-  untilAsked("/opened?0");
+  untilRequested("/opened?0");
   untilOpened(3);
   click();
-  untilAsked("/opened?1");
+  untilRequested("/opened?1");
   untilOpened(6);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(), ElementsAre(popup(0), popup(0), popup(0), popup(1), popup(1), popup(1)));
 }
 
-// Each click opens one; the last one gets out, and by then all before it would have.
+// Each click opens one address. Only the last is allowed outside; when it opens, the others would have opened before.
 TEST_F(NewWindowTest, OnlyWebAndContactAddressesOpenOutside) {
   site.serve("/signin",
              page("<body style='height: 540px'><script>const all = ["
@@ -124,10 +125,10 @@ TEST_F(NewWindowTest, OnlyWebAndContactAddressesOpenOutside) {
                   "onclick = () => { open(all[next]); fetch('/opened?' + ++next) };"
                   "onload = () => fetch('/loaded')</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   for (int i = 1; i <= 13; ++i) {
     click();
-    untilAsked("/opened?" + std::to_string(i));
+    untilRequested("/opened?" + std::to_string(i));
   }
   untilOpened(4);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);

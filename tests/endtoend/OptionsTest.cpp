@@ -1,4 +1,4 @@
-// What the window is given at its start: the six options, the pipe, arguments that are nobody's, and the locale.
+// The window's input at its start: the six options, the pipe, unknown arguments, and the locale.
 
 #include <sys/stat.h>
 
@@ -129,7 +129,7 @@ void PrintTo(const Locale& locale, std::ostream* out) {
 
 class LocaleTest : public OptionsTest, public testing::WithParamInterface<Locale> {};
 
-// `Intl` throws for a language that does not exist. WebKit gives a page the first language only.
+// `Intl` throws for an unknown language. WebKit reports only the first language to a page.
 TEST_P(LocaleTest, PagesSeeLanguagesThatExist) {
   options.environment["LC_ALL"] = options.environment["LC_MESSAGES"] = "";
   options.environment["LANG"] = GetParam().lang;
@@ -146,11 +146,11 @@ INSTANTIATE_TEST_SUITE_P(Locales, LocaleTest,
                                          Locale{"C.UTF-8", "pt_BR:ca@valencia", "pt-BR,pt-BR,pt-BR"},
                                          Locale{"not a locale.UTF-8", "", "en-US,en-US,en-US"}));
 
-// The quickest of five counts: others may have been kept waiting by the machine.
+// The fastest of five runs counts: a busy machine may delay the others.
 TEST_F(OptionsTest, WithoutADisplayTheRunEndsAtOnce) {
   options.environment.clear();
   std::string messages;
-  std::chrono::steady_clock::duration quickest = kPatience;
+  std::chrono::steady_clock::duration quickest = kTimeout;
   for (int i = 0; i < 5; ++i) {
     const auto begin = std::chrono::steady_clock::now();
     start();

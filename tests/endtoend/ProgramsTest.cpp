@@ -1,4 +1,4 @@
-// What the native utility library does with other programs of a desktop.
+// The native utility library and other programs of a desktop.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ using tools::ChildProcess;
 using tools::ScreenWindow;
 using tools::waitUntil;
 
-constexpr std::chrono::seconds kPatience{30};
+constexpr std::chrono::seconds kTimeout{30};
 
 class NotifierTest : public nativeutils_test::LoggedTest {
  protected:
@@ -39,14 +39,14 @@ class NotifierTest : public nativeutils_test::LoggedTest {
     if (!SessionBus::isPossible()) GTEST_SKIP() << "no dbus-daemon here";
   }
 
-  // Closes the workflow of a notifier that listens on the bus of this address.
+  // Notifies a notifier that listens on the bus at `address` to close its workflow.
   void expectHeardOn(const std::string& address) {
     ChildProcess::Setup setup;
     setup.command = {SVO_TEST_NOTIFIER, address, folder / "ready"};
     ChildProcess notifier(setup);
     ASSERT_TRUE(support::comesTrue([&] { return std::filesystem::exists(folder / "ready"); }));
     EXPECT_TRUE(utilCloseAllNotificationWorkflows());
-    ASSERT_TRUE(waitUntil([&] { return notifier.ended(); }, kPatience));
+    ASSERT_TRUE(waitUntil([&] { return notifier.ended(); }, kTimeout));
     EXPECT_EQ(notifier.exitStatus(), 0);
     EXPECT_TRUE(logged().empty()) << "nobody is killed";
   }
@@ -82,18 +82,18 @@ class FrontTest : public nativeutils_test::LoggedTest {
     if (!WindowManager::isPossible()) GTEST_SKIP() << "no openbox here";
     manager = std::make_unique<WindowManager>(screen, display.name(), folder / "openbox");
     other = std::make_unique<OtherWindow>(display.name(), tools::Area{50, 50, 300, 200});
-    ASSERT_TRUE(waitUntil([&] { return manager->activeWindow() == other->id(); }, kPatience));
+    ASSERT_TRUE(waitUntil([&] { return manager->activeWindow() == other->id(); }, kTimeout));
   }
 
   void TearDown() override {
     for (const ScreenWindow& each : screen.windows())
       ::kill(each.pid, SIGTERM);
-    EXPECT_TRUE(waitUntil([&] { return screen.windows().empty(); }, kPatience));
+    EXPECT_TRUE(waitUntil([&] { return screen.windows().empty(); }, kTimeout));
   }
 
-  // The window of the program that was started.
+  // The window of the started program.
   ScreenWindow window() {
-    EXPECT_TRUE(waitUntil([&] { return !screen.windows().empty(); }, kPatience));
+    EXPECT_TRUE(waitUntil([&] { return !screen.windows().empty(); }, kTimeout));
     return screen.windows().at(0);
   }
 
@@ -114,8 +114,8 @@ TEST_F(FrontTest, AStartedProgramStaysBehindTheActiveWindow) {
 TEST_F(FrontTest, ARaisedProgramBecomesActive) {
   EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, true, nullptr));
   const ScreenWindow started = window();
-  EXPECT_TRUE(waitUntil([&] { return manager->activeWindow() == started.id; }, kPatience));
-  EXPECT_TRUE(waitUntil([&] { return manager->frontWindow() == started.id; }, kPatience));
+  EXPECT_TRUE(waitUntil([&] { return manager->activeWindow() == started.id; }, kTimeout));
+  EXPECT_TRUE(waitUntil([&] { return manager->frontWindow() == started.id; }, kTimeout));
   const std::string process = std::to_string(started.pid);
   EXPECT_THAT(logged(), testing::ElementsAre(StartsWith("DEBUG Launch Process at path "),
                                              "INFO Launch Process With Task ", "INFO Launching process .... " + process,

@@ -1,4 +1,4 @@
-// Tests of the sheet that hangs down from the strip and asks the person something.
+// A fixture for tests of prompts.
 
 #pragma once
 
@@ -8,46 +8,45 @@
 
 namespace endtoend {
 
-class SheetTest : public PageTest {
+class PromptTest : public PageTest {
  protected:
-  // A person answers what can be seen.
-  void untilSheetHangs() {
-    until("the sheet", [this] { return sheetHangs(); });
+  void untilPromptIsShown() {
+    until("the prompt", [this] { return promptIsShown(); });
   }
-  void untilSheetIsGone() {
-    until("the page without the sheet", [this] { return !sheetHangs(); });
+  void untilPromptIsClosed() {
+    until("the page without a prompt", [this] { return !promptIsShown(); });
   }
 
-  // Waits for a sheet that ends below a row of the window, and gives the row that it ends at: each question with a line
-  // more than the one before is told apart.
-  int untilSheetEndsBelow(int row) {
+  // Waits for a prompt that ends below a row of the window, and returns its last row. Distinguishes prompts with
+  // increasing numbers of lines.
+  int untilPromptEndsBelow(int row) {
     int end = 0;
-    until("a longer sheet", [&] { return sheetHangs() && pageShowsBelow() && (end = sheetEnd()) > row; });
+    until("a longer prompt", [&] { return promptIsShown() && pageShowsBelow() && (end = promptEnd()) > row; });
     return end;
   }
 
-  // Waits for the sheet, then presses the key.
-  void answer(KeySymbol key) {
-    untilSheetHangs();
+  // Waits for the prompt, then presses the key.
+  void replyWith(KeySymbol key) {
+    untilPromptIsShown();
     screen.press(key);
   }
 
  private:
-  // It has the colour of the strip and hangs into the page's area.
-  bool sheetHangs() {
+  // A prompt has the color of the strip and overlaps the page's area.
+  bool promptIsShown() {
     const Picture all = picture();
     return all.colourAt(all.width() / 2, 28) == all.colourAt(all.width() - 10, 3);
   }
 
   bool pageShowsBelow() {
     const Picture all = picture();
-    return all.colourAt(all.width() / 2, all.height() - 1) == kPageColour;
+    return all.colourAt(all.width() / 2, all.height() - 1) == kPageColor;
   }
 
-  int sheetEnd() {
+  int promptEnd() {
     const Picture all = picture();
     int row = all.height() - 1;
-    while (row > 0 && all.colourAt(all.width() / 2, row) == kPageColour)
+    while (row > 0 && all.colourAt(all.width() / 2, row) == kPageColor)
       --row;
     return row;
   }

@@ -1,4 +1,4 @@
-// The proxy of the system's settings: every request goes through it, and what it refuses does not happen.
+// The system's proxy: every request goes through it, and its rejections are final.
 
 #include <fstream>
 
@@ -74,7 +74,7 @@ TEST_F(ProxyTest, ARefusedProxyConnectionEndsTheRun) {
   EXPECT_THAT(proxy.asked(), IsEmpty());
 }
 
-// What such a proxy has to say about it must not show, nor run, under the site's name.
+// The proxy's response must neither be shown nor run under the site's name.
 TEST_F(ProxyTest, ARefusedTunnelEndsTheRun) {
   options.signIn = "https://shop.example/done";
   options.redirect = "https://shop.example/done";
@@ -84,9 +84,9 @@ TEST_F(ProxyTest, ARefusedTunnelEndsTheRun) {
 }
 
 TEST_F(ProxyTest, AProxysPromptDoesNotBlockClosing) {
-  proxy.demand("ada", "Correct-Horse-7");
+  proxy.requireCredentials("ada", "Correct-Horse-7");
   start();
-  until("the proxy's question", [&] { return proxy.turnedAway() > 0; });
+  until("the proxy's question", [&] { return proxy.rejected() > 0; });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(site.asked(), IsEmpty());
 }
@@ -95,7 +95,7 @@ TEST_F(ProxyTest, TheUserEntersTheProxysPassword) {
   if (!Accessibility::isPossible()) GTEST_SKIP() << "no D-Bus or no accessibility service here";
   const Accessibility accessibility(temporary("bus"));
   options.environment.merge(accessibility.environment());
-  proxy.demand("ada", "Correct-Horse-7");
+  proxy.requireCredentials("ada", "Correct-Horse-7");
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
   start();
   until("the question", [&] { return accessibility.find(ATSPI_ROLE_PUSH_BUTTON, "OK").has_value(); });
@@ -105,7 +105,7 @@ TEST_F(ProxyTest, TheUserEntersTheProxysPassword) {
   screen.type("Correct-Horse-7");
   screen.press(XK_Return);
   EXPECT_EQ(message(), result("http://shop.example/done?code=1"));
-  EXPECT_EQ(proxy.turnedAway(), 1);
+  EXPECT_EQ(proxy.rejected(), 1);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The walls around the page process: they stand where the machine can put them up, and nobody is kept out where not.
+// The sandbox of the web process: enabled where it works; elsewhere the sign-in continues without it.
 
 #include <chrono>
 #include <cstdlib>
@@ -24,7 +24,7 @@ constexpr char kTimedOut[] = "bwrap did not end within 4 seconds";
 
 class SandboxTest : public EndToEndTest {
  protected:
-  // The program finds this script where it looks for bwrap first.
+  // The program finds this script first in its search path for bwrap.
   void replaceBwrap(const std::string& script) {
     std::filesystem::create_directory(temporary("bin"));
     std::ofstream(temporary("bin/bwrap")) << "#!/bin/sh\n" << script << "\n";
@@ -44,7 +44,7 @@ class SandboxTest : public EndToEndTest {
     site.serve("/signin", redirectTo(site.address("/done")));
     const bool waitedInFull = timeOfARun() >= std::chrono::seconds(6);
 
-    // On a busy machine a refusal may come too late to be seen.
+    // On a busy machine the trial may time out before the refusal.
     if (waitedInFull && obstacle == kRefused && warned(kTimedOut)) obstacle = kTimedOut;
     const std::string warning = obstacle + "; " + kNoSandbox;
     EXPECT_THAT(run->standardError(), HasSubstr("svo-signin: " + warning + "\n"));
@@ -53,9 +53,9 @@ class SandboxTest : public EndToEndTest {
 };
 
 TEST_F(SandboxTest, TheWebProcessRunsInTheSandbox) {
-  site.serve("/signin", pageThatTells());
+  site.serve("/signin", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   const bool walledIn = descendantNamed(run->pid(), "bwrap").has_value();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   if (!walledIn) GTEST_SKIP() << run->standardError();
@@ -76,7 +76,7 @@ TEST_F(SandboxTest, ARefusedSandboxDoesNotEndTheRun) {
 
 class OddFolderSandboxTest : public SandboxTest, public testing::WithParamInterface<const char*> {};
 
-// bwrap would refuse the folders that WebKit looks for below it.
+// bwrap rejects the subfolders that WebKit mounts.
 TEST_P(OddFolderSandboxTest, AFileAsFolderIsNoFailure) {
   std::ofstream(temporary("file"));
   options.environment[GetParam()] = temporary("file");

@@ -1,4 +1,4 @@
-// The eye and the hand themselves, on the real window: what they see of it and what reaches its page.
+// The tools that read the screen and simulate input, on the real window.
 
 #include "tests/endtoend/EndToEndTest.h"
 
@@ -16,7 +16,7 @@ class ScreenTest : public EndToEndTest {
   void startWithAField() {
     site.serve("/signin", page(kPageThatSendsWhatIsTyped));
     start();
-    untilAsked("/focused");
+    untilRequested("/focused");
   }
 };
 
@@ -41,7 +41,7 @@ TEST_F(ScreenTest, MissingKeysAreAdded) {
 
 TEST_F(ScreenTest, PropertiesAreReadLikeOtherPrograms) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   const ScreenWindow shown = window();
   EXPECT_EQ(screen.textOf(shown.id, "_NET_WM_NAME"), "Example Product");
   EXPECT_THAT(screen.numbersOf(shown.id, "_NET_WM_PID"), testing::ElementsAre(shown.pid));

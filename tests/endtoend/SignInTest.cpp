@@ -79,7 +79,7 @@ TEST_F(SignInTest, AFragmentIsNoFinishedLoad) {
   site.serve("/signin",
              page("<script>onload = () => setTimeout(() => { location.hash = 'done'; fetch('/loaded') })</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
@@ -87,7 +87,7 @@ TEST_F(SignInTest, AnAddressPushedAfterTheLoadIsIgnored) {
   site.serve("/signin", page("<script>onload = () => setTimeout(() => {"
                              "history.pushState(null, '', '/done?code=1'); fetch('/loaded') })</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

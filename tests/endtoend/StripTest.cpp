@@ -1,6 +1,6 @@
-// The strip above the page: whose page it is, and whether others can listen.
+// The strip above the page: its site and whether the connection is encrypted.
 //
-// With SVO_PICTURES in the environment each test leaves a picture of its window in that folder, to be looked at.
+// If SVO_PICTURES names a folder, each test saves a picture of its window there.
 
 #include <algorithm>
 #include <cmath>
@@ -19,10 +19,10 @@ namespace {
 
 constexpr int kStripHeight = 20;
 constexpr int kLineHeight = 2;
-constexpr unsigned kPageColour = 0xffe9d6;
+constexpr unsigned kPageColor = 0xffe9d6;
 constexpr char kPageStyle[] = "<style>html { background: #ffe9d6 }</style>";
 
-// Of 0xRRGGBB (Web Content Accessibility Guidelines 2.1, relative luminance).
+// The relative luminance of 0xRRGGBB (Web Content Accessibility Guidelines 2.1).
 double luminance(unsigned colour) {
   const auto linear = [](unsigned channel) {
     const double value = channel / 255.0;
@@ -45,7 +45,7 @@ unsigned backgroundOf(const Picture& picture) {
   return std::max_element(counts.begin(), counts.end(), [](auto& a, auto& b) { return a.second < b.second; })->first;
 }
 
-// Of what is written and what it is written on: 1 for nothing, 21 for black on white.
+// The contrast ratio of text and background: 1 for no text, 21 for black on white.
 double contrastOf(const Picture& picture) {
   const double background = luminance(backgroundOf(picture));
   double most = 1;
@@ -60,7 +60,7 @@ bool isDark(const Picture& picture) {
   return luminance(backgroundOf(picture)) < 0.2;
 }
 
-// How much of its width is written on, from the left.
+// The width of the text, from the left.
 int writtenWidth(const Picture& picture) {
   const unsigned background = backgroundOf(picture);
   for (int x = picture.width(); x > 0; --x) {
@@ -87,7 +87,7 @@ class StripTest : public EndToEndTest {
     screen.picture(window().frame).savePng(std::string(folder) + "/" + name + ".png");
   }
 
-  // Starts at an address and waits until its page is seen.
+  // Starts at an address and waits until its page is shown.
   void show(const std::string& address) {
     options.signIn = address;
     start();
@@ -99,9 +99,9 @@ class StripTest : public EndToEndTest {
     until("the end of the line", [&] { return coloursOf(line()).size() == 1; });
   }
 
-  std::optional<Area> pageArea() { return screen.picture(window().frame).find(kPageColour, 1000); }
+  std::optional<Area> pageArea() { return screen.picture(window().frame).find(kPageColor, 1000); }
 
-  // What is written on the strip, without the line of a load.
+  // The text area of the strip, without the progress line.
   Picture strip() { return part(0, kStripHeight - kLineHeight); }
   Picture line() { return part(kStripHeight - kLineHeight, kLineHeight); }
 
@@ -126,7 +126,7 @@ class ProxiedStripTest : public StripTest {
 TEST_F(StripTest, IsEmptyOnTheSpinnerPage) {
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   EXPECT_EQ(coloursOf(strip()).size(), 1u);
   until("the line", [&] { return writtenWidth(line()) > 0; });
   const int before = writtenWidth(line());
@@ -179,7 +179,7 @@ TEST_F(ProxiedStripTest, NamesTheShownPageNotTheRequestedOne) {
   start();
   untilThePageIsSeen();
   click();
-  untilAsked("/other");
+  untilRequested("/other");
   EXPECT_EQ(coloursOf(strip()), before);
   site.release("/other");
   until("the other host", [&] { return coloursOf(strip()) != before; });
@@ -195,7 +195,7 @@ TEST_F(StripTest, AFinishedPageHidesTheProgressLine) {
   site.serve("/signin", page(std::string(kPageStyle) + "<img src='/image'>"));
   site.hold("/image");
   start();
-  untilAsked("/image");
+  untilRequested("/image");
   until("the line", [&] { return coloursOf(line()).size() > 1; });
   site.release("/image");
   untilThePageIsSeen();

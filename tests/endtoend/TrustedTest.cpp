@@ -1,4 +1,4 @@
-// Sites whose certificates the machine's administrator trusts, reached through the system's proxy.
+// Sites with certificates of a private authority, reached through the system's proxy.
 
 #include "tests/endtoend/Certificate.h"
 #include "tests/endtoend/EndToEndTest.h"
@@ -22,7 +22,7 @@ class TrustedTest : public EndToEndTest {
     secure.serve("/signin", redirectTo("https://signin.example/done?code=1"));
   }
 
-  // Starts the program on a machine that trusts the organisation; whether that can be had here.
+  // Starts the program with the authority as system root. Returns false if this machine does not support that.
   bool trustTheOrganisation() {
     const auto wrapper = withSystemRoots(organisation.file());
     if (wrapper) options.wrapper = *wrapper;

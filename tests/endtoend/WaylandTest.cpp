@@ -20,12 +20,12 @@ class WaylandTest : public EndToEndTest {
     options.environment = compositor->environment();
   }
 
-  // The window goes before the session that it stands in.
+  // The window ends before its session.
   ~WaylandTest() override { run.reset(); }
 
-  // Looks at the screen, again and again, until it shows a colour.
+  // Polls the screen until it shows a color.
   Area lookFor(unsigned colour) {
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     while (std::chrono::steady_clock::now() < deadline) {
       const std::optional<Picture> picture = compositor->picture();
       if (!picture) continue;
@@ -60,14 +60,14 @@ TEST_F(WaylandTest, ThePageFillsTheWindow) {
 
 TEST_F(WaylandTest, ATerminationSignalReportsAClosedWindow) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   run->signal(SIGTERM);
   EXPECT_EQ(message(), kWindowClosed);
 }
 
 TEST_F(WaylandTest, ALostCompositorReportsAClosedWindow) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   compositor.reset();
   EXPECT_EQ(run->exitStatus(), 1);
   EXPECT_EQ(pipe.text(), kWindowClosed);

@@ -26,7 +26,7 @@ class WindowManagerTest : public EndToEndTest {
     other = std::make_unique<OtherWindow>(display.name(), Area{50, 50, 300, 200});
   }
 
-  // The window with the border that the window manager has drawn around it.
+  // The window including the window manager's border.
   Area borderedFrame() {
     std::vector<unsigned long> border;
     until("the border", [&] { return !(border = screen.numbersOf(window().id, "_NET_FRAME_EXTENTS")).empty(); });
@@ -40,7 +40,7 @@ class WindowManagerTest : public EndToEndTest {
     until(what + " to be active", [&] { return manager->activeWindow() == id; });
   }
 
-  // What a person does who works in the other window, which is thus the active one.
+  // Activates the other window by a click.
   void workInTheOtherWindow() {
     untilActive("the other window", other->id());
     screen.click(100, 100);
@@ -106,7 +106,7 @@ TEST_F(SmallScreenTest, ItFitsOnTheScreen) {
 
 TEST_F(WindowManagerTest, AltAndF4CloseIt) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   untilActive("the window", window().id);
   screen.press(XK_F4, {XK_Alt_L});
   EXPECT_EQ(message(), kWindowClosed);
@@ -116,14 +116,14 @@ TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowCanBeMaximized) {
   const auto mayDo = [this] { return screen.namesOf(window().id, "_NET_WM_ALLOWED_ACTIONS"); };
   site.serve("/signin", pageThatWaitsForAClick(site.address("/start?redirect_uri=" + site.address("/staff"))));
   start();
-  untilAsked("/clickable");
+  untilRequested("/clickable");
   untilActive("the window", window().id);
   EXPECT_THAT(mayDo(), Contains("_NET_WM_ACTION_MOVE"));
   EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_MAXIMIZE_VERT")));
   EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_RESIZE")));
 
   click();
-  untilAsked("/staff");
+  untilRequested("/staff");
   until("the size", [this] { return window().frame.width == 800; });
   until("the leave to grow", [&] { return testing::Value(mayDo(), Contains("_NET_WM_ACTION_MAXIMIZE_VERT")); });
   const Area frame = borderedFrame();

@@ -10,8 +10,8 @@ class EnterpriseTest : public CocoaTest {
  protected:
   EnterpriseTest() { signIn(); }
 
-  // What is asked of the program's surroundings once the address is known.
-  Asked behindTheLook(const std::string& address) {
+  // The recorded calls after the address is known.
+  Asked callsAfterAddress(const std::string& address) {
     Asked asked = finish(address);
     asked.erase(asked.begin(), asked.begin() + 3);
     return asked;
@@ -23,7 +23,7 @@ TEST_F(EnterpriseTest, TheFirstPageMakesTheseCallsInOrder) {
   [window setFrame:NSMakeRect(100, 300, 680, 570) display:NO];
   const std::string resizable = std::to_string([window styleMask] | NSWindowStyleMaskResizable);
   (void)doubles::taken();
-  EXPECT_EQ(behindTheLook("t3:/start?redirect_uri=next:/x&y=1"),
+  EXPECT_EQ(callsAfterAddress("t3:/start?redirect_uri=next:/x&y=1"),
             (Asked{"setTitle My Company", "webView frame", "window frame", "webView setFrame 1,1 800x600",
                    "window setFrame 100,270 800x620 display YES animate YES", "setMinSize 800x620",
                    "standardWindowButton zoom", "styleMask", "setStyleMask " + resizable, "loadRequest next:/x&y=1"}));
@@ -61,42 +61,43 @@ TEST_F(EnterpriseTest, AMissingEnterpriseTitleKeepsTheTitle) {
 TEST_F(EnterpriseTest, ASecondPageIsOnlyFollowed) {
   finish("t3:/start?redirect_uri=one:/");
   options().type3_window_title = "Other";
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=two:/"), ElementsAre("loadRequest two:/"));
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=two:/"), ElementsAre("loadRequest two:/"));
 }
 
 TEST_F(EnterpriseTest, TheLayoutIsAppliedOnce) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start"), ElementsAre());
+  EXPECT_THAT(callsAfterAddress("t3:/start"), ElementsAre());
 }
 
 TEST_F(EnterpriseTest, TheRedirectUriNeedsTwoCharacters) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=a"), ElementsAre());
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=ab"), ElementsAre("loadRequest ab"));
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=a"), ElementsAre());
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=ab"), ElementsAre("loadRequest ab"));
 }
 
 TEST_F(EnterpriseTest, TheRedirectUriIsNotDecoded) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=http%3A%2F%2Fa#b"), ElementsAre("loadRequest http%3A%2F%2Fa#b"));
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=http%3A%2F%2Fa#b"),
+              ElementsAre("loadRequest http%3A%2F%2Fa#b"));
 }
 
 TEST_F(EnterpriseTest, AnInvalidAddressIsLoadedAsNil) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=%"), ElementsAre());
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=%"), ElementsAre());
   options().zel_url = "two words";
-  EXPECT_THAT(behindTheLook(spinnerHTMLBaseURL), ElementsAre("loadRequest nil"));
+  EXPECT_THAT(callsAfterAddress(spinnerHTMLBaseURL), ElementsAre("loadRequest nil"));
 }
 
 TEST_F(EnterpriseTest, BothPrefixesMeanAnEnterprisePage) {
   options().redirect_type3_url = "cb:/done/t3";
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("cb:/done/t3?redirect_uri=next:/"), ElementsAre("loadRequest next:/"));
+  EXPECT_THAT(callsAfterAddress("cb:/done/t3?redirect_uri=next:/"), ElementsAre("loadRequest next:/"));
   EXPECT_EQ(message(), "");
 }
 
 TEST_F(EnterpriseTest, TheSignInEndsAtTheRedirectAddress) {
   finish("t3:/start?redirect_uri=next:/x");
-  EXPECT_THAT(behindTheLook("cb:/done?code=1"), ElementsAre("terminate"));
+  EXPECT_THAT(callsAfterAddress("cb:/done?code=1"), ElementsAre("terminate"));
   EXPECT_EQ(message(), "<result><URL>cb:/done?code=1</URL></result>");
 }
 

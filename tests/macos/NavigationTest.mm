@@ -10,11 +10,11 @@ namespace {
 using testing::Contains;
 using testing::HasSubstr;
 
-// What every finished main frame is asked for before anything is decided.
-const Asked kLook = {"setAllowsScrolling NO", "dataSource", "request"};
+// The calls for every finished main frame, before the decision.
+const Asked kAddressCalls = {"setAllowsScrolling NO", "dataSource", "request"};
 
-Asked lookAnd(const Asked& rest) {
-  Asked all = kLook;
+Asked addressCallsAnd(const Asked& rest) {
+  Asked all = kAddressCalls;
   all.insert(all.end(), rest.begin(), rest.end());
   return all;
 }
@@ -23,13 +23,13 @@ class NavigationTest : public CocoaTest {};
 
 TEST_F(NavigationTest, TheFinishedSpinnerPageStartsTheSignIn) {
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest cb:/Host/Login"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest cb:/Host/Login"}));
   EXPECT_EQ(message(), "");
 }
 
 TEST_F(NavigationTest, AReloadedSpinnerPageRestartsTheSignIn) {
   signIn();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest cb:/Host/Login"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest cb:/Host/Login"}));
 }
 
 struct Missing {
@@ -44,7 +44,7 @@ class MissingOptionTest : public NavigationTest, public testing::WithParamInterf
 TEST_P(MissingOptionTest, EndsTheRunWith255) {
   options().*GetParam().field = "";
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"terminate"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"terminate"}));
   EXPECT_EQ(message(), "<errorNo><error>255</error></errorNo>");
 }
 
@@ -56,21 +56,21 @@ INSTANTIATE_TEST_SUITE_P(Each, MissingOptionTest,
 
 TEST_F(NavigationTest, AnOrdinaryPageOnlyDisablesScrolling) {
   signIn();
-  EXPECT_EQ(finish("cb:/host/password"), kLook);
+  EXPECT_EQ(finish("cb:/host/password"), kAddressCalls);
   EXPECT_EQ(message(), "");
 }
 
 TEST_F(NavigationTest, ARedirectPageReportsItsWholeAddress) {
   signIn();
-  EXPECT_EQ(finish("cb:/done?code=1&s=2"), lookAnd({"terminate"}));
+  EXPECT_EQ(finish("cb:/done?code=1&s=2"), addressCallsAnd({"terminate"}));
   EXPECT_EQ(message(), "<result><URL>cb:/done?code=1&amp;s=2</URL></result>");
 }
 
 TEST_F(NavigationTest, TheRedirectAddressIsComparedInLowerCase) {
   options().redirect_url = options().ToLowerCase("cb:/Done");
   signIn();
-  EXPECT_EQ(finish("cb:/Done?code=1"), kLook);
-  EXPECT_EQ(finish("cb:/done?code=1"), lookAnd({"terminate"}));
+  EXPECT_EQ(finish("cb:/Done?code=1"), kAddressCalls);
+  EXPECT_EQ(finish("cb:/done?code=1"), addressCallsAnd({"terminate"}));
 }
 
 TEST_F(NavigationTest, ASubFrameIsIgnored) {
@@ -86,7 +86,7 @@ TEST_F(NavigationTest, ASubFrameIsIgnored) {
 TEST_F(NavigationTest, AnUnreadResultEndsTheRun) {
   options().pipe_name = "/nonexistent/pipe";
   signIn();
-  EXPECT_EQ(finish("cb:/done"), lookAnd({"terminate"}));
+  EXPECT_EQ(finish("cb:/done"), addressCallsAnd({"terminate"}));
 }
 
 TEST_F(NavigationTest, NothingFollowsTheMessageOfTheRun) {
@@ -105,7 +105,7 @@ TEST_P(NoAddressTest, APageWithoutAnAddressIsIgnored) {
   NSURL* const address = [[[PoorURL alloc] initWithString:@"cb:/done"] autorelease];
   const Asked asked = finish([NSURLRequest requestWithURL:address]);
   EXPECT_EQ(asked.front(), "setAllowsScrolling NO");
-  EXPECT_EQ(Asked(kLook.begin(), kLook.begin() + static_cast<std::ptrdiff_t>(asked.size())), asked);
+  EXPECT_EQ(Asked(kAddressCalls.begin(), kAddressCalls.begin() + static_cast<std::ptrdiff_t>(asked.size())), asked);
   EXPECT_EQ(message(), "");
 }
 
@@ -114,19 +114,19 @@ INSTANTIATE_TEST_SUITE_P(Each, NoAddressTest, testing::Values("dataSource", "req
 
 TEST_F(NavigationTest, ARequestWithoutAnAddressIsIgnored) {
   signIn();
-  EXPECT_EQ(finish([[[NSURLRequest alloc] init] autorelease]), kLook);
+  EXPECT_EQ(finish([[[NSURLRequest alloc] init] autorelease]), kAddressCalls);
 }
 
 TEST_F(NavigationTest, AnInvalidAddressIsLoadedAsNil) {
   options().zel_url = "no address at all";
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest nil"}));
 }
 
 TEST_F(NavigationTest, AnAddressWithoutUtf8IsLoadedAsNil) {
   options().zel_url = "cb:/\xFF";
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest nil"}));
 }
 
 TEST_F(NavigationTest, ANewWindowOpensInTheBrowser) {

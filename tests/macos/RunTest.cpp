@@ -1,4 +1,4 @@
-// The whole program, from its entry point to its end, with a web view that loads what nobody serves.
+// The whole program, with a double of the web view.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ namespace {
 
 class RunTest : public testing::Test {
  protected:
-  // Starts the program and waits for its end; the answer is its message.
+  // Starts the program and waits for its end. Returns its message.
   std::string run(const std::vector<std::string>& options) {
     tools::ChildProcess::Setup setup;
     setup.command = {SVO_PROGRAM, "--pipeName=" + pipe.path().string()};

@@ -9,7 +9,7 @@ namespace {
 
 class SpinnerAddressTest : public CocoaTest {
  protected:
-  // What the flow is told when the web view has finished the page of this path.
+  // The address that the flow gets when the page at this path has finished.
   std::optional<std::string> reported(const std::string& path) {
     bridge.loadHTML("<html></html>", path);
     return bridge.addressOf([NSURL fileURLWithPath:string(path)]);
@@ -42,7 +42,7 @@ TEST_F(SpinnerAddressTest, IsReportedForAFolder) {
   EXPECT_EQ(spinnerHTMLBaseURL, "file:///usr");
 }
 
-// The two forms that the platform has for a path differ, and both must be known.
+// Foundation has two forms for a path that differ.
 TEST_F(SpinnerAddressTest, IsTheStringsFormIfTheUrlsDiffers) {
   EXPECT_EQ(reported("/a;b?c"), "file:///a;b?c");
   EXPECT_EQ(bridge.addressOf([NSURL URLWithString:@"file:///a;b?c"]), "file:///a;b?c");

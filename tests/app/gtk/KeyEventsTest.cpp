@@ -10,14 +10,13 @@
 
 namespace {
 
-// Keys of an Xvfb of the test's own, which has a Latin layout first and a Cyrillic one second.
+// Uses a virtual display with a Latin and a Cyrillic layout.
 class KeyEventsTest : public testing::Test {
  protected:
   KeyEventsTest() {
     EXPECT_EQ(support::run("setxkbmap -display " + screen.name() + " us,ru").status, 0);
     display_ = gdk_display_open(screen.name().c_str());
-    (void)placeOf(
-        GDK_KEY_c);  // GDK reads the modifiers' meanings when it first looks up a key, as it does for every event
+    (void)hardwareKeyOf(GDK_KEY_c);  // GDK initializes its modifier map at the first lookup of a key
   }
   ~KeyEventsTest() override { gdk_display_close(display_); }
 
@@ -31,8 +30,8 @@ class KeyEventsTest : public testing::Test {
     return event;
   }
 
-  // The place on the keyboard that writes a key of the first layout.
-  guint16 placeOf(guint value) const {
+  // The hardware key code of a key of the first layout.
+  guint16 hardwareKeyOf(guint value) const {
     GdkKeymapKey* places = nullptr;
     gint count = 0;
     gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(display_), value, &places, &count);
@@ -53,7 +52,7 @@ TEST_F(KeyEventsTest, ALetterIsItself) {
 }
 
 TEST_F(KeyEventsTest, AForeignLetterHasItsKeysLatinLetter) {
-  EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es, 0, placeOf(GDK_KEY_c))), "c");
+  EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es, 0, hardwareKeyOf(GDK_KEY_c))), "c");
 }
 
 TEST_F(KeyEventsTest, AForeignLetterWithoutAKeyIsItself) {
@@ -96,7 +95,8 @@ TEST_F(KeyEventsTest, KeypadAndFunctionKeysHaveTheirBits) {
 
 TEST_F(KeyEventsTest, WindowCommandsWorkOnEveryLayout) {
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_w, GDK_CONTROL_MASK)), WindowCommand::kClose);
-  EXPECT_EQ(windowCommandOf(key(GDK_KEY_Cyrillic_tse, GDK_CONTROL_MASK, placeOf(GDK_KEY_w))), WindowCommand::kClose);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_Cyrillic_tse, GDK_CONTROL_MASK, hardwareKeyOf(GDK_KEY_w))),
+            WindowCommand::kClose);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_W, GDK_CONTROL_MASK | GDK_LOCK_MASK)), WindowCommand::kClose);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_F4, GDK_MOD1_MASK)), WindowCommand::kClose);
 }
