@@ -157,10 +157,10 @@ TEST_F(DialogTest, ALargePromptFitsIntoTheWindow) {
   startOnDialog("confirm('word '.repeat(20000))");
   untilPromptIsShown();
   const Picture all = picture();
-  const unsigned ofTheSheet = all.colourAt(all.width() / 2, 60);
+  const unsigned promptColor = all.colourAt(all.width() / 2, 60);
   for (const int x : {4, all.width() - 5})
-    EXPECT_NE(all.colourAt(x, 200), ofTheSheet) << x;
-  EXPECT_NE(all.colourAt(all.width() / 2, all.height() - 4), ofTheSheet);
+    EXPECT_NE(all.colourAt(x, 200), promptColor) << x;
+  EXPECT_NE(all.colourAt(all.width() / 2, all.height() - 4), promptColor);
   screen.press(XK_Return);
   untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);

@@ -17,12 +17,13 @@ int main(int argc, char** argv) {
   OVNSemaphoreLock slot(77445459, 255, SystemLock);
   if (bus == nullptr || !slot.AcquireLock()) return 1;
 
-  bool told = false;
-  const auto tell = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*,
-                       gpointer flag) { *static_cast<bool*>(flag) = true; };
-  g_dbus_connection_signal_subscribe(
-      bus, nullptr, "com.orvane.orvane_application_manager.VormNotifier", "TerminateInstance_Notification",
-      "/com/orvane/orvane_application_manager/VormNotifier", nullptr, G_DBUS_SIGNAL_FLAGS_NONE, tell, &told, nullptr);
+  bool notified = false;
+  const auto onNotified = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*,
+                             gpointer flag) { *static_cast<bool*>(flag) = true; };
+  g_dbus_connection_signal_subscribe(bus, nullptr, "com.orvane.orvane_application_manager.VormNotifier",
+                                     "TerminateInstance_Notification",
+                                     "/com/orvane/orvane_application_manager/VormNotifier", nullptr,
+                                     G_DBUS_SIGNAL_FLAGS_NONE, onNotified, &notified, nullptr);
   // The bus replies in order: after this reply the subscription is active.
   g_autoptr(GVariant) answer =
       g_dbus_connection_call_sync(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId",
@@ -30,7 +31,7 @@ int main(int argc, char** argv) {
   if (answer == nullptr) return 1;
   std::ofstream(argv[2]) << "ready";
 
-  while (!told)
+  while (!notified)
     g_main_context_iteration(nullptr, TRUE);
   return slot.releaseLock() ? 0 : 1;
 }

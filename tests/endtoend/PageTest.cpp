@@ -8,7 +8,7 @@ namespace {
 constexpr int kStripHeight = 20;
 
 constexpr char kBeginning[] = R"(<style>html { background: #204060 } body { margin: 0 }</style><script>
-  const tell = (what) => fetch('/tell?what=' + encodeURIComponent(what));
+  const report = (what) => fetch('/report?what=' + encodeURIComponent(what));
   const frames = async (count) => { for (; count > 0; --count) await new Promise(requestAnimationFrame) };
   addEventListener('load', () => report('loaded'));
 </script>)";
@@ -42,13 +42,13 @@ std::vector<std::string> PageTest::reports() const {
   std::vector<std::string> texts;
   for (const Request& request : site.requests()) {
     const auto text = request.query.find("what");
-    if (request.target.rfind("/tell?", 0) == 0 && text != request.query.end()) texts.push_back(text->second);
+    if (request.target.rfind("/report?", 0) == 0 && text != request.query.end()) texts.push_back(text->second);
   }
   return texts;
 }
 
 void PageTest::untilReported(const std::string& text) {
-  until("the page to tell " + text, [&] {
+  until("the page to report " + text, [&] {
     const std::vector<std::string> all = reports();
     return std::find(all.begin(), all.end(), text) != all.end();
   });

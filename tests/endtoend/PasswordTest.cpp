@@ -142,7 +142,7 @@ TEST_F(PasswordTest, DecliningShowsTheServersPage) {
 }
 
 TEST_F(PasswordTest, TwoPromptsAreShownInTurn) {
-  const std::string right = "/right/whose/name/is/so/long/that/the/sheet/needs/a/further/line/for/it";
+  const std::string right = "/right/whose/name/is/so/long/that/the/prompt/needs/a/further/line/for/it";
   protect("/left", "ada:pw");
   protect(right, "bob:pw");
   site.hold("/go-on");

@@ -64,8 +64,8 @@ TEST_F(WindowTest, ThePageFillsTheWindowBelowTheStrip) {
 constexpr char kLongPage[] = R"(
 <style>body { background: #123456; margin: 0 } div { height: 4000px; width: 4000px }</style><div></div>
 <script>
-  const tell = (frames) => frames ? requestAnimationFrame(() => report(frames - 1))
-                                  : location.href = `/done?x=${scrollX}&y=${scrollY}`;
+  const report = (frames) => frames ? requestAnimationFrame(() => report(frames - 1))
+                                    : location.href = `/done?x=${scrollX}&y=${scrollY}`;
   onclick = () => report(30);
   onload = () => fetch('/loaded');
 </script>)";
