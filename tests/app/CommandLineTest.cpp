@@ -13,7 +13,7 @@ CommandLine parsed(std::vector<const char*> arguments) {
   return options;
 }
 
-TEST(CommandLine, TakesAValueBehindTheEqualsSignOnly) {
+TEST(CommandLine, TakesTheValueAfterTheEqualsSignOnly) {
   EXPECT_EQ(parsed({"--pipeName=/tmp/x"}).pipe_name, "/tmp/x");
   EXPECT_EQ(parsed({"--pipeName", "/tmp/x"}).pipe_name, "");
 }
@@ -22,7 +22,7 @@ TEST(CommandLine, SplitsAtTheFirstEqualsSign) {
   EXPECT_EQ(parsed({"--zelURL=cb:/host/a?b=c&d=e"}).zel_url, "cb:/host/a?b=c&d=e");
 }
 
-TEST(CommandLine, LowersTheTwoRedirectAddressesOnly) {
+TEST(CommandLine, LowerCasesTheTwoRedirectAddressesOnly) {
   const CommandLine options = parsed({"--redirectURL=cb:/Host/Done", "--redirectType3URL=T3:/Start",
                                       "--zelURL=cb:/Host", "--pipeName=/Tmp/P", "--type3WindowTitle=My Company"});
   EXPECT_EQ(options.redirect_url, "cb:/host/done");
@@ -32,19 +32,19 @@ TEST(CommandLine, LowersTheTwoRedirectAddressesOnly) {
   EXPECT_EQ(options.type3_window_title, "My Company");
 }
 
-TEST(CommandLine, KeepsCaseAndBlanksOfTheProductName) {
+TEST(CommandLine, KeepsCaseAndSpacesOfTheProductName) {
   EXPECT_EQ(parsed({"--productName=My App"}).app_name, "My App");
 }
 
-TEST(CommandLine, TheFirstOfSeveralWins) {
+TEST(CommandLine, UsesTheFirstOfSeveralEqualOptions) {
   EXPECT_EQ(parsed({"--pipeName=/a", "--pipeName=/b"}).pipe_name, "/a");
 }
 
-TEST(CommandLine, ABareOptionDoesNotHideALaterOne) {
+TEST(CommandLine, IgnoresAnOptionWithoutEqualsSign) {
   EXPECT_EQ(parsed({"--pipeName", "--pipeName=/b"}).pipe_name, "/b");
 }
 
-TEST(CommandLine, AnArgumentThatOnlyBeginsWithTheNameCounts) {
+TEST(CommandLine, MatchesTheStartOfAnArgument) {
   EXPECT_EQ(parsed({"--pipeNameFoo=/c"}).pipe_name, "/c");
 }
 
@@ -70,7 +70,7 @@ TEST(CommandLine, TheProgramPathIsNeverAnOption) {
   EXPECT_EQ(options.pipe_name, "");
 }
 
-TEST(CommandLine, SurvivesAMissingVectorAndMissingElements) {
+TEST(CommandLine, AcceptsNullVectorAndNullElements) {
   CommandLine options;
   EXPECT_TRUE(options.InitCommandLine(0, nullptr));
   const char* arguments[] = {"svo-signin", nullptr, "--pipeName=/p"};
@@ -86,7 +86,7 @@ TEST(CommandLine, ASecondParseReplacesEveryField) {
   EXPECT_EQ(options.app_name, "");
 }
 
-TEST(CommandLine, LowersBytesAndLeavesOtherLettersAlone) {
+TEST(CommandLine, LowerCasesOnlyAsciiLetters) {
   EXPECT_EQ(CommandLine().ToLowerCase("ÄB/Ü?C"), "Äb/Ü?c");
   EXPECT_EQ(CommandLine().ToLowerCase(""), "");
 }

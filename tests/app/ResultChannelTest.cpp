@@ -49,7 +49,7 @@ class ResultPipe : public testing::Test {
     return text;
   }
 
-  // Leaves room for so many bytes in the pipe.
+  // Fills the pipe except for `room` bytes.
   void fill(std::size_t room) {
     const int writer = ::open(path_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     const std::string filling(static_cast<std::size_t>(::fcntl(writer, F_GETPIPE_SZ)) - room, '.');
@@ -57,7 +57,7 @@ class ResultPipe : public testing::Test {
     ::close(writer);
   }
 
-  // The calls of write(2) by this process so far.
+  // The number of write(2) calls of this process so far.
   static long writes() {
     std::ifstream counts("/proc/self/io");
     for (std::string line; std::getline(counts, line);) {
@@ -86,7 +86,7 @@ TEST(ResultChannel, EscapesAmpersandOnce) {
   EXPECT_EQ(escaped("&amp;"), "&amp;amp;");
 }
 
-TEST(ResultChannel, LeavesEveryOtherByteAlone) {
+TEST(ResultChannel, KeepsEveryOtherByte) {
   const std::string odd("\x01\t\n\xC3\xA4\xFF\0z", 8);
   EXPECT_EQ(escaped(odd), odd);
   EXPECT_EQ(escaped(""), "");
@@ -125,18 +125,18 @@ TEST_F(ResultPipe, GetsTheMode0644) {
   EXPECT_EQ(mode(), 0644u);
 }
 
-TEST_F(ResultPipe, ThatNobodyListensToDoesNotBlock) {
+TEST_F(ResultPipe, DoesNotBlockWithoutAReader) {
   ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
   EXPECT_TRUE(WriteFIFO(path_, "x"));
 }
 
-TEST_F(ResultPipe, ThatIsMissingIsNotCreated) {
+TEST_F(ResultPipe, IsNotCreated) {
   EXPECT_FALSE(WriteFIFO(path_, "x"));
   EXPECT_NE(::access(path_.c_str(), F_OK), 0);
   EXPECT_FALSE(WriteFIFO("", "x"));
 }
 
-TEST_F(ResultPipe, MayBeARegularFileAndIsWrittenFromItsStart) {
+TEST_F(ResultPipe, OverwritesTheStartOfARegularFile) {
   std::ofstream(path_) << "0123456789";
   ASSERT_EQ(::chmod(path_.c_str(), 0600), 0);
   EXPECT_TRUE(WriteFIFO(path_, "abc"));
@@ -147,7 +147,7 @@ TEST_F(ResultPipe, MayBeARegularFileAndIsWrittenFromItsStart) {
   EXPECT_EQ(mode(), 0644u);
 }
 
-TEST_F(ResultPipe, ThatIsAFolderFails) {
+TEST_F(ResultPipe, FailsForAFolder) {
   ASSERT_EQ(::mkdir(path_.c_str(), 0700), 0);
   EXPECT_FALSE(WriteFIFO(path_, "x"));
   ASSERT_EQ(::rmdir(path_.c_str()), 0);
@@ -168,10 +168,10 @@ TEST_F(ResultPipe, GetsTheMessageInOneWrite) {
   EXPECT_EQ(writes() - before, 1);
 }
 
-TEST_F(ResultPipe, ThatTakesHalfGetsOneWriteAndNoMore) {
+TEST_F(ResultPipe, IsWrittenOnceWhenHalfFits) {
   if (kRuntimeWrites) GTEST_SKIP() << "the sanitizer's runtime writes too";
   makePipe();
-  constexpr std::size_t kPage = 4096;  // a pipe's room is counted in pages
+  constexpr std::size_t kPage = 4096;  // a pipe's buffer is counted in pages
   fill(kPage);
   const long before = writes();
   EXPECT_FALSE(WriteFIFO(path_, std::string(2 * kPage, 'a')));
@@ -180,7 +180,7 @@ TEST_F(ResultPipe, ThatTakesHalfGetsOneWriteAndNoMore) {
   EXPECT_EQ(text.substr(text.find('a')), std::string(kPage, 'a'));
 }
 
-TEST_F(ResultPipe, ThatIsFullGetsOneWriteAndNoMore) {
+TEST_F(ResultPipe, IsWrittenOnceWhenFull) {
   if (kRuntimeWrites) GTEST_SKIP() << "the sanitizer's runtime writes too";
   makePipe();
   fill(0);
@@ -189,7 +189,7 @@ TEST_F(ResultPipe, ThatIsFullGetsOneWriteAndNoMore) {
   EXPECT_EQ(writes() - before, 1);
 }
 
-TEST_F(ResultPipe, SaysSoWhenItCannotTakeTheWholeMessage) {
+TEST_F(ResultPipe, ReportsATruncatedMessage) {
   makePipe();
   EXPECT_FALSE(WriteFIFO(path_, std::string(1 << 20, 'a')));
 }

@@ -25,7 +25,7 @@ std::string text(const Frame& frame) {
   return out.str();
 }
 
-// Writes down what it is asked, one line a call.
+// Records its calls, one line per call.
 class RecordingWindow : public SignInWindow {
  public:
   Frame windowFrame() const override { return window; }
@@ -80,7 +80,7 @@ class SignInFlowTest : public testing::Test {
     ::unlink(pipe_.c_str());
   }
 
-  // The flow as it stands when the sign-in page has been asked for.
+  // Brings the flow to the point where the sign-in page is requested.
   void signIn() {
     flow.launch("/opt/kelvo");
     flow.mainFrameFinished(spinnerHTMLBaseURL);
@@ -117,7 +117,7 @@ class SignInFlowTest : public testing::Test {
   SignInFlow flow{window};
 };
 
-TEST_F(SignInFlowTest, LaunchSizesTheWindowAndKeepsItsOrigins) {
+TEST_F(SignInFlowTest, LaunchSizesTheWindowAndKeepsItsOrigin) {
   flow.launch("/opt/kelvo");
   EXPECT_EQ(window.taken(),
             (Asked{"window 100,300 680x570", "view 0,5 680x550", "spinner /opt/kelvospinner_html.html"}));
@@ -130,7 +130,7 @@ TEST_F(SignInFlowTest, LaunchTitlesTheWindowWithTheProductName) {
   EXPECT_EQ(window.taken().back(), "title My App");
 }
 
-TEST_F(SignInFlowTest, LaunchNamesTheSpinnerPagesAddress) {
+TEST_F(SignInFlowTest, LaunchSetsTheSpinnerPagesAddress) {
   flow.launch("/opt/my kelvo");
   EXPECT_EQ(spinnerHTMLBaseURL, "file:///opt/my%20kelvospinner_html.html");
 }
@@ -142,7 +142,7 @@ TEST_F(SignInFlowTest, TheFinishedSpinnerPageStartsTheSignIn) {
   EXPECT_EQ(window.taken(), (Asked{"no scrolling", "load cb:/Host/Login"}));
 }
 
-TEST_F(SignInFlowTest, TheSpinnerPageShownAgainRestartsTheSignIn) {
+TEST_F(SignInFlowTest, AReloadedSpinnerPageRestartsTheSignIn) {
   signIn();
   flow.mainFrameFinished(spinnerHTMLBaseURL);
   EXPECT_EQ(window.taken(), (Asked{"no scrolling", "load cb:/Host/Login"}));
@@ -162,7 +162,7 @@ TEST_F(SignInFlowTest, EachMissingAddressEndsTheRunWith255) {
   }
 }
 
-TEST_F(SignInFlowTest, ARedirectPageEndsTheRunWithItsWholeAddress) {
+TEST_F(SignInFlowTest, ARedirectPageReportsItsWholeAddress) {
   signIn();
   flow.mainFrameFinished("cb:/done?code=1&s=2");
   EXPECT_EQ(window.taken(), (Asked{"no scrolling", "terminate"}));
@@ -170,14 +170,14 @@ TEST_F(SignInFlowTest, ARedirectPageEndsTheRunWithItsWholeAddress) {
   EXPECT_TRUE(flow.hasEnded());
 }
 
-TEST_F(SignInFlowTest, APageInOtherLettersThanTheLoweredOptionIsOrdinary) {
+TEST_F(SignInFlowTest, TheRedirectAddressIsCaseSensitive) {
   signIn();
   flow.mainFrameFinished("cb:/Done?code=1");
   EXPECT_EQ(window.taken(), (Asked{"no scrolling"}));
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(SignInFlowTest, TheRedirectAddressMustStandAtTheStart) {
+TEST_F(SignInFlowTest, TheRedirectAddressMustBeAPrefix) {
   signIn();
   flow.mainFrameFinished("cb:/page?next=cb:/done");
   EXPECT_EQ(window.taken(), (Asked{"no scrolling"}));
@@ -189,7 +189,7 @@ TEST_F(SignInFlowTest, APageWithoutAnAddressIsIgnored) {
   EXPECT_EQ(window.taken(), (Asked{"no scrolling"}));
 }
 
-TEST_F(SignInFlowTest, TheFirstEnterprisePageEnlargesTheWindowAndIsFollowed) {
+TEST_F(SignInFlowTest, TheFirstEnterprisePageEnlargesTheWindow) {
   signIn();
   CommandLine::GetInstance()->type3_window_title = "My Company";
   window.window = {100, 300, 680, 570};
@@ -208,13 +208,13 @@ TEST_F(SignInFlowTest, ASecondEnterprisePageIsOnlyFollowed) {
   EXPECT_EQ(window.taken(), (Asked{"no scrolling", "load two"}));
 }
 
-TEST_F(SignInFlowTest, WithoutAnEnterpriseTitleTheTitleStays) {
+TEST_F(SignInFlowTest, AMissingEnterpriseTitleKeepsTheTitle) {
   signIn();
   flow.mainFrameFinished("t3:/start");
   EXPECT_EQ(window.taken().at(1).substr(0, 5), "view ");
 }
 
-TEST_F(SignInFlowTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
+TEST_F(SignInFlowTest, BothPrefixesMeanAnEnterprisePage) {
   CommandLine::GetInstance()->redirect_url = "cb:/done";
   CommandLine::GetInstance()->redirect_type3_url = "cb:/done/t3";
   signIn();
@@ -223,7 +223,7 @@ TEST_F(SignInFlowTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(SignInFlowTest, AFailedLoadIsLoggedAndEndsTheRunWith2) {
+TEST_F(SignInFlowTest, AFailedLoadEndsTheRunWith2) {
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Info, nullptr, nullptr);
   const std::size_t former = loggedSince(0).size();
@@ -235,7 +235,7 @@ TEST_F(SignInFlowTest, AFailedLoadIsLoggedAndEndsTheRunWith2) {
                    "didFailLoadWithError Error domain 7"}));
 }
 
-TEST_F(SignInFlowTest, AProvisionalFailureHasItsOwnWords) {
+TEST_F(SignInFlowTest, AProvisionalFailureHasItsOwnLogLines) {
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Info, nullptr, nullptr);
   const std::size_t former = loggedSince(0).size();
@@ -245,7 +245,7 @@ TEST_F(SignInFlowTest, AProvisionalFailureHasItsOwnWords) {
                                         "didFailProvisionalLoadWithError Error domain 7"}));
 }
 
-TEST_F(SignInFlowTest, FailuresAreLoggedAtInfoLevelUnderSVO) {
+TEST_F(SignInFlowTest, FailuresAreLoggedAtInfoLevel) {
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Trace, nullptr, nullptr);
   const std::size_t former = linesSince(0).size();
@@ -258,7 +258,7 @@ TEST_F(SignInFlowTest, FailuresAreLoggedAtInfoLevelUnderSVO) {
   }
 }
 
-TEST_F(SignInFlowTest, AFailureWithoutAnAddressLogsCodeAndDomainOnly) {
+TEST_F(SignInFlowTest, AFailureWithoutAddressLogsCodeAndDomain) {
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Info, nullptr, nullptr);
   const std::size_t former = loggedSince(0).size();
@@ -266,7 +266,7 @@ TEST_F(SignInFlowTest, AFailureWithoutAnAddressLogsCodeAndDomainOnly) {
   EXPECT_EQ(loggedSince(former), (Asked{"didFailLoadWithError Error code 102", "didFailLoadWithError Error domain 7"}));
 }
 
-TEST_F(SignInFlowTest, ACancelledLoadLogsThreeLinesAndTheRunGoesOn) {
+TEST_F(SignInFlowTest, ACancelledLoadDoesNotEndTheRun) {
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Info, nullptr, nullptr);
   const std::size_t former = loggedSince(0).size();
@@ -282,7 +282,7 @@ TEST_F(SignInFlowTest, ALostConnectionDoesNotEndTheRun) {
   EXPECT_FALSE(flow.hasEnded());
 }
 
-TEST_F(SignInFlowTest, AClosedWindowSends1AndLeavesTheEndToTheShell) {
+TEST_F(SignInFlowTest, AClosedWindowReports1WithoutTerminating) {
   signIn();
   flow.mainFrameFinished("t3:/start");
   window.taken();
@@ -291,20 +291,20 @@ TEST_F(SignInFlowTest, AClosedWindowSends1AndLeavesTheEndToTheShell) {
   EXPECT_EQ(window.taken(), Asked{});
 }
 
-TEST_F(SignInFlowTest, ARequestForAWindowGoesToTheBrowser) {
+TEST_F(SignInFlowTest, ANewWindowOpensInTheBrowser) {
   signIn();
   flow.newWindowRequested("http://host/help");
   EXPECT_EQ(window.taken(), (Asked{"browser http://host/help"}));
 }
 
-TEST_F(SignInFlowTest, AClickedMailAddressOpensOutsideAndThePageStays) {
+TEST_F(SignInFlowTest, AClickedContactAddressOpensOutside) {
   signIn();
   EXPECT_TRUE(flow.linkClicked("mailto:help@host"));
   EXPECT_TRUE(flow.linkClicked("tel:+4912345"));
   EXPECT_EQ(window.taken(), (Asked{"browser mailto:help@host", "browser tel:+4912345"}));
 }
 
-TEST_F(SignInFlowTest, EveryOtherClickedLinkIsThePagesOwnAffair) {
+TEST_F(SignInFlowTest, OtherClickedLinksStayInThePage) {
   signIn();
   EXPECT_FALSE(flow.linkClicked("http://host/"));
   EXPECT_FALSE(flow.linkClicked("cb:/done"));
@@ -325,7 +325,7 @@ TEST_F(SignInFlowTest, NothingFollowsTheMessageOfTheRun) {
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(SignInFlowTest, AnUndeliveredMessageEndsTheRunInSilence) {
+TEST_F(SignInFlowTest, AnUndeliveredMessageEndsTheRunWithoutLogging) {
   CommandLine::GetInstance()->pipe_name = home_ + "/missing";
   signIn();
   Logger::getInstance()->setLogLevel(Log_Level_Trace, nullptr, nullptr);
@@ -335,12 +335,12 @@ TEST_F(SignInFlowTest, AnUndeliveredMessageEndsTheRunInSilence) {
   EXPECT_EQ(linesSince(former), Asked{});
 }
 
-TEST(ExtracyEnterpriseURL, TakesEverythingBehindTheKeyAndOneCharacter) {
+TEST(ExtracyEnterpriseURL, ReturnsTheTextAfterTheKey) {
   EXPECT_EQ(ExtracyEnterpriseURL("t3:/start?redirect_uri=next:/x&y=1"), "next:/x&y=1");
   EXPECT_EQ(ExtracyEnterpriseURL("t3:/start?my_redirect_uriXhttp%3A//a#b"), "http%3A//a#b");
 }
 
-TEST(ExtracyEnterpriseURL, TakesTheFirstKey) {
+TEST(ExtracyEnterpriseURL, UsesTheFirstKey) {
   EXPECT_EQ(ExtracyEnterpriseURL("t3:/?redirect_uri=a&redirect_uri=b"), "a&redirect_uri=b");
 }
 

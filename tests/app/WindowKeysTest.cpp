@@ -18,7 +18,7 @@ KeyDecision pressed(const char* characters, unsigned long modifiers) {
   return decideKey(characters, modifiers, doesEverything);
 }
 
-TEST(WindowKeys, CommandAndALetterOfTheTableIsAnEditingCommand) {
+TEST(WindowKeys, CommandWithKnownLetterIsAnEditingCommand) {
   EXPECT_EQ(pressed("a", kKeyCommand).command, EditingCommand::kSelectAll);
   EXPECT_EQ(pressed("c", kKeyCommand).command, EditingCommand::kCopy);
   EXPECT_EQ(pressed("v", kKeyCommand).command, EditingCommand::kPaste);
@@ -27,11 +27,11 @@ TEST(WindowKeys, CommandAndALetterOfTheTableIsAnEditingCommand) {
   EXPECT_EQ(pressed("a", kKeyCommand).action, Action::kPerform);
 }
 
-TEST(WindowKeys, LettersCountInEitherCase) {
+TEST(WindowKeys, LettersAreCaseInsensitive) {
   EXPECT_EQ(pressed("V", kKeyCommand).command, EditingCommand::kPaste);
 }
 
-TEST(WindowKeys, AnyFurtherModifierSendsTheEventOn) {
+TEST(WindowKeys, FurtherModifiersPassTheEventOn) {
   for (const unsigned long further :
        {kKeyShift, kKeyControl, kKeyOption, kKeyCapsLock, kKeyNumericPad, kKeyFunction, KeyModifier{1UL << 22}}) {
     EXPECT_EQ(pressed("a", kKeyCommand | further).action, Action::kPassOn) << further;
@@ -39,21 +39,21 @@ TEST(WindowKeys, AnyFurtherModifierSendsTheEventOn) {
   }
 }
 
-TEST(WindowKeys, CapsLockSendsCopyOn) {
+TEST(WindowKeys, CapsLockPassesCopyOn) {
   EXPECT_EQ(pressed("C", kKeyCommand | kKeyCapsLock).action, Action::kPassOn);
 }
 
-TEST(WindowKeys, TheLowBitsOfTheModifiersDoNotCount) {
+TEST(WindowKeys, TheLowModifierBitsAreIgnored) {
   EXPECT_EQ(pressed("a", kKeyCommand | 0x108).command, EditingCommand::kSelectAll);
 }
 
-TEST(WindowKeys, ACommandKeyOutsideTheTableIsDropped) {
+TEST(WindowKeys, OtherCommandKeysAreDropped) {
   EXPECT_EQ(pressed("k", kKeyCommand).action, Action::kDrop);
   EXPECT_EQ(pressed("", kKeyCommand).action, Action::kDrop);
   EXPECT_EQ(pressed("aa", kKeyCommand).action, Action::kDrop);
 }
 
-TEST(WindowKeys, APlainLetterIsSentOn) {
+TEST(WindowKeys, APlainLetterIsPassedOn) {
   EXPECT_EQ(pressed("a", 0).action, Action::kPassOn);
 }
 
@@ -62,13 +62,13 @@ TEST(WindowKeys, AKeyWithoutCharactersIsDropped) {
   EXPECT_EQ(decideKey(std::nullopt, kKeyCommand, doesEverything).action, Action::kDrop);
 }
 
-TEST(WindowKeys, ACommandThatTheFirstResponderDoesNotKnowIsDropped) {
+TEST(WindowKeys, AnUnsupportedCommandIsDropped) {
   for (const char* letter : {"a", "c", "v", "x"}) {
     EXPECT_EQ(decideKey(letter, kKeyCommand, doesNothing).action, Action::kDrop) << letter;
   }
 }
 
-TEST(WindowKeys, UndoIsSentAlsoWhenNothingKnowsIt) {
+TEST(WindowKeys, UndoNeedsNoSupport) {
   EXPECT_EQ(decideKey("z", kKeyCommand, doesNothing).command, EditingCommand::kUndo);
 }
 

@@ -49,11 +49,12 @@ bool Accessibility::isPossible() {
 
 Accessibility::Accessibility(const std::filesystem::path& folder)
     : bus_(folder), service_(setupFor(bus_)), connection_(connectToBus(addressOfTheService())) {
-  // Programs tell of changes only when somebody has said that he listens.
+  // Programs report changes only to registered listeners.
   changes_ = g_dbus_connection_signal_subscribe(connection_.get(), nullptr, "org.a11y.atspi.Event.Object", nullptr,
                                                 nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onChange, nullptr, nullptr);
   const AccessibleObject registry{kRegistry, "/org/a11y/atspi/registry", ATSPI_ROLE_INVALID, ""};
-  g_autoptr(GVariant) done = ask(registry, kRegistry, "RegisterEvent", g_variant_new("(sass)", "object:", nullptr, ""));
+  g_autoptr(GVariant) done =
+      call(registry, kRegistry, "RegisterEvent", g_variant_new("(sass)", "object:", nullptr, ""));
   if (done == nullptr) throw std::runtime_error("no registry of accessible programs");
 }
 
@@ -77,16 +78,16 @@ std::string Accessibility::addressOfTheService() const {
   return address;
 }
 
-GVariant* Accessibility::ask(const AccessibleObject& object, const char* interface, const char* question,
-                             GVariant* details) const {
-  return g_dbus_connection_call_sync(connection_.get(), object.owner.c_str(), object.path.c_str(), interface, question,
-                                     details, nullptr, G_DBUS_CALL_FLAGS_NONE, kMillisecondsForAnAnswer, nullptr,
+GVariant* Accessibility::call(const AccessibleObject& object, const char* interface, const char* method,
+                              GVariant* arguments) const {
+  return g_dbus_connection_call_sync(connection_.get(), object.owner.c_str(), object.path.c_str(), interface, method,
+                                     arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kMillisecondsForAnAnswer, nullptr,
                                      nullptr);
 }
 
 GVariant* Accessibility::property(const AccessibleObject& object, const char* name) const {
   g_autoptr(GVariant) answer =
-      ask(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", kAccessible, name));
+      call(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", kAccessible, name));
   if (answer == nullptr) return nullptr;
   g_autoptr(GVariant) boxed = g_variant_get_child_value(answer, 0);
   return g_variant_get_variant(boxed);
@@ -94,17 +95,17 @@ GVariant* Accessibility::property(const AccessibleObject& object, const char* na
 
 AccessibleObject Accessibility::describe(const std::string& owner, const std::string& path) const {
   AccessibleObject object{owner, path, ATSPI_ROLE_INVALID, ""};
-  if (g_autoptr(GVariant) answer = ask(object, kAccessible, "GetRole", nullptr)) object.role = roleIn(answer);
+  if (g_autoptr(GVariant) answer = call(object, kAccessible, "GetRole", nullptr)) object.role = roleIn(answer);
   if (g_autoptr(GVariant) name = property(object, "Name")) object.name = g_variant_get_string(name, nullptr);
   return object;
 }
 
-// One by one: asked for all of them, GTK leaves out the page, which is another process's.
+// One by one: GetChildren of GTK omits the page, which belongs to another process.
 std::vector<AccessibleObject> Accessibility::childrenOf(const AccessibleObject& object) const {
   std::vector<AccessibleObject> children;
   g_autoptr(GVariant) count = property(object, "ChildCount");
   for (int i = 0; count != nullptr && i < g_variant_get_int32(count); ++i) {
-    g_autoptr(GVariant) child = ask(object, kAccessible, "GetChildAtIndex", g_variant_new("(i)", i));
+    g_autoptr(GVariant) child = call(object, kAccessible, "GetChildAtIndex", g_variant_new("(i)", i));
     if (child == nullptr) break;
     const char *owner = nullptr, *path = nullptr;
     g_variant_get(child, "((&s&o))", &owner, &path);

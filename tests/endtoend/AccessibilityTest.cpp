@@ -1,4 +1,4 @@
-// What a screen reader is told of the window and its pages.
+// The accessibility tree of the window and its pages.
 
 #include "tests/endtoend/Accessibility.h"
 
@@ -17,7 +17,7 @@ class AccessibilityTest : public EndToEndTest {
     options.environment.merge(accessibility->environment());
   }
 
-  // Waits until there is such an object.
+  // Waits until the object exists.
   AccessibleObject find(AtspiRole role, const std::string& name) {
     std::optional<AccessibleObject> found;
     until("the object " + name, [&] { return (found = accessibility->find(role, name)).has_value(); });
@@ -27,23 +27,24 @@ class AccessibilityTest : public EndToEndTest {
   std::unique_ptr<Accessibility> accessibility;
 };
 
-TEST_F(AccessibilityTest, TheWindowIsAFrameOfTheProductsName) {
+TEST_F(AccessibilityTest, TheWindowHasTheProductName) {
   start();
   find(ATSPI_ROLE_FRAME, "Example Product");
 }
 
-TEST_F(AccessibilityTest, AFieldOfThePageIsFoundByItsLabel) {
-  site.serve("/signin", pageThatTells("<title>Welcome</title><label>User name <input></label>"
-                                      "<label>Password <input type='password'></label><button>Go on</button>"));
+TEST_F(AccessibilityTest, PageFieldsAreFoundByTheirLabels) {
+  site.serve("/signin",
+             pageThatReportsItsLoad("<title>Welcome</title><label>User name <input></label>"
+                                    "<label>Password <input type='password'></label><button>Go on</button>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   const AccessibleObject document = find(ATSPI_ROLE_DOCUMENT_WEB, "Welcome");
   EXPECT_TRUE(accessibility->find(document, ATSPI_ROLE_ENTRY, "User name"));
   EXPECT_TRUE(accessibility->find(document, ATSPI_ROLE_PASSWORD_TEXT, "Password"));
   EXPECT_TRUE(accessibility->find(document, ATSPI_ROLE_PUSH_BUTTON, "Go on"));
 }
 
-TEST_F(AccessibilityTest, TheStripSaysWhoseSiteItIs) {
+TEST_F(AccessibilityTest, TheStripNamesTheSite) {
   start();
   find(ATSPI_ROLE_STATUS_BAR, "Site: 127.0.0.1, this computer");
 }

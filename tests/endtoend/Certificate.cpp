@@ -9,7 +9,7 @@
 namespace endtoend {
 namespace {
 
-// Makes a key and a certificate for it. `request` says what the certificate is for and who signs it.
+// Creates a key and a certificate for it. `request` has the subject and the signer.
 void make(const std::filesystem::path& certificate, const std::filesystem::path& key,
           const std::vector<std::string>& request) {
   tools::ChildProcess::Setup setup;

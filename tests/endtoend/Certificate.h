@@ -1,4 +1,4 @@
-// TLS certificates that are made when they are needed, by the command openssl.
+// TLS certificates, created by the command openssl.
 
 #pragma once
 
@@ -14,8 +14,8 @@ namespace endtoend {
 
 class Certificate {
  public:
-  // One for 127.0.0.1 that nobody has signed but itself. Keeps certificate and key in `file`. Throws std::runtime_error
-  // when it cannot be made.
+  // A self-signed certificate for 127.0.0.1. Stores certificate and key in `file`. Throws std::runtime_error on
+  // failure.
   explicit Certificate(const std::filesystem::path& file);
 
   GTlsCertificate* get() const { return certificate_.get(); }
@@ -27,16 +27,16 @@ class Certificate {
   tools::Owned<GTlsCertificate> certificate_;
 };
 
-// An authority that signs certificates, as an organisation has one for its own sites.
+// A private certificate authority.
 class Authority {
  public:
-  // Keeps its certificate in `file` and its key beside it. Throws like the above.
+  // Stores its certificate in `file` and its key beside it. Throws std::runtime_error on failure.
   explicit Authority(const std::filesystem::path& file);
 
-  // The certificate that a machine has to know, in PEM.
+  // The authority's certificate, in PEM.
   const std::filesystem::path& file() const { return file_; }
 
-  // A certificate for one host, kept in `file`.
+  // Creates a certificate for a host in `file`.
   Certificate sign(const std::string& host, const std::filesystem::path& file) const;
 
  private:

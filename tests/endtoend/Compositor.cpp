@@ -24,7 +24,7 @@ using tools::Picture;
 
 namespace {
 
-constexpr std::chrono::seconds kPatienceWithWeston{30};
+constexpr std::chrono::seconds kWestonTimeout{30};
 constexpr char kSocket[] = "wayland";
 
 ChildProcess::Setup setupFor(const std::filesystem::path& folder) {
@@ -35,8 +35,8 @@ ChildProcess::Setup setupFor(const std::filesystem::path& folder) {
                    "--use-pixman",
                    "--width=1280",
                    "--height=1024",
-                   "--debug",                             // lets pictures be taken
-                   "--log=" + (folder / "log").string(),  // goes on after the socket is there
+                   "--debug",                             // allows screenshots
+                   "--log=" + (folder / "log").string(),  // continues after the socket exists
                    std::string("--socket=") + kSocket};
   setup.environment = {{"XDG_RUNTIME_DIR", folder}};
   setup.outputFile = "/dev/null";
@@ -44,7 +44,7 @@ ChildProcess::Setup setupFor(const std::filesystem::path& folder) {
   return setup;
 }
 
-// A socket has its place among the files before it takes connections.
+// The socket's file exists before it accepts connections.
 bool takesConnections(const std::filesystem::path& socket) {
   const std::string path = socket;
   sockaddr_un address = {};
@@ -80,7 +80,7 @@ bool Compositor::isPossible() {
 Compositor::Compositor(const std::filesystem::path& folder)
     : folder_(folder), watched_(folder), process_(setupFor(folder)) {
   const auto isThere = [this] { return takesConnections(folder_ / kSocket) || process_.ended(); };
-  if (!tools::waitUntil(isThere, kPatienceWithWeston) || process_.ended()) {
+  if (!tools::waitUntil(isThere, kWestonTimeout) || process_.ended()) {
     throw std::runtime_error("weston does not start");
   }
 }
@@ -97,7 +97,7 @@ std::optional<Picture> Compositor::picture() const {
   setup.environment = environment();
   setup.errorFile = "/dev/null";
   const ChildProcess camera(setup);
-  (void)tools::waitUntil([&] { return camera.ended(); }, kPatienceWithWeston);
+  (void)tools::waitUntil([&] { return camera.ended(); }, kWestonTimeout);
   const std::filesystem::directory_iterator taken(album);
   if (camera.exitStatus() != 0 || taken == std::filesystem::directory_iterator()) return std::nullopt;
   Picture picture = load(taken->path());

@@ -1,4 +1,4 @@
-// A Wayland session on a screen that nobody sees: weston without keyboard or pointer, 1280 × 1024.
+// A Wayland session on a virtual screen: weston without keyboard or pointer, 1280 × 1024.
 
 #pragma once
 
@@ -15,17 +15,17 @@ namespace endtoend {
 
 class Compositor {
  public:
-  // Whether this system has the program for it.
+  // Whether this system has weston.
   static bool isPossible();
 
-  // Returns once programs can connect; `folder` is the session's runtime folder. Throws std::runtime_error when that
-  // does not come.
+  // Returns when programs can connect. `folder` is the session's runtime folder. Throws std::runtime_error if it does
+  // not start.
   explicit Compositor(const std::filesystem::path& folder);
 
-  // What lets a program show its windows here.
+  // The environment of a program that shows its windows here.
   std::map<std::string, std::string> environment() const;
 
-  // What the whole screen shows; nothing while the session is still starting.
+  // Returns a picture of the whole screen; nothing while the session is starting.
   std::optional<tools::Picture> picture() const;
 
  private:

@@ -1,6 +1,6 @@
-// Script dialogs: what the person answers reaches the page, and no page makes them a cage.
+// Script dialogs: the user's reply reaches the page, and no dialog blocks the window.
 
-#include "tests/endtoend/SheetTest.h"
+#include "tests/endtoend/PromptTest.h"
 
 #include <string>
 #include <vector>
@@ -8,94 +8,94 @@
 namespace endtoend {
 namespace {
 
-class DialogTest : public SheetTest {
+class DialogTest : public PromptTest {
  protected:
-  // Starts with a page that shows a dialog and tells what came of it.
+  // Starts with a page that shows a dialog and reports its result.
   void startOnDialog(const std::string& expression) {
-    startOn("<script>onload = async () => { await frames(3); await tell('asking'); tell('' + " + expression +
+    startOn("<script>onload = async () => { await frames(3); await report('asking'); report('' + " + expression +
             ") }</script>");
-    untilTold("asking");
+    untilReported("asking");
   }
 };
 
 TEST_F(DialogTest, ReturnAcceptsAConfirmation) {
   startOnDialog("confirm('Really?')");
-  answer(XK_Return);
-  untilTold("true");
+  replyWith(XK_Return);
+  untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 TEST_F(DialogTest, EscapeDeclinesAConfirmation) {
   startOnDialog("confirm('Really?')");
-  answer(XK_Escape);
-  untilTold("false");
+  replyWith(XK_Escape);
+  untilReported("false");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, WhatIsTypedTakesThePlaceOfWhatWasProposed) {
+TEST_F(DialogTest, TypingReplacesTheDefaultText) {
   startOnDialog("prompt('Your code?', '1234')");
-  untilSheetHangs();
+  untilPromptIsShown();
   screen.type("code 7");
   screen.press(XK_Return);
-  untilTold("code 7");
+  untilReported("code 7");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, WhatWasProposedIsTheAnswerToReturn) {
+TEST_F(DialogTest, ReturnAcceptsTheDefaultText) {
   startOnDialog("prompt('Your code?', '1234')");
-  answer(XK_Return);
-  untilTold("1234");
+  replyWith(XK_Return);
+  untilReported("1234");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, EscapeGivesAPromptNothing) {
+TEST_F(DialogTest, EscapeReturnsNullFromAPrompt) {
   startOnDialog("prompt('Your code?', '1234')");
-  answer(XK_Escape);
-  untilTold("null");
+  replyWith(XK_Escape);
+  untilReported("null");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, AfterTheAnswerThePageHasTheKeyboardAgain) {
+TEST_F(DialogTest, AReplyReturnsTheFocusToThePage) {
   startOn(
-      "<input autofocus><script>onload = async () => { await tell('asking'); alert('Terms of use'); tell('read') };"
-      "onkeydown = (event) => { if (event.key === 'Enter') tell('typed ' + document.activeElement.value) }</script>");
-  untilTold("asking");
-  answer(XK_Return);
-  untilTold("read");
-  untilSheetIsGone();
+      "<input autofocus><script>onload = async () => { await report('asking'); alert('Terms of use'); report('read') };"
+      "onkeydown = (event) => { if (event.key === 'Enter') report('typed ' + document.activeElement.value) }</script>");
+  untilReported("asking");
+  replyWith(XK_Return);
+  untilReported("read");
+  untilPromptIsClosed();
   screen.type("me");
   screen.press(XK_Return);
-  untilTold("typed me");
+  untilReported("typed me");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(DialogTest, ThePageTakesNoClicksMeanwhile) {
+TEST_F(DialogTest, ThePageGetsNoClicksDuringAPrompt) {
   startOn(
-      "<body style='height: 550px'><script>onclick = () => tell('clicked');"
-      "onload = async () => { await tell('asking'); alert('Terms of use'); await tell('read') }</script>");
-  untilTold("asking");
-  untilSheetHangs();
+      "<body style='height: 550px'><script>onclick = () => report('clicked');"
+      "onload = async () => { await report('asking'); alert('Terms of use'); await report('read') }</script>");
+  untilReported("asking");
+  untilPromptIsShown();
   clickAt(340, 500);
   screen.press(XK_Return);
-  untilTold("read");
-  untilSheetIsGone();
+  untilReported("read");
+  untilPromptIsClosed();
   clickAt(340, 500);
-  untilTold("clicked");
-  EXPECT_THAT(told(), testing::UnorderedElementsAre("loaded", "asking", "read", "clicked"));
+  untilReported("clicked");
+  EXPECT_THAT(reports(), testing::UnorderedElementsAre("loaded", "asking", "read", "clicked"));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 class OpenDialogTest : public DialogTest, public testing::WithParamInterface<const char*> {};
 
-TEST_P(OpenDialogTest, DoesNotKeepTheWindowFromBeingClosed) {
+TEST_P(OpenDialogTest, DoesNotBlockTheCloseButton) {
   startOnDialog(GetParam() + std::string("('Really?')"));
-  untilSheetHangs();
+  untilPromptIsShown();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_P(OpenDialogTest, DoesNotKeepControlWFromClosingTheWindow) {
+TEST_P(OpenDialogTest, DoesNotBlockControlW) {
   startOnDialog(GetParam() + std::string("('Really?')"));
-  answer(XK_w);  // an ordinary letter
+  replyWith(XK_w);  // an ordinary letter
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
 }
@@ -103,9 +103,9 @@ TEST_P(OpenDialogTest, DoesNotKeepControlWFromClosingTheWindow) {
 INSTANTIATE_TEST_SUITE_P(Kinds, OpenDialogTest, testing::Values("alert", "confirm", "prompt"),
                          [](const auto& each) { return std::string(each.param); });
 
-TEST_F(DialogTest, TheSheetNamesTheSite) {
+TEST_F(DialogTest, ThePromptNamesTheSite) {
   const auto heading = [this] {
-    untilSheetHangs();
+    untilPromptIsShown();
     const Area frame = window().frame;
     const Picture seen = screen.picture({frame.x + 120, frame.y + 30, 400, 30});
     std::vector<unsigned> colours;
@@ -123,71 +123,71 @@ TEST_F(DialogTest, TheSheetNamesTheSite) {
   options.signIn = "http://localhost" + here.substr(here.rfind(':'));
   start();
   until("the second page", [this] {
-    return told() == std::vector<std::string>{"loaded", "asking", "loaded", "asking"};
+    return reports() == std::vector<std::string>{"loaded", "asking", "loaded", "asking"};
   });
   EXPECT_FALSE(heading() == ofTheNumber);
 }
 
-class LongWordsTest : public DialogTest, public testing::WithParamInterface<Named> {};
+class LongTextTest : public DialogTest, public testing::WithParamInterface<Named> {};
 
-TEST_P(LongWordsTest, LeaveTheWindowAsItIsAndTheButtonsOnIt) {
+TEST_P(LongTextTest, KeepsTheWindowsSizeAndTheButtons) {
   startOnDialog(std::string("confirm(") + GetParam().script + ")");
-  untilSheetHangs();
+  untilPromptIsShown();
   EXPECT_EQ(window().frame.width, 680);
   EXPECT_EQ(window().frame.height, 570);
   const Picture all = picture();
   for (const int x : {5, 340, 675})
-    EXPECT_EQ(all.colourAt(x, 540), kPageColour) << x;
-  EXPECT_EQ(all.colourAt(5, 100), kPageColour);
-  EXPECT_EQ(all.colourAt(675, 100), kPageColour);
+    EXPECT_EQ(all.colourAt(x, 540), kPageColor) << x;
+  EXPECT_EQ(all.colourAt(5, 100), kPageColor);
+  EXPECT_EQ(all.colourAt(675, 100), kPageColor);
   screen.press(XK_Return);
-  untilTold("true");
+  untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, LongWordsTest,
+INSTANTIATE_TEST_SUITE_P(Of, LongTextTest,
                          testing::Values(Named{"Sentences", "'word '.repeat(20000)"},
                                          Named{"OneWord", "'W'.repeat(100000)"},
                                          Named{"Paragraphs", "'x\\u2028'.repeat(50000)"},
                                          Named{"VerticalTabs", "'x\\v\\f'.repeat(50000)"}),
                          nameOf);
 
-TEST_F(DialogTest, ALargeFontKeepsTheSheetWithinTheWindow) {
+TEST_F(DialogTest, ALargePromptFitsIntoTheWindow) {
   options.environment["GDK_DPI_SCALE"] = "2";
   startOnDialog("confirm('word '.repeat(20000))");
-  untilSheetHangs();
+  untilPromptIsShown();
   const Picture all = picture();
-  const unsigned ofTheSheet = all.colourAt(all.width() / 2, 60);
+  const unsigned promptColor = all.colourAt(all.width() / 2, 60);
   for (const int x : {4, all.width() - 5})
-    EXPECT_NE(all.colourAt(x, 200), ofTheSheet) << x;
-  EXPECT_NE(all.colourAt(all.width() / 2, all.height() - 4), ofTheSheet);
+    EXPECT_NE(all.colourAt(x, 200), promptColor) << x;
+  EXPECT_NE(all.colourAt(all.width() / 2, all.height() - 4), promptColor);
   screen.press(XK_Return);
-  untilTold("true");
+  untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-// The dialogs have a line more each.
-TEST_F(DialogTest, APageShowsFiveAndFiveMoreAfterAnActOfThePerson) {
+// Each dialog has one line more than the one before.
+TEST_F(DialogTest, APageShowsFivePromptsPerUserInput) {
   startOn(
       "<script>let shown = 0;"
       "const show = () => { for (let i = 0; i < 9; ++i) shown += confirm('x\\u2028'.repeat(shown));"
-      "  tell('shown ' + shown) };"
+      "  report('shown ' + shown) };"
       "onkeydown = show; onclick = show</script><body style='height: 550px'>");
   untilPainted();
   screen.press(XK_g);
   int end = 0;
   for (int dialog = 0; dialog < 5; ++dialog) {
-    end = untilSheetEndsBelow(end);
+    end = untilPromptEndsBelow(end);
     screen.press(XK_Return);
   }
-  untilTold("shown 5");
-  untilSheetIsGone();
+  untilReported("shown 5");
+  untilPromptIsClosed();
   clickAt(340, 500);
   for (int dialog = 5; dialog < 10; ++dialog) {
-    end = untilSheetEndsBelow(end);
+    end = untilPromptEndsBelow(end);
     screen.press(XK_Return);
   }
-  untilTold("shown 10");
+  untilReported("shown 10");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

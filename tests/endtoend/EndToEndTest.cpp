@@ -28,7 +28,7 @@ tools::Answer pageThatWaitsForAClick(const std::string& address) {
               "' }; onload = () => fetch('/clickable')</script>");
 }
 
-tools::Answer pageThatTells(const std::string& body) {
+tools::Answer pageThatReportsItsLoad(const std::string& body) {
   return page(body + "<script>onload = () => fetch('/loaded')</script>");
 }
 
@@ -53,7 +53,7 @@ EndToEndTest::EndToEndTest(const tools::ScreenSize& screenSize)
 
 EndToEndTest::~EndToEndTest() {
   run.reset();
-  std::error_code ignored;  // the whole home goes a moment later
+  std::error_code ignored;  // the whole home is removed afterward
   std::filesystem::remove_all(folder_, ignored);
 }
 
@@ -62,7 +62,7 @@ void EndToEndTest::start() {
 }
 
 void EndToEndTest::until(const std::string& what, const std::function<bool()>& condition) {
-  if (!tools::waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what + account());
+  if (!tools::waitUntil(condition, kTimeout)) throw std::runtime_error("timed out waiting for " + what + account());
 }
 
 std::string EndToEndTest::account() {
@@ -75,7 +75,7 @@ std::string EndToEndTest::account() {
   return text;
 }
 
-void EndToEndTest::untilAsked(const std::string& target) {
+void EndToEndTest::untilRequested(const std::string& target) {
   until("the request for " + target, [&] { return site.wasAsked("GET " + target); });
 }
 

@@ -1,6 +1,4 @@
-// What every test of the real window has: a home, a screen, a site and a pipe of its own.
-//
-// A test scripts the site, starts the program and looks at what came out:
+// The fixture of every test of the real window. Each test has a home, a screen, a site and a pipe of its own.
 //
 //   site.serve("/signin", redirectTo(site.address("/done?code=1")));
 //   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
@@ -44,45 +42,45 @@ inline const std::string kOptionsMissing = "<errorNo><error>255</error></errorNo
 //   result("http://h/?a&amp;b")  => "<result><URL>http://h/?a&amp;b</URL></result>"
 std::string result(const std::string& escapedAddress);
 
-// A page that, once it has loaded, goes to an address.
+// A page that navigates to an address when it has loaded.
 tools::Answer pageThatGoesTo(const std::string& address);
 
-// A page that goes to an address when it is clicked, and asks the site for "/clickable" once that works.
+// A page that navigates to an address when it is clicked, and requests "/clickable" when it can be clicked.
 tools::Answer pageThatWaitsForAClick(const std::string& address);
 
-// A page that asks the site for "/loaded" once it has loaded. `body` stands on it.
-tools::Answer pageThatTells(const std::string& body = "");
+// A page with `body` that requests "/loaded" when it has loaded.
+tools::Answer pageThatReportsItsLoad(const std::string& body = "");
 
 class EndToEndTest : public testing::Test {
  protected:
-  // The site has an ordinary page at "/signin", "/done" and "/start"; the options name them. No option is missing.
+  // The site has an ordinary page at "/signin", "/done" and "/start", which the options name. Every option is set.
   explicit EndToEndTest(const tools::ScreenSize& screenSize = {});
   ~EndToEndTest() override;
 
   void start();
 
-  // Waits for a condition that an event makes true, at most kPatience, and fails the test otherwise.
+  // Waits until an event makes `condition` true. Fails the test after kTimeout.
   void until(const std::string& what, const std::function<bool()>& condition);
-  void untilAsked(const std::string& target);  // by GET
+  void untilRequested(const std::string& target);  // by GET
   void untilLogSays(const std::string& message);
 
-  // Waits for the end of the run, which must be a clean one, and gives what it wrote into the pipe.
+  // Waits for the end of the run, which must have exit status 0. Returns what it wrote into the pipe.
   std::string message();
 
   // start(), then message().
   std::string messageOfARun();
 
-  // Closes the window as a user does and waits for the answer: kWindowClosed, unless the run had ended before.
+  // Closes the window and returns the message: kWindowClosed, unless the run had already ended.
   std::string messageAfterClosing();
 
   ScreenWindow window();
-  void click();  // into the middle of the window
+  void click();  // at the center of the window
 
-  // A new folder or file of this test's, gone with its home.
+  // A path for a new folder or file, removed with the test's home.
   std::filesystem::path temporary(const std::string& name) const { return folder_ / name; }
 
  private:
-  std::string account();  // what has happened so far, for whoever reads of a failure
+  std::string account();  // the events so far, for the text of a failure
 
   std::filesystem::path folder_;
   WatchedFolder logs_;

@@ -1,4 +1,4 @@
-// Ends of a run that nobody planned: signals at odd times, a display that goes away, pages that hold on to the window.
+// Unplanned ends of a run: early signals, a lost display, pages that try to block closing.
 
 #include <signal.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 class EndingTest : public EndToEndTest {};
 
-TEST_F(EndingTest, ASignalWhileItStartsIsReportedLikeAClosedWindow) {
+TEST_F(EndingTest, AStartUpSignalReportsAClosedWindow) {
   start();
   untilLogSays("Build Version - 9.0.0.121");
   run->signal(SIGTERM);
@@ -22,43 +22,43 @@ TEST_F(EndingTest, ASignalWhileItStartsIsReportedLikeAClosedWindow) {
 
 TEST_F(EndingTest, ASecondSignalChangesNothing) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   run->signal(SIGTERM);
   run->signal(SIGINT);
   run->signal(SIGHUP);
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(EndingTest, ADisplayThatGoesAwayIsReportedLikeAClosedWindow) {
+TEST_F(EndingTest, ALostDisplayReportsAClosedWindow) {
   const std::vector<int> before = semaphoreSets();
   auto session = std::make_unique<tools::VirtualDisplay>();
   options.environment["DISPLAY"] = session->name();
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   session.reset();
   EXPECT_EQ(run->exitStatus(), 1);
   EXPECT_EQ(pipe.text(), kWindowClosed);
   EXPECT_EQ(semaphoreSets(), before);
 }
 
-TEST_F(EndingTest, APageThatPrintsCannotHoldOnToTheWindow) {
+TEST_F(EndingTest, APrintingPageDoesNotBlockClosing) {
   site.serve("/signin", page("<script>onload = () => { print(); fetch('/printed') }</script>"));
   start();
-  untilAsked("/printed");
+  untilRequested("/printed");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(EndingTest, APageThatNeverComesToRestCannotHoldOnToTheWindow) {
+TEST_F(EndingTest, ABusyPageDoesNotBlockClosing) {
   site.serve("/signin", page("<script>onload = () => fetch('/busy').then(() => { for (;;); })</script>"));
   start();
-  untilAsked("/busy");
+  untilRequested("/busy");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(EndingTest, ADialogOfThePageCannotHoldOnToTheWindow) {
+TEST_F(EndingTest, ADialogDoesNotBlockClosing) {
   site.serve("/signin", page("<script>fetch('/asking').then(() => alert('terms of use'))</script>"));
   start();
-  untilAsked("/asking");
+  untilRequested("/asking");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -1,4 +1,4 @@
-// The enterprise sign-in: the larger window, and the address that it follows.
+// The enterprise sign-in: the larger window and the redirect_uri address.
 
 #include "tests/tools/hand/Hand.h"
 
@@ -20,7 +20,7 @@ class EnterpriseTest : public EndToEndTest {
     site.serve("/staff", page("staff"));
   }
 
-  // The enterprise address that has a page of the site followed.
+  // An enterprise address whose redirect_uri is a page of the site.
   std::string startWith(const std::string& target) const {
     return site.address("/start?redirect_uri=" + site.address(target));
   }
@@ -35,7 +35,7 @@ class EnterpriseTest : public EndToEndTest {
   }
 };
 
-TEST_F(EnterpriseTest, APersonSignsInWithTheOrganisation) {
+TEST_F(EnterpriseTest, AUserSignsInWithTheOrganization) {
   tools::SignInSite example;
   options.signIn = example.signInAddress();
   options.redirect = example.redirectAddress();
@@ -48,14 +48,14 @@ TEST_F(EnterpriseTest, APersonSignsInWithTheOrganisation) {
   EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=enterprise</URL></result>"));
 }
 
-TEST_F(EnterpriseTest, TheAddressBehindRedirectUriIsFollowedToItsVeryEnd) {
+TEST_F(EnterpriseTest, TheWholeRedirectUriIsFollowed) {
   site.serve("/staff", pageThatGoesTo(site.address("/done?code=1")));
   site.serve("/signin", redirectTo(startWith("/staff?a=%26&b=2")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
   EXPECT_THAT(site.asked(), testing::Contains("GET /staff?a=%26&b=2"));
 }
 
-TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
+TEST_F(EnterpriseTest, TheWindowGrowsUpwardByTwenty) {
   site.hold("/signin");
   start();
   const ScreenWindow before = windowOfSize(680, 570);
@@ -65,9 +65,9 @@ TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
   until("the new place", [&] { return window().frame.y == before.frame.y - 20; });
 }
 
-TEST_F(EnterpriseTest, TheWindowGetsTheEnterpriseTitleAndMayBeResizedFromThenOn) {
+TEST_F(EnterpriseTest, TheWindowGetsItsTitleAndIsResizable) {
   start();
-  untilAsked("/staff");
+  untilRequested("/staff");
   until("the title", [&] { return window().title == "Example Enterprise"; });
   windowOfSize(800, 620);
   until("the limits", [&] { return !screen.sizeLimitsOf(window().id).fixed; });
@@ -75,10 +75,10 @@ TEST_F(EnterpriseTest, TheWindowGetsTheEnterpriseTitleAndMayBeResizedFromThenOn)
   EXPECT_EQ(screen.sizeLimitsOf(window().id).minHeight, 620);
 }
 
-TEST_F(EnterpriseTest, WithoutAnEnterpriseTitleTheTitleStays) {
+TEST_F(EnterpriseTest, AMissingEnterpriseTitleKeepsTheTitle) {
   options.enterpriseTitle.reset();
   start();
-  untilAsked("/staff");
+  untilRequested("/staff");
   windowOfSize(800, 620);
   EXPECT_EQ(window().title, "Example Product");
 }
@@ -89,28 +89,28 @@ TEST_F(EnterpriseTest, ASecondEnterprisePageIsFollowedToo) {
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
 }
 
-TEST_F(EnterpriseTest, ASecondEnterprisePageLeavesTheWindowWhereTheUserPutIt) {
+TEST_F(EnterpriseTest, ASecondEnterprisePageKeepsTheWindowsFrame) {
   site.serve("/staff", pageThatWaitsForAClick(startWith("/second")));
-  site.serve("/second", pageThatTells());
+  site.serve("/second", pageThatReportsItsLoad());
   start();
-  untilAsked("/clickable");
+  untilRequested("/clickable");
   screen.place(windowOfSize(800, 620).id, {40, 60, 900, 700});
   windowOfSize(900, 700);
   click();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   const Area frame = window().frame;
   EXPECT_THAT((std::vector<int>{frame.x, frame.y, frame.width, frame.height}), ElementsAre(40, 60, 900, 700));
 }
 
-TEST_F(EnterpriseTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
+TEST_F(EnterpriseTest, BothPrefixesMeanAnEnterprisePage) {
   options.redirect = site.address("/start");
-  site.serve("/staff", pageThatTells());
+  site.serve("/staff", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(EnterpriseTest, AnEnterprisePageWithoutAnAddressToFollowGoesNowhere) {
+TEST_F(EnterpriseTest, AnEnterprisePageWithoutRedirectUriStays) {
   site.serve("/signin", redirectTo(site.address("/start?redirect_uri=x")));
   start();
   windowOfSize(800, 620);

@@ -1,7 +1,7 @@
-// The person's browser, as far as the system knows: it opens nothing and writes down what it is asked to open.
+// A fake default browser. Records the addresses that it is started with.
 //
-// It also stands for the programs behind mail addresses, telephone numbers and a few schemes that no page may start, so
-// that one which gets out is seen.
+// It is also registered for mail addresses, telephone numbers and a few schemes that no page may open, so that a test
+// sees any that are opened.
 
 #pragma once
 
@@ -16,13 +16,13 @@ namespace endtoend {
 
 class FakeBrowser {
  public:
-  // Lies in `folder`, which need not exist yet.
+  // Creates its files in `folder`, which need not exist.
   explicit FakeBrowser(const std::filesystem::path& folder);
 
-  // Makes the programs that are started with it take this for the person's browser.
+  // The environment in which this is the user's default browser.
   std::map<std::string, std::string> environment() const;
 
-  // What it was asked to open, in order. Each further address is an event of the default main context.
+  // The addresses opened so far, in order. Each new one is an event of the default main context.
   std::vector<std::string> opened() const;
 
  private:

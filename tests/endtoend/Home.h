@@ -1,4 +1,4 @@
-// The test's own home folder, and the log that the sign-in window keeps there.
+// The test's own home folder, and the log of the sign-in window in it.
 
 #pragma once
 
@@ -8,18 +8,18 @@
 
 namespace endtoend {
 
-// The home folder in the password database. Throws std::runtime_error outside tests/support/in-own-home: a test must
-// not touch the home of the person who runs it.
+// Returns the home folder from the password database. Throws std::runtime_error outside tests/support/in-own-home: a
+// test must not touch the real home.
 std::filesystem::path homeFolder();
 
-// Every file and folder below the home folder, sorted.
+// Returns every file and folder below the home folder, sorted.
 //   {"Library", "Library/Logs", "Library/Logs/Kelvo.log"}
 std::vector<std::string> filesInHome();
 
 std::filesystem::path logFile();
 std::vector<std::string> logLines();
 
-// What the lines say: the text behind the ninth separator.
+// The messages of the lines: the text after the ninth separator.
 std::vector<std::string> logMessages();
 bool logSays(const std::string& message);
 

@@ -1,4 +1,5 @@
-// Pages that hang, storm, swell or die: the run still ends with one message, and the window can always be closed.
+// Pages that are busy, send request storms, are huge or crash: the run ends with one message, and the window can always
+// be closed.
 
 #include <signal.h>
 
@@ -6,16 +7,16 @@
 #include <string>
 
 #include "tests/endtoend/Processes.h"
-#include "tests/endtoend/SheetTest.h"
+#include "tests/endtoend/PromptTest.h"
 
 namespace endtoend {
 namespace {
 
 using testing::SizeIs;
 
-class HostilePageTest : public SheetTest {
+class HostilePageTest : public PromptTest {
  protected:
-  // The most memory that the window's own process has used so far, in megabytes.
+  // The peak memory of the window's own process, in megabytes.
   long megabytes() const {
     std::ifstream status("/proc/" + std::to_string(run->pid()) + "/status");
     for (std::string line; std::getline(status, line);) {
@@ -31,29 +32,29 @@ class HostilePageTest : public SheetTest {
   }
 };
 
-TEST_F(HostilePageTest, OneThatHangsIsClosedByTheButton) {
-  startOn("<script>onload = () => tell('hanging').then(() => { for (;;); })</script>");
-  untilTold("hanging");
+TEST_F(HostilePageTest, ABusyPageIsClosedByTheButton) {
+  startOn("<script>onload = () => report('hanging').then(() => { for (;;); })</script>");
+  untilReported("hanging");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, OneThatHangsIsClosedByControlW) {
-  startOn("<script>onload = () => tell('hanging').then(() => { for (;;); })</script>");
-  untilTold("hanging");
+TEST_F(HostilePageTest, ABusyPageIsClosedByControlW) {
+  startOn("<script>onload = () => report('hanging').then(() => { for (;;); })</script>");
+  untilReported("hanging");
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, OneThatHangsWhenItIsLeftIsClosed) {
+TEST_F(HostilePageTest, APageBusyInUnloadIsClosed) {
   startOn(
-      "<body style='height: 550px'><script>onbeforeunload = () => { for (;;); }; onclick = () => tell('clicked')"
+      "<body style='height: 550px'><script>onbeforeunload = () => { for (;;); }; onclick = () => report('clicked')"
       "</script>");
   click();
-  untilTold("clicked");
+  untilReported("clicked");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, OneThatAsksBeforeItIsLeftIsLeft) {
+TEST_F(HostilePageTest, ABeforeUnloadDialogIsConfirmed) {
   startOn(
       "<body style='height: 550px'><script>onclick = () => { location.href = '/done?code=1' };"
       "onbeforeunload = (event) => { event.preventDefault(); return event.returnValue = 'Stay!' }</script>");
@@ -65,20 +66,20 @@ class EndlessAlertsTest : public HostilePageTest, public testing::WithParamInter
  protected:
   void startAndAnswerFive() {
     startOn(std::string("<script>let shown = 0; const show = () => { alert('Call us!'); ++shown };"
-                        "onload = async () => { await tell('asking'); ") +
+                        "onload = async () => { await report('asking'); ") +
             GetParam().script + " }</script>");
-    untilTold("asking");
+    untilReported("asking");
     for (int i = 0; i < 5; ++i)
-      answer(XK_Return);
+      replyWith(XK_Return);
   }
 };
 
-TEST_P(EndlessAlertsTest, LeaveTheCloseButton) {
+TEST_P(EndlessAlertsTest, DoNotBlockTheCloseButton) {
   startAndAnswerFive();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_P(EndlessAlertsTest, LeaveControlW) {
+TEST_P(EndlessAlertsTest, DoNotBlockControlW) {
   startAndAnswerFive();
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
@@ -91,15 +92,15 @@ INSTANTIATE_TEST_SUITE_P(Shown, EndlessAlertsTest,
 
 class StormTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
 
-// The storm has been raging for a hundred steps when the window is closed, and rages on.
-TEST_P(StormTest, LeavesTheWindowItsMemoryItsLogAndItsCloseButton) {
+// The window is closed after a hundred steps of the storm, which continues.
+TEST_P(StormTest, DoesNotAffectMemoryLogOrCloseButton) {
   site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
   startOn(std::string("<body><script>let n = 0; const step = () => { ") + GetParam().script +
           " };"
-          "onkeydown = () => { setInterval(() => { step(); if (++n === 100) tell('raging') }) }</script>");
+          "onkeydown = () => { setInterval(() => { step(); if (++n === 100) report('raging') }) }</script>");
   const long before = megabytes();
   screen.press(XK_g);
-  untilTold("raging");
+  untilReported("raging");
   EXPECT_LE(megabytes() - before, 100);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(logLines(), SizeIs(testing::Le(5)));
@@ -120,9 +121,9 @@ INSTANTIATE_TEST_SUITE_P(
         Named{"Workers", "if (n < 8) new Worker(URL.createObjectURL(new Blob(['for (;;);'])))"}),
     nameOf);
 
-class EndlessJourneyTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+class EndlessNavigationTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
 
-TEST_P(EndlessJourneyTest, LeavesTheWindowItsLogAndItsCloseButton) {
+TEST_P(EndlessNavigationTest, DoesNotAffectLogOrCloseButton) {
   site.serve("/signin", page(std::string("<script>") + GetParam().script + "</script>"));
   start();
   until("fifty pages", [this] { return site.requests().size() > 50; });
@@ -130,64 +131,64 @@ TEST_P(EndlessJourneyTest, LeavesTheWindowItsLogAndItsCloseButton) {
   EXPECT_THAT(logLines(), SizeIs(testing::Le(6)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, EndlessJourneyTest,
+INSTANTIATE_TEST_SUITE_P(Of, EndlessNavigationTest,
                          testing::Values(Named{"Pages",
                                                "onload = () => { location.href = '/signin?' + Math.random() }"},
                                          Named{"Reloads", "onload = () => location.reload()"}),
                          nameOf);
 
-// Each is given up for the next, which is logged.
-TEST_F(HostilePageTest, EndlessPagesThatNeverShowLeaveTheCloseButton) {
+// Each navigation cancels the one before, which is logged.
+TEST_F(HostilePageTest, EndlessRedirectsDoNotBlockTheCloseButton) {
   site.serve("/signin", page("<script>location.replace('/signin?' + Math.random())</script>"));
   start();
   until("fifty pages", [this] { return site.requests().size() > 50; });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, AHundredMegabytesStayOutOfTheWindowsMemory) {
+TEST_F(HostilePageTest, AHugePageDoesNotUseWindowMemory) {
   startOn("<script>onkeydown = () => { location.href = '/large' }</script>");
   site.serve("/large",
-             pageWith("<!--" + std::string(100'000'000, 'x') + "--><script>onload = () => tell('large')</script>"));
+             pageWith("<!--" + std::string(100'000'000, 'x') + "--><script>onload = () => report('large')</script>"));
   const long before = megabytes();
   screen.press(XK_g);
-  untilTold("large");
+  untilReported("large");
   EXPECT_LE(megabytes() - before, 100);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, AnAddressOfAMegabyteLeavesTheCloseButton) {
+TEST_F(HostilePageTest, AHugeAddressDoesNotBlockClosing) {
   startOn(
-      "<script>onkeydown = () => { location.hash = 'x'.repeat(1000000); frames(5).then(() => tell('there')) "
+      "<script>onkeydown = () => { location.hash = 'x'.repeat(1000000); frames(5).then(() => report('there')) "
       "}</script>");
   screen.press(XK_g);
-  untilTold("there");
+  untilReported("there");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(HostilePageTest, AFrameThatIsADownloadEndsTheRun) {
+TEST_F(HostilePageTest, ADownloadInAFrameEndsTheRun) {
   site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
   site.serve("/signin", pageWith("<iframe src='/file'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
 }
 
-TEST_F(HostilePageTest, OneThatDiesBehindTheSpinnerEndsTheRun) {
+TEST_F(HostilePageTest, ACrashBehindTheSpinnerEndsTheRun) {
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   killPageProcess(SIGKILL);
   EXPECT_EQ(message(), kLoadFailed);
 }
 
-TEST_F(HostilePageTest, OneThatAbortsEndsTheRun) {
+TEST_F(HostilePageTest, ACrashEndsTheRun) {
   startOn("");
   killPageProcess(SIGABRT);
   EXPECT_EQ(message(), kLoadFailed);
 }
 
-TEST_F(HostilePageTest, OneThatDiesUnderItsDialogEndsTheRun) {
-  startOn("<script>onload = () => tell('asking').then(() => alert('Call us!'))</script>");
-  untilTold("asking");
-  untilSheetHangs();
+TEST_F(HostilePageTest, ACrashDuringADialogEndsTheRun) {
+  startOn("<script>onload = () => report('asking').then(() => alert('Call us!'))</script>");
+  untilReported("asking");
+  untilPromptIsShown();
   killPageProcess(SIGKILL);
   EXPECT_EQ(message(), kLoadFailed);
 }

@@ -1,4 +1,4 @@
-// A person who has nothing but the keyboard.
+// Use of the window by keyboard only.
 
 #include "tests/endtoend/EndToEndTest.h"
 
@@ -11,29 +11,29 @@ using testing::ElementsAre;
 
 class KeyboardTest : public EndToEndTest {
  protected:
-  // Starts with a page in the window, and the keyboard in the window.
+  // Starts with a page in the window, which has the keyboard focus.
   void startOn(const std::string& body) {
-    site.serve("/signin", pageThatTells(body));
+    site.serve("/signin", pageThatReportsItsLoad(body));
     start();
     screen.focus(window().id);
-    untilAsked("/loaded");
+    untilRequested("/loaded");
   }
 
-  // The same, until the first field has the keyboard: a page gives it there some time after it has loaded.
+  // Also waits until the first field has the focus, which the page sets some time after it has loaded.
   void startOnFields(const std::string& body) {
     startOn(body);
-    untilAsked("/focused");
+    untilRequested("/focused");
   }
 
   std::string done(const std::string& query) { return result(site.address("/done?" + query)); }
 };
 
-// The first field has the keyboard, Return posts both.
+// The first field has the focus. Return posts both fields.
 constexpr char kTwoFields[] =
     "<form action='/done'><input name='a' autofocus onfocus='fetch(`/focused`)'><input "
     "name='b'><button></button></form>";
 
-// Words that cannot be typed into, and what becomes of them.
+// Text that is not editable, and a script that reports changes to it.
 constexpr char kWords[] = R"(<p>words</p><script>
   onselectionchange = document.onselectionchange = () => {
     if (getSelection().toString().trim() === 'words') fetch('/selected');
@@ -42,7 +42,7 @@ constexpr char kWords[] = R"(<p>words</p><script>
   document.onpaste = (event) => { location.href = '/done?pasted=' + event.clipboardData.getData('text') };
 </script>)";
 
-TEST_F(KeyboardTest, IsInThePageAtOnce) {
+TEST_F(KeyboardTest, ThePageHasTheFocusAtOnce) {
   startOnFields(kTwoFields);
   screen.type("me");
   screen.press(XK_Return);
@@ -84,7 +84,7 @@ TEST_F(KeyboardTest, UndoesInAField) {
 TEST_F(KeyboardTest, SelectsAndCopiesAPageWithoutAField) {
   startOn(kWords);
   screen.press(XK_a, {XK_Control_L});
-  untilAsked("/selected");
+  untilRequested("/selected");
   screen.press(XK_c, {XK_Control_L});
   EXPECT_EQ(message(), done("copied=words"));
 }
@@ -100,18 +100,18 @@ TEST_F(KeyboardTest, PastesIntoAPageWithoutAField) {
   EXPECT_EQ(message(), done("pasted=mine"));
 }
 
-TEST_F(KeyboardTest, UndoAndUnknownShortcutsDoNothingToAPageWithoutAField) {
+TEST_F(KeyboardTest, UndoDoesNothingWithoutAField) {
   startOn(kWords);
   for (const char letter : std::string("zkxntospurljdq"))
     screen.press(static_cast<KeySymbol>(letter), {XK_Control_L});
   screen.press(XK_a, {XK_Control_L});
-  untilAsked("/selected");
+  untilRequested("/selected");
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /loaded", "GET /selected"));
   EXPECT_EQ(screen.windows().size(), 1u);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, WithShiftItIsNoShortcut) {
+TEST_F(KeyboardTest, ShiftMakesNoShortcut) {
   startOn(std::string(kWords) +
           "<script>onkeydown = (event) => { if (event.key === 'Enter') "
           "location.href = '/done?selected=' + getSelection() }</script>");
@@ -120,8 +120,8 @@ TEST_F(KeyboardTest, WithShiftItIsNoShortcut) {
   EXPECT_EQ(message(), done("selected="));
 }
 
-// Undo, because WebKit has bindings of its own for the other shortcuts, with Caps Lock or without.
-TEST_F(KeyboardTest, WithCapsLockItIsNoShortcut) {
+// Tests undo: WebKit has key bindings of its own for the other shortcuts, with and without Caps Lock.
+TEST_F(KeyboardTest, CapsLockMakesNoShortcut) {
   startOnFields(kTwoFields);
   screen.type("mine");
   screen.press(XK_a, {XK_Control_L});
@@ -134,7 +134,7 @@ TEST_F(KeyboardTest, WithCapsLockItIsNoShortcut) {
   EXPECT_EQ(message(), done("a=&amp;b=Y"));
 }
 
-TEST_F(KeyboardTest, AKeyThatThePageTakesIsThePages) {
+TEST_F(KeyboardTest, KeysThatThePageUsesMakeNoShortcut) {
   startOn(std::string(kWords) +
           "<script>onkeydown = (event) => { event.preventDefault(); if (event.key === 'Enter') "
           "location.href = '/done?selected=' + getSelection() }</script>");
@@ -143,7 +143,7 @@ TEST_F(KeyboardTest, AKeyThatThePageTakesIsThePages) {
   EXPECT_EQ(message(), done("selected="));
 }
 
-TEST_F(KeyboardTest, TabReachesEverythingAndComesBack) {
+TEST_F(KeyboardTest, TabReachesEverythingAndReturns) {
   site.serve("/signin",
              page(R"(<input id='a' autofocus><select id='b'></select><a id='c' href='#'>c</a><button id='d'>d</button>
 <iframe srcdoc="<input onfocus='parent.went(`e`)'>"></iframe>
@@ -157,29 +157,29 @@ TEST_F(KeyboardTest, TabReachesEverythingAndComesBack) {
 </script>)"));
   start();
   screen.focus(window().id);
-  untilAsked("/way?a");
+  untilRequested("/way?a");
   for (const char* const way : {"ab", "abc", "abcd", "abcde"}) {
     screen.press(XK_Tab);
-    untilAsked(std::string("/way?") + way);
+    untilRequested(std::string("/way?") + way);
   }
   screen.press(XK_Tab);  // to the page as a whole
   screen.press(XK_Tab);
-  untilAsked("/way?abcdea");
+  untilRequested("/way?abcdea");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, EscapeDoesNothingToALoad) {
+TEST_F(KeyboardTest, EscapeDoesNotStopALoad) {
   site.hold("/signin");
   site.serve("/signin", redirectTo(site.address("/done")));
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   screen.focus(window().id);
   screen.press(XK_Escape);
   site.release("/signin");
   EXPECT_EQ(message(), result(site.address("/done")));
 }
 
-TEST_F(KeyboardTest, EscapeLeavesWhatWasTyped) {
+TEST_F(KeyboardTest, EscapeKeepsTypedText) {
   startOnFields(kTwoFields);
   screen.type("mine");
   screen.press(XK_Escape);
@@ -191,7 +191,7 @@ TEST_F(KeyboardTest, AnInputMethodWritesIntoAField) {
   options.environment["GTK_IM_MODULE"] = "gtk-im-context-simple";
   startOnFields(std::string(kTwoFields) + "<style>input { font: 40px monospace; color: #a01010 }</style>");
 
-  // What has been painted has been heard of by the input method too.
+  // After painting, the input method has received the events before it.
   screen.type("x");
   until("the letter", [&] { return screen.picture(window().frame).find(0xa01010, 20).has_value(); });
   screen.press(XK_u, {XK_Control_L, XK_Shift_L});
@@ -219,40 +219,40 @@ TEST_F(KeyboardTest, NoPageCanKeepTheWindowOpen) {
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, ItClosesTheSpinnerPage) {
+TEST_F(KeyboardTest, ControlWClosesTheSpinnerPage) {
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   screen.focus(window().id);
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-// Tells the page's width, in its own points, each time it changes; a click leaves.
+// Reports the page's width in CSS pixels each time it changes. A click leaves the page.
 constexpr char kMeasuredPage[] = "<script>onresize = () => fetch('/width?' + innerWidth)</script>";
 
 TEST_F(KeyboardTest, ControlPlusMinusAndZeroZoom) {
   startOn(kMeasuredPage);
   screen.press(XK_plus, {XK_Control_L});
-  untilAsked("/width?618");
+  untilRequested("/width?618");
   screen.press(XK_0, {XK_Control_L});
-  untilAsked("/width?680");
+  untilRequested("/width?680");
   screen.press(XK_minus, {XK_Control_L});
-  untilAsked("/width?748");
+  untilRequested("/width?748");
   screen.press(XK_equal, {XK_Control_L});
   screen.press(XK_KP_Add, {XK_Control_L});
   until("the second 618", [&] { return testing::Matches(testing::Contains("GET /width?618").Times(2))(site.asked()); });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(KeyboardTest, ZoomHasItsEnds) {
+TEST_F(KeyboardTest, ZoomHasLimits) {
   startOn(kMeasuredPage);
   for (int i = 0; i < 15; ++i)
     screen.press(XK_plus, {XK_Control_L});
-  untilAsked("/width?226");
+  untilRequested("/width?226");
   for (int i = 0; i < 25; ++i)
     screen.press(XK_minus, {XK_Control_L});
-  untilAsked("/width?1360");
+  untilRequested("/width?1360");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
@@ -261,7 +261,7 @@ TEST_F(KeyboardTest, AZoomedPageMayBeScrolled) {
       "<body style='height: 3000px'><script>onresize = () => fetch('/width?' + innerWidth); "
       "onscroll = () => { location.href = '/done?scrolled' }</script>");
   screen.press(XK_plus, {XK_Control_L});
-  untilAsked("/width?618");
+  untilRequested("/width?618");
   const Area frame = window().frame;
   screen.moveTo(frame.x + 300, frame.y + 300);
   screen.turnWheel(3);

@@ -114,7 +114,7 @@ TEST_F(LauncherTest, ReportsAMissingProgram) {
 
 TEST_F(LauncherTest, ClosesTheWindowOnSigterm) {
   start(command());
-  untilAsked("/signin");
+  untilRequested("/signin");
   launcher_->signal(SIGTERM);
   EXPECT_THAT(output(), StartsWith("message: " + kWindowClosed + "\n"));
   EXPECT_EQ(launcher_->exitStatus(), 1);

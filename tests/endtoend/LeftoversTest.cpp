@@ -1,4 +1,4 @@
-// What is left when a run has ended: the log, and nothing else.
+// After a run only the log is left.
 
 #include "tests/tools/support/ClosedPort.h"
 
@@ -26,7 +26,7 @@ constexpr char kPageThatKeepsThings[] = R"(<script>
     caches.open('session').catch(() => 0).then(() => { location.href = '/done' });
 </script>)";
 
-TEST_F(LeftoversTest, APageMayKeepThingsAndNothingOfItStaysOnDisk) {
+TEST_F(LeftoversTest, NothingThatAPageStoresIsKept) {
   tools::Answer answer = page(kPageThatKeepsThings);
   answer.headers["Cache-Control"] = "max-age=99999";
   answer.headers["Set-Cookie"] = "visit=secret; Max-Age=99999";
@@ -35,7 +35,7 @@ TEST_F(LeftoversTest, APageMayKeepThingsAndNothingOfItStaysOnDisk) {
   EXPECT_THAT(filesInHome(), ElementsAre("Library", "Library/Logs", "Library/Logs/Kelvo.log"));
 }
 
-TEST_F(LeftoversTest, ASecondRunKnowsNothingOfTheFirst) {
+TEST_F(LeftoversTest, RunsShareNoState) {
   site.serve("/signin", [this](const Request&) {
     tools::Answer answer = pageThatGoesTo("/done?' + document.cookie + '");
     answer.headers["Set-Cookie"] = "visit=" + std::to_string(site.requests().size()) + "; Max-Age=99999";
@@ -52,7 +52,7 @@ TEST_F(LeftoversTest, NoProcessOutlivesTheRun) {
   messageOfARun();
   for (const pid_t child : childrenOfThisProcess()) {
     const bool isOurs = std::find(before.begin(), before.end(), child) != before.end();
-    EXPECT_TRUE(isOurs || outlive(child)) << child;
+    EXPECT_TRUE(isOurs || waitForExit(child)) << child;
   }
 }
 
@@ -67,7 +67,7 @@ TEST_P(EndingsTest, LeavesNoSemaphoreSet) {
   const std::vector<int> before = semaphoreSets();
   start();
   if (ending == "Closed") {
-    untilAsked("/signin");
+    untilRequested("/signin");
     screen.close(window().id);
   }
   EXPECT_NE(message(), "");

@@ -1,4 +1,4 @@
-// Pages that do not load, and what of it ends the run.
+// Failed loads, and which of them end the run.
 
 #include <signal.h>
 
@@ -22,7 +22,7 @@ using tools::ClosedPort;
 
 class LoadFailureTest : public EndToEndTest {
  protected:
-  // The three lines of a failure before the page showed.
+  // The three log lines of a provisional failure.
   void expectFailureInTheLog(const std::string& address, int code) {
     const std::vector<std::string> messages = logMessages();
     EXPECT_THAT(messages, Contains("didFailProvisionalLoadWithError for URL " + address));
@@ -39,7 +39,7 @@ TEST_F(LoadFailureTest, ARefusedConnectionEndsTheRun) {
   expectFailureInTheLog(nobody.address("/signin"), -1004);
 }
 
-TEST_F(LoadFailureTest, ARefusedRedirectAddressIsAFailureAndNoResult) {
+TEST_F(LoadFailureTest, ARefusedRedirectAddressIsNoResult) {
   options.redirect = nobody.address("/done");
   site.serve("/signin", redirectTo(nobody.address("/done?code=1")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
@@ -52,7 +52,7 @@ TEST_F(LoadFailureTest, AnUnknownHostEndsTheRun) {
   expectFailureInTheLog("http://nowhere.invalid/signin", -1003);
 }
 
-TEST_F(LoadFailureTest, ADroppedConnectionIsLoggedAndTheRunGoesOn) {
+TEST_F(LoadFailureTest, ADroppedConnectionDoesNotEndTheRun) {
   const RawServer server("");
   options.signIn = server.address("/signin");
   start();
@@ -61,7 +61,7 @@ TEST_F(LoadFailureTest, ADroppedConnectionIsLoggedAndTheRunGoesOn) {
   expectFailureInTheLog(server.address("/signin"), -1005);
 }
 
-TEST_F(LoadFailureTest, APageThatBreaksOffBeforeItShowsIsLoggedAndTheRunGoesOn) {
+TEST_F(LoadFailureTest, APageTruncatedBeforeItsCommitIsLogged) {
   const RawServer server("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 9999\r\n\r\n<p>half a page");
   options.signIn = server.address("/signin");
   start();
@@ -69,7 +69,7 @@ TEST_F(LoadFailureTest, APageThatBreaksOffBeforeItShowsIsLoggedAndTheRunGoesOn) 
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(LoadFailureTest, APageThatBreaksOffInTheMiddleIsLoggedAndTheRunGoesOn) {
+TEST_F(LoadFailureTest, APageTruncatedAfterItsCommitIsLogged) {
   const RawServer server("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 99999\r\n\r\n<p>half a page" +
                          std::string(20'000, '.'));
   options.signIn = server.address("/signin");
@@ -79,19 +79,19 @@ TEST_F(LoadFailureTest, APageThatBreaksOffInTheMiddleIsLoggedAndTheRunGoesOn) {
   EXPECT_THAT(logMessages(), Contains("didFailLoadWithError for URL " + server.address("/signin")));
 }
 
-TEST_F(LoadFailureTest, AnAnswerThatIsNotHttpEndsTheRun) {
+TEST_F(LoadFailureTest, AMalformedResponseEndsTheRun) {
   const RawServer server("good morning\r\n\r\n");
   options.signIn = server.address("/signin");
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog(server.address("/signin"), -1017);
 }
 
-TEST_F(LoadFailureTest, ALoadThatAnotherReplacesIsLoggedAndTheOtherCounts) {
+TEST_F(LoadFailureTest, AReplacedLoadIsLoggedOnly) {
   site.serve("/signin", page("<script>onload = () => setTimeout(() => { location.href = '/slow' });"
                              "onclick = () => { location.href = '/done?code=1' }</script>"));
   site.hold("/slow");
   start();
-  untilAsked("/slow");
+  untilRequested("/slow");
   click();
   EXPECT_EQ(message(), result(site.address("/done?code=1")));
   expectFailureInTheLog(site.address("/slow"), -999);
@@ -103,33 +103,33 @@ TEST_F(LoadFailureTest, ARedirectLoopEndsTheRun) {
   expectFailureInTheLog(site.address("/signin"), -1007);
 }
 
-TEST_F(LoadFailureTest, ASchemeThatCannotBeLoadedIsAFailureEvenAtTheRedirectAddress) {
+TEST_F(LoadFailureTest, AnUnsupportedRedirectAddressIsNoResult) {
   options.redirect = "cb:/done";
   site.serve("/signin", redirectTo("cb:/done?code=1"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog("cb:/done?code=1", -1002);
 }
 
-TEST_F(LoadFailureTest, APageThatGoesToASchemeThatCannotBeLoadedEndsTheRun) {
+TEST_F(LoadFailureTest, UnsupportedSchemesInScriptsEndTheRun) {
   options.redirect = "cb:/done";
   site.serve("/signin", pageThatGoesTo("cb:/done?code=1"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog("cb:/done?code=1", 101);
 }
 
-TEST_F(LoadFailureTest, APortThatNoBrowserOpensEndsTheRun) {
+TEST_F(LoadFailureTest, ARestrictedPortEndsTheRun) {
   options.signIn = "http://127.0.0.1:1/signin";
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog("http://127.0.0.1:1/signin", 103);
 }
 
-TEST_F(LoadFailureTest, AnAnswerWithoutContentEndsTheRun) {
+TEST_F(LoadFailureTest, AResponseWithoutContentEndsTheRun) {
   site.serve("/signin", {204, "", {}});
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog(site.address("/signin"), 102);
 }
 
-TEST_F(LoadFailureTest, ADownloadEndsTheRunAndReachesNoFolder) {
+TEST_F(LoadFailureTest, ADownloadEndsTheRunAndSavesNothing) {
   site.serve("/signin", {200, "secret", {{"Content-Disposition", "attachment; filename=secret.txt"}}});
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog(site.address("/signin"), 102);
@@ -142,7 +142,7 @@ TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
   expectFailureInTheLog(nobody.address("/advert"), -1004);
 }
 
-// A way to put a frame into a page, around the address of its document.
+// HTML that embeds a document: the text before and after its address.
 struct FrameMarkup {
   const char* name;
   const char* before;
@@ -173,25 +173,25 @@ INSTANTIATE_TEST_SUITE_P(
                                 "'><input name='a'></form><script>document.forms[0].submit()</script>"}),
     [](const auto& each) { return each.param.name; });
 
-TEST_F(LoadFailureTest, ARedirectedFrameIsLoggedUnderItsLastAddress) {
+TEST_F(LoadFailureTest, RedirectedFramesAreLoggedUnderTheirLastAddress) {
   site.serve("/moved", redirectTo(nobody.address("/advert")));
   site.serve("/signin", page("<iframe src='/moved'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog(nobody.address("/advert"), -1004);
 }
 
-TEST_F(LoadFailureTest, ASubFrameOnAnUnknownHostEndsTheRun) {
+TEST_F(LoadFailureTest, AFrameWithUnknownHostEndsTheRun) {
   site.serve("/signin", page("<iframe src='http://nowhere.invalid/advert'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   expectFailureInTheLog("http://nowhere.invalid/advert", -1003);
 }
 
-TEST_F(LoadFailureTest, ASubFrameThatIsNotFoundIsNoFailure) {
+TEST_F(LoadFailureTest, AFrameWithStatus404IsNoFailure) {
   site.serve("/signin", page("<iframe src='/nowhere' onload=\"location.href = '/done'\"></iframe>"));
   EXPECT_EQ(messageOfARun(), result(site.address("/done")));
 }
 
-TEST_F(LoadFailureTest, AFailedImageAndAFailedRequestOfAScriptAreNoFailures) {
+TEST_F(LoadFailureTest, FailedImagesAndFetchesAreIgnored) {
   const std::string away = nobody.address("/image.png");
   site.serve("/signin", page("<img src='" + away + "'><script>onload = () => fetch('" + away +
                              "').catch(() => { location.href = '/done' })</script>"));
@@ -202,9 +202,9 @@ TEST_F(LoadFailureTest, AFailedImageAndAFailedRequestOfAScriptAreNoFailures) {
 class KilledProcessTest : public LoadFailureTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(KilledProcessTest, EndsTheRun) {
-  site.serve("/signin", pageThatTells());
+  site.serve("/signin", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   const auto process = descendantNamed(run->pid(), GetParam());
   ASSERT_TRUE(process);
   kill(*process, SIGKILL);
@@ -222,7 +222,7 @@ TEST_F(LoadFailureTest, AnAddressWithATokenIsNotLogged) {
   EXPECT_THAT(logLines(), Contains(testing::AllOf(HasSubstr("[WARN]"), HasSubstr("Log skipped."))));
 }
 
-TEST_F(LoadFailureTest, ABrokenFrameOnTheRedirectPageIsAFailureAndNoResult) {
+TEST_F(LoadFailureTest, ARedirectPagesFailedFrameIsReported) {
   const RawServer server("good morning\r\n\r\n");
   site.serve("/signin", redirectTo(site.address("/done?code=1")));
   site.serve("/done", page("<iframe src='" + server.address("/frame") + "'></iframe>"));

@@ -1,4 +1,4 @@
-// What no page may have of the machine and of the person, as the page sees it and as the screen shows it.
+// Access that every page is denied, as reported by the page and as shown on the screen.
 
 #include <gio/gio.h>
 
@@ -15,16 +15,16 @@ using testing::SizeIs;
 
 class LockedDownTest : public PageTest {
  protected:
-  // A page whose context menus tell, a little later, that they have been asked for.
+  // A page that reports each request for a context menu, shortly after it.
   void startOnWithMenus(const std::string& body) {
     startOn(body +
             "<script>oncontextmenu = (event) => {"
-            "  const name = event.target.localName; frames(5).then(() => tell('menu of ' + name)) }</script>");
+            "  const name = event.target.localName; frames(5).then(() => report('menu of ' + name)) }</script>");
   }
 };
 
-// Each takes a click. A promise that is broken and an error that is thrown are refusals. Before a page has asked for
-// the place, its permission is said to be open.
+// Each needs a click. A rejected promise and a thrown error are denials. Before a page has requested the location, its
+// permission state is "prompt".
 constexpr char kPageOfWishes[] = R"(<body style='height: 550px'><script>
   const refuse = () => { throw 0 };
   const wishes = {
@@ -49,43 +49,43 @@ constexpr char kPageOfWishes[] = R"(<body style='height: 550px'><script>
     let got = 'granted';
     try { await wishes[name]() } catch { got = 'refused' }
     await frames(3);
-    tell(name + ' ' + got);
+    report(name + ' ' + got);
   };
 </script>)";
 
-TEST_F(LockedDownTest, WhatAPageWishesForIsRefused) {
+TEST_F(LockedDownTest, EveryPermissionIsDenied) {
   startOn(kPageOfWishes);
   for (const char* const wish :
        {"place", "placeLater", "notifications", "camera", "microphone", "pictureOfTheScreen", "clipboard", "pasting",
         "pointer", "wakeScreen", "wholeScreen", "wholeScreenForAVideo", "file"}) {
-    const std::size_t before = told().size();
+    const std::size_t before = reports().size();
     click();
-    until("an answer", [&] { return told().size() > before; });
-    EXPECT_EQ(told().back(), std::string(wish) + " refused");
+    until("an answer", [&] { return reports().size() > before; });
+    EXPECT_EQ(reports().back(), std::string(wish) + " refused");
     EXPECT_THAT(screen.windows(), SizeIs(1));
   }
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(LockedDownTest, AFileFieldOpensNoChooserAndGetsNoFile) {
-  startOn("<input type='file' style='position: fixed; inset: 0' oncancel='tell(`files: ` + files.length)'>");
+TEST_F(LockedDownTest, AFileFieldOpensNoChooser) {
+  startOn("<input type='file' style='position: fixed; inset: 0' oncancel='report(`files: ` + files.length)'>");
   clickAt(20, 275);
-  untilTold("files: 0");
+  untilReported("files: 0");
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(LockedDownTest, AColourFieldOpensNoDialog) {
+TEST_F(LockedDownTest, AColorFieldOpensNoChooser) {
   startOn(
       "<input type='color' style='position: fixed; inset: 0; width: 680px; height: 550px'"
-      " onclick='frames(5).then(() => tell(value))'>");
+      " onclick='frames(5).then(() => report(value))'>");
   click();
-  untilTold("#000000");
+  untilReported("#000000");
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(LockedDownTest, WhatCannotBeEditedHasNoMenu) {
+TEST_F(LockedDownTest, PlainTextHasNoContextMenu) {
   startOnWithMenus(
       "<style>body > * { display: block; height: 100px; margin: 0 }</style>"
       "<a href='/help'>help</a>"
@@ -94,40 +94,40 @@ TEST_F(LockedDownTest, WhatCannotBeEditedHasNoMenu) {
   int y = 50;
   for (const char* const part : {"a", "img", "video", "p", "main"}) {
     clickRightAt(20, y);
-    untilTold(std::string("menu of ") + part);
+    untilReported(std::string("menu of ") + part);
     EXPECT_THAT(screen.windows(), SizeIs(1)) << part;
     y += 100;
   }
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-// The last of the menu's commands selects everything.
-TEST_F(LockedDownTest, TheMenuOfAFieldHoldsEditingCommands) {
+// The last command of the menu selects all.
+TEST_F(LockedDownTest, AFieldsMenuHasEditingCommandsOnly) {
   startOnWithMenus(
       "<input value='words' style='position: fixed; inset: 0; width: 680px; height: 550px'>"
       "<script>document.onselectionchange = () => {"
       "  const it = document.activeElement;"
-      "  tell('selected ' + it.value?.slice(it.selectionStart, it.selectionEnd)) }</script>");
+      "  report('selected ' + it.value?.slice(it.selectionStart, it.selectionEnd)) }</script>");
   clickRightAt(100, 50);
-  untilTold("menu of input");
+  untilReported("menu of input");
   until("the menu", [&] { return screen.windows().size() > 1; });
   screen.press(XK_Up);
   screen.press(XK_Return);
-  untilTold("selected words");
+  untilReported("selected words");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 TEST_F(LockedDownTest, PrintingOpensNoDialog) {
-  startOn("<script>onkeydown = async () => { print(); await frames(5); tell('printed') }</script>");
+  startOn("<script>onkeydown = async () => { print(); await frames(5); report('printed') }</script>");
   screen.press(XK_g);
-  untilTold("printed");
+  untilReported("printed");
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 TEST_F(LockedDownTest, NoKeyOpensAnything) {
   startOn(
-      "<p>words</p><script>onkeydown = (event) => { if (event.key === 'z') frames(5).then(() => tell('the last')) }"
+      "<p>words</p><script>onkeydown = (event) => { if (event.key === 'z') frames(5).then(() => report('the last')) }"
       "</script>");
   for (const KeySymbol key : std::initializer_list<KeySymbol>{XK_F1, XK_F5, XK_F7, XK_F11, XK_F12, XK_Menu})
     screen.press(key);
@@ -137,13 +137,13 @@ TEST_F(LockedDownTest, NoKeyOpensAnything) {
        std::initializer_list<KeySymbol>{XK_u, XK_s, XK_p, XK_o, XK_n, XK_t, XK_l, XK_f, XK_j, XK_h})
     screen.press(key, {XK_Control_L});
   screen.press(XK_z);
-  untilTold("the last");
+  untilReported("the last");
   EXPECT_THAT(screen.windows(), SizeIs(1));
-  EXPECT_THAT(told(), ElementsAre("loaded", "the last"));
+  EXPECT_THAT(reports(), ElementsAre("loaded", "the last"));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-// On a loopback of its own: on the first one somebody else may have the port by the time that it is looked at.
+// On a loopback address of its own: another process may take the port on 127.0.0.1.
 std::string freeAddress() {
   const tools::Owned<GSocketListener> listener(g_socket_listener_new());
   const guint16 port = g_socket_listener_add_any_inet_port(listener.get(), nullptr, nullptr);

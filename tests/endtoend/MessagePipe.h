@@ -1,4 +1,4 @@
-// The pipe that the sign-in window writes its message into, held open by the test from before the window's start.
+// The pipe that the sign-in window writes its message into. The test opens it before the window starts.
 
 #pragma once
 
@@ -11,7 +11,7 @@ namespace endtoend {
 
 class MessagePipe {
  public:
-  // Makes the FIFO `path`. Throws std::system_error when it cannot.
+  // Creates the FIFO `path`. Throws std::system_error on failure.
   explicit MessagePipe(const std::filesystem::path& path);
   ~MessagePipe();
 
@@ -20,7 +20,7 @@ class MessagePipe {
 
   const std::filesystem::path& path() const { return path_; }
 
-  // Everything that has been written into the pipe so far.
+  // Everything written into the pipe so far.
   const std::string& text();
 
  private:

@@ -1,4 +1,4 @@
-// Requests for a new window: they leave for the default browser, and the sign-in stays where it is.
+// Requests for a new window open in the default browser. The sign-in page stays.
 
 #include "tests/endtoend/EndToEndTest.h"
 
@@ -23,10 +23,11 @@ class NewWindowTest : public EndToEndTest {
   FakeBrowser browser{temporary("browser")};
 };
 
-TEST_F(NewWindowTest, ALinkWithATargetOpensInTheBrowser) {
-  site.serve("/signin", pageThatTells("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"));
+TEST_F(NewWindowTest, ATargetLinkOpensInTheBrowser) {
+  site.serve("/signin",
+             pageThatReportsItsLoad("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -34,7 +35,7 @@ TEST_F(NewWindowTest, ALinkWithATargetOpensInTheBrowser) {
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /loaded"));
 }
 
-TEST_F(NewWindowTest, AScriptThatOpensAWindowOpensItInTheBrowser) {
+TEST_F(NewWindowTest, AScriptsWindowOpensInTheBrowser) {
   site.serve("/signin", page("<script>onload = () => window.open('/popup')</script>"));
   start();
   untilOpened(1);
@@ -47,42 +48,42 @@ TEST_F(NewWindowTest, AnOpenedWindowIsNullForItsPage) {
   site.serve("/signin", page("<script>onload = () => fetch('/opened?' + open('/popup'))</script>"));
   start();
   untilOpened(1);
-  untilAsked("/opened?null");
+  untilRequested("/opened?null");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(NewWindowTest, AMailAddressOpensOutsideAndThePageStays) {
-  site.serve("/signin", pageThatTells("<a href='mailto:help@host' style='position:fixed;inset:0'>help</a>"));
+TEST_F(NewWindowTest, AMailAddressOpensOutside) {
+  site.serve("/signin", pageThatReportsItsLoad("<a href='mailto:help@host' style='position:fixed;inset:0'>help</a>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(), ElementsAre("mailto:help@host"));
 }
 
-TEST_F(NewWindowTest, AClickWritesAtMostThreeMails) {
-  site.serve("/signin",
-             pageThatTells("<a style='position:fixed;inset:0'></a><script>"
-                           "let clicked = false; onclick = (event) => { if (clicked) return; clicked = true; "
-                           "for (let i = 0; i < 30; ++i) { const mail = document.createElement('a'); "
-                           "mail.href = 'mailto:help' + i + '@host'; mail.click() } "
-                           "requestAnimationFrame(() => requestAnimationFrame(() => fetch('/clicked'))) }</script>"));
+TEST_F(NewWindowTest, OneClickOpensAtMostThreeMails) {
+  site.serve("/signin", pageThatReportsItsLoad(
+                            "<a style='position:fixed;inset:0'></a><script>"
+                            "let clicked = false; onclick = (event) => { if (clicked) return; clicked = true; "
+                            "for (let i = 0; i < 30; ++i) { const mail = document.createElement('a'); "
+                            "mail.href = 'mailto:help' + i + '@host'; mail.click() } "
+                            "requestAnimationFrame(() => requestAnimationFrame(() => fetch('/clicked'))) }</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
-  untilAsked("/clicked");
+  untilRequested("/clicked");
   untilOpened(3);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(), testing::SizeIs(3));
 }
 
-TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {
-  site.serve("/signin", pageThatTells("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"
-                                      "<script>document.querySelector('a').onclick = () => "
-                                      "setTimeout(() => window.open('/popup'), 0)</script>"));
+TEST_F(NewWindowTest, EachRequestOpensOnce) {
+  site.serve("/signin", pageThatReportsItsLoad("<a href='/help' target='_blank' style='position:fixed;inset:0'>help</a>"
+                                               "<script>document.querySelector('a').onclick = () => "
+                                               "setTimeout(() => window.open('/popup'), 0)</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   click();
   untilOpened(2);
   click();
@@ -92,30 +93,30 @@ TEST_F(NewWindowTest, EachRequestIsHandedOverOnce) {
                                                               site.address("/help"), site.address("/popup")));
 }
 
-TEST_F(NewWindowTest, TheRedirectAddressInANewWindowEndsNothing) {
+TEST_F(NewWindowTest, RedirectAddressesInNewWindowsAreIgnored) {
   site.serve("/signin", page("<script>onload = () => window.open('/done?code=1')</script>"));
   start();
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(NewWindowTest, AStormOpensThreeAndThreeMoreAfterAClick) {
+TEST_F(NewWindowTest, APageOpensThreeWindowsPerUserInput) {
   site.serve("/signin", page("<body style='height: 540px'><script>let clicks = 0; const storm = () => {"
                              "for (let i = 0; i < 100; ++i) open('/popup?' + clicks); fetch('/opened?' + clicks) };"
                              "onload = storm; onclick = () => { ++clicks; storm() }</script>"));
   const auto popup = [this](int clicks) { return site.address("/popup?" + std::to_string(clicks)); };
   start();
-  untilAsked("/opened?0");
+  untilRequested("/opened?0");
   untilOpened(3);
   click();
-  untilAsked("/opened?1");
+  untilRequested("/opened?1");
   untilOpened(6);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(), ElementsAre(popup(0), popup(0), popup(0), popup(1), popup(1), popup(1)));
 }
 
-// Each click opens one; the last one gets out, and by then all before it would have.
-TEST_F(NewWindowTest, OnlyAddressesOfTheWebOfMailAndOfTelephonesGetOut) {
+// Each click opens one address. Only the last is allowed outside; when it opens, the others would have opened before.
+TEST_F(NewWindowTest, OnlyWebAndContactAddressesOpenOutside) {
   site.serve("/signin",
              page("<body style='height: 540px'><script>const all = ["
                   "'javascript:fetch(`/script`)', 'data:text/plain,x', 'file:///etc/hostname', "
@@ -124,10 +125,10 @@ TEST_F(NewWindowTest, OnlyAddressesOfTheWebOfMailAndOfTelephonesGetOut) {
                   "onclick = () => { open(all[next]); fetch('/opened?' + ++next) };"
                   "onload = () => fetch('/loaded')</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   for (int i = 1; i <= 13; ++i) {
     click();
-    untilAsked("/opened?" + std::to_string(i));
+    untilRequested("/opened?" + std::to_string(i));
   }
   untilOpened(4);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);

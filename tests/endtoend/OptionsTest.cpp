@@ -1,4 +1,4 @@
-// What the window is given at its start: the six options, the pipe, arguments that are nobody's, and the locale.
+// The window's input at its start: the six options, the pipe, unknown arguments, and the locale.
 
 #include <sys/stat.h>
 
@@ -55,7 +55,7 @@ TEST_F(OptionsTest, AnEmptyAddressIsAMissingOne) {
   EXPECT_EQ(messageOfARun(), kOptionsMissing);
 }
 
-TEST_F(OptionsTest, WithoutAnyOptionTheRunEndsWithoutAMessage) {
+TEST_F(OptionsTest, WithoutOptionsThereIsNoMessage) {
   Options none;
   none.program = options.program;
   none.environment = options.environment;
@@ -63,19 +63,19 @@ TEST_F(OptionsTest, WithoutAnyOptionTheRunEndsWithoutAMessage) {
   EXPECT_EQ(messageOfARun(), "");
 }
 
-TEST_F(OptionsTest, WithoutAPipeTheSignInEndsAllTheSame) {
+TEST_F(OptionsTest, WithoutAPipeTheSignInStillEnds) {
   options.pipe.reset();
   EXPECT_EQ(messageOfARun(), "");
   EXPECT_TRUE(site.wasAsked("GET /done"));
 }
 
-TEST_F(OptionsTest, APipeThatDoesNotExistIsNotMade) {
+TEST_F(OptionsTest, AMissingPipeIsNotCreated) {
   options.pipe = temporary("nowhere");
   EXPECT_EQ(messageOfARun(), "");
   EXPECT_FALSE(std::filesystem::exists(temporary("nowhere")));
 }
 
-TEST_F(OptionsTest, ARegularFileGetsTheMessageAtItsStart) {
+TEST_F(OptionsTest, TheMessageOverwritesARegularFilesStart) {
   const std::string sent = result(site.address("/done"));
   const std::string before(100, '.');
   options.pipe = temporary("file");
@@ -86,31 +86,31 @@ TEST_F(OptionsTest, ARegularFileGetsTheMessageAtItsStart) {
   EXPECT_EQ(modeOf(*options.pipe), 0644u);
 }
 
-TEST_F(OptionsTest, APipeThatNobodyMayReadIsMadeReadableAndGetsTheMessage) {
+TEST_F(OptionsTest, AnUnreadablePipeIsMadeReadable) {
   std::filesystem::permissions(pipe.path(), std::filesystem::perms::none);
   EXPECT_EQ(messageOfARun(), result(site.address("/done")));
   EXPECT_EQ(modeOf(pipe.path()), 0644u);
 }
 
-TEST_F(OptionsTest, AFolderInThePlaceOfThePipeEndsTheSignInAllTheSame) {
+TEST_F(OptionsTest, AFolderAsPipeEndsTheSignIn) {
   std::filesystem::create_directory(temporary("folder"));
   options.pipe = temporary("folder");
   EXPECT_EQ(messageOfARun(), "");
 }
 
-TEST_F(OptionsTest, ArgumentsThatAToolkitKnowsAreIgnored) {
+TEST_F(OptionsTest, ToolkitArgumentsAreIgnored) {
   options.before = {"--display=:999",    "--gtk-debug=all", "--class=other", "--name=other", "--g-fatal-warnings",
                     "--gtk-module=none", "--help",          "--version",     "--",           "stray"};
   EXPECT_EQ(messageOfARun(), result(site.address("/done")));
 }
 
-TEST_F(OptionsTest, AValueInAnArgumentOfItsOwnIsNotUnderstood) {
+TEST_F(OptionsTest, AValueInTheNextArgumentIsIgnored) {
   options.signIn.reset();
   options.before = {"--zelURL", site.address("/signin")};
   EXPECT_EQ(messageOfARun(), kOptionsMissing);
 }
 
-TEST_F(OptionsTest, TheFirstOfTwoEqualOptionsCounts) {
+TEST_F(OptionsTest, TheFirstOfTwoEqualOptionsIsUsed) {
   options.before = {"--zelURL=" + site.address("/first")};
   site.serve("/first", redirectTo(site.address("/done?code=first")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=first")));
@@ -128,7 +128,7 @@ void PrintTo(const Locale& locale, std::ostream* out) {
 
 class LocaleTest : public OptionsTest, public testing::WithParamInterface<Locale> {};
 
-// `Intl` throws for a language that does not exist. WebKit gives a page the first language only.
+// `Intl` throws for an unknown language. WebKit reports only the first language to a page.
 TEST_P(LocaleTest, PagesSeeLanguagesThatExist) {
   options.environment["LC_ALL"] = options.environment["LC_MESSAGES"] = "";
   options.environment["LANG"] = GetParam().lang;

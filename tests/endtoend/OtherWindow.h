@@ -11,7 +11,7 @@ namespace endtoend {
 
 class OtherWindow {
  public:
-  // Throws std::runtime_error when there is no such display.
+  // Throws std::runtime_error if the display does not exist.
   OtherWindow(const std::string& display, const tools::Area& frame);
 
   tools::WindowId id() const { return id_; }

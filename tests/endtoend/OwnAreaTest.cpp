@@ -1,4 +1,4 @@
-// What lies outside a page's area is not the page's: the strip above it, the title, the window's place, the pointer.
+// A page cannot change anything outside its area: the strip, the title, the window's position, the mouse pointer.
 
 #include "tests/endtoend/PageTest.h"
 
@@ -15,7 +15,7 @@ constexpr int kStripHeight = 20;
 
 class OwnAreaTest : public PageTest {
  protected:
-  // Every colour of the strip, row by row. It stands still once the page has loaded.
+  // Every color of the strip, row by row. They do not change after the page has loaded.
   std::vector<unsigned> strip() {
     const Picture all = picture();
     std::vector<unsigned> colours;
@@ -26,7 +26,7 @@ class OwnAreaTest : public PageTest {
     return colours;
   }
 
-  // With the pointer where it hides nothing.
+  // Moves the pointer to where it covers nothing.
   void startOnAndWatch(const std::string& body) {
     screen.moveTo(0, 0);
     startOn(body);
@@ -40,10 +40,10 @@ class OwnAreaTest : public PageTest {
 
   void expectTheStripAsItWas() { EXPECT_TRUE(strip() == before_); }
 
-  // Presses the key that the page waits for, and waits for what the page then tells.
+  // Presses the key that the page waits for, and waits for the page's report.
   void go() {
     screen.press(XK_g);
-    untilTold("gone");
+    untilReported("gone");
   }
 
  private:
@@ -60,7 +60,7 @@ TEST_P(BubbleTest, StaysBelowTheStrip) {
     int count = 0;
     for (int y = kStripHeight; y < all.height(); ++y) {
       for (int x = 0; x < all.width(); ++x)
-        count += all.colourAt(x, y) == kPageColour ? 1 : 0;
+        count += all.colourAt(x, y) == kPageColor ? 1 : 0;
     }
     return count;
   };
@@ -82,12 +82,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Named{"AFieldFarAboveThePage", "<input style='position: fixed; top: -6000px; width: 200px'>"}),
     nameOf);
 
-// Line breaks of a page's own would make it as high as the window.
-TEST_P(BubbleTest, StaysBelowTheStripHoweverManyLinesThePageWrites) {
+// Line breaks in the page's text would make the bubble as high as the window.
+TEST_P(BubbleTest, StaysBelowTheStripWithManyLines) {
   startOnAndWatch(std::string("<form>") + GetParam().script +
                   "</form><script>const field = document.querySelector('input');"
                   "field.setCustomValidity('example.com\\n'.repeat(40));"
-                  "onkeydown = async () => { field.reportValidity(); await frames(30); tell('gone') }</script>");
+                  "onkeydown = async () => { field.reportValidity(); await frames(30); report('gone') }</script>");
   go();
   expectTheStripAsItWas();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -96,10 +96,10 @@ TEST_P(BubbleTest, StaysBelowTheStripHoweverManyLinesThePageWrites) {
 class ListTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
 
 TEST_P(ListTest, DoesNotOpenAboveThePage) {
-  startOnAndWatch(GetParam().script + std::string("<script>onclick = async () => { await frames(5); tell('gone') };"
+  startOnAndWatch(GetParam().script + std::string("<script>onclick = async () => { await frames(5); report('gone') };"
                                                   "onmousedown = () => onclick()</script>"));
   clickAt(100, 10);
-  untilTold("gone");
+  untilReported("gone");
   expectTheStripAsItWas();
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
                           "height: 100px'><datalist id='them'><option>a<option>b</datalist>"}),
     nameOf);
 
-TEST_F(OwnAreaTest, ASelectionInThePageOpensItsList) {
+TEST_F(OwnAreaTest, ASelectInThePageOpensItsList) {
   startOn(
       "<select style='position: fixed; left: 0; top: 60px; width: 200px; height: 40px'>"
       "<option>a<option>b</select>");
@@ -126,53 +126,53 @@ TEST_F(OwnAreaTest, ASelectionInThePageOpensItsList) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(OwnAreaTest, ADateAboveThePageOpensItsCalendarInThePage) {
+TEST_F(OwnAreaTest, ACalendarOpensInsideThePage) {
   startOnAndWatch(
       "<input type='date' style='position: fixed; top: -60px; left: 0; width: 200px; height: 40px'>"
       "<script>onkeydown = async () => { document.querySelector('input').showPicker();"
-      "await frames(30); tell('gone') }</script>");
+      "await frames(30); report('gone') }</script>");
   go();
   expectTheStripAsItWas();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-class PointerTest : public OwnAreaTest, public testing::WithParamInterface<int> {};
+class CursorTest : public OwnAreaTest, public testing::WithParamInterface<int> {};
 
-TEST_P(PointerTest, AnImageOfAPagesOwnDoesNotReplaceThePointer) {
+TEST_P(CursorTest, ALargeCursorImageIsNotShown) {
   startOn("<body style='height: 550px'><script>const size = " + std::to_string(GetParam()) + R"(;
     const image = document.createElement('canvas');
     image.width = image.height = size;
     image.getContext('2d').fillRect(0, 0, size, size);
     document.body.style.cursor = `url(${image.toDataURL()}) 0 ${size}, auto`;
-    onmousemove = async () => { await frames(5); tell('moved') };
+    onmousemove = async () => { await frames(5); report('moved') };
   </script>)");
   const Area frame = window().frame;
   screen.moveTo(frame.x + 300, frame.y + kStripHeight + 100);
   screen.moveTo(frame.x + 300, frame.y + kStripHeight + 2);
-  untilTold("moved");
+  untilReported("moved");
   EXPECT_LE(screen.pointer().height, 32);
   EXPECT_GE(screen.pointer().y, frame.y);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-INSTANTIATE_TEST_SUITE_P(Pixels, PointerTest, testing::Values(64, 128));
+INSTANTIATE_TEST_SUITE_P(Pixels, CursorTest, testing::Values(64, 128));
 
-TEST_F(OwnAreaTest, NoTipsAreShown) {
+TEST_F(OwnAreaTest, NoTooltipsAreShown) {
   startOn(
       "<body style='height: 550px' title='Signed in to example.com'>"
-      "<script>onmousemove = async () => { await frames(60); tell('rested') }</script>");
+      "<script>onmousemove = async () => { await frames(60); report('rested') }</script>");
   const Area frame = window().frame;
   screen.moveTo(frame.x + 300, frame.y + 200);
   screen.moveTo(frame.x + 304, frame.y + 204);
-  untilTold("rested");
+  untilReported("rested");
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(OwnAreaTest, ThePagesTitleIsNotTheWindows) {
+TEST_F(OwnAreaTest, ThePageDoesNotSetTheWindowsTitle) {
   startOn(
       "<title>Signed in</title><script>onkeydown = async () => {"
-      "document.title = 'example.com'; await frames(5); tell('gone') }</script>");
+      "document.title = 'example.com'; await frames(5); report('gone') }</script>");
   go();
   EXPECT_EQ(window().title, "Example Product");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -181,7 +181,7 @@ TEST_F(OwnAreaTest, ThePagesTitleIsNotTheWindows) {
 TEST_F(OwnAreaTest, NoScriptMovesOrSizesTheWindow) {
   startOn(
       "<script>onkeydown = async () => { moveTo(0, 0); moveBy(9, 9); resizeTo(900, 900); resizeBy(99, 99);"
-      "open('', '_self', 'fullscreen,width=900'); focus(); blur(); close(); await frames(5); tell('gone') }"
+      "open('', '_self', 'fullscreen,width=900'); focus(); blur(); close(); await frames(5); report('gone') }"
       "</script>");
   const Area before = window().frame;
   go();

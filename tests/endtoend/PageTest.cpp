@@ -8,9 +8,9 @@ namespace {
 constexpr int kStripHeight = 20;
 
 constexpr char kBeginning[] = R"(<style>html { background: #204060 } body { margin: 0 }</style><script>
-  const tell = (what) => fetch('/tell?what=' + encodeURIComponent(what));
+  const report = (what) => fetch('/report?what=' + encodeURIComponent(what));
   const frames = async (count) => { for (; count > 0; --count) await new Promise(requestAnimationFrame) };
-  addEventListener('load', () => tell('loaded'));
+  addEventListener('load', () => report('loaded'));
 </script>)";
 
 }  // namespace
@@ -31,25 +31,25 @@ void PageTest::startOn(const std::string& body) {
   site.serve("/signin", pageWith(body));
   start();
   screen.focus(window().id);
-  untilTold("loaded");
+  untilReported("loaded");
 }
 
 void PageTest::untilPainted() {
-  until("the page's colour", [&] { return picture().find(kPageColour).has_value(); });
+  until("the page's colour", [&] { return picture().find(kPageColor).has_value(); });
 }
 
-std::vector<std::string> PageTest::told() const {
+std::vector<std::string> PageTest::reports() const {
   std::vector<std::string> texts;
   for (const Request& request : site.requests()) {
     const auto text = request.query.find("what");
-    if (request.target.rfind("/tell?", 0) == 0 && text != request.query.end()) texts.push_back(text->second);
+    if (request.target.rfind("/report?", 0) == 0 && text != request.query.end()) texts.push_back(text->second);
   }
   return texts;
 }
 
-void PageTest::untilTold(const std::string& text) {
-  until("the page to tell " + text, [&] {
-    const std::vector<std::string> all = told();
+void PageTest::untilReported(const std::string& text) {
+  until("the page to report " + text, [&] {
+    const std::vector<std::string> all = reports();
     return std::find(all.begin(), all.end(), text) != all.end();
   });
 }

@@ -1,4 +1,4 @@
-// Tests whose pages tell what they see.
+// A fixture for pages that report to the test.
 
 #pragma once
 
@@ -10,7 +10,7 @@
 
 namespace endtoend {
 
-// A page's part, or its script, under the name that its test gets.
+// A part of a page, or its script, with the name of its test.
 struct Named {
   const char* name;
   const char* script;
@@ -21,28 +21,30 @@ std::string nameOf(const testing::TestParamInfo<Named>& info);
 
 class PageTest : public EndToEndTest {
  protected:
-  // What every page of these tests is painted with, where its body leaves it.
-  static constexpr unsigned kPageColour = 0x204060;
+  // The background color of every page of these tests.
+  static constexpr unsigned kPageColor = 0x204060;
 
   using EndToEndTest::EndToEndTest;
 
-  // A page in that colour. Its scripts may call
-  //   tell(text)     what told() gives
-  //   frames(count)  gives a promise of so many drawn frames; by then the window knows all that was asked of it before
+  // A page in that color. Its scripts may call:
+  //   report(text)   adds `text` to reports()
+  //   frames(count)  returns a promise that resolves after `count` drawn frames; the window has then received all
+  //   earlier
+  //                  requests of the page
   static tools::Answer pageWith(const std::string& body);
 
-  // Starts with such a page in the window, which tells "loaded", and the keyboard in the window.
+  // Starts with such a page, which reports "loaded", and gives the window the keyboard focus.
   void startOn(const std::string& body);
 
-  // A page that is kept busy from then on shows no more than this.
+  // Waits until the page is painted. A page that is busy afterward paints nothing more.
   void untilPainted();
 
-  std::vector<std::string> told() const;
-  void untilTold(const std::string& text);
+  std::vector<std::string> reports() const;
+  void untilReported(const std::string& text);
 
   Picture picture() { return screen.picture(window().frame); }
 
-  // At a place in the page.
+  // Coordinates within the page.
   void clickAt(int x, int y);
   void clickRightAt(int x, int y);
 };

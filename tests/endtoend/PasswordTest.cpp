@@ -1,4 +1,4 @@
-// Name and password that a server asks for (HTTP authentication), on the window's sheet.
+// Prompts for the name and password of HTTP authentication.
 
 #include <signal.h>
 
@@ -10,14 +10,14 @@
 #include <vector>
 
 #include "tests/endtoend/Processes.h"
-#include "tests/endtoend/SheetTest.h"
+#include "tests/endtoend/PromptTest.h"
 
 namespace endtoend {
 namespace {
 
 using testing::ElementsAre;
 
-// What a browser sends for a name and a password.
+// The Authorization header for a name and a password.
 //   basic("ada:pw")  => "Basic YWRhOnB3"
 std::string basic(const std::string& nameAndPassword) {
   char* const coded = g_base64_encode(reinterpret_cast<const guchar*>(nameAndPassword.data()), nameAndPassword.size());
@@ -26,16 +26,17 @@ std::string basic(const std::string& nameAndPassword) {
   return header;
 }
 
-class PasswordTest : public SheetTest {
+class PasswordTest : public PromptTest {
  protected:
-  // Behind `path` lies a page that tells "in <path>"; whoever does not say `nameAndPassword` sees one that tells
-  // "refused <path>".
+  // Serves a page at `path` that reports "in <path>" for `nameAndPassword`, otherwise one that reports "refused
+  // <path>".
   void protect(const std::string& path, const std::string& nameAndPassword) {
     site.serve(path, [this, path, nameAndPassword](const Request& request) {
       shown_.push_back(request.authorization);
-      if (request.authorization == basic(nameAndPassword)) return pageWith("<script>tell('in " + path + "')</script>");
-      tools::Answer refusal = pageWith("<body style='height: 550px'><script>tell('refused " + path +
-                                       "'); onclick = () => tell('clicked')</script>");
+      if (request.authorization == basic(nameAndPassword))
+        return pageWith("<script>report('in " + path + "')</script>");
+      tools::Answer refusal = pageWith("<body style='height: 550px'><script>report('refused " + path +
+                                       "'); onclick = () => report('clicked')</script>");
       refusal.status = 401;
       refusal.headers["WWW-Authenticate"] = "Basic realm=\"" + path + "\"";
       return refusal;
@@ -49,7 +50,7 @@ class PasswordTest : public SheetTest {
     untilShown(1);
   }
 
-  // What each request for a protected page had to show, in order.
+  // The credentials of each request for a protected page, in order.
   const std::vector<std::string>& shown() const { return shown_; }
 
   void untilShown(std::size_t count) {
@@ -57,7 +58,7 @@ class PasswordTest : public SheetTest {
   }
 
   void enter(const std::string& name, const std::string& password) {
-    untilSheetHangs();
+    untilPromptIsShown();
     screen.type(name);
     screen.press(XK_Tab);
     screen.type(password);
@@ -81,10 +82,10 @@ class PasswordTest : public SheetTest {
   std::vector<std::string> shown_;
 };
 
-TEST_F(PasswordTest, TheRightOnesLeadOn) {
+TEST_F(PasswordTest, CorrectCredentialsContinue) {
   startOnProtected("ada.l:Correct-Horse-7");
   enter("ada.l", "Correct-Horse-7");
-  untilTold("in /signin");
+  untilReported("in /signin");
   EXPECT_THAT(shown(), ElementsAre("", basic("ada.l:Correct-Horse-7")));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_FALSE(isKept("Correct-Horse-7"));
@@ -92,131 +93,133 @@ TEST_F(PasswordTest, TheRightOnesLeadOn) {
   EXPECT_FALSE(isKept("ada.l"));
 }
 
-TEST_F(PasswordTest, WrongOnesAreAskedForAgain) {
+TEST_F(PasswordTest, WrongCredentialsShowThePromptAgain) {
   startOnProtected("ada:right");
   enter("ada", "wrong");
   untilShown(2);
   enter("ada", "right");
-  untilTold("in /signin");
+  untilReported("in /signin");
   EXPECT_THAT(shown(), ElementsAre("", basic("ada:wrong"), basic("ada:right")));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, ShiftAndTabGoBackToTheName) {
+TEST_F(PasswordTest, ShiftTabReturnsToTheName) {
   startOnProtected("bob:pw");
-  untilSheetHangs();
+  untilPromptIsShown();
   screen.type("ada");
   screen.press(XK_Tab);
   screen.type("pw");
   screen.press(XK_Tab, {XK_Shift_L});
   screen.type("bob");
   screen.press(XK_Return);
-  untilTold("in /signin");
+  untilReported("in /signin");
   EXPECT_THAT(shown(), ElementsAre("", basic("bob:pw")));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, LettersOfEveryScriptAreSentAsUtf8) {
+TEST_F(PasswordTest, CredentialsAreSentAsUtf8) {
   startOnProtected("\u0444\u00fc:\u03bb");
-  untilSheetHangs();
+  untilPromptIsShown();
   screen.press(XK_Cyrillic_ef);
   screen.press(XK_udiaeresis);
   screen.press(XK_Tab);
   screen.press(XK_Greek_lambda);
   screen.press(XK_Return);
-  untilTold("in /signin");
+  untilReported("in /signin");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, WhoDeclinesSeesTheServersPageAndCanGoOn) {
+TEST_F(PasswordTest, DecliningShowsTheServersPage) {
   startOnProtected("ada:pw");
-  untilSheetHangs();
+  untilPromptIsShown();
   screen.press(XK_Escape);
-  untilTold("refused /signin");
-  untilSheetIsGone();
+  untilReported("refused /signin");
+  untilPromptIsClosed();
   clickAt(340, 500);
-  untilTold("clicked");
+  untilReported("clicked");
   EXPECT_THAT(shown(), ElementsAre(""));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, TwoQuestionsComeOneAfterTheOther) {
-  const std::string right = "/right/whose/name/is/so/long/that/the/sheet/needs/a/further/line/for/it";
+TEST_F(PasswordTest, TwoPromptsAreShownInTurn) {
+  const std::string right = "/right/whose/name/is/so/long/that/the/prompt/needs/a/further/line/for/it";
   protect("/left", "ada:pw");
   protect(right, "bob:pw");
   site.hold("/go-on");
   startOn(
-      "<script>const get = async (path) => tell('status ' + (await fetch(path)).status);"
+      "<script>const get = async (path) => report('status ' + (await fetch(path)).status);"
       "get('/left'); fetch('/go-on').then(() => get('" +
       right + "'))</script>");
-  const int end = untilSheetEndsBelow(0);
+  const int end = untilPromptEndsBelow(0);
   site.release("/go-on");
   untilShown(2);
   screen.press(XK_Escape);
-  untilTold("status 401");
-  (void)untilSheetEndsBelow(end);
+  untilReported("status 401");
+  (void)untilPromptEndsBelow(end);
   enter("bob", "pw");
-  untilTold("status 200");
+  untilReported("status 200");
   EXPECT_THAT(shown(), ElementsAre("", "", basic("bob:pw")));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-// While it goes elsewhere a page neither draws nor fetches; that it has been zoomed is the one thing it can find out.
-TEST_F(PasswordTest, AQuestionGoesWithTheLoadThatAskedIt) {
+// While it navigates away a page neither draws nor fetches. It can only detect that it was zoomed.
+TEST_F(PasswordTest, ACancelledLoadClosesItsPrompt) {
   protect("/staff", "ada:pw");
-  site.serve("/next",
-             pageWith("<body style='height: 550px'><script>onclick = () => tell('clicked'); tell('next')</script>"));
+  site.serve(
+      "/next",
+      pageWith("<body style='height: 550px'><script>onclick = () => report('clicked'); report('next')</script>"));
   startOn(
       "<script>const width = innerWidth; const look = setInterval(() => {"
       "  if (innerWidth < width) { clearInterval(look); location.href = '/next' } });"
       "onkeydown = () => { location.href = '/staff' }</script>");
   screen.press(XK_g);
   untilShown(1);
-  untilSheetHangs();
+  untilPromptIsShown();
   screen.press(XK_plus, {XK_Control_L});
-  untilTold("next");
-  untilSheetIsGone();
+  untilReported("next");
+  untilPromptIsClosed();
   clickAt(340, 400);
-  untilTold("clicked");
+  untilReported("clicked");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-// Nothing says so of a frame's load: the page that held the frame has gone.
-TEST_F(PasswordTest, AQuestionGoesWithThePageWhoseFrameAskedIt) {
+// WebKit does not cancel a frame's request when its page is replaced.
+TEST_F(PasswordTest, ANewPageClosesThePromptsOfFrames) {
   protect("/frame", "ada:pw");
-  site.serve("/next",
-             pageWith("<body style='height: 550px'><script>onclick = () => tell('clicked'); tell('next')</script>"));
+  site.serve(
+      "/next",
+      pageWith("<body style='height: 550px'><script>onclick = () => report('clicked'); report('next')</script>"));
   site.serve("/signin", pageWith("<script>const width = innerWidth; const look = setInterval(() => {"
                                  "  if (innerWidth < width) { clearInterval(look); location.href = '/next' } "
                                  "})</script><iframe src='/frame'></iframe>"));
   start();
   screen.focus(window().id);
   untilShown(1);
-  untilSheetHangs();
+  untilPromptIsShown();
   screen.press(XK_plus, {XK_Control_L});
-  untilTold("next");
-  untilSheetIsGone();
+  untilReported("next");
+  untilPromptIsClosed();
   clickAt(340, 400);
-  untilTold("clicked");
+  untilReported("clicked");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, AnOpenQuestionDoesNotKeepTheWindowFromBeingClosed) {
+TEST_F(PasswordTest, AnOpenPromptDoesNotBlockClosing) {
   startOnProtected("ada:pw");
-  untilSheetHangs();
+  untilPromptIsShown();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, AnOpenQuestionDoesNotKeepControlWFromClosingTheWindow) {
+TEST_F(PasswordTest, AnOpenPromptDoesNotBlockControlW) {
   startOnProtected("ada:pw");
-  untilSheetHangs();
+  untilPromptIsShown();
   screen.type("ada");
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
   EXPECT_THAT(shown(), ElementsAre(""));
 }
 
-TEST_F(PasswordTest, APageAsksFiveTimesAndNoMoreUntilThePersonActs) {
+TEST_F(PasswordTest, APageShowsFivePromptsPerUserInput) {
   std::string realm;
   site.serve("/image", [&realm](const Request&) {
     realm += " another line of words that the person has to read before there is an end to it";
@@ -224,21 +227,21 @@ TEST_F(PasswordTest, APageAsksFiveTimesAndNoMoreUntilThePersonActs) {
   });
   startOn(
       "<script>onkeydown = async () => { onkeydown = null;"
-      "  for (let i = 0; i < 9; ++i) await fetch('/image?' + i); tell('through') }</script>");
+      "  for (let i = 0; i < 9; ++i) await fetch('/image?' + i); report('through') }</script>");
   untilPainted();
   screen.press(XK_g);
   for (int question = 0, end = 0; question < 5; ++question) {
-    end = untilSheetEndsBelow(end);
+    end = untilPromptEndsBelow(end);
     screen.press(XK_Escape);
   }
-  untilTold("through");
-  untilSheetIsGone();
+  untilReported("through");
+  untilPromptIsClosed();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(PasswordTest, APageProcessThatEndsMeanwhileEndsTheRun) {
+TEST_F(PasswordTest, ACrashDuringAPromptEndsTheRun) {
   startOnProtected("ada:pw");
-  untilSheetHangs();
+  untilPromptIsShown();
   const auto pageProcess = descendantNamed(run->pid(), "WebKitWebProces");
   ASSERT_TRUE(pageProcess);
   kill(*pageProcess, SIGKILL);

@@ -64,7 +64,7 @@ std::vector<pid_t> childrenOfThisProcess() {
   return childrenOf(getpid());
 }
 
-bool outlive(pid_t orphan) {
+bool waitForExit(pid_t orphan) {
   const auto fd = static_cast<int>(syscall(SYS_pidfd_open, orphan, 0));
   if (fd < 0) return true;
   pollfd end = {fd, POLLIN, 0};

@@ -1,4 +1,4 @@
-// The processes below one, and what a process may leave behind in the system.
+// The descendants of a process, and what a process may leave behind in the system.
 
 #pragma once
 
@@ -10,19 +10,18 @@
 
 namespace endtoend {
 
-// The child of a process, or its child's child and so on, whose name begins so. A name has at most 15 letters in the
-// process table.
+// Returns the descendant of a process whose name begins with `name`. The process table has at most 15 characters of a
+// name.
 std::optional<pid_t> descendantNamed(pid_t pid, const std::string& name);
 
-// From now on a process whose parent ends becomes a child of this one, and shows in childrenOfThisProcess().
+// From now on descendants whose parent ends become children of this process.
 void adoptOrphans();
 std::vector<pid_t> childrenOfThisProcess();
 
-// Waits for the end of an adopted process; false when it does not end within thirty seconds.
-bool outlive(pid_t orphan);
+// Waits for the end of an adopted process. Returns false after thirty seconds.
+bool waitForExit(pid_t orphan);
 
-// The identifiers of the System V semaphore sets that exist of those that the log of this home has; others may be those
-// of programs that run at the same time.
+// Returns the existing System V semaphore sets of this home's log. Sets of other programs are ignored.
 std::vector<int> semaphoreSets();
 
 }  // namespace endtoend

@@ -1,4 +1,4 @@
-// What the native utility library does with other programs of a desktop.
+// The native utility library and other programs of a desktop.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ using tools::ChildProcess;
 using tools::ScreenWindow;
 using tools::waitUntil;
 
-constexpr std::chrono::seconds kPatience{30};
+constexpr std::chrono::seconds kTimeout{30};
 
 class NotifierTest : public nativeutils_test::LoggedTest {
  protected:
@@ -39,14 +39,14 @@ class NotifierTest : public nativeutils_test::LoggedTest {
     if (!SessionBus::isPossible()) GTEST_SKIP() << "no dbus-daemon here";
   }
 
-  // Closes the workflow of a notifier that listens on the bus of this address.
+  // Notifies a notifier that listens on the bus at `address` to close its workflow.
   void expectHeardOn(const std::string& address) {
     ChildProcess::Setup setup;
     setup.command = {SVO_TEST_NOTIFIER, address, folder / "ready"};
     ChildProcess notifier(setup);
     ASSERT_TRUE(support::comesTrue([&] { return std::filesystem::exists(folder / "ready"); }));
     EXPECT_TRUE(utilCloseAllNotificationWorkflows());
-    ASSERT_TRUE(waitUntil([&] { return notifier.ended(); }, kPatience));
+    ASSERT_TRUE(waitUntil([&] { return notifier.ended(); }, kTimeout));
     EXPECT_EQ(notifier.exitStatus(), 0);
     EXPECT_TRUE(logged().empty()) << "nobody is killed";
   }
@@ -55,13 +55,13 @@ class NotifierTest : public nativeutils_test::LoggedTest {
   const support::TemporaryFolder folder;
 };
 
-TEST_F(NotifierTest, OfThisSessionHearsThatItHasToEnd) {
+TEST_F(NotifierTest, OfThisSessionGetsTheNotification) {
   const SessionBus bus(folder / "bus");
   const Variable session("DBUS_SESSION_BUS_ADDRESS", bus.address()), system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
   expectHeardOn(bus.address());
 }
 
-TEST_F(NotifierTest, OfThisSessionIsFoundByTheUsersRuntimeFolder) {
+TEST_F(NotifierTest, IsFoundByTheUsersRuntimeFolder) {
   const Variable runtime("XDG_RUNTIME_DIR", folder.path()), session("DBUS_SESSION_BUS_ADDRESS", std::nullopt),
       system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
   const SessionBus bus(folder / "run");
@@ -69,7 +69,7 @@ TEST_F(NotifierTest, OfThisSessionIsFoundByTheUsersRuntimeFolder) {
   expectHeardOn(bus.address());
 }
 
-TEST_F(NotifierTest, OfAnotherSessionHearsItOnTheSystemsBus) {
+TEST_F(NotifierTest, OfAnotherSessionListensOnTheSystemBus) {
   const SessionBus here(folder / "here"), everywhere(folder / "everywhere");
   const Variable session("DBUS_SESSION_BUS_ADDRESS", here.address()),
       system("DBUS_SYSTEM_BUS_ADDRESS", everywhere.address());
@@ -82,18 +82,18 @@ class FrontTest : public nativeutils_test::LoggedTest {
     if (!WindowManager::isPossible()) GTEST_SKIP() << "no openbox here";
     manager = std::make_unique<WindowManager>(screen, display.name(), folder / "openbox");
     other = std::make_unique<OtherWindow>(display.name(), tools::Area{50, 50, 300, 200});
-    ASSERT_TRUE(waitUntil([&] { return manager->activeWindow() == other->id(); }, kPatience));
+    ASSERT_TRUE(waitUntil([&] { return manager->activeWindow() == other->id(); }, kTimeout));
   }
 
   void TearDown() override {
     for (const ScreenWindow& each : screen.windows())
       ::kill(each.pid, SIGTERM);
-    EXPECT_TRUE(waitUntil([&] { return screen.windows().empty(); }, kPatience));
+    EXPECT_TRUE(waitUntil([&] { return screen.windows().empty(); }, kTimeout));
   }
 
-  // The window of the program that was started.
+  // The window of the started program.
   ScreenWindow window() {
-    EXPECT_TRUE(waitUntil([&] { return !screen.windows().empty(); }, kPatience));
+    EXPECT_TRUE(waitUntil([&] { return !screen.windows().empty(); }, kTimeout));
     return screen.windows().at(0);
   }
 
@@ -105,17 +105,17 @@ class FrontTest : public nativeutils_test::LoggedTest {
   std::unique_ptr<OtherWindow> other;
 };
 
-TEST_F(FrontTest, AProgramThatIsJustStartedStaysBehindTheWindowInUse) {
+TEST_F(FrontTest, AStartedProgramStaysBehindTheActiveWindow) {
   EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, false, nullptr));
   (void)window();
   EXPECT_EQ(manager->activeWindow(), other->id());
 }
 
-TEST_F(FrontTest, AProgramThatIsBroughtToTheFrontBecomesTheActiveOne) {
+TEST_F(FrontTest, ARaisedProgramBecomesActive) {
   EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, true, nullptr));
   const ScreenWindow started = window();
-  EXPECT_TRUE(waitUntil([&] { return manager->activeWindow() == started.id; }, kPatience));
-  EXPECT_TRUE(waitUntil([&] { return manager->frontWindow() == started.id; }, kPatience));
+  EXPECT_TRUE(waitUntil([&] { return manager->activeWindow() == started.id; }, kTimeout));
+  EXPECT_TRUE(waitUntil([&] { return manager->frontWindow() == started.id; }, kTimeout));
   const std::string process = std::to_string(started.pid);
   EXPECT_THAT(logged(), testing::ElementsAre(StartsWith("DEBUG Launch Process at path "),
                                              "INFO Launch Process With Task ", "INFO Launching process .... " + process,

@@ -53,7 +53,7 @@ Proxy::~Proxy() {
   soup_server_disconnect(server_.get());
 }
 
-void Proxy::demand(const std::string& user, const std::string& password) {
+void Proxy::requireCredentials(const std::string& user, const std::string& password) {
   const Owned<SoupAuthDomain> domain(soup_auth_domain_basic_new("realm", "proxy", "proxy", TRUE, nullptr));
   soup_auth_domain_add_path(domain.get(), "");
   soup_auth_domain_basic_set_auth_callback(domain.get(), isKnown, new std::string(user + ":" + password),
@@ -76,7 +76,7 @@ void Proxy::onRequest(SoupServer*, SoupServerMessage* message, const char*, GHas
 }
 
 void Proxy::onFinished(SoupServer*, SoupServerMessage* message, Proxy* self) {
-  if (soup_server_message_get_status(message) == SOUP_STATUS_PROXY_AUTHENTICATION_REQUIRED) ++self->turnedAway_;
+  if (soup_server_message_get_status(message) == SOUP_STATUS_PROXY_AUTHENTICATION_REQUIRED) ++self->rejected_;
 }
 
 void Proxy::forward(SoupServerMessage* message) {

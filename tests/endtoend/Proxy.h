@@ -1,9 +1,9 @@
-// An HTTP proxy on the loopback that leads every host's name to servers of the test, and remembers what it was asked.
+// An HTTP proxy on the loopback. Resolves every host to servers of the test and records the requests.
 //
-//   Proxy proxy(site);                                  // "http://shop.example/x" is answered by site's "/x"
+//   Proxy proxy(site);                                  // "http://shop.example/x" gets site's "/x"
 //   options.environment.merge(proxy.environment());
 //
-// Answers while the default main context runs.
+// Responds while the default main context runs.
 
 #pragma once
 
@@ -20,30 +20,30 @@ namespace endtoend {
 
 class Proxy {
  public:
-  // Plain requests go on to `site`, whose handlers see the path alone. Tunnels are refused with 403.
-  // Throws std::runtime_error when it cannot listen.
+  // Forwards plain requests to `site`, whose handlers get the path only. Rejects tunnels with 403. Throws
+  // std::runtime_error if it cannot listen.
   explicit Proxy(const tools::LoopbackServer& site);
   ~Proxy();
 
   Proxy(const Proxy&) = delete;
   Proxy& operator=(const Proxy&) = delete;
 
-  // From now on a tunnel to port 443 of any host leads to `secure`, which speaks TLS.
+  // From now on tunnels to port 443 of any host are connected to `secure`, a TLS server.
   void tunnelTo(const tools::LoopbackServer& secure) { secure_ = secure.address(); }
 
-  // From now on whoever does not give this name and password is turned away, with 407.
-  void demand(const std::string& user, const std::string& password);
+  // From now on requests without this name and password are rejected with 407.
+  void requireCredentials(const std::string& user, const std::string& password);
 
   //   "http://127.0.0.1:40123"
   const std::string& address() const { return address_; }
 
-  // What tells a program to use this proxy.
+  // The environment of a program that uses this proxy.
   std::map<std::string, std::string> environment() const;
 
-  // What was asked, in order, without what was turned away.
+  // The requests in order, without rejected ones.
   //   {"GET http://shop.example/x", "CONNECT signin.example:443"}
   const std::vector<std::string>& asked() const { return asked_; }
-  int turnedAway() const { return turnedAway_; }
+  int rejected() const { return rejected_; }
 
  private:
   static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
@@ -60,7 +60,7 @@ class Proxy {
   std::string secure_;
   std::string address_;
   std::vector<std::string> asked_;
-  int turnedAway_ = 0;
+  int rejected_ = 0;
 };
 
 }  // namespace endtoend

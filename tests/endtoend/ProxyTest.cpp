@@ -1,4 +1,4 @@
-// The proxy of the system's settings: every request goes through it, and what it refuses does not happen.
+// The system's proxy: every request goes through it, and its rejections are final.
 
 #include <fstream>
 
@@ -37,13 +37,13 @@ TEST_F(ProxyTest, EveryRequestGoesThroughTheSystemsProxy) {
                                             "GET http://shop.example/done?code=1"));
 }
 
-TEST_F(ProxyTest, ARedirectGoesThroughItToo) {
+TEST_F(ProxyTest, RedirectsGoThroughTheProxy) {
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
   EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
   EXPECT_THAT(proxy.asked(), ElementsAre("GET http://shop.example/signin", "GET http://shop.example/done?code=1"));
 }
 
-TEST_F(ProxyTest, AHostThatIsExemptedIsAskedDirectly) {
+TEST_F(ProxyTest, AnExemptedHostIsConnectedDirectly) {
   options.environment["no_proxy"] = "127.0.0.1";
   options.signIn = site.address("/signin");
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
@@ -52,7 +52,7 @@ TEST_F(ProxyTest, AHostThatIsExemptedIsAskedDirectly) {
   EXPECT_THAT(proxy.asked(), ElementsAre("GET http://shop.example/done?code=1"));
 }
 
-TEST_F(ProxyTest, InAGnomeSessionItsSettingsCountAndNotTheEnvironment) {
+TEST_F(ProxyTest, AGnomeSessionUsesItsOwnSettings) {
   const tools::ClosedPort nobody;
   options.environment["http_proxy"] = nobody.address();
   options.environment["XDG_CURRENT_DESKTOP"] = "ubuntu:GNOME";
@@ -66,7 +66,7 @@ TEST_F(ProxyTest, InAGnomeSessionItsSettingsCountAndNotTheEnvironment) {
   EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
 }
 
-TEST_F(ProxyTest, AProxyThatRefusesTheConnectionEndsTheRun) {
+TEST_F(ProxyTest, ARefusedProxyConnectionEndsTheRun) {
   const tools::ClosedPort nobody;
   options.environment["http_proxy"] = nobody.address();
   EXPECT_EQ(messageOfARun(), kLoadFailed);
@@ -74,8 +74,8 @@ TEST_F(ProxyTest, AProxyThatRefusesTheConnectionEndsTheRun) {
   EXPECT_THAT(proxy.asked(), IsEmpty());
 }
 
-// What such a proxy has to say about it must not show, nor run, under the site's name.
-TEST_F(ProxyTest, AProxyThatRefusesATunnelEndsTheRun) {
+// The proxy's response must neither be shown nor run under the site's name.
+TEST_F(ProxyTest, ARefusedTunnelEndsTheRun) {
   options.signIn = "https://shop.example/done";
   options.redirect = "https://shop.example/done";
   EXPECT_EQ(messageOfARun(), kLoadFailed);
@@ -83,19 +83,19 @@ TEST_F(ProxyTest, AProxyThatRefusesATunnelEndsTheRun) {
   EXPECT_THAT(proxy.asked(), Contains("CONNECT shop.example:443"));
 }
 
-TEST_F(ProxyTest, AProxyThatAsksForAPasswordCannotHoldOnToTheWindow) {
-  proxy.demand("ada", "Correct-Horse-7");
+TEST_F(ProxyTest, AProxysPromptDoesNotBlockClosing) {
+  proxy.requireCredentials("ada", "Correct-Horse-7");
   start();
-  until("the proxy's question", [&] { return proxy.turnedAway() > 0; });
+  until("the proxy's question", [&] { return proxy.rejected() > 0; });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(site.asked(), IsEmpty());
 }
 
-TEST_F(ProxyTest, APersonGivesTheProxyItsPassword) {
+TEST_F(ProxyTest, TheUserEntersTheProxysPassword) {
   if (!Accessibility::isPossible()) GTEST_SKIP() << "no D-Bus or no accessibility service here";
   const Accessibility accessibility(temporary("bus"));
   options.environment.merge(accessibility.environment());
-  proxy.demand("ada", "Correct-Horse-7");
+  proxy.requireCredentials("ada", "Correct-Horse-7");
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
   start();
   until("the question", [&] { return accessibility.find(ATSPI_ROLE_PUSH_BUTTON, "OK").has_value(); });
@@ -105,7 +105,7 @@ TEST_F(ProxyTest, APersonGivesTheProxyItsPassword) {
   screen.type("Correct-Horse-7");
   screen.press(XK_Return);
   EXPECT_EQ(message(), result("http://shop.example/done?code=1"));
-  EXPECT_EQ(proxy.turnedAway(), 1);
+  EXPECT_EQ(proxy.rejected(), 1);
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ void RawServer::onRequest(GObject* input, GAsyncResult* result, gpointer data) {
   const std::unique_ptr<Exchange> exchange(static_cast<Exchange*>(data));
   if (g_input_stream_read_finish(G_INPUT_STREAM(input), result, nullptr) < 0) return;
 
-  // A client that has gone already is as good as one that gets the answer.
+  // The client may have closed the connection already.
   auto* stream = G_IO_STREAM(exchange->connection.get());
   (void)g_output_stream_write_all(g_io_stream_get_output_stream(stream), exchange->answer.data(),
                                   exchange->answer.size(), nullptr, nullptr, nullptr);

@@ -1,5 +1,5 @@
-// A server on the loopback that answers every connection's first request with the same bytes and hangs up: for answers
-// that no honest server gives.
+// A server on the loopback that sends fixed bytes in response to each connection's first request and closes the
+// connection. For malformed responses.
 
 #pragma once
 
@@ -13,7 +13,7 @@ namespace endtoend {
 
 class RawServer {
  public:
-  // Throws std::runtime_error when it cannot listen.
+  // Throws std::runtime_error if it cannot listen.
   explicit RawServer(std::string answer);
 
   RawServer(const RawServer&) = delete;

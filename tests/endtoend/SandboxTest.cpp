@@ -1,4 +1,4 @@
-// The walls around the page process: they stand where the machine can put them up, and nobody is kept out where not.
+// The sandbox of the web process: enabled where it works; elsewhere the sign-in continues without it.
 
 #include <chrono>
 #include <cstdlib>
@@ -24,7 +24,7 @@ constexpr char kTimedOut[] = "bwrap did not end within 4 seconds";
 
 class SandboxTest : public EndToEndTest {
  protected:
-  // The program finds this script where it looks for bwrap first.
+  // The program finds this script first in its search path for bwrap.
   void replaceBwrap(const std::string& script) {
     std::filesystem::create_directory(temporary("bin"));
     std::ofstream(temporary("bin/bwrap")) << "#!/bin/sh\n" << script << "\n";
@@ -44,7 +44,7 @@ class SandboxTest : public EndToEndTest {
     site.serve("/signin", redirectTo(site.address("/done")));
     const bool waitedInFull = timeOfARun() >= std::chrono::seconds(6);
 
-    // On a busy machine a refusal may come too late to be seen.
+    // On a busy machine the trial may time out before the refusal.
     if (waitedInFull && obstacle == kRefused && warned(kTimedOut)) obstacle = kTimedOut;
     const std::string warning = kNoSandbox + (" (" + obstacle) + "); pages run without a sandbox";
     EXPECT_THAT(run->standardError(), HasSubstr("svo-signin: " + warning + "\n"));
@@ -52,32 +52,32 @@ class SandboxTest : public EndToEndTest {
   }
 };
 
-TEST_F(SandboxTest, ThePageProcessIsWalledInWhereTheMachineAllowsIt) {
-  site.serve("/signin", pageThatTells());
+TEST_F(SandboxTest, TheWebProcessRunsInTheSandbox) {
+  site.serve("/signin", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   const bool walledIn = descendantNamed(run->pid(), "bwrap").has_value();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   if (!walledIn) GTEST_SKIP() << run->standardError();
   EXPECT_THAT(run->standardError(), Not(HasSubstr(kNoSandbox)));
 }
 
-TEST_F(SandboxTest, NoNoteOfItStaysBehind) {
+TEST_F(SandboxTest, NoSandboxFileIsLeft) {
   site.serve("/signin", redirectTo(site.address("/done")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done")));
   const std::filesystem::path notes = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / ".flatpak";
   EXPECT_TRUE(!std::filesystem::exists(notes) || std::filesystem::is_empty(notes));
 }
 
-TEST_F(SandboxTest, WhereItCannotBePutUpTheSignInGoesOn) {
+TEST_F(SandboxTest, ARefusedSandboxDoesNotEndTheRun) {
   replaceBwrap("exit 1");
   expectASignInWithout(kRefused);
 }
 
 class OddFolderSandboxTest : public SandboxTest, public testing::WithParamInterface<const char*> {};
 
-// bwrap would refuse the folders that WebKit looks for below it.
-TEST_P(OddFolderSandboxTest, AFileInTheFoldersPlaceKeepsNobodyOut) {
+// bwrap rejects the subfolders that WebKit mounts.
+TEST_P(OddFolderSandboxTest, AFileAsFolderIsNoFailure) {
   std::ofstream(temporary("file"));
   options.environment[GetParam()] = temporary("file");
   expectASignInWithout(kRefused);
@@ -86,7 +86,7 @@ TEST_P(OddFolderSandboxTest, AFileInTheFoldersPlaceKeepsNobodyOut) {
 INSTANTIATE_TEST_SUITE_P(Folders, OddFolderSandboxTest,
                          testing::Values("XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"));
 
-TEST_F(SandboxTest, WhereItHangsTheSignInGoesOn) {
+TEST_F(SandboxTest, AHangingTrialDoesNotEndTheRun) {
   replaceBwrap("exec sleep 1000");
   expectASignInWithout(kTimedOut);
 }
@@ -105,7 +105,7 @@ TEST_F(SandboxTest, AFailedTrialIsRepeatedOnce) {
   EXPECT_EQ(warned(kNoSandbox), !works);
 }
 
-TEST_F(SandboxTest, WhereItIsNotInstalledTheSignInGoesOn) {
+TEST_F(SandboxTest, AMissingBubblewrapDoesNotEndTheRun) {
   std::filesystem::create_directory(temporary("bin"));
   options.environment["PATH"] = temporary("bin");
   expectASignInWithout("bwrap is not installed");

@@ -1,4 +1,4 @@
-// The eye and the hand themselves, on the real window: what they see of it and what reaches its page.
+// The tools that read the screen and simulate input, on the real window.
 
 #include "tests/endtoend/EndToEndTest.h"
 
@@ -16,11 +16,11 @@ class ScreenTest : public EndToEndTest {
   void startWithAField() {
     site.serve("/signin", page(kPageThatSendsWhatIsTyped));
     start();
-    untilAsked("/focused");
+    untilRequested("/focused");
   }
 };
 
-TEST_F(ScreenTest, AFocusedWindowGetsTheKeysWhereverThePointerIs) {
+TEST_F(ScreenTest, TheFocusedWindowGetsTheKeys) {
   startWithAField();
   screen.moveTo(0, 0);
   screen.focus(window().id);
@@ -29,7 +29,7 @@ TEST_F(ScreenTest, AFocusedWindowGetsTheKeysWhereverThePointerIs) {
   EXPECT_EQ(message(), result(site.address("/done?text=Ab1")));
 }
 
-TEST_F(ScreenTest, KeysThatTheKeyboardDoesNotHaveAreAdded) {
+TEST_F(ScreenTest, MissingKeysAreAdded) {
   startWithAField();
   screen.focus(window().id);
   screen.press(XK_Cyrillic_ef);
@@ -39,9 +39,9 @@ TEST_F(ScreenTest, KeysThatTheKeyboardDoesNotHaveAreAdded) {
   EXPECT_EQ(message(), result(site.address("/done?text=%D1%84%CE%BB%D1%84")));
 }
 
-TEST_F(ScreenTest, PropertiesAreReadAsOtherProgramsReadThem) {
+TEST_F(ScreenTest, PropertiesAreReadLikeOtherPrograms) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   const ScreenWindow shown = window();
   EXPECT_EQ(screen.textOf(shown.id, "_NET_WM_NAME"), "Example Product");
   EXPECT_THAT(screen.numbersOf(shown.id, "_NET_WM_PID"), testing::ElementsAre(shown.pid));
@@ -53,7 +53,7 @@ class LargeScreenTest : public ScreenTest {
   LargeScreenTest() : ScreenTest({2560, 2048}) {}
 };
 
-TEST_F(LargeScreenTest, AWindowOfTwiceAsManyPixelsFindsRoom) {
+TEST_F(LargeScreenTest, AWindowOfDoubleSizeFits) {
   options.environment["GDK_SCALE"] = "2";
   start();
   until("its size", [&] { return window().frame.width == 2 * 680 && window().frame.height == 2 * 570; });

@@ -18,7 +18,7 @@ std::string settingsFor(const std::filesystem::path& folder) {
          "<allow own='*'/></policy></busconfig>";
 }
 
-// The daemon writes its address once it is ready, and nothing when it fails.
+// The daemon writes its address when it is ready, and nothing if it fails.
 std::string readLine(int fd) {
   std::string line;
   char character = 0;

@@ -1,4 +1,4 @@
-// A D-Bus session bus of the test's own, on which nothing can be started that the test does not start.
+// A D-Bus session bus of the test's own. No services can be activated on it.
 
 #pragma once
 
@@ -14,22 +14,22 @@
 
 namespace endtoend {
 
-// A connection to a message bus, whose messages are handled by the default main context.
-// Throws std::runtime_error when there is no bus at the address.
+// Connects to a message bus. The default main context handles its messages. Throws std::runtime_error if there is no
+// bus at the address.
 tools::Owned<GDBusConnection> connectToBus(const std::string& address);
 
 class SessionBus {
  public:
-  // Whether this system has the programs for it.
+  // Whether this system has the required programs.
   static bool isPossible();
 
-  // Returns once the bus takes connections; its files lie in `folder`. Throws std::runtime_error when that does not
-  // come.
+  // Returns when the bus accepts connections. Its files are in `folder`. Throws std::runtime_error if it does not
+  // start.
   explicit SessionBus(const std::filesystem::path& folder);
 
   const std::string& address() const { return address_; }
 
-  // What tells a program to use this bus.
+  // The environment of a program that uses this bus.
   std::map<std::string, std::string> environment() const { return {{"DBUS_SESSION_BUS_ADDRESS", address_}}; }
 
  private:

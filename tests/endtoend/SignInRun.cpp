@@ -38,7 +38,7 @@ SignInRun::SignInRun(const Options& options, const std::filesystem::path& errorF
     : errorFile_(errorFile), process_(setupFor(options, errorFile)) {}
 
 std::optional<int> SignInRun::exitStatus() {
-  (void)tools::waitUntil([this] { return ended(); }, kPatience);
+  (void)tools::waitUntil([this] { return ended(); }, kTimeout);
   return process_.exitStatus();
 }
 

@@ -1,4 +1,4 @@
-// One run of the sign-in window: its options, its process, its window and its answer.
+// One run of the sign-in window: its options and its process.
 
 #pragma once
 
@@ -15,10 +15,10 @@
 
 namespace endtoend {
 
-// For what is only waited for: a machine may be busy with much else.
-constexpr std::chrono::seconds kPatience{60};
+// For events that a busy machine may delay.
+constexpr std::chrono::seconds kTimeout{60};
 
-// An option that is not set is not given.
+// Options without a value are not passed.
 struct Options {
   std::optional<std::string> signIn;
   std::optional<std::string> redirect;
@@ -26,9 +26,9 @@ struct Options {
   std::optional<std::string> product;
   std::optional<std::string> enterpriseTitle;
   std::optional<std::string> pipe;
-  std::vector<std::string> before;   // further arguments, in front of the six options
-  std::filesystem::path program;     // the built one, unless a test copied it elsewhere
-  std::vector<std::string> wrapper;  // a command in front of the program, which must end by becoming it
+  std::vector<std::string> before;   // further arguments, before the six options
+  std::filesystem::path program;     // the built program, unless a test has copied it
+  std::vector<std::string> wrapper;  // a command that executes the program
   std::map<std::string, std::string> environment;
 };
 
@@ -36,7 +36,7 @@ std::vector<std::string> commandLine(const Options& options);
 
 class SignInRun {
  public:
-  // Starts the program. What it writes to standard error goes into `errorFile`.
+  // Starts the program with its standard error in `errorFile`.
   SignInRun(const Options& options, const std::filesystem::path& errorFile);
 
   pid_t pid() const { return process_.pid(); }
@@ -44,7 +44,7 @@ class SignInRun {
 
   bool ended() const { return process_.ended(); }
 
-  // Waits for the end. Nothing when it does not come, or when a signal ended the program.
+  // Waits for the end. Returns nothing after kTimeout or if a signal ended the program.
   std::optional<int> exitStatus();
 
   std::string standardError() const;

@@ -18,7 +18,7 @@ using testing::StartsWith;
 
 class SignInTest : public EndToEndTest {};
 
-TEST_F(SignInTest, APersonSignsInAndTheWholeAddressIsSent) {
+TEST_F(SignInTest, AUsersSignInSendsTheAddress) {
   tools::SignInSite example;
   options.signIn = example.signInAddress();
   options.redirect = example.redirectAddress();
@@ -38,85 +38,85 @@ TEST_F(SignInTest, APersonSignsInAndTheWholeAddressIsSent) {
   EXPECT_THAT(requests[2].target, StartsWith("/done?code="));
 }
 
-TEST_F(SignInTest, TheSiteIsAskedForEachPageOnceAndForNothingElse) {
+TEST_F(SignInTest, EachPageIsRequestedOnce) {
   site.serve("/signin", redirectTo(site.address("/done?code=1&state=2")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1&amp;state=2")));
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /done?code=1&state=2"));
 }
 
-TEST_F(SignInTest, TheAddressIsSentAsTheBrowserWritesItWithMarkupEscapedOnce) {
+TEST_F(SignInTest, TheAddressIsEscapedOnce) {
   site.serve("/signin", redirectTo(site.address("/done?a='b'&amp=%26amp;#part")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?a=%27b%27&amp;amp=%26amp;#part")));
 }
 
-TEST_F(SignInTest, AnUpperCasePageIsNotTheLowerCasedRedirectAddress) {
+TEST_F(SignInTest, TheRedirectAddressIsCaseSensitive) {
   options.redirect = site.address("/Done");
   site.serve("/signin", redirectTo(site.address("/Done?code=1")));
   site.serve("/Done", pageThatGoesTo(site.address("/done?code=2")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
 }
 
-TEST_F(SignInTest, APageThatAnswersNotFoundIsAPageLikeAnyOther) {
+TEST_F(SignInTest, AnHttpErrorPageIsAnOrdinaryPage) {
   tools::Answer missing = pageThatGoesTo(site.address("/done?code=1"));
   missing.status = 404;
   site.serve("/signin", missing);
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
 }
 
-TEST_F(SignInTest, ARedirectAddressThatAnswersNotFoundEndsTheSignInAllTheSame) {
+TEST_F(SignInTest, ARedirectAddressWithStatus404IsAResult) {
   site.serve("/signin", redirectTo(site.address("/done/nowhere?code=1")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done/nowhere?code=1")));
 }
 
-TEST_F(SignInTest, TheRedirectAddressInASubFrameEndsNothing) {
+TEST_F(SignInTest, TheRedirectAddressInAFrameIsIgnored) {
   site.serve("/signin", page("<iframe src='/done?code=1' onload=\"location.href = '/done?code=2'\"></iframe>"));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
   EXPECT_TRUE(site.wasAsked("GET /done?code=1"));
 }
 
-TEST_F(SignInTest, AFragmentOfTheSamePageIsNoFinishedLoad) {
+TEST_F(SignInTest, AFragmentIsNoFinishedLoad) {
   options.redirect = site.address("/signin#done");
   site.serve("/signin",
              page("<script>onload = () => setTimeout(() => { location.hash = 'done'; fetch('/loaded') })</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(SignInTest, AnAddressPushedAfterTheLoadEndsNothing) {
+TEST_F(SignInTest, AnAddressPushedAfterTheLoadIsIgnored) {
   site.serve("/signin", page("<script>onload = () => setTimeout(() => {"
                              "history.pushState(null, '', '/done?code=1'); fetch('/loaded') })</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(SignInTest, APostedFormDeliversTheAddressAlone) {
+TEST_F(SignInTest, APostedFormSendsTheAddressOnly) {
   site.serve("/signin", page("<form method='post' action='/done?state=2'><input name='code' value='1'></form>"
                              "<script>document.forms[0].submit()</script>"));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?state=2")));
   EXPECT_EQ(site.requests().back().fields.at("code"), "1");
 }
 
-TEST_F(SignInTest, AnAddressOfSixtyKilobytesArrivesWhole) {
+TEST_F(SignInTest, ALongAddressIsSentWhole) {
   const std::string code(60'000, 'x');
   site.serve("/signin", pageThatGoesTo(site.address("/done?code=" + code)));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=" + code)));
 }
 
-TEST_F(SignInTest, AnAddressThatIsTooLongForThePipeIsCutAndTheRunEnds) {
+TEST_F(SignInTest, AnAddressLongerThanThePipeIsCut) {
   const std::string address = site.address("/done#" + std::string(80'000, 'x'));
   site.serve("/signin", pageThatGoesTo(address));
   EXPECT_EQ(messageOfARun(), result(address).substr(0, 65'536));
 }
 
-TEST_F(SignInTest, ATokenInTheAddressReachesTheLauncherAndNotTheLog) {
+TEST_F(SignInTest, ATokenInTheAddressIsNotLogged) {
   site.serve("/signin", redirectTo(site.address("/done?token=eyJhbGc.eyJzdWI.sig")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?token=eyJhbGc.eyJzdWI.sig")));
   EXPECT_THAT(logLines(), testing::Each(testing::Not(HasSubstr("eyJ"))));
 }
 
-TEST_F(SignInTest, TheLogOfAGoodRunIsTheTwoLinesOfTheStart) {
+TEST_F(SignInTest, ASignInLogsTwoLines) {
   site.serve("/signin", redirectTo(site.address("/done")));
   messageOfARun();
   std::vector<std::string> messages = logMessages();
@@ -125,7 +125,7 @@ TEST_F(SignInTest, TheLogOfAGoodRunIsTheTwoLinesOfTheStart) {
   EXPECT_THAT(messages, ElementsAre("Build Version - 9.0.0.121", "Logging Level verbosity Set  to 4"));
 }
 
-TEST_F(SignInTest, ALogLineHasItsTenFields) {
+TEST_F(SignInTest, ALogLineHasTenFields) {
   site.serve("/signin", redirectTo(site.address("/done")));
   messageOfARun();
   ASSERT_FALSE(logLines().empty());

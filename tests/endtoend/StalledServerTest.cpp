@@ -1,5 +1,4 @@
-// Sign-in pages of which nothing arrives. Each window waits for a whole minute, so they wait at the same time, in one
-// test that stands alone.
+// Servers that send nothing. Each window waits a whole minute, so all wait at the same time in one test.
 
 #include <signal.h>
 
@@ -17,7 +16,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-// A window of its own beside others on the same screen.
+// One of several windows on the same screen.
 struct Window {
   Window(Options options, const std::string& signIn, const std::filesystem::path& folder)
       : pipe((std::filesystem::create_directory(folder), folder / "answer")),
@@ -39,11 +38,11 @@ class StalledServerTest : public EndToEndTest {
     return windows_.emplace_back(options, signIn, temporary("window" + std::to_string(windows_.size())));
   }
 
-  // Waits until the first of all windows has ended.
+  // Waits until the first window has ended.
   void expectNoEndBefore(steady_clock::time_point earliest) {
     const auto ended = [](const Window& each) { return each.run.ended(); };
     const auto anyEnded = [&] { return std::any_of(windows_.begin(), windows_.end(), ended); };
-    EXPECT_TRUE(tools::waitUntil(anyEnded, std::chrono::seconds(60) + kPatience));
+    EXPECT_TRUE(tools::waitUntil(anyEnded, std::chrono::seconds(60) + kTimeout));
     EXPECT_GE(steady_clock::now(), earliest);
   }
 
@@ -66,20 +65,20 @@ class StalledServerTest : public EndToEndTest {
 TEST_F(StalledServerTest, SixtySecondsWithoutDataEndTheRun) {
   steady_clock::time_point lastData;
   site.serve("/stalling", [&](const Request&) {
-    lastData = steady_clock::now();  // the load's timer cannot start for it any sooner
+    lastData = steady_clock::now();  // the idle timer starts later
     return redirectTo(site.address("/stalled"));
   });
   site.hold("/stalled");
   site.serve("/nowhere", redirectTo(""));
-  site.serve("/signin", pageThatTells());
+  site.serve("/signin", pageThatReportsItsLoad());
   site.serve("/asking", page("<script>fetch('/asked').then(() => prompt('name'))</script>"));
   const RawServer dropping("");
 
-  // These two have waited for the user longer than any of the others when those end.
+  // These two wait for the user, longer than the others wait for a server.
   Window& ordinary = open(site.address("/signin"));
   Window& asking = open(site.address("/asking"));
-  untilAsked("/loaded");
-  untilAsked("/asked");
+  untilRequested("/loaded");
+  untilRequested("/asked");
 
   const steady_clock::time_point begin = steady_clock::now();
   Window& stalled = open(site.address("/stalling"));
@@ -87,8 +86,8 @@ TEST_F(StalledServerTest, SixtySecondsWithoutDataEndTheRun) {
   Window& notUtf8 = open("http://\xFF/");
   Window& nowhere = open(site.address("/nowhere"));
   Window& dropped = open(dropping.address("/"));
-  untilAsked("/stalled");
-  untilAsked("/nowhere");
+  untilRequested("/stalled");
+  untilRequested("/nowhere");
 
   expectNoEndBefore(begin + std::chrono::seconds(59));
   expectEnd(stalled);

@@ -1,6 +1,6 @@
-// The strip above the page: whose page it is, and whether others can listen.
+// The strip above the page: its site and whether the connection is encrypted.
 //
-// With SVO_PICTURES in the environment each test leaves a picture of its window in that folder, to be looked at.
+// If SVO_PICTURES names a folder, each test saves a picture of its window there.
 
 #include <algorithm>
 #include <cmath>
@@ -19,10 +19,10 @@ namespace {
 
 constexpr int kStripHeight = 20;
 constexpr int kLineHeight = 2;
-constexpr unsigned kPageColour = 0xffe9d6;
+constexpr unsigned kPageColor = 0xffe9d6;
 constexpr char kPageStyle[] = "<style>html { background: #ffe9d6 }</style>";
 
-// Of 0xRRGGBB (Web Content Accessibility Guidelines 2.1, relative luminance).
+// The relative luminance of 0xRRGGBB (Web Content Accessibility Guidelines 2.1).
 double luminance(unsigned colour) {
   const auto linear = [](unsigned channel) {
     const double value = channel / 255.0;
@@ -45,7 +45,7 @@ unsigned backgroundOf(const Picture& picture) {
   return std::max_element(counts.begin(), counts.end(), [](auto& a, auto& b) { return a.second < b.second; })->first;
 }
 
-// Of what is written and what it is written on: 1 for nothing, 21 for black on white.
+// The contrast ratio of text and background: 1 for no text, 21 for black on white.
 double contrastOf(const Picture& picture) {
   const double background = luminance(backgroundOf(picture));
   double most = 1;
@@ -60,7 +60,7 @@ bool isDark(const Picture& picture) {
   return luminance(backgroundOf(picture)) < 0.2;
 }
 
-// How much of its width is written on, from the left.
+// The width of the text, from the left.
 int writtenWidth(const Picture& picture) {
   const unsigned background = backgroundOf(picture);
   for (int x = picture.width(); x > 0; --x) {
@@ -87,7 +87,7 @@ class StripTest : public EndToEndTest {
     screen.picture(window().frame).savePng(std::string(folder) + "/" + name + ".png");
   }
 
-  // Starts at an address and waits until its page is seen.
+  // Starts at an address and waits until its page is shown.
   void show(const std::string& address) {
     options.signIn = address;
     start();
@@ -99,9 +99,9 @@ class StripTest : public EndToEndTest {
     until("the end of the line", [&] { return coloursOf(line()).size() == 1; });
   }
 
-  std::optional<Area> pageArea() { return screen.picture(window().frame).find(kPageColour, 1000); }
+  std::optional<Area> pageArea() { return screen.picture(window().frame).find(kPageColor, 1000); }
 
-  // What is written on the strip, without the line of a load.
+  // The text area of the strip, without the progress line.
   Picture strip() { return part(0, kStripHeight - kLineHeight); }
   Picture line() { return part(kStripHeight - kLineHeight, kLineHeight); }
 
@@ -123,10 +123,10 @@ class ProxiedStripTest : public StripTest {
   Proxy proxy{site};
 };
 
-TEST_F(StripTest, IsEmptyOnTheSpinnerPageAndTheLineMoves) {
+TEST_F(StripTest, IsEmptyOnTheSpinnerPage) {
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   EXPECT_EQ(coloursOf(strip()).size(), 1u);
   until("the line", [&] { return writtenWidth(line()) > 0; });
   const int before = writtenWidth(line());
@@ -140,7 +140,7 @@ TEST_F(StripTest, NamesThisComputerWithoutAWarning) {
   EXPECT_GE(contrastOf(strip()), 7);
 }
 
-TEST_F(ProxiedStripTest, WarnsOfAPageThatIsNotEncrypted) {
+TEST_F(ProxiedStripTest, WarnsOfAnUnencryptedPage) {
   show("http://shop.example/signin");
   EXPECT_TRUE(isDark(strip()));
   EXPECT_GE(contrastOf(strip()), 7);
@@ -154,7 +154,7 @@ TEST_F(ProxiedStripTest, UserInfoAndPortAreNotShown) {
   EXPECT_EQ(coloursOf(strip()), plain);
 }
 
-TEST_F(ProxiedStripTest, AHostOfTwoHundredCharactersKeepsItsEndAndTheWarning) {
+TEST_F(ProxiedStripTest, LongHostsKeepEndAndWarning) {
   const std::string label(48, 'w');
   show("http://" + label + "." + label + "." + label + "." + label + ".shop/signin");
   EXPECT_EQ(window().frame.width, 680);
@@ -163,12 +163,12 @@ TEST_F(ProxiedStripTest, AHostOfTwoHundredCharactersKeepsItsEndAndTheWarning) {
   EXPECT_GT(writtenWidth(strip()), 600);
 }
 
-TEST_F(ProxiedStripTest, ARightToLeftHostIsWrittenOut) {
+TEST_F(ProxiedStripTest, RightToLeftHostsAreShownInFull) {
   show("http://xn--4dbrk0ce.xn--4dbrk0ce.shop.example/signin");
   EXPECT_GT(writtenWidth(strip()), 0);
 }
 
-TEST_F(ProxiedStripTest, NamesThePageThatIsShownAndNotTheOneThatIsAskedFor) {
+TEST_F(ProxiedStripTest, NamesTheShownPageNotTheRequestedOne) {
   show("http://shop.example/signin");
   const auto before = coloursOf(strip());
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -179,23 +179,23 @@ TEST_F(ProxiedStripTest, NamesThePageThatIsShownAndNotTheOneThatIsAskedFor) {
   start();
   untilThePageIsSeen();
   click();
-  untilAsked("/other");
+  untilRequested("/other");
   EXPECT_EQ(coloursOf(strip()), before);
   site.release("/other");
   until("the other host", [&] { return coloursOf(strip()) != before; });
 }
 
-TEST_F(StripTest, WarnsOfAPageThatBelongsToNobody) {
+TEST_F(StripTest, WarnsOfAPageWithoutAHost) {
   site.serve("/signin", page("<script>onload = () => { location.href = 'about:blank' }</script>"));
   start();
   until("the warning", [&] { return isDark(strip()) && contrastOf(strip()) >= 7; });
 }
 
-TEST_F(StripTest, TheLineGoesWhenThePageHasCome) {
+TEST_F(StripTest, AFinishedPageHidesTheProgressLine) {
   site.serve("/signin", page(std::string(kPageStyle) + "<img src='/image'>"));
   site.hold("/image");
   start();
-  untilAsked("/image");
+  untilRequested("/image");
   until("the line", [&] { return coloursOf(line()).size() > 1; });
   site.release("/image");
   untilThePageIsSeen();
@@ -243,7 +243,7 @@ class LargeTest : public ProxiedStripTest {
   LargeTest() : ProxiedStripTest({1920, 1440}, 2) { options.environment["GDK_SCALE"] = "2"; }
 };
 
-TEST_F(LargeTest, AtTwiceTheSizeEverythingIs) {
+TEST_F(LargeTest, EverythingScales) {
   show("http://shop.example/signin");
   EXPECT_EQ(window().frame.width, 2 * 680);
   EXPECT_EQ(window().frame.height, 2 * 570);
@@ -251,7 +251,7 @@ TEST_F(LargeTest, AtTwiceTheSizeEverythingIs) {
   EXPECT_GE(contrastOf(strip()), 7);
 }
 
-TEST_F(LargeTest, TheEnterprisePageIsTwiceItsSizeToo) {
+TEST_F(LargeTest, TheEnterprisePageScales) {
   options.enterprise = "http://shop.example/start";
   site.serve("/start", page(kPageStyle));
   show("http://shop.example/start");
@@ -259,7 +259,7 @@ TEST_F(LargeTest, TheEnterprisePageIsTwiceItsSizeToo) {
   EXPECT_EQ(pageArea()->y, 2 * kStripHeight);
 }
 
-TEST_F(ProxiedStripTest, GrowsWithAPersonsFont) {
+TEST_F(ProxiedStripTest, GrowsWithTheUsersFont) {
   options.environment["GDK_DPI_SCALE"] = "2";
   options.signIn = "http://shop.example/signin";
   start();

@@ -16,7 +16,7 @@ constexpr char kBindAndRun[] = R"(mount --bind "$0" "$1" && shift && exec "$@")"
 std::vector<std::string> commandFor(const std::filesystem::path& bundle) {
   if (geteuid() == 0) return {"unshare", "--mount", "sh", "-c", kBindAndRun, bundle, kStore};
 
-  // Mounting takes the root of a namespace; inside it the program gets a second one, in which it is who it was.
+  // Mounting needs root in a user namespace. The program runs in a second one, with its original user ID.
   return {"unshare",
           "--user",
           "--map-root-user",

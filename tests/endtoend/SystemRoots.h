@@ -1,4 +1,4 @@
-// Other root certificates for one program than the system's, as though an administrator had replaced them.
+// Replaces the system's root certificates for one program.
 
 #pragma once
 
@@ -9,9 +9,8 @@
 
 namespace endtoend {
 
-// The command to put in front of a program's: runs it with the certificates in `bundle`, in PEM, as the system's only
-// roots. It sees them in a mount namespace of its own; nothing changes for anybody else. Nothing when the system has no
-// such store, or lets this user make no such namespace.
+// Returns a command that runs a program with the certificates in `bundle` (PEM) as the only system roots, in a mount
+// namespace of its own. Returns nothing if the system has no such store or denies the namespace.
 std::optional<std::vector<std::string>> withSystemRoots(const std::filesystem::path& bundle);
 
 }  // namespace endtoend

@@ -1,4 +1,4 @@
-// Sites whose certificates the machine's administrator trusts, reached through the system's proxy.
+// Sites with certificates of a private authority, reached through the system's proxy.
 
 #include "tests/endtoend/Certificate.h"
 #include "tests/endtoend/EndToEndTest.h"
@@ -22,7 +22,7 @@ class TrustedTest : public EndToEndTest {
     secure.serve("/signin", redirectTo("https://signin.example/done?code=1"));
   }
 
-  // Starts the program on a machine that trusts the organisation; whether that can be had here.
+  // Starts the program with the authority as system root. Returns false if this machine does not support that.
   bool trustTheOrganisation() {
     const auto wrapper = withSystemRoots(organisation.file());
     if (wrapper) options.wrapper = *wrapper;
@@ -42,14 +42,14 @@ class TrustedTest : public EndToEndTest {
   Proxy proxy{site};
 };
 
-TEST_F(TrustedTest, ASiteOfTheOrganisationLoadsWhereTheSystemTrustsIt) {
+TEST_F(TrustedTest, ATrustedSiteLoads) {
   if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
   EXPECT_THAT(secure.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
   EXPECT_THAT(proxy.asked(), testing::Each("CONNECT signin.example:443"));
 }
 
-TEST_F(TrustedTest, ItDoesNotLoadWhereTheSystemDoesNot) {
+TEST_F(TrustedTest, AnUntrustedSiteDoesNotLoad) {
   expectRefusal(-1203);
 }
 
@@ -58,7 +58,7 @@ TEST_F(TrustedTest, TheEnvironmentCannotMakeTheSystemTrustIt) {
   expectRefusal(-1203);
 }
 
-TEST_F(TrustedTest, ItsCertificateIsNoGoodForAnotherHost) {
+TEST_F(TrustedTest, AnotherHostsCertificateIsRejected) {
   if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
   options.signIn = "https://other.example/signin";
   expectRefusal(-1202);

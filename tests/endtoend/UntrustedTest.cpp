@@ -1,7 +1,7 @@
-// A site whose certificate nobody has signed: no page of it is shown, and there is no way around that.
+// A site with a self-signed certificate is not shown, without exception.
 //
-// A program of its own, since the leak checker of GCC 12 crashes over the thread-local storage of the TLS library that
-// this process loads.
+// A separate program: the leak checker of GCC 12 crashes on the thread-local storage of the TLS library in this
+// process.
 
 #include "tests/endtoend/Certificate.h"
 
@@ -18,7 +18,7 @@ class UntrustedTest : public EndToEndTest {
  protected:
   void expectRefusal(const std::string& address) {
     EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError for URL " + address));
-    // Now and then WebKit calls the load cancelled before it tells why.
+    // WebKit sometimes reports the load as cancelled before it reports the certificate error.
     EXPECT_THAT(logMessages(), Contains(testing::AnyOf("didFailProvisionalLoadWithError Error code -1203",
                                                        "didFailProvisionalLoadWithError Error code -1")));
   }
@@ -35,7 +35,7 @@ TEST_F(UntrustedTest, AnUntrustedCertificateEndsTheRun) {
   EXPECT_THAT(secure.requests(), testing::IsEmpty());
 }
 
-TEST_F(UntrustedTest, AnUntrustedRedirectAddressIsAFailureAndNoResult) {
+TEST_F(UntrustedTest, AnUntrustedRedirectAddressIsNoResult) {
   options.redirect = secure.address("/done");
   site.serve("/signin", redirectTo(secure.address("/done?code=1")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);

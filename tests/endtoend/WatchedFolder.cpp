@@ -10,7 +10,7 @@ WatchedFolder::WatchedFolder(const std::filesystem::path& folder) {
   g_autoptr(GError) error = nullptr;
   monitor_.reset(g_file_monitor_directory(file.get(), G_FILE_MONITOR_NONE, nullptr, &error));
   if (!monitor_) throw std::runtime_error(error->message);
-  // Otherwise a change within 800 ms of another would be told late.
+  // By default a change within 800 ms of another is reported late.
   g_file_monitor_set_rate_limit(monitor_.get(), 0);
 }
 

@@ -1,5 +1,4 @@
-// Makes every change of a file in a folder an event of the default main context, so that waitUntil() can wait for what
-// another process writes there.
+// Makes every change of a file in a folder an event of the default main context, so that waitUntil() can wait for it.
 
 #pragma once
 
@@ -13,7 +12,7 @@ namespace endtoend {
 
 class WatchedFolder {
  public:
-  // Makes the folder when it does not exist yet.
+  // Creates the folder if it does not exist.
   explicit WatchedFolder(const std::filesystem::path& folder);
 
  private:

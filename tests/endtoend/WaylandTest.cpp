@@ -20,12 +20,12 @@ class WaylandTest : public EndToEndTest {
     options.environment = compositor->environment();
   }
 
-  // The window goes before the session that it stands in.
+  // The window ends before its session.
   ~WaylandTest() override { run.reset(); }
 
-  // Looks at the screen, again and again, until it shows a colour.
+  // Polls the screen until it shows a color.
   Area lookFor(unsigned colour) {
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     while (std::chrono::steady_clock::now() < deadline) {
       const std::optional<Picture> picture = compositor->picture();
       if (!picture) continue;
@@ -42,7 +42,7 @@ TEST_F(WaylandTest, TheSignInEndsWithTheAddress) {
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
 }
 
-TEST_F(WaylandTest, AnEnterprisePageIsFollowedInALargerWindow) {
+TEST_F(WaylandTest, AnEnterprisePageEnlargesTheWindow) {
   site.serve("/signin", redirectTo(site.address("/start?redirect_uri=" + site.address("/staff"))));
   site.serve("/staff", page("<style>body { background: #123456 }</style>"
                             "<script>onresize = onload = () => { if (innerWidth == 800 && innerHeight == 600) "
@@ -58,22 +58,22 @@ TEST_F(WaylandTest, ThePageFillsTheWindow) {
   EXPECT_EQ(shown.height, 550);
 }
 
-TEST_F(WaylandTest, ASignalToEndIsReportedLikeAClosedWindow) {
+TEST_F(WaylandTest, ATerminationSignalReportsAClosedWindow) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   run->signal(SIGTERM);
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(WaylandTest, ACompositorThatGoesAwayIsReportedLikeAClosedWindow) {
+TEST_F(WaylandTest, ALostCompositorReportsAClosedWindow) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   compositor.reset();
   EXPECT_EQ(run->exitStatus(), 1);
   EXPECT_EQ(pipe.text(), kWindowClosed);
 }
 
-TEST_F(WaylandTest, ADisplayNamedByItsPathWorks) {
+TEST_F(WaylandTest, ADisplayGivenByPathWorks) {
   options.environment["WAYLAND_DISPLAY"] = options.environment["XDG_RUNTIME_DIR"] + "/wayland";
   site.serve("/signin", pageThatGoesTo(site.address("/done?code=1")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));

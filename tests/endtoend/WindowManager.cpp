@@ -10,7 +10,7 @@
 namespace endtoend {
 namespace {
 
-constexpr char kManaging[] = "managing";  // made once it misses no window any more, later than it says so on the screen
+constexpr char kManaging[] = "managing";  // created when it sees every window, later than it announces itself
 
 tools::ChildProcess::Setup setupFor(const std::string& display, const std::filesystem::path& folder) {
   tools::ChildProcess::Setup setup;

@@ -1,4 +1,4 @@
-// A window manager on a screen of the test's, as a desktop session has one: openbox with the settings it comes with.
+// A window manager on the test's screen: openbox with its default settings.
 
 #pragma once
 
@@ -13,20 +13,19 @@ namespace endtoend {
 
 class WindowManager {
  public:
-  // Whether this system has the program for it.
+  // Whether this system has openbox.
   static bool isPossible();
 
-  // Returns once the screen is managed; its own files lie in `folder`. Throws std::runtime_error when that does not
-  // come.
+  // Returns when the screen is managed. Its files are in `folder`. Throws std::runtime_error if it does not start.
   WindowManager(const tools::Screen& screen, const std::string& display, const std::filesystem::path& folder);
 
-  // The window that has the keyboard, 0 for none.
+  // The window with the keyboard focus, 0 if none.
   tools::WindowId activeWindow() const { return rootNumber("_NET_ACTIVE_WINDOW"); }
 
-  // The window in front of all others, 0 for none.
+  // The topmost window, 0 if none.
   tools::WindowId frontWindow() const;
 
-  // The desktops are 0 to 3.
+  // 0 to 3.
   unsigned long currentDesktop() const { return rootNumber("_NET_CURRENT_DESKTOP"); }
 
  private:

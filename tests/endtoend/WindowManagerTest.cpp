@@ -26,7 +26,7 @@ class WindowManagerTest : public EndToEndTest {
     other = std::make_unique<OtherWindow>(display.name(), Area{50, 50, 300, 200});
   }
 
-  // The window with the border that the window manager has drawn around it.
+  // The window including the window manager's border.
   Area borderedFrame() {
     std::vector<unsigned long> border;
     until("the border", [&] { return !(border = screen.numbersOf(window().id, "_NET_FRAME_EXTENTS")).empty(); });
@@ -40,7 +40,7 @@ class WindowManagerTest : public EndToEndTest {
     until(what + " to be active", [&] { return manager->activeWindow() == id; });
   }
 
-  // What a person does who works in the other window, which is thus the active one.
+  // Activates the other window by a click.
   void workInTheOtherWindow() {
     untilActive("the other window", other->id());
     screen.click(100, 100);
@@ -57,14 +57,14 @@ class WindowManagerTest : public EndToEndTest {
   std::unique_ptr<OtherWindow> other;
 };
 
-TEST_F(WindowManagerTest, ItComesToTheFrontAndTakesTheKeyboardFromAnotherProgram) {
+TEST_F(WindowManagerTest, ItIsRaisedAndGetsTheFocus) {
   workInTheOtherWindow();
   start();
   untilActive("the window", window().id);
   EXPECT_EQ(manager->frontWindow(), window().id);
 }
 
-TEST_F(WindowManagerTest, ItStandsOnTheCurrentDesktop) {
+TEST_F(WindowManagerTest, ItOpensOnTheCurrentDesktop) {
   workInTheOtherWindow();
   screen.request(screen.root(), "_NET_CURRENT_DESKTOP", {2});
   until("the other desktop", [&] { return manager->currentDesktop() == 2; });
@@ -73,7 +73,7 @@ TEST_F(WindowManagerTest, ItStandsOnTheCurrentDesktop) {
   EXPECT_EQ(desktopOf(window().id), 2u);
 }
 
-TEST_F(WindowManagerTest, ItComesToTheFrontAlsoForALauncherThatWasStartedLongAgo) {
+TEST_F(WindowManagerTest, ItIsRaisedForAnOldLauncher) {
   options.environment["DESKTOP_STARTUP_ID"] = "launcher-1-host-svo_TIME1";
   workInTheOtherWindow();
   start();
@@ -82,7 +82,7 @@ TEST_F(WindowManagerTest, ItComesToTheFrontAlsoForALauncherThatWasStartedLongAgo
   EXPECT_EQ(desktopOf(window().id), manager->currentDesktop());
 }
 
-TEST_F(WindowManagerTest, ItAppearsInTheMiddle) {
+TEST_F(WindowManagerTest, ItIsCentered) {
   start();
   untilActive("the window", window().id);
   const Area frame = borderedFrame();
@@ -95,7 +95,7 @@ class SmallScreenTest : public WindowManagerTest {
   SmallScreenTest() : WindowManagerTest({800, 640}) {}
 };
 
-TEST_F(SmallScreenTest, ItStandsWhollyOnTheScreen) {
+TEST_F(SmallScreenTest, ItFitsOnTheScreen) {
   start();
   untilActive("the window", window().id);
   const Area frame = borderedFrame();
@@ -106,24 +106,24 @@ TEST_F(SmallScreenTest, ItStandsWhollyOnTheScreen) {
 
 TEST_F(WindowManagerTest, AltAndF4CloseIt) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   untilActive("the window", window().id);
   screen.press(XK_F4, {XK_Alt_L});
   EXPECT_EQ(message(), kWindowClosed);
 }
 
-TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowMayBeMaximised) {
+TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowCanBeMaximized) {
   const auto mayDo = [this] { return screen.namesOf(window().id, "_NET_WM_ALLOWED_ACTIONS"); };
   site.serve("/signin", pageThatWaitsForAClick(site.address("/start?redirect_uri=" + site.address("/staff"))));
   start();
-  untilAsked("/clickable");
+  untilRequested("/clickable");
   untilActive("the window", window().id);
   EXPECT_THAT(mayDo(), Contains("_NET_WM_ACTION_MOVE"));
   EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_MAXIMIZE_VERT")));
   EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_RESIZE")));
 
   click();
-  untilAsked("/staff");
+  untilRequested("/staff");
   until("the size", [this] { return window().frame.width == 800; });
   until("the leave to grow", [&] { return testing::Value(mayDo(), Contains("_NET_WM_ACTION_MAXIMIZE_VERT")); });
   const Area frame = borderedFrame();

@@ -1,4 +1,4 @@
-// A program with one window, which does not ask for the keyboard when it appears. Runs until it is ended.
+// A program with one window that does not request the keyboard focus when it appears. Runs until it is terminated.
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -14,7 +14,7 @@ int main() {
     XChangeProperty(display, window, XInternAtom(display, property, False), XA_CARDINAL, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(&number), 1);
   };
-  XSetWMProperties(display, window, nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr);  // which machine it is on
+  XSetWMProperties(display, window, nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr);  // sets WM_CLIENT_MACHINE
   say("_NET_WM_PID", ::getpid());
   say("_NET_WM_USER_TIME", 0);
   XStoreName(display, window, "test window");

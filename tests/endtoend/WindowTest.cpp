@@ -1,4 +1,4 @@
-// The window itself: what it shows, how it is closed, what it opens elsewhere.
+// The window: its content, its frame and how it is closed.
 
 #include <signal.h>
 
@@ -22,35 +22,35 @@ class WindowTest : public EndToEndTest {
   }
 };
 
-TEST_F(WindowTest, TheSpinnerStandsInTheMiddleUntilThePageComes) {
+TEST_F(WindowTest, TheSpinnerIsCentered) {
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   untilSeen(kSpinnerBlue);
   const Area spinner = *picture().find(kSpinnerBlue);
   EXPECT_NEAR(spinner.x + spinner.width / 2, 680 / 2, 32);
   EXPECT_NEAR(spinner.y + spinner.height / 2, kStripHeight + 550 / 2, 32);
 }
 
-TEST_F(WindowTest, ItIs680Times570AndHasTheProductsName) {
+TEST_F(WindowTest, ItIs680By570WithTheProductName) {
   options.product = "My Product \xC3\xBC";
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   EXPECT_EQ(window().title, "My Product \xC3\xBC");
   EXPECT_EQ(window().frame.width, 680);
   EXPECT_EQ(window().frame.height, 570);
   EXPECT_TRUE(screen.sizeLimitsOf(window().id).fixed);
 }
 
-TEST_F(WindowTest, WithoutAProductNameItHasATitleOfItsOwn) {
+TEST_F(WindowTest, ItHasADefaultTitle) {
   options.product.reset();
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   EXPECT_FALSE(window().title.empty());
 }
 
-TEST_F(WindowTest, ThePageFillsAllButTheStripAtTheTop) {
+TEST_F(WindowTest, ThePageFillsTheWindowBelowTheStrip) {
   site.serve("/signin", page("<style>body{background:#123456;margin:0}</style>"));
   start();
   untilSeen(0x123456);
@@ -60,20 +60,20 @@ TEST_F(WindowTest, ThePageFillsAllButTheStripAtTheTop) {
   EXPECT_EQ(shown.width, 680);
 }
 
-// A click makes the page tell how far it has been scrolled, thirty frames later: a smooth scroll takes its time.
+// Thirty frames after a click the page reports its scroll position: smooth scrolling takes time.
 constexpr char kLongPage[] = R"(
 <style>body { background: #123456; margin: 0 } div { height: 4000px; width: 4000px }</style><div></div>
 <script>
-  const tell = (frames) => frames ? requestAnimationFrame(() => tell(frames - 1))
-                                  : location.href = `/done?x=${scrollX}&y=${scrollY}`;
-  onclick = () => tell(30);
+  const report = (frames) => frames ? requestAnimationFrame(() => report(frames - 1))
+                                    : location.href = `/done?x=${scrollX}&y=${scrollY}`;
+  onclick = () => report(30);
   onload = () => fetch('/loaded');
 </script>)";
 
-TEST_F(WindowTest, ALongPageHasNoScrollBarsAndStandsStillUnderTheWheel) {
+TEST_F(WindowTest, TheWheelDoesNotScrollALongPage) {
   site.serve("/signin", page(kLongPage));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   untilSeen(0x123456);
   const Area frame = window().frame;
   screen.moveTo(frame.x + frame.width - 3, frame.y + 300);
@@ -83,54 +83,54 @@ TEST_F(WindowTest, ALongPageHasNoScrollBarsAndStandsStillUnderTheWheel) {
   EXPECT_EQ(message(), result(site.address("/done?x=0&amp;y=0")));
 }
 
-// The page tells of each key, so that the last has been handled before the click.
-TEST_F(WindowTest, ALongPageStandsStillUnderTheKeys) {
+// The page reports each key: the last one is handled before the click.
+TEST_F(WindowTest, KeysDoNotScrollALongPage) {
   site.serve("/signin",
              page(std::string(kLongPage) + "<script>onkeyup = (event) => fetch('/key?' + event.key)</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   screen.focus(window().id);
   for (const KeySymbol key : std::initializer_list<KeySymbol>{XK_Down, XK_Right, XK_space, XK_Page_Down, XK_End})
     screen.press(key);
-  untilAsked("/key?End");
+  untilRequested("/key?End");
   click();
   EXPECT_EQ(message(), result(site.address("/done?x=0&amp;y=0")));
 }
 
-TEST_F(WindowTest, ClosingItWhileTheSpinnerShowsIsReported) {
+TEST_F(WindowTest, ClosingTheSpinnerPageIsReported) {
   site.hold("/signin");
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(WindowTest, ClosingItOnTheSignInPageIsReported) {
-  site.serve("/signin", pageThatTells());
+TEST_F(WindowTest, ClosingTheSignInPageIsReported) {
+  site.serve("/signin", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(WindowTest, ClosingItOnTheEnterprisePageIsReported) {
+TEST_F(WindowTest, ClosingTheEnterprisePageIsReported) {
   site.serve("/signin", redirectTo(site.address("/start?redirect_uri=" + site.address("/staff"))));
-  site.serve("/staff", pageThatTells());
+  site.serve("/staff", pageThatReportsItsLoad());
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(WindowTest, APageThatAsksBeforeItIsLeftCannotKeepItOpen) {
-  site.serve("/signin", pageThatTells("<script>onbeforeunload = (event) => event.preventDefault()</script>"));
+TEST_F(WindowTest, ABeforeUnloadDialogDoesNotBlockClosing) {
+  site.serve("/signin", pageThatReportsItsLoad("<script>onbeforeunload = (event) => event.preventDefault()</script>"));
   start();
-  untilAsked("/loaded");
+  untilRequested("/loaded");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 class SignalTest : public WindowTest, public testing::WithParamInterface<int> {};
 
-TEST_P(SignalTest, ASignalToEndIsReportedLikeAClosedWindow) {
+TEST_P(SignalTest, ATerminationSignalReportsAClosedWindow) {
   start();
-  untilAsked("/signin");
+  untilRequested("/signin");
   run->signal(GetParam());
   EXPECT_EQ(message(), kWindowClosed);
 }
@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(Endings, SignalTest, testing::Values(SIGTERM, SIGINT, S
 
 class OddFolderTest : public WindowTest, public testing::WithParamInterface<const char*> {};
 
-TEST_P(OddFolderTest, TheSignInStartsFromThere) {
+TEST_P(OddFolderTest, TheProgramStartsThere) {
   const std::filesystem::path folder = temporary(GetParam());
   std::filesystem::create_directory(folder);
   std::filesystem::copy(options.program, folder);
@@ -154,8 +154,8 @@ INSTANTIATE_TEST_SUITE_P(Names, OddFolderTest,
                                          "it's", "\"quoted\"", "gr\xC3\xBC\xC3\x9F\x65 \xE6\x97\xA5\xE6\x9C\xAC",
                                          "back\\slash", "Upper.Case", "a;b&c=d+e,f:g@h", "<tag>", "~"));
 
-// The name is Latin-1; a test of ctest's cannot be named after it.
-TEST_F(WindowTest, ItStartsFromAFolderWhoseNameIsNoUtf8) {
+// The name is Latin-1, which a ctest name cannot contain.
+TEST_F(WindowTest, ItStartsFromAFolderWithoutUtf8Name) {
   const std::filesystem::path folder = temporary("gr\xFC\xDF\x65");
   std::filesystem::create_directory(folder);
   std::filesystem::copy(options.program, folder);

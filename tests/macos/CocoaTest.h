@@ -1,4 +1,5 @@
-// The delegate with a real window on a screen of its own, its web view a double, the launcher's pipe open.
+// The fixture of the Cocoa tests: the delegate with a real window on a virtual screen, a double of the web view, and
+// the launcher's pipe.
 
 #pragma once
 
@@ -32,17 +33,17 @@ class CocoaTest : public testing::Test {
 
   static CommandLine& options() { return *CommandLine::GetInstance(); }
 
-  // The launch callback, as the application's loop makes it.
+  // Calls the launch callback. Returns the recorded calls.
   Asked launch();
 
-  // The run as it stands when the sign-in page has been asked for.
+  // Brings the run to the point where the sign-in page is requested.
   void signIn();
 
-  // The main frame has finished; answers with what the program asked for then.
+  // Reports that the main frame has finished. Returns the recorded calls.
   Asked finish(const std::string& address) { return finish(requestFor(address)); }
   Asked finish(NSURLRequest* request);
 
-  // A load of the frame has failed; the answer is what the program asked for and what it logged, one behind the other.
+  // Reports that a load of the frame has failed. Returns the recorded calls, then the logged messages.
   Asked fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional = false);
 
   WebFrame* mainFrame() const { return [[delegate webView] mainFrame]; }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr NSUInteger kStyle = NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask;
 
-// The application finds its screen in the environment, and draws its windows' frames itself: there is no window
+// The application reads its display from the environment, and draws the frames of its windows: there is no window
 // manager.
 void openApplication(const std::string& display) {
   const doubles::Uncounted uncounted;

@@ -10,26 +10,26 @@ class EnterpriseTest : public CocoaTest {
  protected:
   EnterpriseTest() { signIn(); }
 
-  // What is asked of the program's surroundings once the address is known.
-  Asked behindTheLook(const std::string& address) {
+  // The recorded calls after the address is known.
+  Asked callsAfterAddress(const std::string& address) {
     Asked asked = finish(address);
     asked.erase(asked.begin(), asked.begin() + 3);
     return asked;
   }
 };
 
-TEST_F(EnterpriseTest, TheFirstPageAsksForEverythingInItsOrder) {
+TEST_F(EnterpriseTest, TheFirstPageMakesTheseCallsInOrder) {
   options().type3_window_title = "My Company";
   [window setFrame:NSMakeRect(100, 300, 680, 570) display:NO];
   const std::string resizable = std::to_string([window styleMask] | NSWindowStyleMaskResizable);
   (void)doubles::taken();
-  EXPECT_EQ(behindTheLook("t3:/start?redirect_uri=next:/x&y=1"),
+  EXPECT_EQ(callsAfterAddress("t3:/start?redirect_uri=next:/x&y=1"),
             (Asked{"setTitle My Company", "webView frame", "window frame", "webView setFrame 1,1 800x600",
                    "window setFrame 100,270 800x620 display YES animate YES", "setMinSize 800x620",
                    "standardWindowButton zoom", "styleMask", "setStyleMask " + resizable, "loadRequest next:/x&y=1"}));
 }
 
-TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
+TEST_F(EnterpriseTest, TheWindowGrowsUpwardByTwenty) {
   const NSRect before = [window frame];
   finish("t3:/start");
   EXPECT_EQ(doubles::text([window frame].size), "800x620");
@@ -37,7 +37,7 @@ TEST_F(EnterpriseTest, TheWindowGrowsAndItsTopEdgeRisesByTwenty) {
   EXPECT_EQ(NSMaxY([window frame]), NSMaxY(before) + 20);
 }
 
-TEST_F(EnterpriseTest, TheWindowMayBeZoomedAndResizedFromThenOnButNotMadeSmaller) {
+TEST_F(EnterpriseTest, TheWindowBecomesResizable) {
   const NSUInteger before = [window styleMask];
   finish("t3:/start");
   EXPECT_TRUE([delegate resizingDone]);
@@ -46,14 +46,14 @@ TEST_F(EnterpriseTest, TheWindowMayBeZoomedAndResizedFromThenOnButNotMadeSmaller
   EXPECT_EQ(doubles::text([window minSize]), "800x620");
 }
 
-TEST_F(EnterpriseTest, AResizableWindowStaysOne) {
+TEST_F(EnterpriseTest, AResizableWindowStaysResizable) {
   [window setStyleMask:[window styleMask] | NSWindowStyleMaskResizable];
   const NSUInteger before = [window styleMask];
   finish("t3:/start");
   EXPECT_EQ([window styleMask], before);
 }
 
-TEST_F(EnterpriseTest, TheTitleStaysWithoutOneForThePage) {
+TEST_F(EnterpriseTest, AMissingEnterpriseTitleKeepsTheTitle) {
   finish("t3:/start");
   EXPECT_EQ(doubles::text([window title]), "From the interface file");
 }
@@ -61,42 +61,43 @@ TEST_F(EnterpriseTest, TheTitleStaysWithoutOneForThePage) {
 TEST_F(EnterpriseTest, ASecondPageIsOnlyFollowed) {
   finish("t3:/start?redirect_uri=one:/");
   options().type3_window_title = "Other";
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=two:/"), ElementsAre("loadRequest two:/"));
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=two:/"), ElementsAre("loadRequest two:/"));
 }
 
-TEST_F(EnterpriseTest, ALayoutThatIsDoneIsNotDoneAgain) {
+TEST_F(EnterpriseTest, TheLayoutIsAppliedOnce) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start"), ElementsAre());
+  EXPECT_THAT(callsAfterAddress("t3:/start"), ElementsAre());
 }
 
-TEST_F(EnterpriseTest, AnAddressBehindTheKeyNeedsTwoCharacters) {
+TEST_F(EnterpriseTest, TheRedirectUriNeedsTwoCharacters) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=a"), ElementsAre());
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=ab"), ElementsAre("loadRequest ab"));
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=a"), ElementsAre());
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=ab"), ElementsAre("loadRequest ab"));
 }
 
-TEST_F(EnterpriseTest, AnAddressBehindTheKeyIsTakenAsItStands) {
+TEST_F(EnterpriseTest, TheRedirectUriIsNotDecoded) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=http%3A%2F%2Fa#b"), ElementsAre("loadRequest http%3A%2F%2Fa#b"));
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=http%3A%2F%2Fa#b"),
+              ElementsAre("loadRequest http%3A%2F%2Fa#b"));
 }
 
-TEST_F(EnterpriseTest, WhatIsNoAddressIsLoadedAsARequestWithoutOne) {
+TEST_F(EnterpriseTest, AnInvalidAddressIsLoadedAsNil) {
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("t3:/start?redirect_uri=%"), ElementsAre());
+  EXPECT_THAT(callsAfterAddress("t3:/start?redirect_uri=%"), ElementsAre());
   options().zel_url = "two words";
-  EXPECT_THAT(behindTheLook(spinnerHTMLBaseURL), ElementsAre("loadRequest nil"));
+  EXPECT_THAT(callsAfterAddress(spinnerHTMLBaseURL), ElementsAre("loadRequest nil"));
 }
 
-TEST_F(EnterpriseTest, AnAddressWithBothPrefixesIsAnEnterprisePage) {
+TEST_F(EnterpriseTest, BothPrefixesMeanAnEnterprisePage) {
   options().redirect_type3_url = "cb:/done/t3";
   [delegate setResizingDone:YES];
-  EXPECT_THAT(behindTheLook("cb:/done/t3?redirect_uri=next:/"), ElementsAre("loadRequest next:/"));
+  EXPECT_THAT(callsAfterAddress("cb:/done/t3?redirect_uri=next:/"), ElementsAre("loadRequest next:/"));
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(EnterpriseTest, ItsSignInEndsAtTheRedirectAddressToo) {
+TEST_F(EnterpriseTest, TheSignInEndsAtTheRedirectAddress) {
   finish("t3:/start?redirect_uri=next:/x");
-  EXPECT_THAT(behindTheLook("cb:/done?code=1"), ElementsAre("terminate"));
+  EXPECT_THAT(callsAfterAddress("cb:/done?code=1"), ElementsAre("terminate"));
   EXPECT_EQ(message(), "<result><URL>cb:/done?code=1</URL></result>");
 }
 

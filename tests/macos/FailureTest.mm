@@ -10,7 +10,7 @@ class FailureTest : public CocoaTest {
   FailureTest() { signIn(); }
 };
 
-TEST_F(FailureTest, AFailedLoadIsLoggedAndEndsTheRunWith2) {
+TEST_F(FailureTest, AFailedLoadEndsTheRunWith2) {
   EXPECT_THAT(
       fail(mainFrame(), "http://host/a?b=c", -1003),
       ElementsAre("dataSource", "request", "terminate", "didFailLoadWithError for URL http://host/a?b=c",
@@ -18,7 +18,7 @@ TEST_F(FailureTest, AFailedLoadIsLoggedAndEndsTheRunWith2) {
   EXPECT_EQ(message(), "<errorNo><error>2</error></errorNo>");
 }
 
-TEST_F(FailureTest, AFailedProvisionalLoadHasItsOwnWords) {
+TEST_F(FailureTest, AProvisionalFailureHasItsOwnLogLines) {
   EXPECT_THAT(fail(mainFrame(), "http://host/a", -1003, true),
               ElementsAre("dataSource", "request", "terminate", "didFailProvisionalLoadWithError for URL http://host/a",
                           "didFailProvisionalLoadWithError Error code -1003",
@@ -26,7 +26,7 @@ TEST_F(FailureTest, AFailedProvisionalLoadHasItsOwnWords) {
   EXPECT_EQ(message(), "<errorNo><error>2</error></errorNo>");
 }
 
-TEST_F(FailureTest, ACancelledLoadLogsThreeLinesAndTheRunGoesOn) {
+TEST_F(FailureTest, ACancelledLoadDoesNotEndTheRun) {
   for (const bool provisional : {false, true}) {
     const Asked all = fail(mainFrame(), "http://host/", -999, provisional);
     EXPECT_EQ(all.size(), 5u);
@@ -35,7 +35,7 @@ TEST_F(FailureTest, ACancelledLoadLogsThreeLinesAndTheRunGoesOn) {
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(FailureTest, ALostConnectionLogsThreeLinesAndTheRunGoesOn) {
+TEST_F(FailureTest, ALostConnectionDoesNotEndTheRun) {
   for (const bool provisional : {false, true}) {
     const Asked all = fail(mainFrame(), "http://host/", -1005, provisional);
     EXPECT_EQ(all.size(), 5u);
@@ -69,7 +69,7 @@ TEST_F(FailureTest, AFailedSubFrameEndsTheRun) {
   [frame release];
 }
 
-TEST_F(FailureTest, AFailureWithoutAnAddressLogsCodeAndDomainOnly) {
+TEST_F(FailureTest, AFailureWithoutAddressLogsCodeAndDomain) {
   doubles::fail("request");
   EXPECT_THAT(fail(mainFrame(), "http://host/", 102),
               ElementsAre("dataSource", "request", "terminate", "didFailLoadWithError Error code 102",
@@ -87,13 +87,13 @@ TEST_F(FailureTest, OneFailureEndsTheRunOnce) {
   EXPECT_EQ(message(), "<errorNo><error>2</error></errorNo>");
 }
 
-TEST_F(FailureTest, ClosingTheWindowSends1AndLeavesTheEndToTheApplication) {
+TEST_F(FailureTest, ClosingTheWindowReports1) {
   EXPECT_TRUE([delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]);
   EXPECT_EQ(message(), "<errorNo><error>1</error></errorNo>");
   EXPECT_EQ(doubles::taken(), Asked{});
 }
 
-TEST_F(FailureTest, ClosingTheWindowTerminatesEvenWhenNobodyReads) {
+TEST_F(FailureTest, ClosingTheWindowTerminatesWithoutAReader) {
   options().pipe_name = "/nonexistent/pipe";
   EXPECT_TRUE([delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]);
 }

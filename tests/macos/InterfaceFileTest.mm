@@ -1,4 +1,4 @@
-// The main interface file, read by the free implementation's own loader.
+// The main interface file, read by GNUstep's loader.
 
 #include "tests/macos/CocoaTest.h"
 
@@ -18,8 +18,7 @@ AppDelegate* loadInterfaceFile() {
 
 class InterfaceFileTest : public CocoaTest {
  protected:
-  // The items of the menu that stands there in the file; the implementation adds menus and items of its own behind
-  // them.
+  // The menu items of the file. GNUstep adds its own menus and items after them.
   static NSArray* items(NSUInteger menu) {
     return [[[[[NSApp mainMenu] itemArray] objectAtIndex:menu] submenu] itemArray];
   }
@@ -44,7 +43,7 @@ TEST_F(InterfaceFileTest, ShowsAWindowThatIsNotResizable) {
   EXPECT_EQ(doubles::text([[loaded window] title]), "Sign In");
 }
 
-// The delegate owns it, and is asked about it after it has closed.
+// The delegate uses the window after it has closed.
 TEST_F(InterfaceFileTest, KeepsTheWindowWhenItCloses) {
   EXPECT_FALSE([[loaded window] isReleasedWhenClosed]);
 }

@@ -49,20 +49,20 @@ struct Shortcut {
 
 class ShortcutTest : public KeysTest, public testing::WithParamInterface<Shortcut> {};
 
-TEST_P(ShortcutTest, GoesToTheContentWhenTheFirstResponderKnowsIt) {
+TEST_P(ShortcutTest, GoesToTheContentIfSupported) {
   EXPECT_THAT(press(string(GetParam().key), kCommand), ElementsAre(toContent(GetParam().command)));
 }
 
-TEST_P(ShortcutTest, IsTheSameInCapitals) {
+TEST_P(ShortcutTest, IsCaseInsensitive) {
   EXPECT_THAT(press([string(GetParam().key) uppercaseString], kCommand), ElementsAre(toContent(GetParam().command)));
 }
 
-TEST_P(ShortcutTest, IsDroppedWhenTheFirstResponderDoesNotKnowIt) {
+TEST_P(ShortcutTest, IsDroppedIfNotSupported) {
   [responder forget];
   EXPECT_THAT(press(string(GetParam().key), kCommand), ElementsAre());
 }
 
-TEST_P(ShortcutTest, IsHandedOnWithAnyOtherModifier) {
+TEST_P(ShortcutTest, IsPassedOnWithAnyOtherModifier) {
   for (const NSUInteger other : {NSShiftKeyMask, NSControlKeyMask, NSAlternateKeyMask, NSAlphaShiftKeyMask,
                                  NSFunctionKeyMask, NSNumericPadKeyMask, NSHelpKeyMask}) {
     EXPECT_THAT(press(string(GetParam().key), kCommand | other),
@@ -70,7 +70,7 @@ TEST_P(ShortcutTest, IsHandedOnWithAnyOtherModifier) {
   }
 }
 
-TEST_P(ShortcutTest, DoesNotLookAtWhichOfTwoKeysWasPressed) {
+TEST_P(ShortcutTest, IgnoresTheDeviceBits) {
   EXPECT_THAT(press(string(GetParam().key), kCommand | 0xFFFF), ElementsAre(toContent(GetParam().command)));
 }
 
@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ShortcutTest,
                                          Shortcut{"x", "cut"}),
                          [](const auto& test) { return test.param.command; });
 
-TEST_F(KeysTest, UndoGoesToTheContentWhoeverHasTheKeyboard) {
+TEST_F(KeysTest, UndoAlwaysGoesToTheContent) {
   [responder forget];
   EXPECT_THAT(press(@"z", kCommand), ElementsAre("EditingView undo"));
   EXPECT_THAT(press(@"Z", kCommand), ElementsAre("EditingView undo"));
@@ -91,34 +91,34 @@ TEST_F(KeysTest, AnotherKeyWithCommandIsDropped) {
   EXPECT_THAT(press(@"aa", kCommand), ElementsAre());
 }
 
-TEST_F(KeysTest, APlainKeyIsHandedOn) {
+TEST_F(KeysTest, APlainKeyIsPassedOn) {
   EXPECT_THAT(press(@"a", 0), ElementsAre("super keyDown a"));
   EXPECT_THAT(press(@"q", 0xFFFF), ElementsAre("super keyDown q"));
 }
 
-TEST_F(KeysTest, AKeyWithoutCharactersIsDroppedWhateverItsModifiers) {
+TEST_F(KeysTest, AKeyWithoutCharactersIsDropped) {
   EXPECT_THAT(press(nil, 0), ElementsAre());
   EXPECT_THAT(press(nil, kCommand), ElementsAre());
 }
 
-TEST_F(KeysTest, CharactersWithoutAUtf8FormAreCharacters) {
+TEST_F(KeysTest, CharactersWithoutUtf8FormAreNotMissing) {
   doubles::fail("UTF8String");
   EXPECT_THAT(press([PoorText textWithString:@"a"], kCommand), ElementsAre());
   EXPECT_THAT(press([PoorText textWithString:@"a"], 0), ElementsAre("super keyDown without a UTF-8 form"));
 }
 
-TEST_F(KeysTest, AKeyThatNobodyTookReachesTheWindow) {
+TEST_F(KeysTest, AnUnusedKeyReachesTheWindow) {
   [window sendEvent:keyPress(@"a", kCommand)];
   EXPECT_THAT(doubles::taken(), ElementsAre(toContent("selectAll")));
 }
 
-TEST_F(KeysTest, TheWindowTakesTheKeyboard) {
+TEST_F(KeysTest, TheWindowAcceptsTheKeyboardFocus) {
   EXPECT_TRUE([window canBecomeKeyWindow]);
   EXPECT_TRUE([window canBecomeMainWindow]);
   EXPECT_TRUE([window acceptsFirstResponder]);
 }
 
-TEST_F(KeysTest, AWindowWithoutATitleBarTakesTheKeyboardToo) {
+TEST_F(KeysTest, ABorderlessWindowAcceptsTheKeyboardFocus) {
   [window setStyleMask:NSBorderlessWindowMask];
   EXPECT_TRUE([window canBecomeKeyWindow]);
   EXPECT_TRUE([window canBecomeMainWindow]);

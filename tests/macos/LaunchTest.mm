@@ -12,7 +12,7 @@ class LaunchTest : public CocoaTest {
   static std::string bundlePath() { return doubles::text([[NSBundle mainBundle] bundlePath]); }
 };
 
-TEST_F(LaunchTest, AsksForEverythingInItsOrder) {
+TEST_F(LaunchTest, MakesTheseCallsInOrder) {
   options().app_name = "Kelvo";
   const Asked asked = launch();
   EXPECT_EQ(asked,
@@ -25,27 +25,27 @@ TEST_F(LaunchTest, AsksForEverythingInItsOrder) {
                    "loadHTMLString " + spinnerHTMLSource + " base " + spinnerHTMLBaseURL, "setTitle Kelvo"}));
 }
 
-TEST_F(LaunchTest, GivesTheWindowAndTheViewTheirSizesAndKeepsTheirOrigins) {
+TEST_F(LaunchTest, SetsTheSizesAndKeepsTheOrigins) {
   const NSPoint before = [window frame].origin;
   launch();
   EXPECT_EQ(doubles::text([window frame]), doubles::text(NSMakeRect(before.x, before.y, 680, 570)));
   EXPECT_EQ(doubles::text([webView frame].size), "680x550");
 }
 
-TEST_F(LaunchTest, PutsTheWebViewIntoTheWindowAndTheKeyboardIntoTheWebView) {
+TEST_F(LaunchTest, GivesTheWebViewTheKeyboardFocus) {
   launch();
   EXPECT_EQ([window contentView], webView);
   EXPECT_EQ([window firstResponder], webView);
 }
 
-TEST_F(LaunchTest, MakesTheDelegateEverybodysDelegate) {
+TEST_F(LaunchTest, SetsTheDelegates) {
   launch();
   EXPECT_EQ([NSApp delegate], delegate);
   EXPECT_EQ([webView frameLoadDelegate], delegate);
   EXPECT_EQ([webView policyDelegate], delegate);
 }
 
-TEST_F(LaunchTest, LeavesTheWindowAsItIsWithoutPreferences) {
+TEST_F(LaunchTest, WithoutPreferencesTheWindowIsUnchanged) {
   doubles::fail("preferences");
   options().app_name = "Kelvo";
   EXPECT_EQ(launch(), Asked{"preferences"});
@@ -53,43 +53,43 @@ TEST_F(LaunchTest, LeavesTheWindowAsItIsWithoutPreferences) {
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(LaunchTest, TakesTheEnterpriseLayoutBackEvenWithoutPreferences) {
+TEST_F(LaunchTest, WithoutPreferencesResizingDoneIsReset) {
   doubles::fail("preferences");
   [delegate setResizingDone:YES];
   launch();
   EXPECT_FALSE([delegate resizingDone]);
 }
 
-TEST_F(LaunchTest, KeepsTheTitleOfTheInterfaceFileWithoutAProductName) {
+TEST_F(LaunchTest, KeepsTheTitleWithoutAProductName) {
   EXPECT_THAT(launch(), Not(Contains(testing::HasSubstr("setTitle"))));
   EXPECT_EQ(doubles::text([window title]), "From the interface file");
 }
 
-TEST_F(LaunchTest, TitlesTheWindowInEveryScript) {
+TEST_F(LaunchTest, SetsTitlesInEveryScript) {
   options().app_name = "K\xC3\xA9lvo \xE7\x99\xBB\xE5\xBD\x95";
   launch();
   EXPECT_EQ(doubles::text([window title]), options().app_name);
 }
 
-TEST_F(LaunchTest, KeepsTheTitleWhenTheProductNameIsNoText) {
+TEST_F(LaunchTest, KeepsTheTitleForAnInvalidProductName) {
   options().app_name = "Kelvo\xFF";
   launch();
   EXPECT_EQ(doubles::text([window title]), "From the interface file");
 }
 
-TEST_F(LaunchTest, NamesTheSpinnerPageASiblingOfTheBundle) {
+TEST_F(LaunchTest, PlacesTheSpinnerPageBesideTheBundle) {
   launch();
   EXPECT_EQ(spinnerHTMLBaseURL, "file://" + bundlePath() + "spinner_html.html");
 }
 
-TEST_F(LaunchTest, LeavesTheStyleOfTheWindowAlone) {
+TEST_F(LaunchTest, KeepsTheStyleOfTheWindow) {
   const NSUInteger before = [window styleMask];
   launch();
   EXPECT_EQ([window styleMask], before);
   EXPECT_FALSE([[window standardWindowButton:NSWindowZoomButton] isEnabled]);
 }
 
-TEST_F(LaunchTest, AFrameThatBeginsToLoadMeansNothing) {
+TEST_F(LaunchTest, AStartedProvisionalLoadIsIgnored) {
   signIn();
   [delegate webView:webView didStartProvisionalLoadForFrame:mainFrame()];
   EXPECT_EQ(doubles::taken(), Asked{});

@@ -10,11 +10,11 @@ namespace {
 using testing::Contains;
 using testing::HasSubstr;
 
-// What every finished main frame is asked for before anything is decided.
-const Asked kLook = {"setAllowsScrolling NO", "dataSource", "request"};
+// The calls for every finished main frame, before the decision.
+const Asked kAddressCalls = {"setAllowsScrolling NO", "dataSource", "request"};
 
-Asked lookAnd(const Asked& rest) {
-  Asked all = kLook;
+Asked addressCallsAnd(const Asked& rest) {
+  Asked all = kAddressCalls;
   all.insert(all.end(), rest.begin(), rest.end());
   return all;
 }
@@ -23,13 +23,13 @@ class NavigationTest : public CocoaTest {};
 
 TEST_F(NavigationTest, TheFinishedSpinnerPageStartsTheSignIn) {
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest cb:/Host/Login"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest cb:/Host/Login"}));
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(NavigationTest, TheSpinnerPageShownAgainRestartsTheSignIn) {
+TEST_F(NavigationTest, AReloadedSpinnerPageRestartsTheSignIn) {
   signIn();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest cb:/Host/Login"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest cb:/Host/Login"}));
 }
 
 struct Missing {
@@ -44,7 +44,7 @@ class MissingOptionTest : public NavigationTest, public testing::WithParamInterf
 TEST_P(MissingOptionTest, EndsTheRunWith255) {
   options().*GetParam().field = "";
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"terminate"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"terminate"}));
   EXPECT_EQ(message(), "<errorNo><error>255</error></errorNo>");
 }
 
@@ -54,26 +54,26 @@ INSTANTIATE_TEST_SUITE_P(Each, MissingOptionTest,
                                          Missing{"redirectType3URL", &CommandLine::redirect_type3_url}),
                          [](const auto& test) { return test.param.option; });
 
-TEST_F(NavigationTest, AnOrdinaryPageOnlyLosesItsScrollBars) {
+TEST_F(NavigationTest, AnOrdinaryPageOnlyDisablesScrolling) {
   signIn();
-  EXPECT_EQ(finish("cb:/host/password"), kLook);
+  EXPECT_EQ(finish("cb:/host/password"), kAddressCalls);
   EXPECT_EQ(message(), "");
 }
 
-TEST_F(NavigationTest, ARedirectPageEndsTheRunWithItsWholeAddress) {
+TEST_F(NavigationTest, ARedirectPageReportsItsWholeAddress) {
   signIn();
-  EXPECT_EQ(finish("cb:/done?code=1&s=2"), lookAnd({"terminate"}));
+  EXPECT_EQ(finish("cb:/done?code=1&s=2"), addressCallsAnd({"terminate"}));
   EXPECT_EQ(message(), "<result><URL>cb:/done?code=1&amp;s=2</URL></result>");
 }
 
-TEST_F(NavigationTest, TheRedirectAddressIsComparedAsItWasLowered) {
+TEST_F(NavigationTest, TheRedirectAddressIsComparedInLowerCase) {
   options().redirect_url = options().ToLowerCase("cb:/Done");
   signIn();
-  EXPECT_EQ(finish("cb:/Done?code=1"), kLook);
-  EXPECT_EQ(finish("cb:/done?code=1"), lookAnd({"terminate"}));
+  EXPECT_EQ(finish("cb:/Done?code=1"), kAddressCalls);
+  EXPECT_EQ(finish("cb:/done?code=1"), addressCallsAnd({"terminate"}));
 }
 
-TEST_F(NavigationTest, ASubFrameNeverCounts) {
+TEST_F(NavigationTest, ASubFrameIsIgnored) {
   signIn();
   WebFrame* const frame = [[WebFrame alloc] initWithWebView:webView];
   [frame showRequest:requestFor("cb:/done?code=1")];
@@ -83,10 +83,10 @@ TEST_F(NavigationTest, ASubFrameNeverCounts) {
   [frame release];
 }
 
-TEST_F(NavigationTest, AResultThatNobodyReadsStillEndsTheRun) {
+TEST_F(NavigationTest, AnUnreadResultEndsTheRun) {
   options().pipe_name = "/nonexistent/pipe";
   signIn();
-  EXPECT_EQ(finish("cb:/done"), lookAnd({"terminate"}));
+  EXPECT_EQ(finish("cb:/done"), addressCallsAnd({"terminate"}));
 }
 
 TEST_F(NavigationTest, NothingFollowsTheMessageOfTheRun) {
@@ -105,7 +105,7 @@ TEST_P(NoAddressTest, APageWithoutAnAddressIsIgnored) {
   NSURL* const address = [[[PoorURL alloc] initWithString:@"cb:/done"] autorelease];
   const Asked asked = finish([NSURLRequest requestWithURL:address]);
   EXPECT_EQ(asked.front(), "setAllowsScrolling NO");
-  EXPECT_EQ(Asked(kLook.begin(), kLook.begin() + static_cast<std::ptrdiff_t>(asked.size())), asked);
+  EXPECT_EQ(Asked(kAddressCalls.begin(), kAddressCalls.begin() + static_cast<std::ptrdiff_t>(asked.size())), asked);
   EXPECT_EQ(message(), "");
 }
 
@@ -114,22 +114,22 @@ INSTANTIATE_TEST_SUITE_P(Each, NoAddressTest, testing::Values("dataSource", "req
 
 TEST_F(NavigationTest, ARequestWithoutAnAddressIsIgnored) {
   signIn();
-  EXPECT_EQ(finish([[[NSURLRequest alloc] init] autorelease]), kLook);
+  EXPECT_EQ(finish([[[NSURLRequest alloc] init] autorelease]), kAddressCalls);
 }
 
-TEST_F(NavigationTest, AnAddressThatIsNoneIsLoadedAsARequestWithoutOne) {
+TEST_F(NavigationTest, AnInvalidAddressIsLoadedAsNil) {
   options().zel_url = "no address at all";
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest nil"}));
 }
 
-TEST_F(NavigationTest, AnAddressThatIsNoTextIsLoadedAsARequestWithoutOne) {
+TEST_F(NavigationTest, AnAddressWithoutUtf8IsLoadedAsNil) {
   options().zel_url = "cb:/\xFF";
   launch();
-  EXPECT_EQ(finish(spinnerHTMLBaseURL), lookAnd({"loadRequest nil"}));
+  EXPECT_EQ(finish(spinnerHTMLBaseURL), addressCallsAnd({"loadRequest nil"}));
 }
 
-TEST_F(NavigationTest, ARequestForAWindowGoesToTheBrowserAndThePageStays) {
+TEST_F(NavigationTest, ANewWindowOpensInTheBrowser) {
   signIn();
   [delegate webView:webView
       decidePolicyForNewWindowAction:[NSDictionary dictionary]
@@ -139,7 +139,7 @@ TEST_F(NavigationTest, ARequestForAWindowGoesToTheBrowserAndThePageStays) {
   EXPECT_EQ(doubles::taken(), (Asked{"ignore", "openURL http://host/help?a=1&b=2"}));
 }
 
-TEST_F(NavigationTest, ARequestForAWindowIsHandedOverAsItIs) {
+TEST_F(NavigationTest, ANewWindowsUrlIsPassedOnUnchanged) {
   signIn();
   NSURL* const address = [[[PoorURL alloc] initWithString:@"http://host/help"] autorelease];
   doubles::fail("absoluteString");
@@ -151,7 +151,7 @@ TEST_F(NavigationTest, ARequestForAWindowIsHandedOverAsItIs) {
   EXPECT_EQ(doubles::lastOpened(), address);
 }
 
-TEST_F(NavigationTest, ARequestForAWindowWithoutAnAddressIsRefusedAllTheSame) {
+TEST_F(NavigationTest, ANewWindowWithoutAddressIsIgnored) {
   signIn();
   [delegate webView:webView
       decidePolicyForNewWindowAction:nil

@@ -1,4 +1,4 @@
-// The whole program, from its entry point to its end, with a web view that loads what nobody serves.
+// The whole program, with a double of the web view.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ namespace {
 
 class RunTest : public testing::Test {
  protected:
-  // Starts the program and waits for its end; the answer is its message.
+  // Starts the program and waits for its end. Returns its message.
   std::string run(const std::vector<std::string>& options) {
     tools::ChildProcess::Setup setup;
     setup.command = {SVO_PROGRAM, "--pipeName=" + pipe.path().string()};
@@ -42,7 +42,7 @@ TEST_F(RunTest, ASignInEndsWithItsAddress) {
   EXPECT_EQ(run(signInAt("then:/cb:/done?code=1&s=2")), "<result><URL>cb:/done?code=1&amp;s=2</URL></result>");
 }
 
-TEST_F(RunTest, AnEnterpriseSignInIsFollowedToItsAddress) {
+TEST_F(RunTest, AnEnterpriseSignInIsFollowed) {
   EXPECT_EQ(run(signInAt("then:/t3:/start?redirect_uri=then:/cb:/done?code=1")),
             "<result><URL>cb:/done?code=1</URL></result>");
 }
@@ -61,12 +61,12 @@ TEST_F(RunTest, QuittingClosesTheWindow) {
   EXPECT_EQ(run(signInAt("quit:/")), "<errorNo><error>1</error></errorNo>");
 }
 
-TEST_F(RunTest, AProcessWithoutArgumentsMissesItsOptions) {
+TEST_F(RunTest, WithoutArgumentsTheOptionsAreMissing) {
   arguments = "none";
   EXPECT_EQ(run(signInAt("then:/cb:/done")), "");
 }
 
-TEST_F(RunTest, NoMemoryForTheArgumentsEndsTheRunBeforeAnythingIsSaid) {
+TEST_F(RunTest, NoMemoryForTheArgumentsEndsTheRun) {
   arguments = "endless";
   EXPECT_EQ(run(signInAt("then:/cb:/done")), "");
 }
@@ -75,7 +75,7 @@ TEST_F(RunTest, MissingOptionsEndWith255) {
   EXPECT_EQ(run({}), "<errorNo><error>255</error></errorNo>");
 }
 
-TEST_F(RunTest, TheLogTellsTheBuildAndTheLevel) {
+TEST_F(RunTest, TheLogNamesBuildAndLevel) {
   run({});
   EXPECT_THAT(endtoend::logMessages(),
               testing::ElementsAre("Build Version - 9.0.0.121", "Logging Level verbosity Set  to 4"));

@@ -9,7 +9,7 @@ namespace {
 
 class SpinnerAddressTest : public CocoaTest {
  protected:
-  // What the flow is told when the web view has finished the page of this path.
+  // The address that the flow gets when the page at this path has finished.
   std::optional<std::string> reported(const std::string& path) {
     bridge.loadHTML("<html></html>", path);
     return bridge.addressOf([NSURL fileURLWithPath:string(path)]);
@@ -18,12 +18,12 @@ class SpinnerAddressTest : public CocoaTest {
   CocoaSignInWindow bridge{delegate};
 };
 
-TEST_F(SpinnerAddressTest, EscapesBlanks) {
+TEST_F(SpinnerAddressTest, EscapesSpaces) {
   EXPECT_EQ(reported("/Applications/My Kelvo.appspinner_html.html"), spinnerHTMLBaseURL);
   EXPECT_EQ(spinnerHTMLBaseURL, "file:///Applications/My%20Kelvo.appspinner_html.html");
 }
 
-TEST_F(SpinnerAddressTest, IsReportedForEveryLetterOfAPath) {
+TEST_F(SpinnerAddressTest, IsReportedForEveryCharacterOfAPath) {
   for (char letter = 1; letter > 0; ++letter) {
     const std::string path = std::string("/folder") + letter + "name/spinner";
     EXPECT_EQ(reported(path), spinnerHTMLBaseURL) << static_cast<int>(letter);
@@ -31,7 +31,7 @@ TEST_F(SpinnerAddressTest, IsReportedForEveryLetterOfAPath) {
   }
 }
 
-TEST_F(SpinnerAddressTest, IsReportedForLettersBeyondAscii) {
+TEST_F(SpinnerAddressTest, IsReportedForNonAsciiCharacters) {
   for (const char* const letter : {"\xC3\xA9", "e\xCC\x81", "\xE7\x99\xBB", "\xF0\x9F\x94\x91"}) {
     EXPECT_EQ(reported(std::string("/") + letter + "/spinner"), spinnerHTMLBaseURL) << letter;
   }
@@ -42,14 +42,14 @@ TEST_F(SpinnerAddressTest, IsReportedForAFolder) {
   EXPECT_EQ(spinnerHTMLBaseURL, "file:///usr");
 }
 
-// The two forms that the platform has for a path differ, and both must be known.
-TEST_F(SpinnerAddressTest, IsTheStringsOwnFormWhereTheUrlsDiffers) {
+// Foundation has two forms for a path that differ.
+TEST_F(SpinnerAddressTest, IsTheStringsFormIfTheUrlsDiffers) {
   EXPECT_EQ(reported("/a;b?c"), "file:///a;b?c");
   EXPECT_EQ(bridge.addressOf([NSURL URLWithString:@"file:///a;b?c"]), "file:///a;b?c");
   EXPECT_EQ(bridge.addressOf([NSURL URLWithString:@"file:///a%3Bb%3Fc"]), "file:///a;b?c");
 }
 
-TEST_F(SpinnerAddressTest, IsNoOtherPages) {
+TEST_F(SpinnerAddressTest, DiffersFromOtherPages) {
   bridge.loadHTML("<html></html>", "/a b");
   for (const char* const address : {"file:///a%20b#top", "file:///a%20b?x", "file:///a", "http://host/a%20b"}) {
     EXPECT_EQ(bridge.addressOf([NSURL URLWithString:string(address)]), address);

@@ -16,7 +16,7 @@ class DesktopTest : public endtoend::EndToEndTest {
  protected:
   void startAndWaitForThePage() {
     start();
-    untilAsked("/signin");
+    untilRequested("/signin");
   }
 };
 

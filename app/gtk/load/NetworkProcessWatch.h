@@ -1,8 +1,7 @@
 // Reports the end of WebKit's network process. WebKitGTK has no signal for it.
 //
 // - The process holds the cookies and passwords of the run. WebKit replaces an ended one by a new one without them, so
-// a
-//   sign-in in progress can no longer succeed.
+//   a sign-in in progress can no longer succeed.
 // - Needs Linux 5.3 (pidfd_open) and the children files of /proc; otherwise nothing is reported.
 // - Main thread.
 

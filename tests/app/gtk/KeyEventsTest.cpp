@@ -10,14 +10,13 @@
 
 namespace {
 
-// Keys of an Xvfb of the test's own, which has a Latin layout first and a Cyrillic one second.
+// Uses a virtual display with a Latin and a Cyrillic layout.
 class KeyEventsTest : public testing::Test {
  protected:
   KeyEventsTest() {
     EXPECT_EQ(support::run("setxkbmap -display " + screen.name() + " us,ru").status, 0);
     display_ = gdk_display_open(screen.name().c_str());
-    (void)placeOf(
-        GDK_KEY_c);  // GDK reads the modifiers' meanings when it first looks up a key, as it does for every event
+    (void)hardwareKeyOf(GDK_KEY_c);  // GDK initializes its modifier map at the first lookup of a key
   }
   ~KeyEventsTest() override { gdk_display_close(display_); }
 
@@ -31,8 +30,8 @@ class KeyEventsTest : public testing::Test {
     return event;
   }
 
-  // The place on the keyboard that writes a key of the first layout.
-  guint16 placeOf(guint value) const {
+  // The hardware key code of a key of the first layout.
+  guint16 hardwareKeyOf(guint value) const {
     GdkKeymapKey* places = nullptr;
     gint count = 0;
     gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(display_), value, &places, &count);
@@ -52,19 +51,19 @@ TEST_F(KeyEventsTest, ALetterIsItself) {
   EXPECT_EQ(charactersOf(key(GDK_KEY_C, GDK_SHIFT_MASK)), "C");
 }
 
-TEST_F(KeyEventsTest, ALetterOfAnotherScriptIsTheLatinOneOfItsPlace) {
-  EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es, 0, placeOf(GDK_KEY_c))), "c");
+TEST_F(KeyEventsTest, AForeignLetterHasItsKeysLatinLetter) {
+  EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es, 0, hardwareKeyOf(GDK_KEY_c))), "c");
 }
 
-TEST_F(KeyEventsTest, ALetterOfAnotherScriptWithoutAPlaceIsItself) {
+TEST_F(KeyEventsTest, AForeignLetterWithoutAKeyIsItself) {
   EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es)), "с");
 }
 
-TEST_F(KeyEventsTest, AKeyThatWritesNothingHasNoCharacters) {
+TEST_F(KeyEventsTest, AModifierKeyHasNoCharacters) {
   EXPECT_EQ(charactersOf(key(GDK_KEY_Shift_L)), std::nullopt);
 }
 
-TEST_F(KeyEventsTest, AFunctionKeyHasCharactersThatNoShortcutHas) {
+TEST_F(KeyEventsTest, AFunctionKeyHasEmptyCharacters) {
   EXPECT_EQ(charactersOf(key(GDK_KEY_F5)), "");
   EXPECT_EQ(charactersOf(key(GDK_KEY_Left)), "");
 }
@@ -82,11 +81,11 @@ TEST_F(KeyEventsTest, EachModifierIsItsOwnBit) {
   EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_MOD4_MASK)), kKeyControl);
 }
 
-TEST_F(KeyEventsTest, NumLockAndTheMouseButtonsDoNotCount) {
+TEST_F(KeyEventsTest, NumLockAndMouseButtonsAreIgnored) {
   EXPECT_EQ(modifiersOf(key(GDK_KEY_c, GDK_CONTROL_MASK | GDK_MOD2_MASK | GDK_BUTTON1_MASK)), kKeyCommand);
 }
 
-TEST_F(KeyEventsTest, KeypadAndFunctionKeysSayWhatTheyAre) {
+TEST_F(KeyEventsTest, KeypadAndFunctionKeysHaveTheirBits) {
   EXPECT_EQ(modifiersOf(key(GDK_KEY_KP_1)), kKeyNumericPad);
   EXPECT_EQ(modifiersOf(key(GDK_KEY_KP_Add)), kKeyNumericPad);
   EXPECT_EQ(modifiersOf(key(GDK_KEY_Left)), kKeyFunction);
@@ -94,14 +93,15 @@ TEST_F(KeyEventsTest, KeypadAndFunctionKeysSayWhatTheyAre) {
   EXPECT_EQ(modifiersOf(key(GDK_KEY_F12)), kKeyFunction);
 }
 
-TEST_F(KeyEventsTest, TheWindowsOwnKeysAreKnownOnEveryLayout) {
+TEST_F(KeyEventsTest, WindowCommandsWorkOnEveryLayout) {
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_w, GDK_CONTROL_MASK)), WindowCommand::kClose);
-  EXPECT_EQ(windowCommandOf(key(GDK_KEY_Cyrillic_tse, GDK_CONTROL_MASK, placeOf(GDK_KEY_w))), WindowCommand::kClose);
+  EXPECT_EQ(windowCommandOf(key(GDK_KEY_Cyrillic_tse, GDK_CONTROL_MASK, hardwareKeyOf(GDK_KEY_w))),
+            WindowCommand::kClose);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_W, GDK_CONTROL_MASK | GDK_LOCK_MASK)), WindowCommand::kClose);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_F4, GDK_MOD1_MASK)), WindowCommand::kClose);
 }
 
-TEST_F(KeyEventsTest, ZoomIsOnTheKeypadToo) {
+TEST_F(KeyEventsTest, ZoomWorksOnTheKeypad) {
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_plus, GDK_CONTROL_MASK | GDK_SHIFT_MASK)), WindowCommand::kZoomIn);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_equal, GDK_CONTROL_MASK)), WindowCommand::kZoomIn);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_KP_Add, GDK_CONTROL_MASK)), WindowCommand::kZoomIn);
@@ -109,7 +109,7 @@ TEST_F(KeyEventsTest, ZoomIsOnTheKeypadToo) {
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_KP_0, GDK_CONTROL_MASK | GDK_MOD2_MASK)), WindowCommand::kZoomReset);
 }
 
-TEST_F(KeyEventsTest, WithAnotherModifierAKeyIsNotTheWindows) {
+TEST_F(KeyEventsTest, OtherModifiersMakeNoWindowCommand) {
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_w)), std::nullopt);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_w, GDK_CONTROL_MASK | GDK_SHIFT_MASK)), std::nullopt);
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_w, GDK_CONTROL_MASK | GDK_MOD1_MASK)), std::nullopt);

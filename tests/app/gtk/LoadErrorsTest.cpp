@@ -13,7 +13,7 @@ struct Case {
 
 class LoadErrors : public testing::TestWithParam<Case> {};
 
-TEST_P(LoadErrors, HaveTheCodeOfTheCocoaUrlLoadingSystem) {
+TEST_P(LoadErrors, HaveCocoaErrorCodes) {
   EXPECT_EQ(cocoaErrorCode(GetParam().error, GetParam().address), GetParam().code);
 }
 
@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"AnotherDomain", {"some-error-quark", 5}, kPage, -1}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
 
-TEST(LoadErrorDomain, HasOneNumberThatIsNotNegative) {
+TEST(LoadErrorDomain, HasOneNonNegativeNumber) {
   EXPECT_EQ(domainNumber("g-io-error-quark"), domainNumber("g-io-error-quark"));
   EXPECT_GE(domainNumber("g-io-error-quark"), 0);
   EXPECT_GE(domainNumber(""), 0);

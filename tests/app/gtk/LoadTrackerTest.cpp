@@ -37,7 +37,7 @@ TEST_F(LoadTrackerTest, TimesOutForAnAwaitedPageWithoutAddress) {
   EXPECT_EQ(outcomes.all, (Outcomes{"failed-provisional - -1001"}));
 }
 
-TEST_F(LoadTrackerTest, StopsTheTimerDuringAPromptForAwaitedPage) {
+TEST_F(LoadTrackerTest, StopsTheAwaitedPagesTimerDuringAPrompt) {
   loadSpinnerPage();
   handle(Kind::kPromptShown);
   EXPECT_FALSE(timer.runs);

@@ -1,4 +1,4 @@
-// Records the load events of one address, as the sign-in window gets them. LoadTrackerTest replays such traces.
+// Records the load events of one address, as the sign-in window gets them. TraceTest replays such traces.
 //
 //   record-trace ADDRESS [SECONDS]
 //

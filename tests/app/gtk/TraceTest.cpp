@@ -160,7 +160,7 @@ TEST_F(TraceTest, AnAddressWithoutARequestTimesOut) {
   EXPECT_EQ(replayUntilTimeout("script-address"), (Outcomes{"failed-provisional javascript:1 -1001"}));
 }
 
-TEST_F(TraceTest, AnEmptyRedirectOfTheAwaitedPageTimesOut) {
+TEST_F(TraceTest, AnAwaitedPagesEmptyRedirectTimesOut) {
   loadSpinnerPage();
   EXPECT_EQ(replay("empty-redirect"), (Outcomes{"failed-provisional http://site/empty -999"}));
   ASSERT_TRUE(timer.runs);
@@ -174,7 +174,7 @@ TEST_F(TraceTest, ALoadedPageIsNoLongerAwaited) {
   EXPECT_FALSE(timer.runs);
 }
 
-TEST_F(TraceTest, AFailureAfterTheAwaitedPageStopsTheTimer) {
+TEST_F(TraceTest, AFailureAfterAnAwaitedPageCancelsTimer) {
   loadSpinnerPage();
   replay("ordinary");
   replay("empty-redirect");
@@ -193,7 +193,7 @@ TEST_F(TraceTest, AnHttpErrorPageFinishes) {
   EXPECT_EQ(replay("not-found"), (Outcomes{"finished http://site/nope"}));
 }
 
-TEST_F(TraceTest, ASubFrameDoesNotFinishTheMainFrame) {
+TEST_F(TraceTest, SubFramesDoNotFinishTheMainFrame) {
   EXPECT_EQ(replay("frame"), (Outcomes{"finished http://site/frame"}));
   EXPECT_FALSE(timer.runs);
 }
@@ -203,7 +203,7 @@ TEST_F(TraceTest, AFailedSubFrameIsAFailure) {
             (Outcomes{"failed-provisional http://no.such.host.invalid/ -1003", "finished http://site/frame-unknown"}));
 }
 
-TEST_F(TraceTest, ARedirectedSubFrameFailsUnderItsLastAddress) {
+TEST_F(TraceTest, ARedirectedFrameFailsUnderItsLastAddress) {
   EXPECT_EQ(replay("redirected-frame"), (Outcomes{"failed-provisional http://no.such.host.invalid/ -1003",
                                                   "finished http://site/frame-redirected"}));
 }
@@ -225,7 +225,7 @@ TEST_F(TraceTest, ANavigatingSubFrameIsTrackedAgain) {
   EXPECT_FALSE(timer.runs);
 }
 
-TEST_F(TraceTest, ASubFrameRedirectedToARestrictedPortFails) {
+TEST_F(TraceTest, AFrameRedirectedToARestrictedPortFails) {
   EXPECT_EQ(replay("frame-redirected-to-restricted-port").front(), "failed-provisional http://site/go-refused 103");
 }
 

@@ -1,4 +1,4 @@
-// One way in which a sign-in may go, and what the launcher has to be told in the end.
+// The scenarios of the demo, and the launcher's expected result of each.
 
 #pragma once
 
@@ -11,14 +11,14 @@ namespace tools {
 
 struct Scene {
   std::string word;
-  std::string forPeople;  // what a person is asked to do
+  std::string instruction;  // the instruction for the user
   bool siteAnswers;
   void (*act)(Hand&);
-  int code;  // of the launcher's answer
+  int code;  // of the launcher's result
 };
 
-// The scenes that `word` stands for; none for an unknown word. A screen that nobody sees may show more of them: without
-// a word a person signs in once, while the hand shows the enterprise sign-in too.
+// Returns the scenes of the argument `word`; none for an unknown argument. Without an argument a user signs in once;
+// the automated input also shows the enterprise sign-in.
 std::vector<Scene> scenesFor(const std::string& word, bool byHand);
 
 }  // namespace tools

@@ -35,7 +35,7 @@ bool Stage::play(const Scene& scene) {
   const std::string signInAddress = scene.siteAnswers ? site.signInAddress() : nobody.address("/signin");
 
   if (!byHand()) {
-    std::cout << scene.forPeople << std::endl;
+    std::cout << scene.instruction << std::endl;
     const ChildProcess launcher(launch(site, signInAddress));
     return waitUntil([&] { return launcher.ended(); }, 1h);
   }

@@ -1,4 +1,4 @@
-// Where a scene is played: the site, the launcher and the sign-in window, on a person's display or before the hand.
+// Runs a scene: the site, the launcher and the sign-in window, on the user's display or on a virtual one.
 
 #pragma once
 
@@ -13,14 +13,14 @@ namespace tools {
 
 class Stage {
  public:
-  // `build` is the folder that the programs were built in, `window` the sign-in window's program. Without a display of
-  // its own it makes one, and the hand acts; the hand's pictures lie in "demo" under that folder.
+  // `build` is the build folder, `window` the sign-in window's program. Without a display it creates a virtual one and
+  // uses automated input, whose screenshots are in "demo" in the build folder.
   Stage(std::string build, std::string window);
 
   bool byHand() const { return display_ != nullptr; }
 
-  // Returns whether the launcher got the scene's answer; a person may give any. Throws std::runtime_error when
-  // something does not come that the hand waits for.
+  // Returns whether the launcher got the scene's result; with a user, any result. Throws std::runtime_error if the
+  // automated input waits for something in vain.
   bool play(const Scene& scene);
 
  private:

@@ -1,10 +1,11 @@
-// Shows the main job from end to end: the example site, the launcher, the sign-in window, an answer.
+// Demonstrates a sign-in with the example site, the launcher and the sign-in window.
 //
 //   demo BUILD_FOLDER [sign-in|enterprise|fail|close]
 //
-// On a display a person does the rest. Without one an automated hand acts like a person, and its pictures lie in
-// BUILD_FOLDER/demo. The window is the one in BUILD_FOLDER, or the program that the variable SVO_SIGNIN names. Exits
-// with 0 when the launcher got the answer that belongs to the word.
+// - With a display the user signs in. Without one, automated input signs in on a virtual display and saves screenshots
+//   in BUILD_FOLDER/demo.
+// - The sign-in window is the program in BUILD_FOLDER, or the one named by the variable SVO_SIGNIN.
+// - Exits with 0 if the launcher got the expected result.
 
 #include <cstdlib>
 #include <exception>

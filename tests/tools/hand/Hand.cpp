@@ -13,11 +13,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kPatience = 30s;
+constexpr auto kTimeout = 30s;
 constexpr unsigned kSpinnerBlue = 0x008bd9;
 
 void waitFor(const std::string& what, const std::function<bool()>& condition) {
-  if (!waitUntil(condition, kPatience)) throw std::runtime_error("waited in vain for " + what);
+  if (!waitUntil(condition, kTimeout)) throw std::runtime_error("timed out waiting for " + what);
 }
 
 }  // namespace
@@ -54,7 +54,7 @@ void Hand::fillInTheForm(const Area& button) {
   screen_.type("ada");
   screen_.press(XK_Tab);
   screen_.type("Correct-Horse-7");
-  // A page takes keys one after another while a click overtakes them: it has to wait for the last of them to show.
+  // A click may be handled before earlier keys: wait until the page shows the last key.
   screen_.press(XK_Tab);
   look(kFocusRing, "the focus on the button");
 }

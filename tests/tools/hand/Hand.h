@@ -1,4 +1,4 @@
-// An automated hand before a screen: it signs in, or closes the window, and takes pictures on the way.
+// Automated input: signs in or closes the window, and takes screenshots.
 
 #pragma once
 
@@ -10,14 +10,14 @@
 
 namespace tools {
 
-// Every step waits for what a person would wait for and throws std::runtime_error when it does not come.
+// Each step waits until the screen shows what it needs, and throws std::runtime_error after a timeout.
 class Hand {
  public:
-  // Pictures go into the folder `album`.
+  // Screenshots are saved in the folder `album`.
   Hand(SignInSite& site, const std::string& display, std::string album)
       : site_(site), screen_(display), album_(std::move(album)) {}
 
-  // The spinner shows until the site answers: the site has to hold "/signin" back, and is told to go on here.
+  // Waits for the spinner, then releases "/signin", which the site must hold.
   void watchTheSpinner();
 
   void signIn();

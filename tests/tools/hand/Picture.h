@@ -1,4 +1,4 @@
-// A part of the screen as it was at one moment.
+// A screenshot of a part of the screen.
 
 #pragma once
 
@@ -18,7 +18,7 @@ struct Area {
 
 class Picture {
  public:
-  // `pixels` row by row, red, green, blue, a byte each.
+  // `pixels`: row by row, one byte each for red, green and blue.
   Picture(int width, int height, std::vector<std::uint8_t> pixels);
 
   int width() const { return width_; }
@@ -27,10 +27,10 @@ class Picture {
   //   0xRRGGBB
   unsigned colourAt(int x, int y) const;
 
-  // The smallest area that holds every pixel of exactly this colour, when there are at least `pixels` of them.
+  // Returns the smallest area with every pixel of exactly this color, if there are at least `pixels` of them.
   std::optional<Area> find(unsigned colour, int pixels = 50) const;
 
-  // Throws std::runtime_error when the file cannot be written.
+  // Throws std::runtime_error if the file cannot be written.
   void savePng(const std::string& path) const;
 
  private:

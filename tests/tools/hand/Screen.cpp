@@ -18,7 +18,7 @@
 namespace tools {
 namespace {
 
-constexpr long kLongestProperty = 1 << 20;  // in units of four bytes: room for the largest icon
+constexpr long kMaxPropertyLength = 1 << 20;  // in units of four bytes: room for the largest icon
 
 int ignoreError(Display*, XErrorEvent*) {
   return 0;
@@ -34,7 +34,7 @@ std::uint8_t channel(unsigned long pixel, unsigned shift) {
 
 }  // namespace
 
-// Events that Xlib has read already do not show on the connection any more: `prepare` looks at both.
+// Events that Xlib has already read are no longer on the connection: `prepare` checks both.
 struct Screen::EventSource {
   GSource base;
   Screen* screen;
@@ -93,11 +93,11 @@ std::vector<unsigned char> Screen::property(Window window, const char* name) con
   unsigned long count = 0, rest = 0;
   unsigned char* data = nullptr;
   const Atom atom = XInternAtom(display_.get(), name, False);
-  if (XGetWindowProperty(display_.get(), window, atom, 0, kLongestProperty, False, AnyPropertyType, &type, &format,
+  if (XGetWindowProperty(display_.get(), window, atom, 0, kMaxPropertyLength, False, AnyPropertyType, &type, &format,
                          &count, &rest, &data) != Success) {
     return {};
   }
-  // Xlib hands out 32-bit values as longs.
+  // Xlib returns 32-bit values as longs.
   const std::size_t size = count * (format == 32 ? sizeof(long) : static_cast<std::size_t>(format / 8));
   std::vector<unsigned char> result(data, data + size);
   XFree(data);
@@ -145,7 +145,7 @@ std::optional<ScreenWindow> Screen::describe(Window window) const {
                       {x, y, attributes.width, attributes.height}};
 }
 
-// A window manager puts each window into one of its own.
+// A window manager reparents each window.
 void Screen::addWindowsBelow(Window window, std::vector<ScreenWindow>& found) const {
   Window root = 0, parent = 0, *children = nullptr;
   unsigned count = 0;
@@ -222,7 +222,7 @@ void Screen::click(int x, int y) {
   XFlush(display_.get());
 }
 
-// In one piece: two clicks between which the hand is kept waiting are two clicks.
+// In one request: with a delay in between it would be two single clicks.
 void Screen::doubleClick(int x, int y) {
   XTestFakeMotionEvent(display_.get(), -1, x, y, CurrentTime);
   for (const Bool down : {True, False, True, False})
@@ -245,7 +245,7 @@ void Screen::turnWheel(int clicks) {
   XFlush(display_.get());
 }
 
-// Each new key gets a code of its own: programs look a code up late, when it may mean something else already.
+// Each added key gets its own code: programs look up a code late, when a reused one has another meaning.
 KeyCode Screen::codeOf(KeySymbol key) {
   if (const KeyCode code = XKeysymToKeycode(display_.get(), key); code != 0) return code;
   if (const auto added = addedKeys_.find(key); added != addedKeys_.end()) return added->second;

@@ -1,7 +1,8 @@
-// The eye and the hand of somebody who sits before an X screen: looks at windows, types and clicks.
+// Reads an X screen and simulates keyboard and mouse input.
 //
-// Whatever happens on the screen, a window that comes or a spot that is painted anew, is an event of the default main
-// context, so that waitUntil() can wait for it. A window that vanishes between two questions answers like none.
+// - Changes on the screen, such as a new window or a repainted area, are events of the default main context, so that
+//   waitUntil() can wait for them.
+// - A window that is destroyed between two calls is treated as missing.
 
 #pragma once
 
@@ -17,7 +18,7 @@
 
 #include "tests/tools/hand/Picture.h"
 
-struct _XDisplay;  // Xlib's own header defines words like None and Bool, which nobody else bears
+struct _XDisplay;  // Xlib's header defines macros such as None and Bool
 
 namespace tools {
 
@@ -28,32 +29,32 @@ struct ScreenWindow {
   WindowId id = 0;
   pid_t pid = 0;
   std::string title;
-  Area frame;  // on the screen, without the border that a window manager draws around it
+  Area frame;  // on the screen, without the window manager's border
 };
 
-// What a window manager is told about the sizes that a window may have.
+// The size hints of a window.
 struct SizeLimits {
   int minWidth = 0;
   int minHeight = 0;
-  bool fixed = false;  // the greatest size is the least
+  bool fixed = false;  // the maximum size is the minimum size
 };
 
 class Screen {
  public:
-  // Throws std::runtime_error when there is no such display.
+  // Throws std::runtime_error if the display does not exist.
   explicit Screen(const std::string& display);
   ~Screen();
 
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  // The windows that are shown and say which process they belong to, with or without a window manager's border.
+  // The visible windows that name their process.
   std::vector<ScreenWindow> windows() const;
   std::optional<ScreenWindow> windowOf(pid_t pid) const;
   SizeLimits sizeLimitsOf(WindowId window) const;
 
-  // A property as other programs read it; empty when the window has none of that name. What concerns the whole screen
-  // stands at its root.
+  // Reads a property as other programs do; empty if the window does not have it. Properties of the whole screen are at
+  // its root.
   //   numbersOf(screen.root(), "_NET_ACTIVE_WINDOW")  => {0x400003}
   //   textOf(window, "WM_CLASS")                      => "name\0Class\0"
   //   namesOf(window, "WM_PROTOCOLS")                 => {"WM_DELETE_WINDOW", "WM_TAKE_FOCUS"}
@@ -62,33 +63,32 @@ class Screen {
   std::string textOf(WindowId window, const char* name) const;
   std::vector<std::string> namesOf(WindowId window, const char* name) const;
 
-  // What the screen shows there; parts beyond its edges are left out.
+  // Takes a screenshot. Parts outside the screen are left out.
   Picture picture(const Area& area) const;
 
-  // The image of the mouse pointer, where it lies on the screen.
+  // The area of the mouse pointer's image on the screen.
   Area pointer() const;
 
   void moveTo(int x, int y);
   void click(int x, int y);
   void doubleClick(int x, int y);
   void clickRight(int x, int y);
-  void turnWheel(int clicks);  // towards the user
+  void turnWheel(int clicks);  // toward the user
 
-  // Presses a key while the others are held down: press(XK_a, {XK_Control_L}). A key that the keyboard does not have is
-  // added to it.
+  // Presses a key while `held` are down: press(XK_a, {XK_Control_L}). Adds a key that the keyboard does not have.
   void press(KeySymbol key, std::initializer_list<KeySymbol> held = {});
   void type(const std::string& text);  // printable ASCII
 
-  // Gives a window the keyboard where no window manager does. Without it the keys go to the window under the pointer.
+  // Sets the input focus without a window manager. Without a focus, keys go to the window under the pointer.
   void focus(WindowId window);
 
-  // What a user does who drags a window and its corner elsewhere.
+  // Moves and resizes a window as a user does.
   void place(WindowId window, const Area& frame);
 
-  // What the close button of a window's title bar does.
+  // Closes a window as its close button does.
   void close(WindowId window);
 
-  // Asks the window manager for something, as a taskbar does: request(root(), "_NET_CURRENT_DESKTOP", {2}).
+  // Sends a request to the window manager, as a taskbar does: request(root(), "_NET_CURRENT_DESKTOP", {2}).
   void request(WindowId window, const char* name, const std::vector<long>& values);
 
  private:

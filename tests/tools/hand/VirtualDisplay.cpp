@@ -8,7 +8,7 @@
 namespace tools {
 namespace {
 
-// The server writes the number of its display, with a newline, once it is ready; it writes nothing when it fails.
+// The server writes its display number and a newline when it is ready, and nothing if it fails.
 std::string readLine(int fd) {
   std::string line;
   char character = 0;

@@ -1,5 +1,4 @@
-// A screen that nobody sees, for as long as this object lives: an X server of its own, no window manager. A key that is
-// held down does not repeat: whoever presses it may be slow to let it go.
+// A virtual X display without a window manager. Key repeat is off, so that a slow machine does not repeat a key.
 
 #pragma once
 
@@ -17,7 +16,7 @@ struct ScreenSize {
 
 class VirtualDisplay {
  public:
-  // Returns once the server takes connections. Throws std::runtime_error when it does not start.
+  // Returns when the server accepts connections. Throws std::runtime_error if it does not start.
   explicit VirtualDisplay(const ScreenSize& size = {});
 
   //   ":99"

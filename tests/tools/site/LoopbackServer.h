@@ -1,6 +1,6 @@
 // A small web server on the loopback whose pages are functions.
 //
-// Answers while the default main context runs, on the thread that runs it. Not thread-safe.
+// Responds while the default main context runs, on its thread. Not thread-safe.
 
 #pragma once
 
@@ -19,10 +19,10 @@ namespace tools {
 
 struct Request {
   std::string method;
-  std::string target;                         // as asked, query included: "/done?code=1"
+  std::string target;                         // as requested, with the query: "/done?code=1"
   std::map<std::string, std::string> query;   // of the target, decoded
   std::map<std::string, std::string> fields;  // of a posted form, decoded
-  std::string authorization;                  // the header of that name; empty when there is none
+  std::string authorization;                  // the header, empty if missing
 };
 
 struct Answer {
@@ -38,7 +38,7 @@ class LoopbackServer {
  public:
   using Handler = std::function<Answer(const Request&)>;
 
-  // Listens on a free port. With a certificate it speaks TLS only. Throws std::runtime_error when it cannot listen.
+  // Listens on a free port, with TLS only if there is a certificate. Throws std::runtime_error if it cannot listen.
   explicit LoopbackServer(GTlsCertificate* certificate = nullptr);
   ~LoopbackServer();
 
@@ -48,11 +48,11 @@ class LoopbackServer {
   //   address("/done?code=1")  => "http://127.0.0.1:40123/done?code=1"
   std::string address(const std::string& target = "") const { return base_ + target; }
 
-  // A path that was never given a handler is answered with 404.
+  // Paths without a handler get the status 404.
   void serve(const std::string& path, Handler handler) { handlers_[path] = std::move(handler); }
   void serve(const std::string& path, const Answer& answer);
 
-  // Keeps the answers of a path back until release(); a request that comes meanwhile waits.
+  // Delays the responses of a path until release().
   void hold(const std::string& path) { held_.insert(path); }
   void release(const std::string& path);
 

@@ -1,4 +1,4 @@
-// The texts of the example site's pages.
+// The pages of the example site.
 
 #pragma once
 
@@ -6,20 +6,19 @@
 
 namespace tools {
 
-// Colours by which a page and its parts can be found by eye, 0xRRGGBB: nothing else on a page has them.
+// Colors that identify parts of a page in a screenshot, 0xRRGGBB. Nothing else on a page has them.
 constexpr unsigned kSignInButton = 0x1f6feb;
 constexpr unsigned kOrganisationLink = 0xe6e0f4;
 constexpr unsigned kEnterpriseButton = 0x6f42c1;
-constexpr unsigned kFocusRing = 0xf0a020;  // around the button or link that the Tab key has reached
+constexpr unsigned kFocusRing = 0xf0a020;  // around the focused button or link
 
-// A form for user name and password that is posted to the page's own address, together with `state`. Below it a link,
-// drawn as a button, leads to `enterpriseAddress`.
+// A form for user name and password, posted with `state` to the page's own address, and a link to `enterpriseAddress`.
 std::string signInPage(const std::string& state, const std::string& enterpriseAddress);
 
-// The form of the organisation, on a page that is made for the larger window.
+// The organization's form, for the larger window.
 std::string enterprisePage();
 
-// A page that says one thing.
+// A page with a title and a text.
 std::string notePage(const std::string& title, const std::string& text);
 
 }  // namespace tools

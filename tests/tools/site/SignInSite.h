@@ -1,8 +1,8 @@
-// A site with an ordinary and an enterprise sign-in. Any user name and password will do.
+// A site with an ordinary and an enterprise sign-in. Accepts every user name and password.
 //
-// The ordinary one is a form; posting it leads to the redirect address, which ends the sign-in. The enterprise one
-// begins at an address of its own that names, in "redirect_uri", the page where the organisation asks for the password;
-// posting that one leads to the same redirect address.
+// - The ordinary sign-in is a form. Posting it redirects to the redirect address, which ends the sign-in.
+// - The enterprise sign-in starts at its own address, whose "redirect_uri" is the organization's form. Posting it
+//   redirects to the same redirect address.
 
 #pragma once
 
@@ -16,13 +16,13 @@ class SignInSite {
  public:
   SignInSite();
 
-  // The two forms, and the prefixes of the pages that the sign-in window looks out for. The prefixes are lower-case:
-  // the window lower-cases what it is given and compares it with the pages' addresses as they are.
+  // The addresses for the sign-in window's options. The prefixes are lower-case: the window lower-cases its options,
+  // but not the pages' addresses.
   std::string signInAddress() const { return server_.address("/signin?state=7f3a"); }
   std::string redirectAddress() const { return server_.address("/done"); }
   std::string enterpriseAddress() const { return server_.address("/enterprise/start"); }
 
-  // The address at which the enterprise sign-in begins: `enterpriseAddress` with the page to follow.
+  // The start of the enterprise sign-in: `enterpriseAddress` with "redirect_uri".
   std::string enterpriseStartAddress() const;
 
   LoopbackServer& server() { return server_; }

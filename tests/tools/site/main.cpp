@@ -1,6 +1,6 @@
 // Serves the example sign-in site on the loopback until it is stopped.
 //
-// Prints, once it is ready, the addresses that a launcher gives to the sign-in window, one a line:
+// When it is ready, prints the addresses for the sign-in window's options, one per line:
 //   sign-in http://127.0.0.1:40123/signin?state=7f3a
 //   redirect http://127.0.0.1:40123/done
 //   enterprise http://127.0.0.1:40123/enterprise/start

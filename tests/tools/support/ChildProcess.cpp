@@ -8,7 +8,7 @@
 namespace tools {
 namespace {
 
-// A test or a demo that is killed must not leave its children behind.
+// The child must not outlive a killed test.
 void endWithTheParent(gpointer) {
   (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
 }
@@ -35,7 +35,7 @@ Owned<GSubprocess> start(const ChildProcess::Setup& setup) {
   GSubprocess* process = g_subprocess_launcher_spawnv(makeLauncher(setup).get(), arguments.data(), &error);
   if (process == nullptr) throw std::runtime_error(error->message);
 
-  // Nothing looks at this answer: waiting is what makes the child's end an event of this context.
+  // The result is not used: waiting makes the child's end an event of this context.
   g_subprocess_wait_async(process, nullptr, nullptr, nullptr);
   return Owned<GSubprocess>(process);
 }

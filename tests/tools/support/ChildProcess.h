@@ -1,4 +1,4 @@
-// A program that is started, watched and, if need be, ended.
+// A child process that is started, watched and, if necessary, ended.
 //
 // Its end is an event of the default main context, so that waitUntil() can wait for it.
 
@@ -18,18 +18,18 @@ namespace tools {
 class ChildProcess {
  public:
   struct Setup {
-    std::vector<std::string> command;                // [0] is the program: a path, or a name that is looked up in PATH
-    std::map<std::string, std::string> environment;  // on top of this process's own
-    std::string outputFile;                          // takes standard output; empty: it goes where this process's goes
-    std::string errorFile;                           // the same for standard error
-    int fd = -1;                                     // handed to the child as `fdInChild` and closed here
+    std::vector<std::string> command;                // [0] is the program: a path, or a name to find in PATH
+    std::map<std::string, std::string> environment;  // in addition to this process's own
+    std::string outputFile;                          // for standard output; empty: inherited
+    std::string errorFile;                           // for standard error; empty: inherited
+    int fd = -1;                                     // passed to the child as `fdInChild` and closed here
     int fdInChild = -1;
   };
 
-  // Throws std::runtime_error when the program cannot be started. The child is ended when this thread ends.
+  // Throws std::runtime_error if the program cannot be started. The child is killed when this thread ends.
   explicit ChildProcess(const Setup& setup);
 
-  // Sends SIGTERM to a child that still runs and waits for its end.
+  // Sends SIGTERM to a running child and waits for its end.
   ~ChildProcess();
 
   ChildProcess(const ChildProcess&) = delete;
@@ -39,7 +39,7 @@ class ChildProcess {
   bool ended() const;
   void signal(int number);
 
-  // The exit status of a child that has ended by itself; nothing while it runs, or when a signal ended it.
+  // The exit status; missing while the child runs or if a signal ended it.
   std::optional<int> exitStatus() const;
 
  private:

@@ -10,7 +10,7 @@
 
 namespace tools {
 
-// A socket that is bound but does not listen holds its port and refuses.
+// A bound socket that does not listen keeps its port and refuses connections.
 ClosedPort::ClosedPort() : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address = {};
   address.sin_family = AF_INET;

@@ -1,4 +1,4 @@
-// A port of the loopback that refuses every connection, and that nobody else can get while this object lives.
+// A loopback port that refuses every connection. No other process can bind it while this object exists.
 
 #pragma once
 
@@ -8,7 +8,7 @@ namespace tools {
 
 class ClosedPort {
  public:
-  // Throws std::system_error when the system has no port left.
+  // Throws std::system_error if no port is free.
   ClosedPort();
   ~ClosedPort();
 

@@ -33,8 +33,8 @@ class Alarm {
 
 }  // namespace
 
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline) {
-  const Alarm alarm(deadline);
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
+  const Alarm alarm(timeout);
   while (!condition()) {
     if (alarm.rang()) return false;
     g_main_context_iteration(nullptr, TRUE);

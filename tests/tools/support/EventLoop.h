@@ -1,4 +1,4 @@
-// Waiting for something to become true, without asking the clock.
+// Waits for conditions without polling.
 
 #pragma once
 
@@ -7,9 +7,9 @@
 
 namespace tools {
 
-// Lets the default main context run until `condition` holds; it is asked once before the first event and again after
-// each one. Whatever can make it true has to be an event source of that context: a child's end, a request, a window.
-// Returns false when `deadline` passes first.
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline);
+// Runs the default main context until `condition` is true. Checks it before the first event and after each one:
+// whatever makes it true must be an event source of that context, such as a child's end, a request or a window. Returns
+// false after `timeout`.
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 
 }  // namespace tools

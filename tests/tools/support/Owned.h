@@ -1,4 +1,4 @@
-// An object of GLib's object system that is given back when its owner goes.
+// Owns a reference to a GObject.
 
 #pragma once
 
