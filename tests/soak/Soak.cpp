@@ -27,9 +27,9 @@
 
 #include "tests/endtoend/Certificate.h"
 #include "tests/endtoend/Processes.h"
+#include "tests/endtoend/PromptTest.h"
 #include "tests/endtoend/Proxy.h"
 #include "tests/endtoend/SessionBus.h"
-#include "tests/endtoend/SheetTest.h"
 #include "tests/endtoend/SystemRoots.h"
 #include "tests/tools/support/ClosedPort.h"
 
@@ -59,7 +59,7 @@ constexpr char kBusyPage[] = R"(<canvas id=c></canvas><iframe src=/start></ifram
   addEventListener('load', () => fetch('/busy'));
 </script>)";
 
-class Run : public SheetTest {
+class Run : public PromptTest {
  public:
   explicit Run(const Command& command) {
     options.wrapper = command;
@@ -191,7 +191,7 @@ class Run : public SheetTest {
   std::string closedOnTheSpinner() {
     site.hold("/signin");
     start();
-    untilAsked("/signin");
+    untilRequested("/signin");
     screen.close(window().id);
     return kWindowClosed;
   }
@@ -253,7 +253,7 @@ class Run : public SheetTest {
   void startBusy() {
     serveBusyPage(site);
     start();
-    untilAsked("/busy");
+    untilRequested("/busy");
     lookForTheAllocator();
   }
 
