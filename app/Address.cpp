@@ -2,6 +2,124 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <iterator>
+
+namespace {
+
+constexpr char kHidden[] = "…";
+
+constexpr std::string_view kEngineSchemes[] = {"webkit", "resource", "inspector-resource", "webkit-pdfjs-viewer"};
+
+constexpr std::string_view kInlineSchemes[] = {"javascript", "data", "blob", "about"};
+
+constexpr std::string_view kCredentials[] = {
+    "code",        "access_token", "id_token", "refresh_token", "token", "assertion", "client_secret",
+    "device_code", "samlresponse", "samlart",  "ticket",        "sid",   "session",   "password",
+    "passwd",      "pwd",          "pin",      "otp",           "key",   "sig",       "signature",
+};
+
+template <std::size_t N>
+bool hasOneOf(const std::string_view (&schemes)[N], const std::string& address) {
+  return std::any_of(std::begin(schemes), std::end(schemes), [&](auto scheme) { return hasScheme(address, scheme); });
+}
+
+// As the URL Standard prepares an address for its parser.
+std::string withoutIgnoredCharacters(const std::string& address) {
+  const auto isIgnoredAtStart = [](unsigned char c) { return c <= ' '; };
+  std::string rest(std::find_if_not(address.begin(), address.end(), isIgnoredAtStart), address.end());
+  const auto isIgnored = [](char c) { return c == '\t' || c == '\n' || c == '\r'; };
+  rest.erase(std::remove_if(rest.begin(), rest.end(), isIgnored), rest.end());
+  return rest;
+}
+
+// The log's own rule for a message with a JSON Web Token.
+bool holdsToken(const std::string& text) {
+  const std::size_t first = text.find("eyJ");
+  return first != std::string::npos && text.find(".eyJ", first) != std::string::npos;
+}
+
+bool beginsWithIgnoringCase(const std::string& text, const std::string& prefix) {
+  return !prefix.empty() && ::strncasecmp(text.c_str(), prefix.c_str(), prefix.size()) == 0;
+}
+
+int hexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  const int letter = std::tolower(static_cast<unsigned char>(c));
+  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+}
+
+std::string decodedLowerCase(std::string_view text) {
+  std::string decoded;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    int c = static_cast<unsigned char>(text[i]);
+    if (c == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0 && hexValue(text[i + 2]) >= 0) {
+      c = hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]);
+      i += 2;
+    }
+    decoded += static_cast<char>(std::tolower(c));
+  }
+  return decoded;
+}
+
+bool isCredential(std::string_view name) {
+  return std::find(std::begin(kCredentials), std::end(kCredentials), decodedLowerCase(name)) != std::end(kCredentials);
+}
+
+// A name may also follow ";", or the "?" or "#" of a route inside a fragment. The value of a credential ends at "&"
+// only.
+std::string withoutCredentials(std::string_view parameters) {
+  std::string result;
+  while (!parameters.empty()) {
+    const std::string_view parameter = parameters.substr(0, parameters.find_first_of("&;?#"));
+    const std::size_t equals = parameter.find('=');
+    std::size_t size = std::min(parameter.size() + 1, parameters.size());
+    if (equals != std::string_view::npos && isCredential(parameter.substr(0, equals))) {
+      result.append(parameter.substr(0, equals + 1)).append(kHidden);
+      size = std::min(parameters.find('&'), parameters.size());
+    } else {
+      result += parameters.substr(0, size);
+    }
+    parameters.remove_prefix(size);
+  }
+  return result;
+}
+
+// `address` has neither query nor fragment. Its authority ends at the next slash, its user info at the last "@".
+std::string withoutPassword(std::string address) {
+  const std::size_t slashes = address.find("//");
+  if (slashes == std::string::npos) return address;
+  const std::size_t begin = slashes + 2;
+  const std::size_t end = address.find('/', begin);
+  const std::size_t at = address.substr(0, end).rfind('@');
+  const std::size_t colon = address.find(':', begin);
+  if (at == std::string::npos || at < begin || colon >= at) return address;
+  return address.replace(colon + 1, at - colon - 1, kHidden);
+}
+
+// Also encodes the control characters U+0080 to U+009F, which some terminals obey.
+std::string withoutControls(const std::string& text) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    const auto previous = static_cast<unsigned char>(i > 0 ? text[i - 1] : 0);
+    const bool beginsC1 = c == 0xC2 && next >= 0x80 && next < 0xA0;
+    const bool endsC1 = previous == 0xC2 && c >= 0x80 && c < 0xA0;
+    if (c >= ' ' && c != 0x7F && !beginsC1 && !endsC1) {
+      result += text[i];
+    } else {
+      result.append({'%', kDigits[c >> 4], kDigits[c & 15]});
+    }
+  }
+  return result;
+}
+
+}  // namespace
+
 bool hasScheme(const std::string& address, std::string_view scheme) {
   return address.size() > scheme.size() && address[scheme.size()] == ':' &&
          ::strncasecmp(address.data(), scheme.data(), scheme.size()) == 0;
@@ -17,4 +135,32 @@ bool isContactAddress(const std::string& address) {
 
 bool mayOpenOutside(const std::string& address) {
   return isWebAddress(address) || isContactAddress(address);
+}
+
+bool isEngineAddress(const std::string& address) {
+  return hasOneOf(kEngineSchemes, address);
+}
+
+bool mayFollow(const std::string& address, const std::string& page) {
+  const std::string target = withoutIgnoredCharacters(address);
+  if (hasScheme(target, "file")) return hasScheme(page, "file");
+  return !hasOneOf(kInlineSchemes, target) && !isEngineAddress(target);
+}
+
+std::string loggableAddress(const std::string& address, std::initializer_list<std::string> redirects) {
+  if (holdsToken(address)) return withoutControls(address);
+
+  const bool isRedirect = std::any_of(redirects.begin(), redirects.end(), [&](const std::string& redirect) {
+    return beginsWithIgnoringCase(address, redirect);
+  });
+  const auto parameters = [&](std::string_view text) {
+    if (text.size() < 2) return std::string(text);
+    return text[0] + (isRedirect ? std::string(kHidden) : withoutCredentials(text.substr(1)));
+  };
+
+  const std::size_t fragment = std::min(address.find('#'), address.size());
+  const std::size_t query = std::min(address.find('?'), fragment);
+  return withoutControls(withoutPassword(address.substr(0, query)) +
+                         parameters(std::string_view(address).substr(query, fragment - query)) +
+                         parameters(std::string_view(address).substr(fragment)));
 }

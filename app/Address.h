@@ -1,9 +1,11 @@
-// Decides by an address's scheme what the sign-in window may do with it.
+// Decides what the sign-in window may do with an address, and what of it may be logged.
 //
-// Schemes are compared without regard to case (RFC 3986, section 3.1). Plain C++.
+// - Schemes are compared without regard to case (RFC 3986, section 3.1).
+// - Any bytes are accepted. Plain C++, does not throw.
 
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -21,3 +23,31 @@ bool isContactAddress(const std::string& address);
 // Web and contact addresses may be opened with the user's default programs. Other schemes could start any installed
 // program.
 bool mayOpenOutside(const std::string& address);
+
+// Whether an enterprise page may send the main frame to `address`. Refused is what runs or is read inside the web engine:
+// script, inline documents, the engine's own pages and, unless `page` is a file itself, files. An address of any other
+// scheme is a request to another place, even if it fails. Control characters and spaces that the engine would remove
+// (URL Standard, section 4.4) do not hide a scheme.
+//   "https://host/", "https://host/start"           => true
+//   "corp:/host", "https://host/start"              => true
+//   "java\tscript:alert(1)", "https://host/start"   => false
+//   "file:///etc/hosts", "file:///opt/start.html"   => true
+bool mayFollow(const std::string& address, const std::string& page);
+
+// Whether the address belongs to the web engine: resources and pages that are compiled into it. No site needs them.
+bool isEngineAddress(const std::string& address);
+
+// Returns the form of an address that may be logged.
+//
+// - The password of a user info (RFC 3986, section 3.2.1) is written as "…".
+// - The value of a parameter that carries a credential is written as "…", in the query and in the fragment. The names
+//   are those of OAuth 2.0 (RFC 6749, 7521, 8628), OpenID Connect, SAML 2.0 bindings, CAS and common session, password
+//   and signature parameters. They are compared percent-decoded and without regard to case.
+// - Of an address that begins with one of `redirects` the whole query and fragment are written as "…". An empty element
+//   of `redirects` is ignored; case is ignored.
+// - Control characters are percent-encoded.
+// - An address with a JSON Web Token is returned with its credentials: the log replaces a line with such a token.
+//
+//   "https://user:pw@host/?CODE=1&state=2#id_token=3"  => "https://user:…@host/?CODE=…&state=2#id_token=…"
+//   "cb:/done?x=1", {"cb:/done"}                       => "cb:/done?…"
+std::string loggableAddress(const std::string& address, std::initializer_list<std::string> redirects);

@@ -23,15 +23,21 @@ Frame resized(Frame frame, double width, double height) {
   return frame;
 }
 
+std::string loggable(const std::string& address) {
+  const CommandLine& options = *CommandLine::GetInstance();
+  return loggableAddress(address, {options.redirect_url, options.redirect_type3_url});
+}
+
 void logFailure(const LoadFailure& failure) {
   Logger* const log = Logger::getInstance();
+  const std::string address = loggable(failure.address.value_or(""));
   if (failure.provisional) {
-    if (failure.address) log->logInfo("SVO", "didFailProvisionalLoadWithError for URL %s", failure.address->c_str());
+    if (failure.address) log->logInfo("SVO", "didFailProvisionalLoadWithError for URL %s", address.c_str());
     log->logInfo("SVO", "didFailProvisionalLoadWithError Error code %d", failure.code);
     log->logInfo("SVO", "didFailProvisionalLoadWithError Error domain %d", failure.domain);
     return;
   }
-  if (failure.address) log->logInfo("SVO", "didFailLoadWithError for URL %s", failure.address->c_str());
+  if (failure.address) log->logInfo("SVO", "didFailLoadWithError for URL %s", address.c_str());
   log->logInfo("SVO", "didFailLoadWithError Error code %d", failure.code);
   log->logInfo("SVO", "didFailLoadWithError Error domain %d", failure.domain);
 }
@@ -100,7 +106,10 @@ void SignInFlow::followEnterprisePage(const std::string& address) {
   if (!resizingDone_) applyEnterpriseLayout();
 
   const std::string next = ExtracyEnterpriseURL(address);
-  if (!next.empty()) window_.loadAddress(next);
+  if (next.empty()) return;
+  if (mayFollow(next, address)) return window_.loadAddress(next);
+  Logger::getInstance()->logWarn("SVO",
+                                 "The redirect_uri of the enterprise page is not followed: its scheme is refused");
 }
 
 void SignInFlow::applyEnterpriseLayout() {

@@ -118,5 +118,20 @@ TEST_F(EnterpriseTest, AnEnterprisePageWithoutRedirectUriStays) {
   EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /start?redirect_uri=x"));
 }
 
+class RefusedRedirectTest : public EnterpriseTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(RefusedRedirectTest, LeavesTheEnterprisePageInPlace) {
+  site.serve("/signin", redirectTo(site.address(std::string("/start?redirect_uri=") + GetParam())));
+  start();
+  untilLogSays("The redirect_uri of the enterprise page is not followed: its scheme is refused");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+  EXPECT_THAT(site.asked(), testing::Not(testing::Contains("GET /ran")));
+}
+
+INSTANTIATE_TEST_SUITE_P(To, RefusedRedirectTest,
+                         testing::Values("javascript:fetch('/ran')", "JavaScript:fetch('/ran')",
+                                         "data:text/html,<p>x</p>", "about:blank", "webkit://gpu",
+                                         "resource:///org/gtk/libgtk/theme/Adwaita/gtk.css", "file:///etc/hostname"));
+
 }  // namespace
 }  // namespace endtoend

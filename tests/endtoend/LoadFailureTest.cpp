@@ -43,7 +43,7 @@ TEST_F(LoadFailureTest, ARefusedRedirectAddressIsNoResult) {
   options.redirect = nobody.address("/done");
   site.serve("/signin", redirectTo(nobody.address("/done?code=1")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(nobody.address("/done?code=1"), -1004);
+  expectFailureInTheLog(nobody.address("/done?…"), -1004);
 }
 
 TEST_F(LoadFailureTest, AnUnknownHostEndsTheRun) {
@@ -107,14 +107,14 @@ TEST_F(LoadFailureTest, AnUnsupportedRedirectAddressIsNoResult) {
   options.redirect = "cb:/done";
   site.serve("/signin", redirectTo("cb:/done?code=1"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog("cb:/done?code=1", -1002);
+  expectFailureInTheLog("cb:/done?…", -1002);
 }
 
 TEST_F(LoadFailureTest, UnsupportedSchemesInScriptsEndTheRun) {
   options.redirect = "cb:/done";
   site.serve("/signin", pageThatGoesTo("cb:/done?code=1"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog("cb:/done?code=1", 101);
+  expectFailureInTheLog("cb:/done?…", 101);
 }
 
 TEST_F(LoadFailureTest, ARestrictedPortEndsTheRun) {
@@ -214,6 +214,20 @@ TEST_P(KilledProcessTest, EndsTheRun) {
 
 INSTANTIATE_TEST_SUITE_P(OfThe, KilledProcessTest, testing::Values("WebKitWebProces", "WebKitNetworkPr"),
                          [](const auto& each) { return std::string(each.param); });
+
+TEST_F(LoadFailureTest, CredentialsOfAnAddressAreNotLogged) {
+  options.signIn = nobody.address("/signin?Code=secret&state=kept#access_token=secret");
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_THAT(logLines(), Not(Contains(HasSubstr("secret"))));
+  expectFailureInTheLog(nobody.address("/signin?Code=…&state=kept#access_token=…"), -1004);
+}
+
+TEST_F(LoadFailureTest, ControlCharactersOfAnAddressAreEncoded) {
+  options.signIn = "http://host\x1b[31m/";
+  EXPECT_EQ(messageOfARun(), kLoadFailed);
+  EXPECT_THAT(logLines(), Not(Contains(HasSubstr("\x1b"))));
+  EXPECT_THAT(logLines(), Contains(HasSubstr("%1B[31m")));
+}
 
 TEST_F(LoadFailureTest, AnAddressWithATokenIsNotLogged) {
   options.signIn = nobody.address("/signin?token=eyJhbGc.eyJzdWI");
