@@ -165,6 +165,23 @@ TEST_F(HostilePageTest, AHugeAddressDoesNotBlockClosing) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+class EnginePageTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+
+TEST_P(EnginePageTest, IsNotOpenedByASite) {
+  startOn(std::string("<script>onkeydown = () => { location.href = '") + GetParam().script +
+          "'; frames(20).then(() => report('still here')) }</script>");
+  screen.press(XK_g);
+  untilReported("still here");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, EnginePageTest,
+                         testing::Values(Named{"TheInspector",
+                                               "resource:///org/webkit/inspector/UserInterface/Main.html"},
+                                         Named{"TheInspectorsScheme", "inspector-resource:///Main.html"},
+                                         Named{"TheGraphicsReport", "webkit://gpu"}),
+                         nameOf);
+
 TEST_F(HostilePageTest, ADownloadInAFrameEndsTheRun) {
   site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
   site.serve("/signin", pageWith("<iframe src='/file'></iframe>"));

@@ -195,8 +195,9 @@ void Page::showProgress() {
   strip_.showProgress(webkit_web_view_get_estimated_load_progress(view_));
 }
 
-// The launcher may name a file, and a file may link to another file.
+// The launcher may name a file, and a file may link to another file. The engine's own resources have its privileges.
 bool Page::mayNavigate(const std::string& address) const {
+  if (isEngineAddress(address)) return false;
   return !hasScheme(address, "file") || site_.kind == Site::Kind::kNone || site_.kind == Site::Kind::kFile;
 }
 
