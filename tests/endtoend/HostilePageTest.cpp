@@ -182,6 +182,19 @@ INSTANTIATE_TEST_SUITE_P(Of, EnginePageTest,
                                          Named{"TheGraphicsReport", "webkit://gpu"}),
                          nameOf);
 
+class MadeUpPageTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+
+TEST_P(MadeUpPageTest, EndsTheRun) {
+  startOn(std::string("<script>onkeydown = () => { location.href = ") + GetParam().script + " }</script>");
+  screen.press(XK_g);
+  EXPECT_EQ(message(), kLoadFailed);
+}
+
+INSTANTIATE_TEST_SUITE_P(AtTopLevel, MadeUpPageTest,
+                         testing::Values(Named{"Blob", "URL.createObjectURL(new Blob(['x'], {type: 'text/html'}))"},
+                                         Named{"Data", "'data:text/html,x'"}),
+                         nameOf);
+
 TEST_F(HostilePageTest, ADownloadInAFrameEndsTheRun) {
   site.serve("/file", {200, "x", {{"Content-Disposition", "attachment; filename=x"}}});
   site.serve("/signin", pageWith("<iframe src='/file'></iframe>"));

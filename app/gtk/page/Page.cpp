@@ -83,6 +83,13 @@ const char* nameOf(EditingCommand command) {
   return WEBKIT_EDITING_COMMAND_UNDO;
 }
 
+// A page that a site makes up would be shown without a site. WebKit refuses data addresses in the main frame itself.
+bool isMadeUpMainPage(WebKitPolicyDecision* decision) {
+  WebKitResponsePolicyDecision* const response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
+  return webkit_response_policy_decision_is_main_frame_main_resource(response) &&
+         hasScheme(addressOf(webkit_response_policy_decision_get_request(response)), "blob");
+}
+
 // From WebKitGTK 2.52 on, cancelling many downloads before this signal crashes the network process.
 gboolean onDecideDestination(WebKitDownload* download, char*, gpointer) {
   webkit_download_cancel(download);
@@ -240,6 +247,10 @@ void Page::onProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, Pag
 
 gboolean Page::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                               Page* self) {
+  if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE && isMadeUpMainPage(decision)) {
+    webkit_policy_decision_ignore(decision);
+    return TRUE;
+  }
   if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
   WebKitNavigationAction* const action =
       webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
