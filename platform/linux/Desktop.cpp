@@ -189,17 +189,17 @@ std::vector<std::uint32_t> managedWindows(const Display& display, xcb_window_t r
   return windows;
 }
 
-Fronting askDisplay(pid_t process) {
+RaiseResult askDisplay(pid_t process) {
   const Display display;
-  if (!display.works()) return Fronting::impossible;
+  if (!display.works()) return RaiseResult::kFailed;
   for (const xcb_window_t root : display.roots()) {
     const std::vector<std::uint32_t> windows = managedWindows(display, root);
     for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
       if (isOf(display, *window, process))
-        return display.askToActivate(root, *window) ? Fronting::done : Fronting::impossible;
+        return display.askToActivate(root, *window) ? RaiseResult::kRaised : RaiseResult::kFailed;
     }
   }
-  return display.works() ? Fronting::unknown : Fronting::impossible;
+  return display.works() ? RaiseResult::kNotFound : RaiseResult::kFailed;
 }
 
 constexpr std::chrono::seconds kBusTimeout(1);  // for each of the two buses
@@ -281,7 +281,7 @@ bool openUrl(const std::string& url) {
   return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) == TRUE && launch.isDone();
 }
 
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& /*arguments*/) {
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& /*arguments*/) {
   struct stat item {};
   if (::stat(path.c_str(), &item) == 0) return {};
   const int error = errno;
@@ -290,12 +290,12 @@ FrontLaunch launchInFront(const std::string& path, const std::vector<std::string
 }
 
 // An X client waits as long as the server lives; so one that waits for a silent server is left behind.
-Fronting bringToFront(pid_t process) {
+RaiseResult raiseWindow(pid_t process) {
   constexpr std::chrono::seconds timeout(2);
-  const auto asked = std::make_shared<std::promise<Fronting>>();
-  std::future<Fronting> answer = asked->get_future();
-  if (!doAside([asked, process] { asked->set_value(askDisplay(process)); })) return Fronting::impossible;
-  return answer.wait_for(timeout) == std::future_status::ready ? answer.get() : Fronting::impossible;
+  const auto asked = std::make_shared<std::promise<RaiseResult>>();
+  std::future<RaiseResult> answer = asked->get_future();
+  if (!runDetached([asked, process] { asked->set_value(askDisplay(process)); })) return RaiseResult::kFailed;
+  return answer.wait_for(timeout) == std::future_status::ready ? answer.get() : RaiseResult::kFailed;
 }
 
 void postToAllSessions(const std::string& name, const std::string& object) {

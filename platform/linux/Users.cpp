@@ -40,13 +40,13 @@ std::string userData() {
 }
 
 std::string placeOf(FolderDomain domain, FolderKind kind) {
-  const bool support = kind == FolderKind::applicationSupport;
+  const bool support = kind == FolderKind::kApplicationSupport;
   switch (domain) {
-    case FolderDomain::user:
+    case FolderDomain::kUser:
       return support ? userData() : "";
-    case FolderDomain::local:
+    case FolderDomain::kLocal:
       return support ? "/usr/local/share" : "/opt";
-    case FolderDomain::system:
+    case FolderDomain::kSystem:
       return support ? "/usr/share" : "";
   }
   return "";
@@ -88,12 +88,12 @@ std::string homeFolder() {
 FolderSearch findFolder(FolderDomain domain, FolderKind kind) {
   using Failure = FolderSearch::Failure;
   const std::string path = placeOf(domain, kind);
-  if (path.empty()) return {Failure::find, ENOENT, path};
-  if (const int error = makeFolders(path, domain == FolderDomain::user ? 0700 : 0755))
-    return {Failure::find, error, path};
-  if (path.size() > longestPath) return {Failure::path, ENAMETOOLONG, path};
-  if (!isUtf8(path)) return {Failure::text, EILSEQ, path};
-  return {Failure::none, 0, path};
+  if (path.empty()) return {Failure::kFind, ENOENT, path};
+  if (const int error = makeFolders(path, domain == FolderDomain::kUser ? 0700 : 0755))
+    return {Failure::kFind, error, path};
+  if (path.size() > longestPath) return {Failure::kPath, ENAMETOOLONG, path};
+  if (!isUtf8(path)) return {Failure::kText, EILSEQ, path};
+  return {Failure::kNone, 0, path};
 }
 
 }  // namespace platform

@@ -70,7 +70,7 @@ std::string labelOfDevice(dev_t device) {
     struct stat item {};
     if (::fstatat(::dirfd(labels.get()), entry->d_name, &item, 0) == 0 && S_ISBLK(item.st_mode) &&
         item.st_rdev == device)
-      return labelOfLink(entry->d_name);
+      return decodeLabel(entry->d_name);
   }
   return {};
 }
@@ -121,7 +121,7 @@ std::optional<std::string> volumeNameOf(const std::string& mountPoint) {
   return lastPathComponent(mountPoint);
 }
 
-std::optional<bool> tellsCaseApart(const std::string& path) {
+std::optional<bool> isCaseSensitive(const std::string& path) {
   struct statfs system {};
   while (::statfs(path.c_str(), &system) != 0) {
     if (errno != EINTR) return std::nullopt;
@@ -129,7 +129,7 @@ std::optional<bool> tellsCaseApart(const std::string& path) {
   return !knowsNoCase(static_cast<std::uint64_t>(system.f_type)) && !foldsCase(path);
 }
 
-std::string labelOfLink(std::string_view name) {
+std::string decodeLabel(std::string_view name) {
   std::string label;
   for (std::size_t i = 0; i < name.size(); ++i) {
     unsigned char byte = 0;
