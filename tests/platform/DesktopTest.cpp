@@ -169,7 +169,7 @@ class Listener {
   }
 
  private:
-  const tools::Owned<GDBusConnection> bus_;
+  const platform::Owned<GDBusConnection> bus_;
   bool heard_ = false;
 };
 
