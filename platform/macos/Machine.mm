@@ -68,11 +68,11 @@ std::optional<SystemVersion> systemVersion() {
   return SystemVersion{*major, *minor, *bugFix};
 }
 
-// The number that the system call `thread_selfid` gives, which is not to be made directly any more. The threads'
-// library keeps it with each thread and asks for it anew after a fork.
+// Returns the number of the system call `thread_selfid`, whose direct use is deprecated. The thread library caches it
+// and queries it again after a fork.
 std::uint64_t currentThreadId() {
   std::uint64_t id = 0;
-  (void)::pthread_threadid_np(::pthread_self(), &id);  // a running thread has one
+  (void)::pthread_threadid_np(::pthread_self(), &id);  // cannot fail for a running thread
   return id;
 }
 

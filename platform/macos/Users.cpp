@@ -15,15 +15,15 @@ namespace {
 
 using Text = Owned<CFStringRef>;
 
-// While nobody is logged in the login window may have the screen, in the super-user's name.
+// Without a user the login window may own the console, in the name of root.
 bool isLoginWindow(const Text& name) {
   constexpr char kLoginWindow[] = "loginwindow";
-  char text[sizeof kLoginWindow];  // what does not fit is another name
+  char text[sizeof kLoginWindow];  // a name that does not fit is a different one
   return CFStringGetCString(name.get(), text, sizeof text, kCFStringEncodingUTF8) &&
          std::strcmp(text, kLoginWindow) == 0;
 }
 
-FSVolumeRefNum numberOf(FolderDomain domain) {
+FSVolumeRefNum volumeOf(FolderDomain domain) {
   switch (domain) {
     case FolderDomain::kUser:
       return kUserDomain;
@@ -49,8 +49,8 @@ OSType typeOf(FolderKind kind) {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-// The folder of this kind in this domain, made when it is missing. Thread-safe.
-FolderSearch folderOf(FSVolumeRefNum domain, OSType kind) {
+// Creates the folder if it is missing. Thread-safe.
+FolderSearch findOrCreate(FSVolumeRefNum domain, OSType kind) {
   using Failure = FolderSearch::Failure;
   FSRef folder = {};
   if (const OSStatus status = FSFindFolder(domain, kind, kCreateFolder, &folder)) return {Failure::kFind, status, ""};
@@ -72,11 +72,11 @@ std::optional<uid_t> consoleUser() {
 }
 
 std::string homeFolder() {
-  return folderOf(kUserDomain, kVolumeRootFolderType).path;
+  return findOrCreate(kUserDomain, kVolumeRootFolderType).path;
 }
 
 FolderSearch findFolder(FolderDomain domain, FolderKind kind) {
-  return folderOf(numberOf(domain), typeOf(kind));
+  return findOrCreate(volumeOf(domain), typeOf(kind));
 }
 
 }  // namespace platform
