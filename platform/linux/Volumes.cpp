@@ -77,8 +77,8 @@ std::string udevLabel(dev_t device) {
 }
 
 bool isCaseInsensitiveType(std::uint64_t type) {
-  constexpr std::uint64_t kExfat = 0x2011bab0, kHfs = 0x4244, kHfsPlus = 0x482b,
-                          kNtfs = 0x5346544e;  // not in any header
+  // No header defines these.
+  constexpr std::uint64_t kExfat = 0x2011bab0, kHfs = 0x4244, kHfsPlus = 0x482b, kNtfs = 0x5346544e;
   constexpr std::array<std::uint64_t, 5> kTypes = {MSDOS_SUPER_MAGIC, kExfat, kHfs, kHfsPlus, kNtfs};
   return std::find(kTypes.begin(), kTypes.end(), type) != kTypes.end();
 }

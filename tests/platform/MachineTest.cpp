@@ -3,26 +3,23 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/Machine.h"
-#include "platform/Users.h"
 #include "platform/linux/Machine.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
-#include "tests/support/Home.h"
 
 namespace {
 
-std::uint64_t systemsThreadId() {
+std::uint64_t kernelThreadId() {
   return static_cast<std::uint64_t>(::syscall(SYS_gettid));
 }
 
-TEST(SystemVersion, IsReadFromTheNumbersThatTheReleaseBeginsWith) {
+TEST(SystemVersionTest, ParsesTheNumbersOfARelease) {
   const auto version = platform::systemVersionOfRelease("6.1.27-18-amd64");
   ASSERT_TRUE(version);
   EXPECT_EQ(version->major, 6);
@@ -30,82 +27,81 @@ TEST(SystemVersion, IsReadFromTheNumbersThatTheReleaseBeginsWith) {
   EXPECT_EQ(version->bugFix, 27);
 }
 
-TEST(SystemVersion, NumbersThatAReleaseDoesNotHaveAreZero) {
+TEST(SystemVersionTest, MissingNumbersAreZero) {
   EXPECT_EQ(platform::systemVersionOfRelease("6.18-rc2")->minor, 18);
   EXPECT_EQ(platform::systemVersionOfRelease("6.18-rc2")->bugFix, 0);
   EXPECT_EQ(platform::systemVersionOfRelease("7")->minor, 0);
   EXPECT_EQ(platform::systemVersionOfRelease("7.")->minor, 0);
 }
 
-TEST(SystemVersion, ASignIsNoPartOfANumber) {
+TEST(SystemVersionTest, RejectsASign) {
   EXPECT_FALSE(platform::systemVersionOfRelease("-6.1"));
   EXPECT_EQ(platform::systemVersionOfRelease("6.-2")->minor, 0);
 }
 
-TEST(SystemVersion, ANumberThatIsTooLargeIsMissing) {
+TEST(SystemVersionTest, IgnoresANumberThatOverflows) {
   EXPECT_FALSE(platform::systemVersionOfRelease("2147483648.1"));
   EXPECT_EQ(platform::systemVersionOfRelease("2147483647.2147483648.3")->major, 2147483647);
   EXPECT_EQ(platform::systemVersionOfRelease("2147483647.2147483648.3")->minor, 0);
   EXPECT_EQ(platform::systemVersionOfRelease("2147483647.2147483648.3")->bugFix, 0);
 }
 
-TEST(SystemVersion, IsNothingWithoutANumber) {
+TEST(SystemVersionTest, FailsWithoutANumber) {
   EXPECT_FALSE(platform::systemVersionOfRelease(""));
   EXPECT_FALSE(platform::systemVersionOfRelease("next"));
 }
 
-TEST(SystemVersion, IsKnownOfTheRunningSystem) {
+TEST(SystemVersionTest, ReadsTheRunningSystem) {
   ASSERT_TRUE(platform::systemVersion());
   EXPECT_GT(platform::systemVersion()->major, 0);
 }
 
-TEST(Threads, HaveTheNumberThatTheSystemGaveThem) {
-  EXPECT_EQ(platform::currentThreadId(), systemsThreadId());
-  std::thread([] { EXPECT_EQ(platform::currentThreadId(), systemsThreadId()); }).join();
+TEST(ThreadIdTest, EqualsTheKernelsNumber) {
+  EXPECT_EQ(platform::currentThreadId(), kernelThreadId());
+  std::thread([] { EXPECT_EQ(platform::currentThreadId(), kernelThreadId()); }).join();
 }
 
-TEST(Threads, HaveANewNumberAfterAFork) {
+TEST(ThreadIdTest, ChangesAfterAFork) {
   (void)platform::currentThreadId();
-  EXPECT_EQ(support::inChild([] { return platform::currentThreadId() == systemsThreadId() ? 0 : 1; }), 0);
+  EXPECT_EQ(support::inChild([] { return platform::currentThreadId() == kernelThreadId() ? 0 : 1; }), 0);
 }
 
-TEST(Bundle, IsTheFolderOfTheExecutableWhateverTheWorkingFolderIs) {
+TEST(BundleTest, DoesNotDependOnTheWorkingFolder) {
   const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-  const auto former = std::filesystem::current_path();
+  const auto previous = std::filesystem::current_path();
   std::filesystem::current_path("/");
   EXPECT_EQ(platform::bundlePath(), folder.string());
-  std::filesystem::current_path(former);
+  std::filesystem::current_path(previous);
 }
 
-TEST(Bundle, KnowsItsExecutableEvenWhenItHasBeenRemoved) {
+TEST(BundleTest, KeepsThePathOfARemovedExecutable) {
   const support::TemporaryFolder folder;
   const std::string copy = folder / "a program";
   std::filesystem::copy("/proc/self/exe", copy);
-  const std::string question = "--gtest_filter=Bundle.DISABLED_RemovesItself";
+  const std::string filter = "--gtest_filter=BundleTest.DISABLED_RemovesItself";
   support::Child program([&] {
-    ::execl(copy.c_str(), copy.c_str(), question.c_str(), "--gtest_also_run_disabled_tests", "--gtest_brief=1",
-            nullptr);
+    ::execl(copy.c_str(), copy.c_str(), filter.c_str(), "--gtest_also_run_disabled_tests", "--gtest_brief=1", nullptr);
     return 127;
   });
   EXPECT_EQ(program.wait(), 0);
 }
 
-// Run as a program of its own by the test before.
-TEST(Bundle, DISABLED_RemovesItself) {
+// Executed in a separate process by the test above.
+TEST(BundleTest, DISABLED_RemovesItself) {
   const std::string path = platform::executablePath();
   std::filesystem::remove(path);
   EXPECT_EQ(platform::executablePath(), path);
   EXPECT_EQ(platform::executableArchitectures().size(), 1u);
 }
 
-TEST(Bundle, IsBuiltForWhatItsFileSays) {
+TEST(BundleTest, ReadsTheArchitectureFromTheElfHeader) {
   using platform::Architecture;
   const support::TemporaryFolder folder;
-  const auto architecture = [&](unsigned char wordClass, unsigned char order, unsigned machine) {
+  const auto architecture = [&](unsigned char elfClass, unsigned char order, unsigned machine) {
     std::string header =
         "\x7f"
         "ELF";
-    header += {static_cast<char>(wordClass), static_cast<char>(order)};
+    header += {static_cast<char>(elfClass), static_cast<char>(order)};
     header.resize(18);
     const auto low = static_cast<char>(machine & 0xff), high = static_cast<char>(machine >> 8);
     header += order == 1 ? std::string{low, high} : std::string{high, low};
@@ -121,7 +117,7 @@ TEST(Bundle, IsBuiltForWhatItsFileSays) {
   EXPECT_EQ(architecture(2, 1, 183), std::vector{Architecture::kOther});
 }
 
-TEST(Bundle, AFileThatIsNoProgramIsBuiltForNothing) {
+TEST(BundleTest, OtherFilesHaveNoArchitecture) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "script", "#!/bin/sh\nexit 0; exit 0; exit 0\n");
   support::writeFile(folder / "short",
@@ -129,50 +125,6 @@ TEST(Bundle, AFileThatIsNoProgramIsBuiltForNothing) {
                      "ELF");
   for (const std::string& file : {folder / "script", folder / "short", folder / "none", folder.path()})
     EXPECT_TRUE(platform::architecturesOf(file).empty()) << file;
-}
-
-TEST(HomeFolder, ComesFromThePasswordDatabaseAndNotFromTheEnvironment) {
-  const std::string home = support::ownHome();
-  const std::string former = std::getenv("HOME");
-  ::setenv("HOME", "/nowhere", 1);
-  EXPECT_EQ(platform::homeFolder(), home);
-  ::setenv("HOME", former.c_str(), 1);
-}
-
-TEST(HomeFolder, IsEmptyForAUserWhomThePasswordDatabaseDoesNotKnow) {
-  const support::PasswordDatabase nobody("");
-  EXPECT_EQ(platform::homeFolder(), "");
-}
-
-TEST(HomeFolder, IsFoundInAnEntryLongerThanTheFirstBuffer) {
-  const std::string home = "/" + std::string(5000, 'h');
-  const std::string user = std::to_string(::geteuid());
-  const support::PasswordDatabase longHome("tester:x:" + user + ":" + user + ":tester:" + home + ":/bin/sh\n");
-  EXPECT_EQ(platform::homeFolder(), home);
-}
-
-TEST(Tilde, StandsForTheHomeFolderOfTheEffectiveUser) {
-  const std::string home = support::ownHome();
-  EXPECT_EQ(platform::expandingTilde("~"), home);
-  EXPECT_EQ(platform::expandingTilde("~/"), home);
-  EXPECT_EQ(platform::expandingTilde("~/new/deeper/"), home + "/new/deeper");
-}
-
-TEST(Tilde, WithALoginNameStandsForThatUsersHomeFolder) {
-  const support::PasswordDatabase two("ann:x:4711:0::/home/ann:/bin/sh\nbob:x:4712:0::/home/bob/:/bin/sh\n");
-  EXPECT_EQ(platform::expandingTilde("~ann"), "/home/ann");
-  EXPECT_EQ(platform::expandingTilde("~bob/x"), "/home/bob/x");
-}
-
-TEST(Tilde, StaysWhereNoHomeFolderIsKnown) {
-  const support::PasswordDatabase nobody("");
-  for (const char* path : {"~", "~/x/", "~no-such-user", "~no-such-user/x/"})
-    EXPECT_EQ(platform::expandingTilde(path), path);
-}
-
-TEST(Tilde, MeansNothingButAtTheBeginning) {
-  for (const char* path : {"", "/", "/tmp/~", "a~", "/tmp//x/", "./~"})
-    EXPECT_EQ(platform::expandingTilde(path), path);
 }
 
 }  // namespace

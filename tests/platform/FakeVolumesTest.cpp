@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 #include <linux/fs.h>
 
+#include <cerrno>
+#include <optional>
+
 #include "platform/Volumes.h"
 #include "tests/platform/FakeFileSystem.h"
 #include "tests/support/Files.h"
@@ -8,11 +11,12 @@
 namespace {
 
 using platform::isCaseSensitive;
+using platform::mountPointOf;
 using namespace platform_test;
 
-class CaseRuleTest : public testing::Test {
+class CaseSensitivityTest : public testing::Test {
  protected:
-  ~CaseRuleTest() override {
+  ~CaseSensitivityTest() override {
     fakeType.reset();
     fakeFlags.reset();
   }
@@ -20,7 +24,7 @@ class CaseRuleTest : public testing::Test {
   const support::TemporaryFolder folder;
 };
 
-TEST_F(CaseRuleTest, IsTheTypesWhereItHasOnlyOne) {
+TEST_F(CaseSensitivityTest, FollowsTheFileSystemType) {
   fakeFlags = 0;
   for (const unsigned type : {0x4d44u, 0x2011bab0u, 0x4244u, 0x482bu, 0x5346544eu}) {
     fakeType = type;
@@ -32,18 +36,41 @@ TEST_F(CaseRuleTest, IsTheTypesWhereItHasOnlyOne) {
   }
 }
 
-TEST_F(CaseRuleTest, IsTheFoldersWhereFoldersDiffer) {
+TEST_F(CaseSensitivityTest, FollowsTheFoldersCaseFolding) {
   fakeFlags = FS_CASEFOLD_FL | FS_EXTENT_FL;
   EXPECT_EQ(isCaseSensitive(folder.path()), false);
   fakeFlags = FS_EXTENT_FL;
   EXPECT_EQ(isCaseSensitive(folder.path()), true);
 }
 
-TEST_F(CaseRuleTest, OfAFileIsThatOfItsFolder) {
+TEST_F(CaseSensitivityTest, AFileHasTheRuleOfItsFolder) {
   support::writeFile(folder / "file", "");
   fakeFlags = FS_CASEFOLD_FL;
   EXPECT_EQ(isCaseSensitive(folder / "file"), false);
-  EXPECT_EQ(filesAsked, 0);
+  EXPECT_EQ(flagQueriesOfFiles, 0);
+}
+
+TEST(MountPointFailureTest, ReportsTheErrorOfStatfs) {
+  for (const int error : {ESTALE, ENOTCONN, EIO}) {
+    errors = {error};
+    errno = 0;
+    EXPECT_EQ(mountPointOf("/proc"), std::nullopt);
+    EXPECT_EQ(errno, error);
+  }
+}
+
+TEST(MountPointFailureTest, ReportsStatfsErrorBeforePathError) {
+  errors = {ESTALE};
+  EXPECT_EQ(mountPointOf("/no/such"), std::nullopt);
+  EXPECT_EQ(errno, ESTALE);
+}
+
+TEST(MountPointFailureTest, RetriesAfterAnInterruption) {
+  errors = {EINTR, EINTR};
+  EXPECT_EQ(mountPointOf("/proc/self"), "/proc");
+  errors = {EINTR, EINTR};
+  EXPECT_EQ(isCaseSensitive("/proc/self"), true);
+  EXPECT_TRUE(errors.empty());
 }
 
 }  // namespace
