@@ -1,4 +1,4 @@
-// Runs the thread's event loop for a given time, and scopes autorelease pools.
+// Runs the calling thread's run loop, and manages autorelease pools.
 
 #pragma once
 

@@ -38,7 +38,7 @@ std::optional<int> systemVersionPart(VersionPart part);
 
 // Parses the numbers at the start of a release. A missing number and those after it are 0; a number that overflows is
 // missing.
-//   "6.1.0-18-amd64" => 6, 1, 0    "6.18-rc2" => 6, 18, 0    "6.-2" => 6, 0, 0    "next" => nothing
+//   "6.1.0-18-amd64" => 6, 1, 0    "6.18-rc2" => 6, 18, 0    "6.-2" => 6, 0, 0    "next" => no value
 std::optional<SystemVersion> systemVersionOfRelease(std::string_view release);
 
 // Returns the thread number that `ps -T`, on macOS `sample`, and debuggers show. Cached per thread; valid after a fork.

@@ -3,7 +3,7 @@
 // - Thread-safe.
 // - An exit status is unknown if a signal handler waits for all children of the process, or if SIGCHLD is ignored.
 // - macOS: a task object of Foundation starts the process, lives until it ends and waits for it, so that `waitpid` may
-//   fail with ECHILD. Foundation sets the signals. Paths and arguments that are not UTF-8 fail with EILSEQ.
+//   fail with ECHILD. Foundation decides on its signals. Paths and arguments that are not UTF-8 fail with EILSEQ.
 
 #pragma once
 

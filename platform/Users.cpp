@@ -36,7 +36,7 @@ bool makePrivateFolder(const std::string& path) {
 template <typename Group>
 std::vector<gid_t> groupsOf(const char* user, std::size_t maxCount,
                             int (*getGroups)(const char*, Group, Group*, int*)) {
-  // Requests all groups first: some user databases fail if the buffer is too small.
+  // Requests all groups: some user databases return none if the buffer is too small.
   constexpr std::size_t kMaxGroups = 65536;
   for (std::vector<Group> groups(maxCount); groups.size() <= kMaxGroups; groups.resize(groups.size() * 2 + 1)) {
     int count = static_cast<int>(groups.size());

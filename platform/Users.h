@@ -60,7 +60,7 @@ std::optional<std::string> makeLogsFolder(const std::string& home);
 // Replaces a first component "~" by the home folder of the effective user and "~name" by the home folder of that user,
 // and then removes trailing slashes. Any other path, and one whose home folder is unknown, is returned unchanged.
 //   "~" => "/home/ann"   "~/new/" => "/home/ann/new"   "~bob/x" => "/home/bob/x"
-//   "~nobody-such/x/" => "~nobody-such/x/"   "/tmp/~" => "/tmp/~"
+//   "~unknown/x/" => "~unknown/x/"   "/tmp/~" => "/tmp/~"
 std::string expandingTilde(std::string_view path);
 
 // Returns the effective group, then the other groups of the login name; at most `maxCount`. Empty if the process does

@@ -15,7 +15,7 @@ void runLoopFor(std::chrono::milliseconds duration) {
     @try {
       [[NSRunLoop currentRunLoop] runUntilDate:limit];
     } @catch (...) {
-      // Thrown by an event handler; the caller is not concerned.
+      // An exception of an event handler does not concern the caller.
     }
   }
   // A run loop returns early if it has no sources or an event handler throws.
