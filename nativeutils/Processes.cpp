@@ -15,7 +15,7 @@
 #include "platform/Processes.h"
 
 using nativeutils::kComponent;
-using platform::Fronting;
+using platform::RaiseResult;
 
 namespace {
 
@@ -49,12 +49,12 @@ bool run(const platform::Task& task, unsigned long& returnCode) {
 
 bool startAside(const platform::Task& task) {
   const std::optional<pid_t> process = platform::startTask(task);
-  if (process) platform::waitForTaskAside(*process);
+  if (process) platform::waitForTaskInBackground(*process);
   return process.has_value();
 }
 
 bool launchInFront(const std::string& path, const std::vector<std::string>& args) {
-  const platform::FrontLaunch launch = platform::launchInFront(path, args);
+  const platform::LaunchResult launch = platform::launchInForeground(path, args);
   if (launch.failure) {
     Logger::getInstance()->logWarn(kComponent, "Launch Process get FSRef  ErrorString (%s:%s), For file %s",
                                    launch.failure->error.c_str(), launch.failure->comment.c_str(), path.c_str());
@@ -62,14 +62,14 @@ bool launchInFront(const std::string& path, const std::vector<std::string>& args
   return launch.launched;
 }
 
-Fronting bringToFrontInTime(pid_t process) {
+RaiseResult bringToFrontInTime(pid_t process) {
   constexpr std::chrono::seconds patience(10);
   constexpr std::chrono::milliseconds turn(100);
   const auto end = platform::runLoopTime() + patience;
-  Fronting fronting = platform::bringToFront(process);
-  while (fronting == Fronting::unknown && platform::runLoopTime() < end) {
+  RaiseResult fronting = platform::raiseWindow(process);
+  while (fronting == RaiseResult::kNotFound && platform::runLoopTime() < end) {
     platform::runLoopFor(turn);
-    fronting = platform::bringToFront(process);
+    fronting = platform::raiseWindow(process);
   }
   return fronting;
 }
@@ -77,7 +77,7 @@ Fronting bringToFrontInTime(pid_t process) {
 void showInFront(pid_t process, const std::string& path) {
   Logger* const log = Logger::getInstance();
   log->logInfo(kComponent, "Launching process .... %d", process);
-  if (bringToFrontInTime(process) == Fronting::done) {
+  if (bringToFrontInTime(process) == RaiseResult::kRaised) {
     log->logInfo(kComponent, "Bring to front process .... %d", process);
   } else {
     log->logWarn(kComponent, "Failed bring front... took much time to Launch Process %s", path.c_str());
@@ -132,7 +132,7 @@ bool utilCreateProcess(const std::string& path, const std::vector<std::string>& 
   if (!process) return false;
 
   const bool watched = !bringToFront && watcher != nullptr && startWatcher(watcher, *process);
-  if (!watched) platform::waitForTaskAside(*process);
+  if (!watched) platform::waitForTaskInBackground(*process);
   if (bringToFront) showInFront(*process, path);
   return true;
 }

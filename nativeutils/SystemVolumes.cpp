@@ -57,7 +57,7 @@ bool utilGetVolumeNameOfPath(const std::string& path, std::string& volumeName) {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is its callers'
 bool utilIsDriveCaseSensitive(std::string path, bool& caseSensitive) {
   const platform::AutoreleaseScope scope;
-  const std::optional<bool> answer = platform::tellsCaseApart(path);
+  const std::optional<bool> answer = platform::isCaseSensitive(path);
   if (!answer) return false;
   caseSensitive = *answer;
   return true;

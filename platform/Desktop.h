@@ -1,5 +1,4 @@
-// What a desktop does for programs: opens addresses, starts programs in front, raises windows, and posts notifications
-// to all sessions. Thread-safe.
+// Desktop services: opens URLs, launches programs in the foreground, raises windows, posts notifications. Thread-safe.
 
 #pragma once
 
@@ -11,46 +10,53 @@
 
 namespace platform {
 
-// Opens an address in the user's default program for it; true when that has been started. False for a text that is no
-// address, without a program for it, and, on Linux, without a display. On Linux a bus of the session that does not
-// answer is given up after two seconds, and the program started without it; GIO may start a bus where there is none. On
-// macOS the workspace is asked, and brackets may stand anywhere.
+// Opens a URL in the user's default program for its scheme. Returns whether that program was started.
+//
+// - Returns false if the text is not a URL, if no program handles the scheme and, on Linux, without a display.
+// - Linux: if the session bus does not reply within two seconds, starts the program without it. GIO may start a bus if
+//   none is running.
+// - macOS: calls the workspace. Square brackets may be anywhere in the URL.
 bool openUrl(const std::string& url);
 
-// Why the application launcher cannot refer to a file: the name of the error and what it means.
+// The error of creating a file reference for the application launcher.
 struct ReferenceFailure {
-  std::string error;
-  std::string comment;
+  std::string error;    // the name of the error
+  std::string comment;  // its description
 };
 
-struct FrontLaunch {
+struct LaunchResult {
   bool launched = false;
-  std::optional<ReferenceFailure> failure;  // when it came to referring to the file, and that failed
+  std::optional<ReferenceFailure> failure;  // set only if creating the file reference failed
 };
 
-// Starts a new instance of a program through the application launcher, which brings it to the front. On macOS that is
-// Launch Services, told to begin it with the Apple event that activates. Linux has no such launcher: there nothing is
-// launched, but a file that cannot be referred to is told.
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments);
-
-// Brings the windows of a process to the front. `unknown` while the process has not shown up among those with windows;
-// `impossible` when nothing can be brought to the front here, or not this.
+// Starts a new instance of a program in the foreground through the application launcher.
 //
-// On Linux asks the window manager of the X display, as a taskbar does (EWMH, `_NET_ACTIVE_WINDOW`), for the process's
-// topmost window, known by its `_NET_WM_PID`: processes that it has started are not looked for. Without a display,
-// or with one that does not answer within two seconds, `impossible`. On macOS the Process Manager is asked, which knows
-// what has become an application.
-enum class Fronting { done, unknown, impossible };
-Fronting bringToFront(pid_t process);
+// - macOS: Launch Services, with the Apple event that activates an application as the initial event.
+// - Linux has no such launcher: launches nothing. Reports a file that `stat` fails on as `failure`.
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& arguments);
 
-// Posts a notification without further information, for all sessions. Nobody needs to listen, and nobody answers; it
-// returns after two seconds at the latest, posted or not.
+enum class RaiseResult {
+  kRaised,
+  kNotFound,  // the process has no window (macOS: is not an application) yet
+  kFailed,
+};
+
+// Raises a window of a process.
 //
-// On Linux a D-Bus signal without arguments on the session bus, and on the system bus for the other sessions: its
-// interface is the object's name, its member the last word of the notification's name, its path the object's name with
-// slashes. A bus that is not there is not started.
-// On macOS a distributed notification under both names as they are; none when one of them is not UTF-8.
-//   ("org.x.Stop", "org.x.Agent")  => signal org.x.Agent.Stop from /org/x/Agent
+// - Linux: sends the request of a taskbar (EWMH, `_NET_ACTIVE_WINDOW`) for the topmost window whose `_NET_WM_PID` is
+//   the process. Ignores windows of its child processes. Returns `kFailed` without an X display and if the display does
+//   not reply within two seconds.
+// - macOS: calls the Process Manager.
+RaiseResult raiseWindow(pid_t process);
+
+// Posts a notification without user information to all sessions. Reports no errors and returns after at most two
+// seconds.
+//
+// - Linux: a D-Bus signal without arguments on the session bus, and on the system bus for the other sessions. Does not
+//   start a bus. The object's name becomes the interface and, with slashes, the path; the last word of the
+//   notification's name becomes the member.
+//     ("org.x.Stop", "org.x.Agent") => signal org.x.Agent.Stop from /org/x/Agent
+// - macOS: a distributed notification with both names unchanged. Posts nothing if one of them is not UTF-8.
 void postToAllSessions(const std::string& name, const std::string& object);
 
 }  // namespace platform

@@ -1,4 +1,4 @@
-// Lets events be served while a function waits, and scopes in which autoreleased objects are collected.
+// Runs the calling thread's run loop, and manages autorelease pools.
 
 #pragma once
 
@@ -6,27 +6,28 @@
 
 namespace platform {
 
-// The clock of the run loop; never goes back.
+// The monotonic clock of the run loop.
 std::chrono::steady_clock::time_point runLoopTime();
 
-// Runs the calling thread's run loop for that long, and a little longer while the last event is being served. On Linux
-// that is the thread's default main context of GLib's, the process's own for the first thread; a thread that has none
-// just sleeps, since events of another thread are not its to serve. On macOS every thread has one; it runs in its
-// default mode, and the thread sleeps once there is nothing that could happen or a handler has thrown. Needs no loop
-// that runs already.
+// Runs the calling thread's run loop for `duration`, longer if the last event is still being handled. May be called
+// from an event handler.
+//
+// - Linux: runs the thread's default main context of GLib, or the global one on the first thread. A thread without a
+//   context sleeps.
+// - macOS: runs the thread's run loop in its default mode. The thread sleeps if the run loop has no sources or an event
+//   handler has thrown.
 void runLoopFor(std::chrono::milliseconds duration);
 
-// Scopes in which a system with autoreleased objects collects them; elsewhere they mean nothing and cost nothing.
+// Opens an autorelease pool. Linux has no pools: both functions do nothing.
 //
-// Scopes of a thread nest: the last one opened is closed first, on the thread that opened it.
-
-// Never null. Owned by the caller until it is handed to `closeAutoreleasePool`.
+// - Never null. The caller passes the pool to `closeAutoreleasePool`.
+// - Pools of a thread nest. Close the last one opened first, on the same thread.
 void* openAutoreleasePool();
 
-// Releases what was autoreleased since the pool was opened. Null is none.
+// Releases the objects that were autoreleased since the pool was opened. Ignores null.
 void closeAutoreleasePool(void* pool);
 
-// A pool that lives as long as its C++ scope.
+// Keeps an autorelease pool open for a scope.
 class AutoreleaseScope {
  public:
   AutoreleaseScope() : pool_(openAutoreleasePool()) {}

@@ -1,5 +1,4 @@
-// The running program and the system under it: executable and bundle, the version of the system, the number of a
-// thread.
+// The running program and its system: executable, bundle, system version, thread number.
 
 #pragma once
 
@@ -11,17 +10,16 @@
 
 namespace platform {
 
-enum class Architecture { x86, x86_64, ppc, ppc64, other };
+enum class Architecture { kX86, kX86_64, kPpc, kPpc64, kOther };
 
-// The folder that holds the running executable, whatever folder it was started from; "" when the system does not tell.
-// On macOS an application's is the one whose name ends in ".app".
+// Returns the folder of the running executable, or on macOS the ".app" folder of an application; "" if it is unknown.
+// Does not depend on the working folder.
 std::string bundlePath();
 
-// The running executable; "" when the system does not tell. One that has been removed since keeps its path.
+// Returns the path of the running executable, even after the file was removed; "" if it is unknown.
 std::string executablePath();
 
-// What the running executable's file holds code for, which on macOS may be several; empty when it cannot be read. A
-// processor of another family is `other`.
+// Returns the architectures in the running executable's file, several on macOS; empty if the file is unreadable.
 std::vector<Architecture> executableArchitectures();
 
 struct SystemVersion {
@@ -30,21 +28,20 @@ struct SystemVersion {
   int bugFix = 0;
 };
 
-// Nothing when the system does not tell. macOS is asked number by number, up to the first that it does not tell.
+// Returns no value if the version is unknown. macOS: queries each number and stops at the first failure.
 std::optional<SystemVersion> systemVersion();
 
-enum class VersionPart { major, minor, bugFix };
+enum class VersionPart { kMajor, kMinor, kBugFix };
 
-// One number of it alone, for systems that are asked for each; nothing when the system does not tell.
+// Returns one number of the version; no value if it is unknown.
 std::optional<int> systemVersionPart(VersionPart part);
 
-// Reads the numbers that a release begins with. A missing one counts as 0, and so do those behind it; one that is too
-// large is missing.
-//   "6.1.0-18-amd64" => 6, 1, 0    "6.18-rc2" => 6, 18, 0    "6.-2" => 6, 0, 0    "next" => nothing
+// Parses the numbers at the start of a release. A missing number and those after it are 0; a number that overflows is
+// missing.
+//   "6.1.0-18-amd64" => 6, 1, 0    "6.18-rc2" => 6, 18, 0    "6.-2" => 6, 0, 0    "next" => no value
 std::optional<SystemVersion> systemVersionOfRelease(std::string_view release);
 
-// The number that `ps -T`, on macOS `sample`, and debuggers show. Cheap: asked of the system once a thread, and again
-// after a fork.
+// Returns the thread number that `ps -T`, on macOS `sample`, and debuggers show. Cached per thread; valid after a fork.
 std::uint64_t currentThreadId();
 
 }  // namespace platform

@@ -15,14 +15,14 @@ std::string withoutExtraSlashes(std::string_view path) {
   return plain;
 }
 
-// Of a path without extra slashes; "/" is a component of its own.
+// The path has no extra slashes. "/" is a component.
 std::size_t startOfLastComponent(const std::string& path) {
   if (path == "/") return 0;
   const std::size_t slash = path.rfind('/');
   return slash == std::string::npos ? 0 : slash + 1;
 }
 
-// Where the "." of the extension stands in a path without extra slashes; npos when there is no extension.
+// Returns the position of the extension's "."; npos if there is no extension. The path has no extra slashes.
 std::size_t extensionDot(const std::string& path) {
   const std::size_t dot = path.rfind('.');
   if (dot == std::string::npos || dot <= startOfLastComponent(path)) return std::string::npos;

@@ -1,9 +1,10 @@
-// Takes paths apart and puts them together as text, with the answers of the NSString path methods.
+// Path strings, with the results of the NSString path methods.
 //
-// A path is a string parted by "/"; the file system is never asked. Repeated slashes count as one and a trailing
-// slash counts for nothing, so every result but "/" comes without them. An extension is what follows the last "."
-// of the last component, unless that "." is the component's first character. Bytes are taken as they are, whatever
-// their encoding. All functions are pure and thread-safe.
+// - Components are separated by "/". The file system is not accessed.
+// - Repeated slashes count as one and trailing slashes are ignored, so no result except "/" ends in a slash.
+// - An extension is the text after the last "." of the last component, unless that "." is its first character.
+// - Any encoding; no byte except "/", "." and NUL is interpreted.
+// - Pure and thread-safe.
 
 #pragma once
 
@@ -13,8 +14,7 @@
 
 namespace platform {
 
-// What the system takes a path for: everything before its first NUL. Cut there, text and system calls speak of one
-// path.
+// Returns the part before the first NUL, which is the path that a system call uses.
 //   "/tmp/a\0/b" => "/tmp/a"   "/tmp/a" => "/tmp/a"   "\0" => ""
 std::string untilNul(std::string_view path);
 
@@ -30,16 +30,16 @@ std::string appendingPathComponent(std::string_view path, std::string_view compo
 //   "/tmp/lock/" => "/tmp"   "/tmp" => "/"   "/" => "/"   "scratch" => ""
 std::string deletingLastPathComponent(std::string_view path);
 
-// Removes the last component in place, with the slashes around it. Returns false, without a change, when there is none.
+// Removes the last component and the slashes around it in place. Returns false and changes nothing if there is none.
 //   "/a//b/" => "/a"   "/a" => "/"   "a" => ""   "/" => false   "" => false
 bool cutLastComponent(std::string& path);
 
-// The folder that a path lies in, as POSIX `dirname` returns it: slashes inside it stay as they are, and two leading
-// ones alone are "/". A path ends at its first NUL.
+// Returns the parent folder as POSIX `dirname` does: keeps repeated slashes inside it; "//" becomes "/". Ignores
+// everything from the first NUL.
 //   "/tmp//a/b/" => "/tmp//a"   "scratch" => "."   "/" => "/"   "" => "."
 std::string parentFolder(std::string_view path);
 
-// The last component of a path, as POSIX `basename` returns it. A path ends at its first NUL.
+// Returns the last component as POSIX `basename` does. Ignores everything from the first NUL.
 //   "/a/b/" => "b"   "/" => "/"   "" => "."
 std::string baseName(std::string_view path);
 
@@ -49,7 +49,7 @@ std::string pathExtension(std::string_view path);
 //   "name.tar.gz" => "name.tar"   ".hidden" => ".hidden"   "a." => "a"   "scratch.bundle/" => "scratch"
 std::string deletingPathExtension(std::string_view path);
 
-// Nothing when there is no name to extend ("" and "/") or the extension holds a "/".
+// Returns no value if the path has no name ("" and "/") or the extension contains "/".
 //   ("/tmp/", "tiff") => "/tmp.tiff"   ("a.", "b") => "a..b"   ("a", "") => "a."
 std::optional<std::string> appendingPathExtension(std::string_view path, std::string_view extension);
 

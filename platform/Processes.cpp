@@ -5,11 +5,11 @@
 
 namespace platform {
 
-std::string programFromItsFolder(const Task& task) {
+std::string resolveProgram(const Task& task) {
   if (task.folder.empty() || task.program.empty() || task.program.front() == '/') return task.program;
-  std::error_code unknown;
-  const std::filesystem::path here = std::filesystem::current_path(unknown);
-  return unknown ? task.program : (here / task.program).string();
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::current_path(error);
+  return error ? task.program : (folder / task.program).string();
 }
 
 }  // namespace platform

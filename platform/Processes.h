@@ -1,11 +1,9 @@
-// Starts programs, waits for their ends, and lists the processes of the machine.
+// Starts programs, waits for them, and lists the processes of the machine.
 //
-// Thread-safe. A signal handler that collects every child of the process, or SIGCHLD ignored, may take an end away from
-// these functions; they then answer that it is not known.
-//
-// On macOS a process is started by a task object of Foundation's, which lives until the process ends and collects its
-// end itself, whoever else waits for it: `waitpid` may find it taken (ECHILD). Its signals are as Foundation leaves
-// them. Paths and arguments that are not UTF-8 cannot be handed over (EILSEQ).
+// - Thread-safe.
+// - An exit status is unknown if a signal handler waits for all children of the process, or if SIGCHLD is ignored.
+// - macOS: a task object of Foundation starts the process, lives until it ends and waits for it, so that `waitpid` may
+//   fail with ECHILD. Foundation decides on its signals. Paths and arguments that are not UTF-8 fail with EILSEQ.
 
 #pragma once
 
@@ -18,38 +16,41 @@
 namespace platform {
 
 struct Task {
-  std::string program;                 // a path; no PATH is searched, and no shell helps out
+  std::string program;                 // a path; PATH is not searched, and no shell is used
   std::vector<std::string> arguments;  // without the program
-  std::string folder;                  // the working folder; "": that of this process
-  bool silent = false;                 // standard output and error go to the null device
+  std::string folder;                  // the working folder; "": the one of this process
+  bool silent = false;                 // sends standard output and standard error to the null device
 };
 
-// Blocks until the process has ended; on macOS the calling thread's run loop runs in its default mode meanwhile. The
-// process's exit status, or the number of the signal that ended it; -1 when that is not known; nothing when the program
-// cannot be started, and `errno` says why: then no process is left. The process has this process's environment and its
-// standard descriptors unless it is silent, no other descriptor, and every signal at its default and let through. A
-// relative program is looked for from this process's working folder.
+// Starts a program and waits until it ends.
+//
+// - Returns the exit status, or the number of the signal that ended the process; -1 if it is unknown.
+// - If the program cannot be started, returns no value, sets `errno` and leaves no process.
+// - The process inherits the environment, standard input and, unless it is silent, standard output and error. It
+//   inherits no other descriptor. No signal is blocked or ignored.
+// - A relative program path is resolved in the working folder of this process, not in `folder`.
+// - macOS: runs the calling thread's run loop in its default mode meanwhile.
 std::optional<int> runTask(const Task& task);
 
-// The process's number, while it runs; otherwise the same. Who starts a task waits for it by its number, or has it
-// waited for aside.
+// Starts a program in the same way and returns its process number. The caller waits for that process or calls
+// `waitForTaskInBackground`.
 std::optional<pid_t> startTask(const Task& task);
 
-// Returns at once; the process is waited for when it ends, so that nothing is left of it. On Linux a thread sleeps
-// until then; on macOS the task object does it without being asked.
-void waitForTaskAside(pid_t process);
+// Returns immediately; the process is waited for when it ends. Linux: on a detached thread. macOS: by the task object.
+void waitForTaskInBackground(pid_t process);
 
-// The program's path as it has to be told to a new process that is in its working folder already.
+// Makes a relative program path absolute if the task has a working folder.
 //   ("sub/tool" to be run in "sub", from "/tmp") => "/tmp/sub/tool"
-std::string programFromItsFolder(const Task& task);
+std::string resolveProgram(const Task& task);
 
-// All that this process may see, itself included; empty when the system does not tell.
+// Returns all processes that are visible to this one, itself included; empty if the system does not list them.
 std::vector<pid_t> allProcesses();
 
-// The path of the program that a process runs, never one of its arguments; "" when the process has ended or has no
-// program. On Linux the first argument stands in for the path where that may not be seen, except for a super-user who
-// has given up that power: to him it is "". On macOS it is "" too for other users' processes unless the super-user
-// asks.
+// Returns the path of the program that a process runs; "" if the process has ended or has no program.
+//
+// - Linux: if the link to the executable is not readable, the first argument. For root without that capability "",
+//   because a process chooses its arguments itself.
+// - macOS: "" for processes of other users unless the caller is root.
 std::string programOf(pid_t process);
 
 }  // namespace platform

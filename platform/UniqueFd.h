@@ -1,4 +1,4 @@
-// Owns a file descriptor and closes it once; writes whole texts to one.
+// Owns a file descriptor and closes it once.
 
 #pragma once
 
@@ -15,31 +15,31 @@ class UniqueFd {
  public:
   UniqueFd() = default;
   explicit UniqueFd(int fd) : fd_(fd) {}
-  UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, none)) {}
+  UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, kNone)) {}
   UniqueFd& operator=(UniqueFd&& other) noexcept {
-    reset(std::exchange(other.fd_, none));
+    reset(std::exchange(other.fd_, kNone));
     return *this;
   }
   ~UniqueFd() { reset(); }
 
-  // -1 when there is none.
+  // Returns -1 if it is empty.
   int get() const { return fd_; }
-  explicit operator bool() const { return fd_ != none; }
+  explicit operator bool() const { return fd_ != kNone; }
 
-  // Gives the descriptor to the caller.
-  int release() { return std::exchange(fd_, none); }
+  // Passes ownership to the caller.
+  int release() { return std::exchange(fd_, kNone); }
 
-  void reset(int fd = none) {
-    const int former = std::exchange(fd_, fd);
-    if (former != none) (void)::close(former);  // the descriptor is gone, whatever close says
+  void reset(int fd = kNone) {
+    const int previous = std::exchange(fd_, fd);
+    if (previous != kNone) (void)::close(previous);  // closed even if `close` fails
   }
 
  private:
-  static constexpr int none = -1;
-  int fd_ = none;
+  static constexpr int kNone = -1;
+  int fd_ = kNone;
 };
 
-// Goes on after signals and partial writes. False, with `errno`, at the first error.
+// Writes all bytes; continues after signals and partial writes. On the first error returns false and sets `errno`.
 inline bool writeAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(fd, bytes.data(), bytes.size());

@@ -1,4 +1,4 @@
-// The syntax of URLs. Pure and thread-safe.
+// URL syntax. Pure and thread-safe.
 
 #pragma once
 
@@ -6,8 +6,12 @@
 
 namespace platform {
 
-// Whether the text has a scheme and is otherwise made of what RFC 3986 allows: no blanks, no letters beyond ASCII, "%"
-// only before two hexadecimal digits, brackets only around a host, one "#" at most.
+// Returns whether the text is a URL of RFC 3986 with a scheme.
+//
+// - ASCII only, no spaces, at most one "#".
+// - "%" only before two hexadecimal digits.
+// - Square brackets only around a host.
+//
 //   "http://h/a%20b?c#d" => true   "http://h/a b" => false   "//h/a" => false   "mailto:a@b" => true
 bool isUrl(std::string_view text);
 

@@ -14,15 +14,14 @@
 namespace platform {
 namespace {
 
-// The home folder of the user whom `lookUp` finds, which is one of the reentrant look-ups without its key; "" when
-// there is none.
+// `lookUp` is one of the reentrant look-up functions without its key.
 template <typename LookUp>
 std::string homeFolderBy(LookUp lookUp) {
-  constexpr std::size_t largestEntry = 1 << 20;
+  constexpr std::size_t kMaxEntrySize = 1 << 20;
   passwd entry{};
   passwd* found = nullptr;
-  for (std::vector<char> texts(1024); texts.size() <= largestEntry; texts.resize(texts.size() * 2)) {
-    const int error = lookUp(&entry, texts.data(), texts.size(), &found);
+  for (std::vector<char> buffer(1024); buffer.size() <= kMaxEntrySize; buffer.resize(buffer.size() * 2)) {
+    const int error = lookUp(&entry, buffer.data(), buffer.size(), &found);
     if (error == ERANGE) continue;
     return error == 0 && found != nullptr && entry.pw_dir != nullptr ? std::string(entry.pw_dir) : std::string();
   }
@@ -33,16 +32,17 @@ bool makePrivateFolder(const std::string& path) {
   return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
-// `ask` is `getgrouplist`, to which a group is a signed number on some systems.
+// `getGroups` is `getgrouplist`, whose groups are signed numbers on some systems.
 template <typename Group>
-std::vector<gid_t> groupsOf(const char* user, std::size_t most, int (*ask)(const char*, Group, Group*, int*)) {
-  // All are asked for first: not every source of users gives a part of them.
-  constexpr std::size_t mostAnywhere = 65536;
-  for (std::vector<Group> groups(most); groups.size() <= mostAnywhere; groups.resize(groups.size() * 2 + 1)) {
+std::vector<gid_t> groupsOf(const char* user, std::size_t maxCount,
+                            int (*getGroups)(const char*, Group, Group*, int*)) {
+  // Requests all groups: some user databases return none if the buffer is too small.
+  constexpr std::size_t kMaxGroups = 65536;
+  for (std::vector<Group> groups(maxCount); groups.size() <= kMaxGroups; groups.resize(groups.size() * 2 + 1)) {
     int count = static_cast<int>(groups.size());
-    if (ask(user, static_cast<Group>(::getegid()), groups.data(), &count) < 0) continue;
-    const auto given = groups.begin() + static_cast<std::ptrdiff_t>(std::min(most, static_cast<std::size_t>(count)));
-    return {groups.begin(), given};
+    if (getGroups(user, static_cast<Group>(::getegid()), groups.data(), &count) < 0) continue;
+    const auto end = groups.begin() + static_cast<std::ptrdiff_t>(std::min(maxCount, static_cast<std::size_t>(count)));
+    return {groups.begin(), end};
   }
   return {};
 }
@@ -58,12 +58,12 @@ std::string homeFolderOf(uid_t user) {
 }
 
 AsUser::AsUser(uid_t user)
-    : former_(::geteuid()),
-      changed_(user != former_ && ::seteuid(user) == 0),
-      succeeded_(changed_ || user == former_) {}
+    : previous_(::geteuid()),
+      changed_(user != previous_ && ::seteuid(user) == 0),
+      succeeded_(changed_ || user == previous_) {}
 
 AsUser::~AsUser() {
-  if (changed_) (void)!::seteuid(former_);  // a return to the former id is always allowed
+  if (changed_) (void)!::seteuid(previous_);  // always permitted
 }
 
 std::string homeFolderOfConsoleUser() {
@@ -87,20 +87,20 @@ std::string expandingTilde(std::string_view path) {
   return appendingPathComponent(home, path.substr(1 + user.size()));
 }
 
-std::vector<gid_t> groupsOfLogin(std::size_t most) {
-  constexpr std::size_t longestName = 256;
-  std::array<char, longestName + 1> name{};
+std::vector<gid_t> groupsOfLogin(std::size_t maxCount) {
+  constexpr std::size_t kMaxNameLength = 256;
+  std::array<char, kMaxNameLength + 1> name{};
   if (::getlogin_r(name.data(), name.size()) != 0 || name.front() == '\0') return {};
-  return groupsOf(name.data(), most, ::getgrouplist);
+  return groupsOf(name.data(), maxCount, ::getgrouplist);
 }
 
 std::string nameOfGroup(gid_t group) {
-  constexpr std::size_t largestEntry = std::size_t{1} << 24;  // a group may list every user of a large company
+  constexpr std::size_t kMaxEntrySize = std::size_t{1} << 24;  // a group may list many thousands of users
   struct ::group entry {};
   struct ::group* found = nullptr;
-  for (std::vector<char> texts(1024); texts.size() <= largestEntry; texts.resize(texts.size() * 2)) {
-    const int result = ::getgrgid_r(group, &entry, texts.data(), texts.size(), &found);
-    const int error = result < 0 ? errno : result;  // nss_wrapper, which containers use, answers in the other way
+  for (std::vector<char> buffer(1024); buffer.size() <= kMaxEntrySize; buffer.resize(buffer.size() * 2)) {
+    const int result = ::getgrgid_r(group, &entry, buffer.data(), buffer.size(), &found);
+    const int error = result < 0 ? errno : result;  // nss_wrapper returns -1 and sets errno
     if (error == EINTR || error == ERANGE) continue;
     return error == 0 && found != nullptr && entry.gr_name != nullptr ? std::string(entry.gr_name) : std::string();
   }

@@ -1,7 +1,7 @@
-// Users of the machine: the console user, home folders, groups, and the folders that belong to a user or to all users.
+// Users of the machine: console user, home folders, groups, and standard folders.
 //
-// - Home folders come from the system's user database, never from the environment, which a launcher may have changed.
-// - Thread-safe, except `AsUser` and what uses it.
+// - Home folders come from the user database, not from the environment, because a launcher may have changed it.
+// - Thread-safe, except `AsUser` and `homeFolderOfConsoleUser`.
 
 #pragma once
 
@@ -15,20 +15,24 @@
 
 namespace platform {
 
-// The user whose session is on the screen of the first seat, on macOS at the console; nothing when no user is logged in
+// Returns the user of the active session of the first seat (macOS: at the console); no value if no user is logged in
 // there.
 std::optional<uid_t> consoleUser();
 
-// The home folder of the effective user, as the password database has it; "" when it has none. On macOS as the folder
-// finder (`FSFindFolder`) has it; "" when its path has more than 1023 bytes.
+// Returns the home folder of the effective user; "" if there is none.
+//
+// - Linux: from the password database.
+// - macOS: from `FSFindFolder`; "" if the path has more than 1023 bytes.
 std::string homeFolder();
 
-// The home folder of the user with this login name, as the password database has it; "" when it has none.
+// Returns the home folder of a user from the password database; "" if there is none.
 std::string homeFolderOf(const std::string& user);
 std::string homeFolderOf(uid_t user);
 
-// Gives the whole process another effective user id for the length of a scope. Nothing that depends on the effective
-// user id may run in parallel. Changes nothing when the process already has that id, or may not take it.
+// Changes the effective user id of the process for a scope.
+//
+// - Affects all threads: no code that depends on the effective user id may run at the same time.
+// - Changes nothing if the process already has that id or is not permitted to take it.
 class AsUser {
  public:
   explicit AsUser(uid_t user);
@@ -36,63 +40,67 @@ class AsUser {
   AsUser& operator=(const AsUser&) = delete;
   ~AsUser();
 
-  // Whether the effective user id is the requested one.
+  // Returns whether the effective user id is the requested one.
   explicit operator bool() const { return succeeded_; }
 
  private:
-  uid_t former_;
+  uid_t previous_;
   bool changed_;
   bool succeeded_;
 };
 
-// The home folder of the console user; of the effective user when there is no console user or the process may not
-// become that user. Uses `AsUser`.
+// Returns the home folder of the console user; of the effective user if there is no console user or the process is not
+// permitted to become that user. Uses `AsUser`.
 std::string homeFolderOfConsoleUser();
 
-// The path of "Library/Logs" in a home folder. Creates missing folders with mode 0700; no value when one cannot be
-// created or `home` is empty.
+// Creates the folder "Library/Logs" in a home folder and returns its path. Missing folders get mode 0700. Returns no
+// value if one cannot be created or `home` is empty.
 std::optional<std::string> makeLogsFolder(const std::string& home);
 
-// A first component "~" stands for the home folder of the effective user, "~name" for that user's; the result then
-// comes without a trailing slash. A path that begins otherwise, or whose home folder is not known, stays as it is.
+// Replaces a first component "~" by the home folder of the effective user and "~name" by the home folder of that user,
+// and then removes trailing slashes. Any other path, and one whose home folder is unknown, is returned unchanged.
 //   "~" => "/home/ann"   "~/new/" => "/home/ann/new"   "~bob/x" => "/home/bob/x"
-//   "~nobody-such/x/" => "~nobody-such/x/"   "/tmp/~" => "/tmp/~"
+//   "~unknown/x/" => "~unknown/x/"   "/tmp/~" => "/tmp/~"
 std::string expandingTilde(std::string_view path);
 
-// The effective group, then the others that the login name is a member of, `most` at most. Empty when the process does
-// not belong to a login: on Linux services, containers and scheduled programs.
-std::vector<gid_t> groupsOfLogin(std::size_t most);
+// Returns the effective group, then the other groups of the login name; at most `maxCount`. Empty if the process does
+// not belong to a login, such as services, containers and scheduled programs on Linux.
+std::vector<gid_t> groupsOfLogin(std::size_t maxCount);
 
-// "" for a group that has no name.
+// Returns "" for a group without a name.
 std::string nameOfGroup(gid_t group);
 
-// Where a system keeps what programs bring along, by the domain that it is for.
+// Standard folders for program data and applications, by domain.
 //
 // On Linux:
-//   user    applicationSupport   $XDG_DATA_HOME, or ".local/share" in the effective user's home folder (XDG base
-//                                directories; a relative XDG_DATA_HOME counts as none); made with mode 0700
-//   local   applicationSupport   "/usr/local/share" (FHS 4.9: data of what this machine's administrator installed)
-//   local   applications         "/opt" (FHS 3.13: add-on packages, a folder each)
-//   local   utilities            "/opt" too: nothing on Linux parts tools from other add-on packages
-//   system  applicationSupport   "/usr/share" (FHS 4.11: data of the system's own packages)
+//   kUser   kApplicationSupport  $XDG_DATA_HOME, or ".local/share" in the effective user's home folder (XDG base
+//                                directories; a relative XDG_DATA_HOME is ignored); created with mode 0700
+//   kLocal  kApplicationSupport  "/usr/local/share" (FHS 4.9: data that the administrator installed)
+//   kLocal  kApplications        "/opt" (FHS 3.13: add-on packages, one folder each)
+//   kLocal  kUtilities           "/opt": Linux has no separate folder for utilities
+//   kSystem kApplicationSupport  "/usr/share" (FHS 4.11: data of the system's packages)
 //
-// On macOS what its folder finder (`FSFindFolder`) gives, local: "/Library/Application Support", "/Applications" and
+// On macOS the results of `FSFindFolder`; in the local domain "/Library/Application Support", "/Applications" and
 // "/Applications/Utilities".
 
-enum class FolderDomain { user, local, system };
-enum class FolderKind { applicationSupport, applications, utilities };
+enum class FolderDomain { kUser, kLocal, kSystem };
+enum class FolderKind { kApplicationSupport, kApplications, kUtilities };
 
 struct FolderSearch {
-  // The first step that failed: finding the folder (or making it, when it was missing), making a path of at most 1023
-  // bytes from it, or making text from that path.
-  enum class Failure { none, find, path, text };
+  // The step that failed.
+  enum class Failure {
+    kNone,
+    kFind,  // finding or creating the folder
+    kPath,  // getting a path of at most 1023 bytes
+    kText,  // converting the path to UTF-8
+  };
 
-  Failure failure = Failure::none;
-  int status = 0;    // the system's number for a failure of `find` or `path`: an `errno`, on macOS an `OSStatus`
-  std::string path;  // also after a failure where the folder should be, as far as that is known; else ""
+  Failure failure = Failure::kNone;
+  int status = 0;    // of `kFind` and `kPath`: an `errno`, on macOS an `OSStatus`
+  std::string path;  // after a failure the expected path if it is known, else ""
 };
 
-// Makes the folder and those above it if they are missing. A domain that does not have the kind: `find`, ENOENT.
+// Finds a folder, and creates it with its missing parents. A domain without that kind of folder: `kFind`, ENOENT.
 FolderSearch findFolder(FolderDomain domain, FolderKind kind);
 
 }  // namespace platform

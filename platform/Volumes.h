@@ -1,6 +1,7 @@
-// The mounted file systems: which one a path lies on, what it is called, and how it tells names apart.
+// Mount points, volume names, and case sensitivity of mounted file systems.
 //
-// Symbolic links are followed. Thread-safe.
+// - Follows symbolic links.
+// - Thread-safe.
 
 #pragma once
 
@@ -9,20 +10,22 @@
 
 namespace platform {
 
-// Where the file system of an existing path is mounted; a bind mount or a folder mounted over another is a mount of its
-// own. Nothing on failure, and `errno` says why: as `statfs` does for the path.
+// Returns the mount point of the file system that contains an existing path. A bind mount has a mount point of its own.
+// On failure returns no value and sets `errno` as `statfs` does.
 //   "/proc/self/status" => "/proc"   "/etc" => "/"
 std::optional<std::string> mountPointOf(const std::string& path);
 
-// The name that a user knows the volume by, in UTF-8. On Linux: its label or, without one that is UTF-8, the last
-// component of the mount point, "/" for the root. On macOS the File Manager's, perhaps "Macintosh HD". Nothing when
-// there is no such folder.
+// Returns the name of a volume in UTF-8; no value if there is no folder at the path.
+//
+// - Linux: the label or, without a UTF-8 label, the last component of the mount point ("/" for the root).
+// - macOS: the name from the File Manager, such as "Macintosh HD".
 std::optional<std::string> volumeNameOf(const std::string& mountPoint);
 
-// Whether "a" and "A" are two names where the path lies; nothing when the path does not exist. On Linux file systems
-// that know only one rule have that rule, and elsewhere the folder decides (that of a file is the one that holds it):
-// ext4, f2fs and tmpfs may fold case folder by folder. On macOS a volume has one rule, and nothing is told of one that
-// the File Manager does not know.
-std::optional<bool> tellsCaseApart(const std::string& path);
+// Returns whether "a" and "A" are different names at an existing path; no value if the path does not exist.
+//
+// - Linux: a property of the file system type, or of each folder on file systems that support case folding (ext4, f2fs,
+//   tmpfs). A file has the rule of its folder.
+// - macOS: a property of the volume; no value if the File Manager does not know the volume.
+std::optional<bool> isCaseSensitive(const std::string& path);
 
 }  // namespace platform

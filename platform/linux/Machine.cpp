@@ -24,18 +24,18 @@
 namespace platform {
 namespace {
 
-Architecture architectureOf(unsigned machine, unsigned char wordClass) {
+Architecture architectureOf(unsigned machine, unsigned char elfClass) {
   switch (machine) {
     case EM_386:
-      return Architecture::x86;
+      return Architecture::kX86;
     case EM_X86_64:
-      return wordClass == ELFCLASS64 ? Architecture::x86_64 : Architecture::other;
+      return elfClass == ELFCLASS64 ? Architecture::kX86_64 : Architecture::kOther;
     case EM_PPC:
-      return Architecture::ppc;
+      return Architecture::kPpc;
     case EM_PPC64:
-      return Architecture::ppc64;
+      return Architecture::kPpc64;
     default:
-      return Architecture::other;
+      return Architecture::kOther;
   }
 }
 
@@ -46,44 +46,44 @@ bool wasRemoved() {
   return ::stat(kSelf, &executable) == 0 && executable.st_nlink == 0;
 }
 
-thread_local std::uint64_t knownId = 0;
+thread_local std::uint64_t cachedId = 0;
 
-// Only the forking thread lives on in the child, under a new number.
-void forgetInChild() {
-  knownId = 0;
+// The forking thread is the only thread of the child and has a new number there.
+void clearInChild() {
+  cachedId = 0;
 }
 
-std::uint64_t askSystem() {
-  [[maybe_unused]] static const int registered = ::pthread_atfork(nullptr, nullptr, forgetInChild);
+std::uint64_t queryThreadId() {
+  [[maybe_unused]] static const int registered = ::pthread_atfork(nullptr, nullptr, clearInChild);
   return static_cast<std::uint64_t>(::gettid());
 }
 
-class SignalsBlocked {
+class BlockedSignals {
  public:
-  SignalsBlocked() {
+  BlockedSignals() {
     sigset_t all;
     ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &former_);
+    ::pthread_sigmask(SIG_SETMASK, &all, &previous_);
   }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+  ~BlockedSignals() { ::pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
 
  private:
-  sigset_t former_;
+  sigset_t previous_;
 };
 
 }  // namespace
 
 std::vector<Architecture> architecturesOf(const std::string& file) {
   const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  // Both word sizes begin alike, as far as the machine.
+  // 32-bit and 64-bit headers are identical up to the machine.
   std::array<unsigned char, offsetof(Elf64_Ehdr, e_machine) + 2> header{};
-  ssize_t got = -1;
+  ssize_t count = -1;
   do {
-    got = ::pread(fd.get(), header.data(), header.size(), 0);
-  } while (got < 0 && errno == EINTR);
-  if (got != static_cast<ssize_t>(header.size()) || std::memcmp(header.data(), ELFMAG, SELFMAG) != 0) return {};
+    count = ::pread(fd.get(), header.data(), header.size(), 0);
+  } while (count < 0 && errno == EINTR);
+  if (count != static_cast<ssize_t>(header.size()) || std::memcmp(header.data(), ELFMAG, SELFMAG) != 0) return {};
   const unsigned first = header[header.size() - 2], second = header[header.size() - 1];
   const unsigned machine = header[EI_DATA] == ELFDATA2MSB ? first << 8 | second : second << 8 | first;
   return {architectureOf(machine, header[EI_CLASS])};
@@ -92,9 +92,9 @@ std::vector<Architecture> architecturesOf(const std::string& file) {
 std::string executablePath() {
   std::error_code failed;
   std::string path = std::filesystem::read_symlink(kSelf, failed).string();
-  constexpr std::string_view mark = " (deleted)";
-  const bool marked = path.size() > mark.size() && path.compare(path.size() - mark.size(), mark.size(), mark) == 0;
-  if (marked && wasRemoved()) path.resize(path.size() - mark.size());
+  constexpr std::string_view kMark = " (deleted)";
+  const bool marked = path.size() > kMark.size() && path.compare(path.size() - kMark.size(), kMark.size(), kMark) == 0;
+  if (marked && wasRemoved()) path.resize(path.size() - kMark.size());
   return path;
 }
 
@@ -116,23 +116,23 @@ std::optional<int> systemVersionPart(VersionPart part) {
   const std::optional<SystemVersion> version = systemVersion();
   if (!version) return std::nullopt;
   switch (part) {
-    case VersionPart::major:
+    case VersionPart::kMajor:
       return version->major;
-    case VersionPart::minor:
+    case VersionPart::kMinor:
       return version->minor;
-    case VersionPart::bugFix:
+    case VersionPart::kBugFix:
       return version->bugFix;
   }
   return std::nullopt;
 }
 
 std::uint64_t currentThreadId() {
-  if (knownId == 0) knownId = askSystem();
-  return knownId;
+  if (cachedId == 0) cachedId = queryThreadId();
+  return cachedId;
 }
 
-bool doAside(const std::function<void()>& work) {
-  const SignalsBlocked duringTheStart;
+bool runDetached(const std::function<void()>& work) {
+  const BlockedSignals signals;
   try {
     std::thread(work).detach();
   } catch (const std::system_error&) {

@@ -1,4 +1,4 @@
-// What Linux needs besides platform/Machine.h: ELF files, and threads that nobody waits for.
+// ELF files and detached threads, for platform/linux.
 
 #pragma once
 
@@ -10,11 +10,11 @@
 
 namespace platform {
 
-// What the file holds code for: empty unless it is an executable of this kind of system (ELF). A program with the
-// instructions of a 64-bit processor and pointers of 32 bits (x32) counts as `other`.
+// Returns the architecture of an ELF file; empty if the file is not an executable. A program for x32 (64-bit
+// instructions, 32-bit pointers) is `kOther`.
 std::vector<Architecture> architecturesOf(const std::string& file);
 
-// Does the work on a thread of its own, which no signal of the program's interrupts; false when there can be no thread.
-bool doAside(const std::function<void()>& work);
+// Runs `work` on a detached thread with all signals blocked. Returns false if no thread can be started.
+bool runDetached(const std::function<void()>& work);
 
 }  // namespace platform

@@ -17,7 +17,7 @@
 namespace platform {
 namespace {
 
-// What the new process does between its start and the program's; the first failure is kept.
+// Actions of the new process before it runs the program. Keeps the first error.
 class FileActions {
  public:
   FileActions() : error_(::posix_spawn_file_actions_init(&actions_)) {}
@@ -25,20 +25,20 @@ class FileActions {
   FileActions& operator=(const FileActions&) = delete;
   ~FileActions() { ::posix_spawn_file_actions_destroy(&actions_); }
 
-  void silence() {
-    keep(::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0));
-    keep(::posix_spawn_file_actions_adddup2(&actions_, STDOUT_FILENO, STDERR_FILENO));
+  void silenceOutput() {
+    record(::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0));
+    record(::posix_spawn_file_actions_adddup2(&actions_, STDOUT_FILENO, STDERR_FILENO));
   }
   void changeFolder(const std::string& folder) {
-    keep(::posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str()));
+    record(::posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str()));
   }
-  void closeAllOthers() { keep(::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1)); }
+  void closeOtherDescriptors() { record(::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1)); }
 
   int error() const { return error_; }
   const posix_spawn_file_actions_t* get() const { return &actions_; }
 
  private:
-  void keep(int error) {
+  void record(int error) {
     if (error_ == 0) error_ = error;
   }
 
@@ -76,8 +76,8 @@ std::vector<char*> pointersTo(std::string& program, std::vector<std::string>& ar
   return pointers;
 }
 
-// As `runTask` has it.
-int endOf(pid_t process) {
+// Returns the result of `runTask`.
+int waitFor(pid_t process) {
   int status = 0;
   while (::waitpid(process, &status, 0) < 0) {
     if (errno != EINTR) return -1;
@@ -85,24 +85,24 @@ int endOf(pid_t process) {
   return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-const std::filesystem::path kProcesses = "/proc";
+const std::filesystem::path kProcFolder = "/proc";
 
 }  // namespace
 
 std::optional<int> runTask(const Task& task) {
   const std::optional<pid_t> process = startTask(task);
   if (!process) return std::nullopt;
-  return endOf(*process);
+  return waitFor(*process);
 }
 
 std::optional<pid_t> startTask(const Task& task) {
   const DefaultSignals signals;
   FileActions actions;
-  if (task.silent) actions.silence();
+  if (task.silent) actions.silenceOutput();
   if (!task.folder.empty()) actions.changeFolder(task.folder);
-  actions.closeAllOthers();
+  actions.closeOtherDescriptors();
 
-  std::string program = programFromItsFolder(task);
+  std::string program = resolveProgram(task);
   std::vector<std::string> arguments = task.arguments;
   const std::vector<char*> pointers = pointersTo(program, arguments);
   pid_t process = 0;
@@ -114,16 +114,16 @@ std::optional<pid_t> startTask(const Task& task) {
   return std::nullopt;
 }
 
-void waitForTaskAside(pid_t process) {
-  // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
-  (void)doAside([process] { (void)endOf(process); });
+void waitForTaskInBackground(pid_t process) {
+  // Without a thread the process stays a zombie until this one ends.
+  (void)runDetached([process] { (void)waitFor(process); });
 }
 
 std::vector<pid_t> allProcesses() {
   std::vector<pid_t> processes;
-  std::error_code failed;
-  for (std::filesystem::directory_iterator entry(kProcesses, failed), end; !failed && entry != end;
-       entry.increment(failed)) {
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(kProcFolder, error), end; !error && entry != end;
+       entry.increment(error)) {
     const std::string name = entry->path().filename().string();
     pid_t process = 0;
     const char* const nameEnd = name.data() + name.size();
@@ -133,11 +133,11 @@ std::vector<pid_t> allProcesses() {
 }
 
 std::string programOf(pid_t process) {
-  const std::filesystem::path folder = kProcesses / std::to_string(process);
-  std::error_code failed;
-  std::string path = std::filesystem::read_symlink(folder / "exe", failed).string();
-  // What a process calls itself is no reason for the super-user to take it for that.
-  if (failed != std::errc::permission_denied || ::geteuid() == 0) return path;
+  const std::filesystem::path folder = kProcFolder / std::to_string(process);
+  std::error_code error;
+  std::string path = std::filesystem::read_symlink(folder / "exe", error).string();
+  // A process chooses its arguments itself, so root does not rely on them.
+  if (error != std::errc::permission_denied || ::geteuid() == 0) return path;
   std::ifstream arguments(folder / "cmdline", std::ios::binary);
   std::getline(arguments, path, '\0');
   return path;

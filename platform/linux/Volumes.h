@@ -1,4 +1,4 @@
-// What Linux needs besides platform/Volumes.h: the labels that the device manager has read from disks.
+// Volume labels of udev, for platform/linux.
 
 #pragma once
 
@@ -7,8 +7,8 @@
 
 namespace platform {
 
-// A name below /dev/disk/by-label as the label that it stands for.
+// Decodes the label from the name of a link in /dev/disk/by-label.
 //   "Back\x20up" => "Back up"   "a\x2fb" => "a/b"   "\x2" => "\x2"
-std::string labelOfLink(std::string_view name);
+std::string decodeLabel(std::string_view name);
 
 }  // namespace platform

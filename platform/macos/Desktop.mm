@@ -13,21 +13,21 @@
 #include "platform/Url.h"
 #include "platform/macos/FoundationText.h"
 
-// The launcher and the references to files are of a time that newer systems warn of.
+// Launch Services and file references are deprecated.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace platform {
 namespace {
 
-// Foundation takes brackets anywhere. Newer systems' takes any text at all, and mends it.
-bool isAddress(std::string text) {
+// Foundation accepts square brackets anywhere, and on newer systems any text.
+bool isAcceptedUrl(std::string text) {
   std::replace_if(
       text.begin(), text.end(), [](char c) { return c == '[' || c == ']'; }, '!');
   return isUrl(text);
 }
 
-// Of an Apple event or a piece of one; disposed of at the end of its scope, if it came to be.
+// Owns the descriptor of an Apple event or of a part of one.
 class Descriptor {
  public:
   Descriptor() = default;
@@ -69,13 +69,13 @@ bool launch(const FSRef& file, NSArray* arguments, AEDesc* event) {
 }  // namespace
 
 bool openUrl(const std::string& url) {
-  if (!isAddress(url)) return false;
+  if (!isAcceptedUrl(url)) return false;
   const AutoreleaseScope scope;
-  NSURL* const address = [NSURL URLWithString:stringOf(url)];
-  return address != nil && [[NSWorkspace sharedWorkspace] openURL:address];
+  NSURL* const parsed = [NSURL URLWithString:stringOf(url)];
+  return parsed != nil && [[NSWorkspace sharedWorkspace] openURL:parsed];
 }
 
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& arguments) {
   const AutoreleaseScope scope;
   Descriptor process, event;
   if (!describeThisProcess(process) || !describeActivation(process, event)) return {};
@@ -86,19 +86,19 @@ FrontLaunch launchInFront(const std::string& path, const std::vector<std::string
   return {strings != nil && launch(file, strings, event.get()), std::nullopt};
 }
 
-Fronting bringToFront(pid_t process) {
+RaiseResult raiseWindow(pid_t process) {
   ProcessSerialNumber number = {};
-  if (GetProcessForPID(process, &number) != noErr) return Fronting::unknown;
-  return SetFrontProcess(&number) == noErr ? Fronting::done : Fronting::impossible;
+  if (GetProcessForPID(process, &number) != noErr) return RaiseResult::kNotFound;
+  return SetFrontProcess(&number) == noErr ? RaiseResult::kRaised : RaiseResult::kFailed;
 }
 
 void postToAllSessions(const std::string& name, const std::string& object) {
   const AutoreleaseScope scope;
-  NSString* const word = stringOf(name);
-  NSString* const sender = stringOf(object);
-  if (word == nil || sender == nil) return;
-  [[NSDistributedNotificationCenter defaultCenter] postNotificationName:word
-                                                                 object:sender
+  NSString* const notification = stringOf(name);
+  NSString* const notificationObject = stringOf(object);
+  if (notification == nil || notificationObject == nil) return;
+  [[NSDistributedNotificationCenter defaultCenter] postNotificationName:notification
+                                                                 object:notificationObject
                                                                userInfo:nil
                                                                 options:NSDistributedNotificationPostToAllSessions];
 }

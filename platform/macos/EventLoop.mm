@@ -11,14 +11,14 @@ void runLoopFor(std::chrono::milliseconds duration) {
   {
     const AutoreleaseScope scope;
     const std::chrono::duration<NSTimeInterval> seconds = duration;
-    NSDate* const over = [NSDate dateWithTimeIntervalSinceNow:seconds.count()];
+    NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:seconds.count()];
     @try {
-      [[NSRunLoop currentRunLoop] runUntilDate:over];
+      [[NSRunLoop currentRunLoop] runUntilDate:limit];
     } @catch (...) {
-      // Of an event's handler, which knows nothing of who waits here.
+      // An exception of an event handler does not concern the caller.
     }
   }
-  // A run loop with nothing to wait for returns at once, and one that was thrown out of before its time.
+  // A run loop returns early if it has no sources or an event handler throws.
   std::this_thread::sleep_until(end);
 }
 

@@ -1,4 +1,4 @@
-// Texts on their way to Foundation and back. What Foundation makes lives until the innermost autorelease scope ends.
+// Converts strings from and to Foundation. Returned Foundation objects are autoreleased.
 
 #pragma once
 
@@ -9,12 +9,12 @@
 
 namespace platform {
 
-// Nil when the text, which ends at its first NUL, is not UTF-8.
+// Returns nil if the text is not UTF-8. Ignores everything from the first NUL.
 inline NSString* stringOf(const std::string& text) {
   return [NSString stringWithUTF8String:text.c_str()];
 }
 
-// Nil when one of the texts is not UTF-8.
+// Returns nil if one of the texts is not UTF-8.
 inline NSArray* stringsOf(const std::vector<std::string>& texts) {
   NSMutableArray* const strings = [NSMutableArray arrayWithCapacity:texts.size()];
   for (const std::string& text : texts) {
@@ -25,7 +25,7 @@ inline NSArray* stringsOf(const std::vector<std::string>& texts) {
   return strings;
 }
 
-// "" when there is no text.
+// nil => ""
 inline std::string textOf(NSString* string) {
   const char* const text = [string UTF8String];
   return text == nullptr ? "" : text;

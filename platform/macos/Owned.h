@@ -1,4 +1,6 @@
-// Owners for what Core Foundation's functions give away.
+// Owns one reference to a Core Foundation object.
+//
+//   Owned<CFStringRef>
 
 #pragma once
 

@@ -22,18 +22,18 @@ bool isText(const std::string& bytes) {
   return isUtf8(untilNul(bytes));
 }
 
-// Foundation gives its reasons in words only.
-int reasonAgainst(const Task& task) {
+// Returns an `errno`: Foundation reports its errors as text only.
+int launchError(const Task& task) {
   const std::vector<std::string>& arguments = task.arguments;
-  const bool told =
+  const bool isUtf8Only =
       isText(task.program) && isText(task.folder) && std::all_of(arguments.begin(), arguments.end(), isText);
-  if (!told) return EILSEQ;
+  if (!isUtf8Only) return EILSEQ;
   if (!task.folder.empty() && ::access(task.folder.c_str(), X_OK) != 0) return errno;
   if (::access(task.program.c_str(), X_OK) != 0) return errno;
   return kindOf(task.program) == FileKind::folder ? EACCES : ENOEXEC;
 }
 
-NSTask* launchedApart(NSString* program, NSArray* arguments, NSString* folder, bool silent) {
+NSTask* launchWithOptions(NSString* program, NSArray* arguments, NSString* folder, bool silent) {
   NSTask* const task = [[[NSTask alloc] init] autorelease];
   [task setLaunchPath:program];
   [task setArguments:arguments];
@@ -46,25 +46,25 @@ NSTask* launchedApart(NSString* program, NSArray* arguments, NSString* folder, b
   return task;
 }
 
-// Nil when it cannot be started.
-NSTask* launched(const Task& task) {
-  NSString* const program = stringOf(programFromItsFolder(task));
+// Returns nil on failure.
+NSTask* launch(const Task& task) {
+  NSString* const program = stringOf(resolveProgram(task));
   NSString* const folder = stringOf(task.folder);
   NSArray* const arguments = stringsOf(task.arguments);
   if (program == nil || folder == nil || arguments == nil) return nil;
   @try {
-    if (task.silent || !task.folder.empty()) return launchedApart(program, arguments, folder, task.silent);
+    if (task.silent || !task.folder.empty()) return launchWithOptions(program, arguments, folder, task.silent);
     return [NSTask launchedTaskWithLaunchPath:program arguments:arguments];
   } @catch (...) {
     return nil;
   }
 }
 
-int numberOf(NSTask* task) {
+int processIdOf(NSTask* task) {
   return [task processIdentifier];
 }
 
-int endOf(NSTask* task) {
+int waitFor(NSTask* task) {
   @try {
     [task waitUntilExit];
     return [task terminationStatus];
@@ -73,29 +73,29 @@ int endOf(NSTask* task) {
   }
 }
 
-std::optional<int> startedThen(const Task& task, int (*then)(NSTask*)) {
+std::optional<int> launchAnd(const Task& task, int (*then)(NSTask*)) {
   {
     const AutoreleaseScope scope;
-    if (NSTask* const running = launched(task)) return then(running);
+    if (NSTask* const running = launch(task)) return then(running);
   }
-  // Now that no object is released any more, which could set it anew.
-  errno = reasonAgainst(task);
+  // Set after the pool is closed, because releasing objects may change it.
+  errno = launchError(task);
   return std::nullopt;
 }
 
-// What the kernel has under this name; nothing when it does not tell.
-std::vector<char> kernelsAnswer(std::vector<int> name) {
-  constexpr int mostTries = 100;
+// Returns the value of a kernel variable; empty on failure.
+std::vector<char> querySysctl(std::vector<int> name) {
+  constexpr int kMaxTries = 100;
   const auto length = static_cast<u_int>(name.size());
-  for (int tries = 0; tries < mostTries; ++tries) {
+  for (int tries = 0; tries < kMaxTries; ++tries) {
     std::size_t size = 0;
     if (::sysctl(name.data(), length, nullptr, &size, nullptr, 0) != 0 || size == 0) return {};
-    std::vector<char> answer(size);
-    if (::sysctl(name.data(), length, answer.data(), &size, nullptr, 0) == 0) {
-      answer.resize(size);
-      return answer;
+    std::vector<char> value(size);
+    if (::sysctl(name.data(), length, value.data(), &size, nullptr, 0) == 0) {
+      value.resize(size);
+      return value;
     }
-    if (errno != ENOMEM) return {};  // it may have grown meanwhile
+    if (errno != ENOMEM) return {};  // ENOMEM: the value has grown since
   }
   return {};
 }
@@ -103,30 +103,30 @@ std::vector<char> kernelsAnswer(std::vector<int> name) {
 }  // namespace
 
 std::optional<int> runTask(const Task& task) {
-  return startedThen(task, endOf);
+  return launchAnd(task, waitFor);
 }
 
 std::optional<pid_t> startTask(const Task& task) {
-  return startedThen(task, numberOf);
+  return launchAnd(task, processIdOf);
 }
 
-// The task object lives until the process ends, and collects its end.
-void waitForTaskAside(pid_t /*process*/) {}
+// The task object waits for the process.
+void waitForTaskInBackground(pid_t /*process*/) {}
 
 std::vector<pid_t> allProcesses() {
-  const std::vector<char> answer = kernelsAnswer({CTL_KERN, KERN_PROC, KERN_PROC_ALL});
+  const std::vector<char> table = querySysctl({CTL_KERN, KERN_PROC, KERN_PROC_ALL});
   std::vector<pid_t> processes;
-  for (std::size_t at = 0; at + sizeof(kinfo_proc) <= answer.size(); at += sizeof(kinfo_proc)) {
+  for (std::size_t at = 0; at + sizeof(kinfo_proc) <= table.size(); at += sizeof(kinfo_proc)) {
     kinfo_proc process;
-    std::memcpy(&process, answer.data() + at, sizeof process);
+    std::memcpy(&process, table.data() + at, sizeof process);
     processes.push_back(process.kp_proc.p_pid);
   }
   return processes;
 }
 
 std::string programOf(pid_t process) {
-  const std::vector<char> area = kernelsAnswer({CTL_KERN, KERN_PROCARGS, process});
-  return std::string(area.begin(), std::find(area.begin(), area.end(), '\0'));
+  const std::vector<char> arguments = querySysctl({CTL_KERN, KERN_PROCARGS, process});
+  return std::string(arguments.begin(), std::find(arguments.begin(), arguments.end(), '\0'));
 }
 
 }  // namespace platform

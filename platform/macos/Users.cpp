@@ -15,21 +15,21 @@ namespace {
 
 using Text = Owned<CFStringRef>;
 
-// While nobody is logged in the login window may have the screen, in the super-user's name.
+// Without a user the login window may own the console, in the name of root.
 bool isLoginWindow(const Text& name) {
   constexpr char kLoginWindow[] = "loginwindow";
-  char text[sizeof kLoginWindow];  // what does not fit is another name
+  char text[sizeof kLoginWindow];  // a name that does not fit is a different one
   return CFStringGetCString(name.get(), text, sizeof text, kCFStringEncodingUTF8) &&
          std::strcmp(text, kLoginWindow) == 0;
 }
 
-FSVolumeRefNum numberOf(FolderDomain domain) {
+FSVolumeRefNum volumeOf(FolderDomain domain) {
   switch (domain) {
-    case FolderDomain::user:
+    case FolderDomain::kUser:
       return kUserDomain;
-    case FolderDomain::local:
+    case FolderDomain::kLocal:
       return kLocalDomain;
-    case FolderDomain::system:
+    case FolderDomain::kSystem:
       break;
   }
   return kOnSystemDisk;
@@ -37,11 +37,11 @@ FSVolumeRefNum numberOf(FolderDomain domain) {
 
 OSType typeOf(FolderKind kind) {
   switch (kind) {
-    case FolderKind::applicationSupport:
+    case FolderKind::kApplicationSupport:
       return kApplicationSupportFolderType;
-    case FolderKind::applications:
+    case FolderKind::kApplications:
       return kApplicationsFolderType;
-    case FolderKind::utilities:
+    case FolderKind::kUtilities:
       break;
   }
   return kUtilitiesFolderType;
@@ -49,16 +49,16 @@ OSType typeOf(FolderKind kind) {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-// The folder of this kind in this domain, made when it is missing. Thread-safe.
-FolderSearch folderOf(FSVolumeRefNum domain, OSType kind) {
+// Creates the folder if it is missing. Thread-safe.
+FolderSearch findOrCreate(FSVolumeRefNum domain, OSType kind) {
   using Failure = FolderSearch::Failure;
   FSRef folder = {};
-  if (const OSStatus status = FSFindFolder(domain, kind, kCreateFolder, &folder)) return {Failure::find, status, ""};
+  if (const OSStatus status = FSFindFolder(domain, kind, kCreateFolder, &folder)) return {Failure::kFind, status, ""};
   char path[1024] = {};
   if (const OSStatus status = FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), sizeof path))
-    return {Failure::path, status, ""};
-  if (!isUtf8(path)) return {Failure::text, noErr, ""};
-  return {Failure::none, noErr, path};
+    return {Failure::kPath, status, ""};
+  if (!isUtf8(path)) return {Failure::kText, noErr, ""};
+  return {Failure::kNone, noErr, path};
 }
 #pragma GCC diagnostic pop
 
@@ -72,11 +72,11 @@ std::optional<uid_t> consoleUser() {
 }
 
 std::string homeFolder() {
-  return folderOf(kUserDomain, kVolumeRootFolderType).path;
+  return findOrCreate(kUserDomain, kVolumeRootFolderType).path;
 }
 
 FolderSearch findFolder(FolderDomain domain, FolderKind kind) {
-  return folderOf(numberOf(domain), typeOf(kind));
+  return findOrCreate(volumeOf(domain), typeOf(kind));
 }
 
 }  // namespace platform

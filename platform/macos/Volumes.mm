@@ -34,11 +34,11 @@ std::optional<std::string> volumeNameOf(const std::string& mountPoint) {
   return text;
 }
 
-std::optional<bool> tellsCaseApart(const std::string& path) {
+std::optional<bool> isCaseSensitive(const std::string& path) {
   const std::optional<FSVolumeRefNum> volume = volumeOf(path);
   GetVolParmsInfoBuffer parameters = {};
   if (!volume || FSGetVolumeParms(*volume, &parameters, sizeof parameters) != noErr) return std::nullopt;
-  // Records of older versions end before the attributes.
+  // Older versions of the record have no extended attributes.
   return parameters.vMVersion >= 3 && (parameters.vMExtendedAttributes & (1 << bIsCaseSensitive)) != 0;
 }
 

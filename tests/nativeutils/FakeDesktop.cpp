@@ -29,16 +29,16 @@ bool openUrl(const std::string&) {
   return false;
 }
 
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& arguments) {
   if (fakeDesktop.failureToRefer || !fakeDesktop.canLaunch) return {false, fakeDesktop.failureToRefer};
   fakeDesktop.launched = {path};
   fakeDesktop.launched.insert(fakeDesktop.launched.end(), arguments.begin(), arguments.end());
   return {true, std::nullopt};
 }
 
-Fronting bringToFront(pid_t process) {
+RaiseResult raiseWindow(pid_t process) {
   fakeDesktop.fronted.push_back(process);
-  return fakeDesktop.fronted.size() > fakeDesktop.unknownFor ? fakeDesktop.fronting : Fronting::unknown;
+  return fakeDesktop.fronted.size() > fakeDesktop.unknownFor ? fakeDesktop.fronting : RaiseResult::kNotFound;
 }
 
 }  // namespace platform

@@ -33,7 +33,7 @@ struct FakeDesktop {
 
   // What the answers to bringing a process to the front are once it has been asked so often in vain.
   std::size_t unknownFor = 0;
-  platform::Fronting fronting = platform::Fronting::done;
+  platform::RaiseResult fronting = platform::RaiseResult::kRaised;
   std::vector<pid_t> fronted;
 };
 

@@ -16,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 using nativeutils_test::FakeDesktop;
 using nativeutils_test::fakeDesktop;
-using platform::Fronting;
+using platform::RaiseResult;
 using Lines = std::vector<std::string>;
 
 class FrontingTest : public nativeutils_test::LoggedTest {
@@ -78,7 +78,7 @@ TEST_F(FrontingTest, AProcessThatDoesNotShowUpIsAWarningAfterTenSeconds) {
 
 TEST_F(FrontingTest, AProcessThatCannotBeBroughtToTheFrontIsAWarningAtOnce) {
   fakeDesktop.unknownFor = 1;
-  fakeDesktop.fronting = Fronting::impossible;
+  fakeDesktop.fronting = RaiseResult::kFailed;
   const Lines lines = start();
   EXPECT_EQ(lines, followedBy({"INFO Launching process .... " + process(), failed}));
   EXPECT_EQ(fakeDesktop.turns.size(), 1u);

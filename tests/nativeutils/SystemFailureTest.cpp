@@ -58,35 +58,35 @@ class SystemFailureTest : public nativeutils_test::LoggedTest {
 
 TEST_F(SystemFailureTest, ADataFolderThatIsNotFoundIsAWarningWithTheStatus) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(failing(query, Failure::find, -43),
+    EXPECT_EQ(failing(query, Failure::kFind, -43),
               Lines{"WARN Failed in finding location information  in utilGetUserAppDataFolder error:-43"});
   }
 }
 
 TEST_F(SystemFailureTest, ADataFolderWithoutAPathIsAWarningWithTheStatus) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(failing(query, Failure::path, 36),
+    EXPECT_EQ(failing(query, Failure::kPath, 36),
               Lines{"WARN Failed in path conversion in utilGetUserAppDataFolder error:36"});
   }
 }
 
 TEST_F(SystemFailureTest, ADataFolderThatIsNoTextIsAWarning) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(failing(query, Failure::text, 84), Lines{"WARN Error in allocating memory in utilGetUserAppDataFolder"});
+    EXPECT_EQ(failing(query, Failure::kText, 84), Lines{"WARN Error in allocating memory in utilGetUserAppDataFolder"});
   }
 }
 
 TEST_F(SystemFailureTest, EachFailureOfTheInstallPathIsFatal) {
-  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::find, 13),
+  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::kFind, 13),
             Lines{"FATAL Error creating Application-Utilities install path for Kelvo, Error Code: 13"});
-  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::path, 36),
+  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::kPath, 36),
             Lines{"FATAL Error in converting path into POSIX-style pathname, Error Code: 36"});
-  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::text, 84),
+  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::kText, 84),
             Lines{"FATAL Error converting Application-Utilities path as C string to string"});
 }
 
 TEST_F(SystemFailureTest, TheSharedFoldersAreNamedWhetherTheyWereFoundOrNot) {
-  fakeSystem.folder = {Failure::find, 13, "/known"};
+  fakeSystem.folder = {Failure::kFind, 13, "/known"};
   std::string path;
   EXPECT_TRUE(utilGetQRBPath(path));
   EXPECT_EQ(path, "/known/Orvane");
@@ -96,9 +96,9 @@ TEST_F(SystemFailureTest, TheSharedFoldersAreNamedWhetherTheyWereFoundOrNot) {
 }
 
 TEST_F(SystemFailureTest, AVersionNumberThatIsNotToldIsFatalAndChangesNothing) {
-  EXPECT_EQ(failingVersion(VersionPart::major), Lines{"FATAL Unable to retrieve OS major version"});
-  EXPECT_EQ(failingVersion(VersionPart::minor), Lines{"FATAL Unable to retrieve OS minor version"});
-  EXPECT_EQ(failingVersion(VersionPart::bugFix), Lines{"FATAL Unable to retrieve OS bug fix version"});
+  EXPECT_EQ(failingVersion(VersionPart::kMajor), Lines{"FATAL Unable to retrieve OS major version"});
+  EXPECT_EQ(failingVersion(VersionPart::kMinor), Lines{"FATAL Unable to retrieve OS minor version"});
+  EXPECT_EQ(failingVersion(VersionPart::kBugFix), Lines{"FATAL Unable to retrieve OS bug fix version"});
 }
 
 TEST_F(SystemFailureTest, AnApplicationIsCalledByItsBundleAndAnotherProgramByItsFile) {
@@ -125,9 +125,9 @@ TEST_F(SystemFailureTest, AProgramWithoutABundleDoesNotKnowWhereItLies) {
 }
 
 TEST_F(SystemFailureTest, CodeForEitherOfTwoProcessorsIsSixtyFourBit) {
-  EXPECT_TRUE(is64Bit({Architecture::x86, Architecture::x86_64}));
-  EXPECT_TRUE(is64Bit({Architecture::ppc64}));
-  EXPECT_FALSE(is64Bit({Architecture::x86, Architecture::ppc, Architecture::other}));
+  EXPECT_TRUE(is64Bit({Architecture::kX86, Architecture::kX86_64}));
+  EXPECT_TRUE(is64Bit({Architecture::kPpc64}));
+  EXPECT_FALSE(is64Bit({Architecture::kX86, Architecture::kPpc, Architecture::kOther}));
   EXPECT_FALSE(is64Bit({}));
 }
 

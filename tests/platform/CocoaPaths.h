@@ -1,4 +1,4 @@
-// The path methods of NSString, as the free implementation of Cocoa has them, behind plain functions.
+// The path methods of NSString in GNUstep, as plain functions.
 
 #pragma once
 

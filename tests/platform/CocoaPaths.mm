@@ -2,7 +2,7 @@
 
 #include "tests/platform/CocoaPaths.h"
 
-// In the library, but in none of its headers: which system's paths the methods take.
+// Selects the path syntax of the methods. Not declared in a header of the library.
 extern "C" const char* GSPathHandling(const char* mode);
 
 namespace {
@@ -11,7 +11,7 @@ class Scope {
  public:
   Scope() : pool_([NSAutoreleasePool new]) {
     GSPathHandling("unix");
-    _NSLog_printf_handler = [](NSString*) {};  // it complains of many a question here
+    _NSLog_printf_handler = [](NSString*) {};  // silences its warnings about these paths
   }
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;

@@ -1,7 +1,6 @@
-// Path strings against the NSString methods whose answers they promise, over every short text of a small alphabet.
+// Compares platform/Path.h with the NSString methods of GNUstep, for all short strings of a small alphabet.
 //
-// The peer is the free implementation of Cocoa. Where the two differ the rules of platform/Path.h are what the
-// project keeps; each way to differ is listed here with its reason, and has to be met, so that the list stays honest.
+// Each known difference is listed with its reason and must occur at least once.
 
 #include "tests/platform/CocoaPaths.h"
 
@@ -19,61 +18,62 @@
 
 namespace {
 
-using Answer = std::optional<std::string>;
+using Result = std::optional<std::string>;
 
-struct Question {
+struct Arguments {
   std::string path;
-  std::string argument;  // "" for functions of a path alone
+  std::string argument;  // "" for functions with one argument
 };
 
-// A way in which the peer answers otherwise.
+// A known difference of the peer.
 struct Difference {
   const char* reason;
-  std::function<bool(const Question&, const Answer& ours, const Answer& peers)> applies;
-  int met = 0;
+  std::function<bool(const Arguments&, const Result& ours, const Result& peers)> applies;
+  int count = 0;
 };
 
 bool beginsWith(std::string_view text, std::string_view beginning) {
   return text.substr(0, beginning.size()) == beginning;
 }
 
-// With one slash for several and none at the end.
+// Removes repeated and trailing slashes.
 std::string withoutExtraSlashes(const std::string& path) {
   return platform::appendingPathComponent(path, "");
 }
 
-Difference slashesStay() {
-  return {"slashes that count for nothing are kept", [](const Question&, const Answer& ours, const Answer& peers) {
+Difference slashesAreKept() {
+  return {"extra slashes are kept", [](const Arguments&, const Result& ours, const Result& peers) {
             return ours && peers && withoutExtraSlashes(*peers) == ours;
           }};
 }
 
 Difference tildeIsRoot() {
-  return {"a leading ~ is a root of its own, as / is",
-          [](const Question& question, const Answer&, const Answer&) { return beginsWith(question.path, "~"); }};
+  return {"a leading ~ is a root like /",
+          [](const Arguments& arguments, const Result&, const Result&) { return beginsWith(arguments.path, "~"); }};
 }
 
 Difference hiddenNameIsExtension() {
-  return {"in a folder, a name that begins with its only dot is all extension",
-          [](const Question& question, const Answer& ours, const Answer& peers) {
-            const std::string name = platform::lastPathComponent(question.path);
+  return {"in a folder, a name that begins with its only dot is an extension",
+          [](const Arguments& arguments, const Result& ours, const Result& peers) {
+            const std::string name = platform::lastPathComponent(arguments.path);
             return name.rfind('.') == 0 && withoutExtraSlashes(*peers + name) == ours;
           }};
 }
 
-Difference namelessStays() {
-  return {"what has no name stays as it is", [](const Question& question, const Answer& ours, const Answer& peers) {
-            return !ours && peers == question.path && question.path.find_first_not_of('/') == std::string::npos;
+Difference namelessIsKept() {
+  return {"a path without a name is unchanged",
+          [](const Arguments& arguments, const Result& ours, const Result& peers) {
+            return !ours && peers == arguments.path && arguments.path.find_first_not_of('/') == std::string::npos;
           }};
 }
 
 Difference slashIsAppended() {
-  return {"an extension may hold slashes", [](const Question& question, const Answer& ours, const Answer&) {
-            return !ours && question.argument.find('/') != std::string::npos;
+  return {"an extension may contain slashes", [](const Arguments& arguments, const Result& ours, const Result&) {
+            return !ours && arguments.argument.find('/') != std::string::npos;
           }};
 }
 
-// Every text of up to `length` characters.
+// Returns all strings of at most `length` characters.
 std::vector<std::string> textsUpTo(int length) {
   std::vector<std::string> texts = {""};
   std::size_t longest = 0;
@@ -87,92 +87,92 @@ std::vector<std::string> textsUpTo(int length) {
   return texts;
 }
 
-std::string shown(const Answer& answer) {
-  return answer ? "\"" + *answer + "\"" : "nothing";
+std::string shown(const Result& result) {
+  return result ? "\"" + *result + "\"" : "nothing";
 }
 
-using Function = std::function<Answer(const std::string& path, const std::string& argument)>;
+using Function = std::function<Result(const std::string& path, const std::string& argument)>;
 
-void compare(const std::vector<Question>& questions, const Function& ours, const Function& peer,
+void compare(const std::vector<Arguments>& allArguments, const Function& ours, const Function& peer,
              std::vector<Difference> differences) {
   int failures = 0;
-  for (const Question& question : questions) {
-    const Answer answer = ours(question.path, question.argument);
-    const Answer peers = peer(question.path, question.argument);
-    if (answer == peers) continue;
+  for (const Arguments& arguments : allArguments) {
+    const Result result = ours(arguments.path, arguments.argument);
+    const Result peers = peer(arguments.path, arguments.argument);
+    if (result == peers) continue;
     bool isKnown = false;
     for (Difference& difference : differences) {
-      if (!difference.applies(question, answer, peers)) continue;
-      ++difference.met;
+      if (!difference.applies(arguments, result, peers)) continue;
+      ++difference.count;
       isKnown = true;
       break;
     }
     if (isKnown) continue;
-    ADD_FAILURE() << "of \"" << question.path << "\" and \"" << question.argument << "\": " << shown(answer)
+    ADD_FAILURE() << "of \"" << arguments.path << "\" and \"" << arguments.argument << "\": " << shown(result)
                   << ", the peer " << shown(peers);
     if (++failures == 20) return;
   }
   for (const Difference& difference : differences)
-    EXPECT_GT(difference.met, 0) << "no more: " << difference.reason;
+    EXPECT_GT(difference.count, 0) << "no longer occurs: " << difference.reason;
 }
 
-std::vector<Question> pathsAlone() {
-  std::vector<Question> questions;
+std::vector<Arguments> pathsAlone() {
+  std::vector<Arguments> allArguments;
   for (const std::string& path : textsUpTo(6))
-    questions.push_back({path, ""});
-  return questions;
+    allArguments.push_back({path, ""});
+  return allArguments;
 }
 
-std::vector<Question> pairs() {
+std::vector<Arguments> pairs() {
   const std::vector<std::string> texts = textsUpTo(3);
-  std::vector<Question> questions;
+  std::vector<Arguments> allArguments;
   for (const std::string& path : texts) {
     for (const std::string& argument : texts)
-      questions.push_back({path, argument});
+      allArguments.push_back({path, argument});
   }
-  return questions;
+  return allArguments;
 }
 
-TEST(CocoaPaths, AgreeOnTheLastComponent) {
+TEST(CocoaPathsTest, LastComponent) {
   compare(
       pathsAlone(), [](const auto& path, const auto&) { return platform::lastPathComponent(path); },
       [](const auto& path, const auto&) { return cocoa::lastPathComponent(path); }, {});
 }
 
-TEST(CocoaPaths, AgreeOnThePathWithoutItsLastComponent) {
+TEST(CocoaPathsTest, DeletingTheLastComponent) {
   compare(
       pathsAlone(), [](const auto& path, const auto&) { return platform::deletingLastPathComponent(path); },
       [](const auto& path, const auto&) { return cocoa::deletingLastPathComponent(path); }, {tildeIsRoot()});
 }
 
-TEST(CocoaPaths, AgreeOnThePathWhoseFileSpecWasRemoved) {
+TEST(CocoaPathsTest, RemovingTheFileSpec) {
   const auto withoutSpec = [](std::string path, const auto&) {
-    return utilRemoveFileSpec(path) ? Answer(path) : std::nullopt;
+    return utilRemoveFileSpec(path) ? Result(path) : std::nullopt;
   };
   compare(pathsAlone(), withoutSpec,
           [](const auto& path, const auto&) { return cocoa::deletingLastPathComponent(path); }, {tildeIsRoot()});
 }
 
-TEST(CocoaPaths, AgreeOnTheExtension) {
+TEST(CocoaPathsTest, Extension) {
   compare(
       pathsAlone(), [](const auto& path, const auto&) { return platform::pathExtension(path); },
       [](const auto& path, const auto&) { return cocoa::pathExtension(path); }, {tildeIsRoot()});
 }
 
-TEST(CocoaPaths, AgreeOnThePathWithoutItsExtension) {
+TEST(CocoaPathsTest, DeletingTheExtension) {
   compare(
       pathsAlone(), [](const auto& path, const auto&) { return platform::deletingPathExtension(path); },
       [](const auto& path, const auto&) { return cocoa::deletingPathExtension(path); },
-      {tildeIsRoot(), hiddenNameIsExtension(), slashesStay()});
+      {tildeIsRoot(), hiddenNameIsExtension(), slashesAreKept()});
 }
 
-TEST(CocoaPaths, AgreeOnAnAppendedComponent) {
-  compare(pairs(), platform::appendingPathComponent, cocoa::appendingPathComponent, {tildeIsRoot(), slashesStay()});
+TEST(CocoaPathsTest, AppendingAComponent) {
+  compare(pairs(), platform::appendingPathComponent, cocoa::appendingPathComponent, {tildeIsRoot(), slashesAreKept()});
 }
 
-TEST(CocoaPaths, AgreeOnAnAppendedExtension) {
+TEST(CocoaPathsTest, AppendingAnExtension) {
   compare(pairs(), platform::appendingPathExtension, cocoa::appendingPathExtension,
-          {namelessStays(), slashIsAppended(), tildeIsRoot(), slashesStay()});
+          {namelessIsKept(), slashIsAppended(), tildeIsRoot(), slashesAreKept()});
 }
 
 }  // namespace

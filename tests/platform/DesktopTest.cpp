@@ -1,4 +1,4 @@
-// The pieces of a desktop that a process without one has to do without.
+// Desktop services without a desktop: no display, no message bus, or one that does not reply.
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>
@@ -17,6 +17,7 @@
 #include "platform/Desktop.h"
 #include "platform/EventLoop.h"
 #include "platform/UniqueFd.h"
+#include "platform/linux/Glib.h"
 #include "tests/endtoend/SessionBus.h"
 #include "tests/support/Child.h"
 #include "tests/support/Environment.h"
@@ -27,15 +28,15 @@ namespace {
 using namespace std::chrono_literals;
 using support::Variable;
 
-// An event of a context's that happens as soon as it is served. It is as urgent as the timer that ends a loop's run: of
-// what is due at the first look, on a busy machine both, the less urgent is left for another.
+// An event that a context handles in its next iteration. It has the priority of the timer in `runLoopFor`: an iteration
+// skips ready events of lower priority.
 class Event {
  public:
   explicit Event(GMainContext* context) : source_(g_idle_source_new()) {
     g_source_set_callback(
         source_,
         [](gpointer self) {
-          static_cast<Event*>(self)->servedBy_ = std::this_thread::get_id();
+          static_cast<Event*>(self)->handledBy_ = std::this_thread::get_id();
           return static_cast<gboolean>(G_SOURCE_REMOVE);
         },
         this, nullptr);
@@ -49,33 +50,33 @@ class Event {
     g_source_unref(source_);
   }
 
-  std::thread::id servedBy() const { return servedBy_; }
-  bool served() const { return servedBy_ != std::thread::id(); }
+  std::thread::id handledBy() const { return handledBy_; }
+  bool isHandled() const { return handledBy_ != std::thread::id(); }
 
  private:
   GSource* source_;
-  std::thread::id servedBy_;
+  std::thread::id handledBy_;
 };
 
-TEST(RunLoop, RunsForAsLongAsItIsTold) {
+TEST(RunLoopTest, RunsForTheGivenTime) {
   const auto start = platform::runLoopTime();
   platform::runLoopFor(30ms);
   EXPECT_GE(platform::runLoopTime() - start, 29ms);  // the timer counts whole milliseconds
 }
 
-TEST(RunLoop, ServesEventsOfTheFirstThreadMeanwhile) {
+TEST(RunLoopTest, HandlesEventsOfTheFirstThread) {
   const Event event(nullptr);
   platform::runLoopFor(1ms);
-  EXPECT_TRUE(event.served());
+  EXPECT_TRUE(event.isHandled());
 }
 
-TEST(RunLoop, ServesNobodyElsesEventsOnAnotherThread) {
+TEST(RunLoopTest, IgnoresTheGlobalContextOnAnotherThread) {
   const Event event(nullptr);
   std::thread([] { platform::runLoopFor(10ms); }).join();
-  EXPECT_FALSE(event.served());
+  EXPECT_FALSE(event.isHandled());
 }
 
-TEST(RunLoop, ServesAThreadsOwnEventsOnAnotherThread) {
+TEST(RunLoopTest, HandlesAThreadsOwnContext) {
   std::thread::id other;
   std::thread thread([&] {
     GMainContext* const own = g_main_context_new();
@@ -83,7 +84,7 @@ TEST(RunLoop, ServesAThreadsOwnEventsOnAnotherThread) {
     {
       const Event event(own);
       platform::runLoopFor(10ms);
-      other = event.servedBy();
+      other = event.handledBy();
     }
     g_main_context_pop_thread_default(own);
     g_main_context_unref(own);
@@ -93,7 +94,7 @@ TEST(RunLoop, ServesAThreadsOwnEventsOnAnotherThread) {
   EXPECT_EQ(other, expected);
 }
 
-TEST(RunLoop, MayBeRunByAnEventThatItServes) {
+TEST(RunLoopTest, RunsInsideAnEventHandler) {
   bool done = false;
   GSource* const source = g_idle_source_new();
   g_source_set_callback(
@@ -111,7 +112,7 @@ TEST(RunLoop, MayBeRunByAnEventThatItServes) {
   EXPECT_TRUE(done);
 }
 
-// Accepts connections and says nothing.
+// Accepts connections and never replies.
 class SilentServer {
  public:
   explicit SilentServer(const std::string& path) : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -126,7 +127,7 @@ class SilentServer {
   const platform::UniqueFd socket_;
 };
 
-// An X display that does so, under a number that is free.
+// An X display that never replies, with a free display number.
 class SilentDisplay {
  public:
   SilentDisplay() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -138,8 +139,8 @@ class SilentDisplay {
     EXPECT_EQ(::bind(socket_.get(), name, size), 0);
     EXPECT_EQ(::getsockname(socket_.get(), name, &size), 0);
     EXPECT_EQ(::listen(socket_.get(), 5), 0);
-    constexpr int portOfTheFirst = 6000;
-    name_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - portOfTheFirst);
+    constexpr int kFirstDisplayPort = 6000;
+    name_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - kFirstDisplayPort);
   }
 
   const std::string& name() const { return name_; }
@@ -149,28 +150,28 @@ class SilentDisplay {
   std::string name_;
 };
 
-// Whether a bus hands on the signal that `NoBusTest` posts.
+// Receives the signal that `NoBusTest` posts.
 class Listener {
  public:
   explicit Listener(const std::string& address) : bus_(endtoend::connectToBus(address)) {
-    const auto note = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*,
-                         gpointer heard) { *static_cast<bool*>(heard) = true; };
+    const auto onSignal = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*,
+                             gpointer received) { *static_cast<bool*>(received) = true; };
     g_dbus_connection_signal_subscribe(bus_.get(), nullptr, "org.example.Agent", "Stop", "/org/example/Agent", nullptr,
-                                       G_DBUS_SIGNAL_FLAGS_NONE, note, &heard_, nullptr);
+                                       G_DBUS_SIGNAL_FLAGS_NONE, onSignal, &received_, nullptr);
   }
   Listener(const Listener&) = delete;
   Listener& operator=(const Listener&) = delete;
 
-  bool hears() const {
+  bool hasReceived() const {
     return support::comesTrue([this] {
       g_main_context_iteration(nullptr, FALSE);
-      return heard_;
+      return received_;
     });
   }
 
  private:
-  const tools::Owned<GDBusConnection> bus_;
-  bool heard_ = false;
+  const platform::Owned<GDBusConnection> bus_;
+  bool received_ = false;
 };
 
 class NoBusTest : public testing::Test {
@@ -181,12 +182,12 @@ class NoBusTest : public testing::Test {
     return std::chrono::steady_clock::now() - start;
   }
 
-  // Of several posts: a busy machine may hold up any of them, a wait of the function's own holds up all.
-  static std::chrono::steady_clock::duration quickestPost() {
-    auto quickest = timeToPost();
+  // The minimum of several posts: load may delay any of them, a timeout of the function delays all.
+  static std::chrono::steady_clock::duration minTimeToPost() {
+    auto min = timeToPost();
     for (int others = 0; others < 4; ++others)
-      quickest = std::min(quickest, timeToPost());
-    return quickest;
+      min = std::min(min, timeToPost());
+    return min;
   }
 
   const support::TemporaryFolder folder;
@@ -195,86 +196,86 @@ class NoBusTest : public testing::Test {
   const Variable noSystem{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (folder / "no-such")};
 };
 
-TEST_F(NoBusTest, PostingIsOverAtOnce) {
-  EXPECT_LT(quickestPost(), 1500ms);
+TEST_F(NoBusTest, PostsWithoutWaiting) {
+  EXPECT_LT(minTimeToPost(), 1500ms);
 }
 
-TEST_F(NoBusTest, AnAddressThatIsNoneIsNoBus) {
+TEST_F(NoBusTest, IgnoresInvalidAddresses) {
   for (const char* address : {"nonsense", "unix:path=", "autolaunch:", ":::"}) {
     const Variable session("DBUS_SESSION_BUS_ADDRESS", address);
-    EXPECT_LT(quickestPost(), 1500ms) << address;
+    EXPECT_LT(minTimeToPost(), 1500ms) << address;
   }
 }
 
-TEST_F(NoBusTest, NoBusIsStarted) {
+TEST_F(NoBusTest, StartsNoBus) {
   const Variable display("DISPLAY", ":98");
-  EXPECT_LT(quickestPost(), 1500ms);
+  EXPECT_LT(minTimeToPost(), 1500ms);
   EXPECT_FALSE(support::hasChildren());
 }
 
-TEST_F(NoBusTest, NoBusIsStartedForAnEntryAfterOthersEither) {
+TEST_F(NoBusTest, IgnoresAutolaunchEntriesOfAnAddressList) {
   support::writeFile(folder / "dbus-launch", "#!/bin/sh\ntouch '" + (folder / "started") + "'\n");
   std::filesystem::permissions(folder / "dbus-launch", std::filesystem::perms(0755));
   const Variable path("PATH", folder.path() + ":" + std::getenv("PATH")), display("DISPLAY", ":98");
   for (const char* bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"}) {
     for (const char* address : {"unix:path=/no;autolaunch:", "autolaunch:;unix:path=/no", ";autolaunch:scope=user;"}) {
-      const Variable told(bus, address);
-      EXPECT_LT(quickestPost(), 1500ms) << address;
+      const Variable variable(bus, address);
+      EXPECT_LT(minTimeToPost(), 1500ms) << address;
       EXPECT_FALSE(std::filesystem::exists(folder / "started")) << bus << "=" << address;
     }
   }
 }
 
-TEST_F(NoBusTest, ABusThatNeverAnswersIsGivenUp) {
+TEST_F(NoBusTest, TimesOutForASilentBus) {
   const SilentServer bus(folder / "bus");
   EXPECT_LT(timeToPost(), 10s);
 }
 
-TEST_F(NoBusTest, TheSystemBusHearsItAlthoughTheSessionsNeverAnswers) {
+TEST_F(NoBusTest, PostsToTheSystemBusDespiteSilentSession) {
   const SilentServer session(folder / "bus");
   if (!endtoend::SessionBus::isPossible()) GTEST_SKIP() << "there is no message bus here";
   const endtoend::SessionBus bus(folder / "system");
   const Variable system("DBUS_SYSTEM_BUS_ADDRESS", bus.address());
   const Listener listener(bus.address());
   EXPECT_LT(timeToPost(), 10s);
-  EXPECT_TRUE(listener.hears());
+  EXPECT_TRUE(listener.hasReceived());
 }
 
-TEST_F(NoBusTest, NamesThatNoSignalCanHaveArePostedNowhere) {
+TEST_F(NoBusTest, IgnoresNamesThatDBusRejects) {
   platform::postToAllSessions("", "");
   platform::postToAllSessions("org.example.", "org.example.Agent");
   platform::postToAllSessions("org.example.Stop", "no dots");
   platform::postToAllSessions("org.example.Stop", "org..Agent");
 }
 
-TEST(Fronting, IsImpossibleWithoutADisplay) {
+TEST(RaiseWindowTest, FailsWithoutADisplay) {
   const Variable none("DISPLAY", std::nullopt);
-  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+  EXPECT_EQ(platform::raiseWindow(::getpid()), platform::RaiseResult::kFailed);
   const Variable gone("DISPLAY", ":9876");
-  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+  EXPECT_EQ(platform::raiseWindow(::getpid()), platform::RaiseResult::kFailed);
 }
 
-TEST(Fronting, IsImpossibleWithADisplayThatNeverAnswers) {
+TEST(RaiseWindowTest, FailsForASilentDisplay) {
   const SilentDisplay server;
   const Variable display("DISPLAY", server.name());
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
-  EXPECT_GT(std::chrono::steady_clock::now() - start, 1s) << "the display has been asked";
+  EXPECT_EQ(platform::raiseWindow(::getpid()), platform::RaiseResult::kFailed);
+  EXPECT_GT(std::chrono::steady_clock::now() - start, 1s) << "the display was not queried";
   EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
 }
 
-TEST(Launcher, RefersToWhatExistsAndLaunchesNothing) {
-  const platform::FrontLaunch refused = platform::launchInFront("/no/such", {});
-  EXPECT_FALSE(refused.launched);
-  ASSERT_TRUE(refused.failure);
-  EXPECT_EQ(refused.failure->error, "ENOENT");
-  EXPECT_EQ(refused.failure->comment, "No such file or directory");
-  const platform::FrontLaunch unable = platform::launchInFront("/bin/true", {});
-  EXPECT_FALSE(unable.launched);
-  EXPECT_FALSE(unable.failure);
+TEST(LauncherTest, ReportsMissingFilesAndLaunchesNothing) {
+  const platform::LaunchResult missing = platform::launchInForeground("/no/such", {});
+  EXPECT_FALSE(missing.launched);
+  ASSERT_TRUE(missing.failure);
+  EXPECT_EQ(missing.failure->error, "ENOENT");
+  EXPECT_EQ(missing.failure->comment, "No such file or directory");
+  const platform::LaunchResult existing = platform::launchInForeground("/bin/true", {});
+  EXPECT_FALSE(existing.launched);
+  EXPECT_FALSE(existing.failure);
 }
 
-// A desktop whose program for the scheme "svotest" writes down what it is asked to open.
+// A desktop whose handler of the scheme "svotest" writes the URL to a file.
 class OpenUrlTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -293,7 +294,7 @@ class OpenUrlTest : public testing::Test {
   const std::string opened = std::string(std::getenv("XDG_DATA_HOME")) + "/opened";
 };
 
-TEST_F(OpenUrlTest, StartsTheUsersProgramForTheScheme) {
+TEST_F(OpenUrlTest, StartsTheHandlerOfTheScheme) {
   const Variable display("DISPLAY", ":98");
   EXPECT_TRUE(platform::openUrl("svotest:a%20b?c"));
   EXPECT_TRUE(support::comesTrue([&] { return std::filesystem::exists(opened); }));
@@ -302,7 +303,7 @@ TEST_F(OpenUrlTest, StartsTheUsersProgramForTheScheme) {
   std::filesystem::remove(opened);
 }
 
-TEST_F(OpenUrlTest, StartsItWithoutABusThatNeverAnswers) {
+TEST_F(OpenUrlTest, StartsTheHandlerDespiteASilentBus) {
   const support::TemporaryFolder folder;
   const SilentServer bus(folder / "bus");
   const Variable display("DISPLAY", ":98"), session("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder / "bus"));
@@ -314,7 +315,7 @@ TEST_F(OpenUrlTest, StartsItWithoutABusThatNeverAnswers) {
   std::filesystem::remove(opened);
 }
 
-TEST_F(OpenUrlTest, FailsWithoutAProgramForTheScheme) {
+TEST_F(OpenUrlTest, FailsWithoutAHandler) {
   const Variable display("DISPLAY", ":98");
   EXPECT_FALSE(platform::openUrl("svo-no-such-scheme:a"));
 }
@@ -324,7 +325,7 @@ TEST_F(OpenUrlTest, FailsWithoutADisplay) {
   EXPECT_FALSE(platform::openUrl("svotest:a"));
 }
 
-TEST_F(OpenUrlTest, FailsForATextThatIsNoUrl) {
+TEST_F(OpenUrlTest, FailsForInvalidUrls) {
   const Variable display("DISPLAY", ":98");
   for (const char* text : {"svotest:a b", "", "no-scheme", "/bin/true"})
     EXPECT_FALSE(platform::openUrl(text)) << text;

@@ -14,7 +14,7 @@
 
 using namespace platform_test;
 
-// Both take the place of the C library's.
+// Both replace the functions of the C library.
 extern "C" int statfs(const char* path, struct statfs* system) noexcept {
   if (!errors.empty()) {
     errno = errors.back();
@@ -41,7 +41,7 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
   }
   if (request != FS_IOC_GETFLAGS || !fakeFlags) return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
   struct stat item {};
-  if (::fstat(fd, &item) != 0 || !S_ISDIR(item.st_mode)) ++filesAsked;
+  if (::fstat(fd, &item) != 0 || !S_ISDIR(item.st_mode)) ++flagQueriesOfFiles;
   *static_cast<int*>(argument) = *fakeFlags;
   return 0;
 }

@@ -1,5 +1,5 @@
-// Stands in for what the kernel says of file systems that a test cannot mount; a test that links FakeFileSystem.cpp
-// decides that.
+// Replaces `statfs` and `ioctl` of the C library, so that a test chooses the properties of file systems. Link
+// FakeFileSystem.cpp. An empty value means the kernel's result.
 
 #pragma once
 
@@ -10,22 +10,22 @@
 
 namespace platform_test {
 
-// The type of every file system; nothing: what the kernel says.
+// The type of every file system.
 inline std::optional<unsigned> fakeType;
 
-// The attributes of every folder; nothing: what the kernel says.
+// The flags of every folder.
 inline std::optional<int> fakeFlags;
 
-// The label of every file system that is asked for it; nothing: what the kernel says.
+// The label of every file system.
 inline std::optional<std::string> fakeLabel;
 
-// Lets the second file have the blocks of the first; nothing: what the kernel does.
+// Implements FICLONE: makes `to` share the blocks of `from`.
 inline std::function<void(int from, int to)> fakeSharing;
 
-// What the next questions for a file system fail with, one each, the last one first.
+// Each call of `statfs` removes the last error and fails with it.
 inline std::vector<int> errors;
 
-// How many files were asked for the attributes of a folder.
-inline int filesAsked = 0;
+// Counts the queries for flags on descriptors that are not folders.
+inline int flagQueriesOfFiles = 0;
 
 }  // namespace platform_test

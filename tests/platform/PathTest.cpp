@@ -20,7 +20,7 @@ struct Row {
   const char* withoutExtension;
 };
 
-const Row rows[] = {
+const Row kRows[] = {
     {"", "", "", "", ""},
     {"/", "/", "/", "", "/"},
     {"//", "/", "/", "", "/"},
@@ -59,13 +59,13 @@ const Row rows[] = {
     {"http://host/page.html", "page.html", "http:/host", "html", "http:/host/page"},
 };
 
-TEST(PathTest, TheLastComponentIsWhatFollowsTheLastSlashThatCounts) {
-  for (const Row& row : rows)
+TEST(PathTest, ReturnsTheLastComponent) {
+  for (const Row& row : kRows)
     EXPECT_EQ(platform::lastPathComponent(row.path), row.last) << row.path;
 }
 
-TEST(PathTest, DeletingTheLastComponentLeavesItsFolder) {
-  for (const Row& row : rows)
+TEST(PathTest, DeletesTheLastComponent) {
+  for (const Row& row : kRows)
     EXPECT_EQ(platform::deletingLastPathComponent(row.path), row.withoutLast) << row.path;
 }
 
@@ -84,13 +84,13 @@ TEST(PathTest, CutsTheLastComponentInPlace) {
   }
 }
 
-TEST(PathTest, TheExtensionFollowsTheLastDotOfTheLastComponent) {
-  for (const Row& row : rows)
+TEST(PathTest, ReturnsTheExtension) {
+  for (const Row& row : kRows)
     EXPECT_EQ(platform::pathExtension(row.path), row.extension) << row.path;
 }
 
-TEST(PathTest, DeletingTheExtensionTakesTheDotAlong) {
-  for (const Row& row : rows)
+TEST(PathTest, DeletesTheExtensionAndItsDot) {
+  for (const Row& row : kRows)
     EXPECT_EQ(platform::deletingPathExtension(row.path), row.withoutExtension) << row.path;
 }
 
@@ -100,7 +100,7 @@ struct Joint {
   const char* joined;
 };
 
-TEST(PathTest, AppendingAComponentPutsExactlyOneSlashBetween) {
+TEST(PathTest, AppendsAComponentWithExactlyOneSlash) {
   const Joint joints[] = {
       {"/tmp", "scratch.tiff", "/tmp/scratch.tiff"},
       {"/tmp/", "scratch.tiff", "/tmp/scratch.tiff"},
@@ -122,7 +122,7 @@ TEST(PathTest, AppendingAComponentPutsExactlyOneSlashBetween) {
   }
 }
 
-// Every text of up to `length` of these characters.
+// Returns all strings of at most `length` of the characters.
 std::vector<std::string> textsUpTo(std::size_t length, const std::string& characters) {
   std::vector<std::string> texts = {""};
   for (std::size_t i = 0; texts[i].size() < length; ++i) {
@@ -132,11 +132,12 @@ std::vector<std::string> textsUpTo(std::size_t length, const std::string& charac
   return texts;
 }
 
-TEST(PathTest, ParentAndNameAreThoseOfTheSystem) {
+TEST(PathTest, AgreesWithDirnameAndBasename) {
   for (const std::string& path : textsUpTo(8, "a./")) {
     std::string copy = path;
-    const bool isTheSystemsChoice = path.rfind("//", 0) == 0 && path.rfind("///", 0) != 0;
-    if (!isTheSystemsChoice) {
+    // POSIX leaves two leading slashes to the implementation.
+    const bool isImplementationDefined = path.rfind("//", 0) == 0 && path.rfind("///", 0) != 0;
+    if (!isImplementationDefined) {
       ASSERT_EQ(platform::parentFolder(path), ::dirname(copy.data())) << path;
     }
     copy = path;
@@ -144,7 +145,7 @@ TEST(PathTest, ParentAndNameAreThoseOfTheSystem) {
   }
 }
 
-TEST(PathTest, TwoLeadingSlashesAreLikeOne) {
+TEST(PathTest, ParentOfTwoLeadingSlashesIsTheRoot) {
   for (const char* path : {"//", "//a", "//a/"})
     EXPECT_EQ(platform::parentFolder(path), "/") << path;
   EXPECT_EQ(platform::parentFolder("//a/b"), "//a");
@@ -158,13 +159,13 @@ TEST(PathTest, ParentAndNameEndAtTheFirstNul) {
   EXPECT_EQ(platform::baseName("\0/c"s), ".");
 }
 
-TEST(PathTest, ParentAndNameMayBeOfAnyLength) {
+TEST(PathTest, ParentAndNameHaveNoMaximumLength) {
   const std::string parent = "/" + std::string(100000, 'p'), name(100000, 'n');
   EXPECT_EQ(platform::parentFolder(parent + "/" + name), parent);
   EXPECT_EQ(platform::baseName(parent + "/" + name), name);
 }
 
-TEST(PathTest, ThreadsShareNoResult) {
+TEST(PathTest, IsThreadSafe) {
   std::atomic<int> wrong{0};
   std::vector<std::thread> threads;
   for (const char letter : std::string("abcdefgh")) {
@@ -181,7 +182,7 @@ TEST(PathTest, ThreadsShareNoResult) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(PathTest, AppendingAnExtensionExtendsTheLastComponent) {
+TEST(PathTest, AppendsAnExtension) {
   const Joint joints[] = {
       {"/tmp/scratch.old", "tiff", "/tmp/scratch.old.tiff"},
       {"/tmp/scratch.", "tiff", "/tmp/scratch..tiff"},
@@ -204,13 +205,13 @@ TEST(PathTest, AppendingAnExtensionExtendsTheLastComponent) {
   }
 }
 
-TEST(PathTest, NothingIsExtendedThatHasNoName) {
+TEST(PathTest, AppendsNoExtensionWithoutAName) {
   EXPECT_FALSE(platform::appendingPathExtension("", "txt"));
   EXPECT_FALSE(platform::appendingPathExtension("/", "txt"));
   EXPECT_FALSE(platform::appendingPathExtension("//", "txt"));
 }
 
-TEST(PathTest, AnExtensionWithASlashIsRefused) {
+TEST(PathTest, RejectsAnExtensionWithASlash) {
   EXPECT_FALSE(platform::appendingPathExtension("a", "/b"));
   EXPECT_FALSE(platform::appendingPathExtension("a", "b/c"));
   EXPECT_FALSE(platform::appendingPathExtension("a", "b/"));

@@ -164,7 +164,7 @@ TEST_F(SemaphoreSetAttachTest, HoldsThePathLockDuringEveryStep) {
   EXPECT_TRUE(attach());
 }
 
-TEST_F(SemaphoreSetAttachTest, CountsNobodyWithoutACount) {
+TEST_F(SemaphoreSetAttachTest, CountsNoUserWithoutACountStep) {
   steps.countCaller = nullptr;
   ASSERT_TRUE(attach());
   EXPECT_EQ(SemaphoreSet(id).value(0), 0);

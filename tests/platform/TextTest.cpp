@@ -17,32 +17,32 @@
 
 namespace {
 
-TEST(Utf8, TakesEveryCharacterFromTheFirstToTheLast) {
+TEST(Utf8Test, AcceptsTheLimitsOfEachLength) {
   EXPECT_TRUE(platform::isUtf8(""));
   EXPECT_TRUE(platform::isUtf8("plain"));
   EXPECT_TRUE(platform::isUtf8("\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xEF\xBF\xBF \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF"));
 }
 
-TEST(Utf8, TakesANulForACharacter) {
+TEST(Utf8Test, AcceptsNul) {
   EXPECT_TRUE(platform::isUtf8(std::string_view("\0", 1)));
   EXPECT_TRUE(platform::isUtf8(std::string_view("a\0\0\xC3\xA4\0", 6)));
   EXPECT_FALSE(platform::isUtf8(std::string_view("a\0\xFFz", 4)));
 }
 
-TEST(Utf8, RefusesWhatIsCutOverlongASurrogateOrTooHigh) {
+TEST(Utf8Test, RejectsMalformedSequences) {
   for (const char* bytes : {"\x80", "\xC3", "a\xC3", "\xC3(", "\xE2\x82", "\xF0\x9F\x98", "\xC0\xAF", "\xE0\x80\xAF",
                             "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFE", "\xFF"}) {
     EXPECT_FALSE(platform::isUtf8(bytes)) << bytes;
   }
 }
 
-TEST(Utf8, AgreesWithAnotherLibraryAboutEveryBeginning) {
+TEST(Utf8Test, AgreesWithIcuAboutEveryLead) {
   int differences = 0;
   std::array<char, 4> bytes{};
   const auto compare = [&](std::size_t length) {
-    const icu::StringPiece peers(bytes.data(), static_cast<std::int32_t>(length));
-    const bool refused = icu::UnicodeString::fromUTF8(peers).indexOf(char16_t{0xFFFD}) >= 0;
-    if (platform::isUtf8({bytes.data(), length}) == refused) ++differences;
+    const icu::StringPiece piece(bytes.data(), static_cast<std::int32_t>(length));
+    const bool isMalformed = icu::UnicodeString::fromUTF8(piece).indexOf(char16_t{0xFFFD}) >= 0;
+    if (platform::isUtf8({bytes.data(), length}) == isMalformed) ++differences;
   };
   for (int first = 0; first < 256; ++first) {
     bytes[0] = static_cast<char>(first);
@@ -63,17 +63,17 @@ TEST(Utf8, AgreesWithAnotherLibraryAboutEveryBeginning) {
   EXPECT_EQ(differences, 0);
 }
 
-TEST(Composing, MakesOneCharacterOfALetterAndItsAccent) {
+TEST(ComposingTest, ComposesALetterAndItsAccent) {
   EXPECT_EQ(platform::canonicallyComposed("e\xCC\x81"), "\xC3\xA9");
   EXPECT_EQ(platform::canonicallyComposed("\xE2\x84\xAB"), "\xC3\x85");
   EXPECT_EQ(platform::canonicallyComposed("\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB"), "\xED\x95\x9C");
 }
 
-TEST(Composing, LeavesCompatibilityFormsAlone) {
+TEST(ComposingTest, KeepsCompatibilityForms) {
   EXPECT_EQ(platform::canonicallyComposed("\xEF\xAC\x81"), "\xEF\xAC\x81");  // the ligature fi
 }
 
-TEST(Composing, LeavesATextThatIsNotUtf8AsItIs) {
+TEST(ComposingTest, KeepsTextThatIsNotUtf8) {
   EXPECT_EQ(platform::canonicallyComposed("e\xCC\x81\xFF"), "e\xCC\x81\xFF");
 }
 
@@ -84,14 +84,14 @@ std::string utf8Of(const icu::UnicodeString& text) {
 }
 
 bool isCompared(UChar32 c) {
-  // Neither of the two is to be blamed for knowing a younger Unicode than the other.
-  constexpr std::uint8_t compared = 14;
+  // The two libraries may support different versions of Unicode.
+  constexpr std::uint8_t kMaxVersion = 14;
   UVersionInfo age;
   u_charAge(c, age);
-  return age[0] != 0 && age[0] <= compared && !U_IS_SURROGATE(c);
+  return age[0] != 0 && age[0] <= kMaxVersion && !U_IS_SURROGATE(c);
 }
 
-TEST(Composing, AgreesWithAnotherLibraryOnEveryCharacterAloneAndUnderAccents) {
+TEST(ComposingTest, AgreesWithIcuOnEveryCharacter) {
   UErrorCode error = U_ZERO_ERROR;
   const icu::Normalizer2* peer = icu::Normalizer2::getNFCInstance(error);
   ASSERT_TRUE(U_SUCCESS(error));
@@ -109,7 +109,7 @@ TEST(Composing, AgreesWithAnotherLibraryOnEveryCharacterAloneAndUnderAccents) {
   }
 }
 
-TEST(RandomUuid, IsOfVersionFourAndUpperCase) {
+TEST(RandomUuidTest, HasVersionFourInUpperCase) {
   for (int i = 0; i < 1000; ++i) {
     const std::string text = platform::randomUuidText();
     ASSERT_EQ(text.size(), 36u);
@@ -119,15 +119,15 @@ TEST(RandomUuid, IsOfVersionFourAndUpperCase) {
   }
 }
 
-TEST(RandomUuid, IsAnotherInTheChildOfAFork) {
-  (void)platform::randomUuidText();  // whatever is prepared once has been
-  const support::Shared<std::array<char, 37>> childs;
+TEST(RandomUuidTest, DiffersInAForkedChild) {
+  (void)platform::randomUuidText();  // initializes any static state before the fork
+  const support::Shared<std::array<char, 37>> childText;
   support::Child child([&] {
-    std::strcpy(childs->data(), platform::randomUuidText().c_str());
+    std::strcpy(childText->data(), platform::randomUuidText().c_str());
     return 0;
   });
   ASSERT_EQ(child.wait(), 0);
-  EXPECT_NE(platform::randomUuidText(), childs->data());
+  EXPECT_NE(platform::randomUuidText(), childText->data());
 }
 
 }  // namespace

@@ -11,24 +11,24 @@ namespace {
 
 using Groups = std::vector<gid_t>;
 
-class AccountsTest : public testing::Test {
+class GroupsTest : public testing::Test {
  protected:
-  AccountsTest() { support::fakeLogin = "tester"; }
-  ~AccountsTest() override { support::fakeLogin.clear(); }
+  GroupsTest() { support::fakeLogin = "tester"; }
+  ~GroupsTest() override { support::fakeLogin.clear(); }
 
-  // An entry of the group database, one line.
+  // A line of the group database.
   static std::string group(gid_t number, const std::string& members) {
     return "group" + std::to_string(number) + ":x:" + std::to_string(number) + ":" + members + "\n";
   }
 };
 
-TEST_F(AccountsTest, AGroupWithoutANameHasNone) {
+TEST_F(GroupsTest, AnUnknownGroupHasNoName) {
   const support::GroupDatabase groups(group(4711, ""));
   EXPECT_EQ(platform::nameOfGroup(4711), "group4711");
   EXPECT_EQ(platform::nameOfGroup(4712), "");
 }
 
-TEST_F(AccountsTest, AGroupOfManyMembersHasItsName) {
+TEST_F(GroupsTest, FindsTheNameOfALargeGroup) {
   std::string members = "first";
   for (int i = 0; i < 5000; ++i)
     members += ",member" + std::to_string(i);
@@ -36,13 +36,13 @@ TEST_F(AccountsTest, AGroupOfManyMembersHasItsName) {
   EXPECT_EQ(platform::nameOfGroup(4711), "group4711");
 }
 
-TEST_F(AccountsTest, AMemberWithAVeryLongNameIsNoObstacle) {
+TEST_F(GroupsTest, AcceptsAVeryLongMemberName) {
   const support::GroupDatabase groups(group(4711, std::string(300000, 'm')));
   EXPECT_EQ(platform::nameOfGroup(4711), "group4711");
 }
 
-TEST_F(AccountsTest, TheEffectiveGroupIsTheFirstAndTheRealOneIsNoMember) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can take another group";
+TEST_F(GroupsTest, StartsWithTheEffectiveNotTheRealGroup) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can change its group";
   const support::GroupDatabase groups(group(4711, "") + group(5001, "tester"));
   support::Child other([] {
     if (::setresgid(4712, 4711, 4713) != 0) return 2;
@@ -51,7 +51,7 @@ TEST_F(AccountsTest, TheEffectiveGroupIsTheFirstAndTheRealOneIsNoMember) {
   EXPECT_EQ(other.wait(), 0);
 }
 
-TEST_F(AccountsTest, AsManyGroupsAreGivenAsWereAskedFor) {
+TEST_F(GroupsTest, ReturnsAtMostTheRequestedNumberOfGroups) {
   std::string many;
   for (gid_t number = 5001; number < 5101; ++number)
     many += group(number, "tester");
