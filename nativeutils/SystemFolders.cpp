@@ -22,7 +22,7 @@ namespace {
 bool getDataFolder(FolderDomain domain, std::string& path) {
   const FolderSearch folder = findFolder(domain, FolderKind::applicationSupport);
   Logger* const log = Logger::getInstance();
-  // Both callers' failures stand in the log under the name of the first.
+  // The messages name the first caller for both callers; they are fixed by the interface.
   switch (folder.failure) {
     case Failure::find:
       log->logWarn(kComponent, "Failed in finding location information  in utilGetUserAppDataFolder error:%d",
