@@ -17,7 +17,7 @@ std::optional<SystemVersion> systemVersion() {
 }
 
 std::optional<int> systemVersionPart(VersionPart part) {
-  return part == fakeSystem.untold ? std::nullopt : std::optional(7);
+  return part == fakeSystem.unknownPart ? std::nullopt : std::optional(7);
 }
 
 std::string bundlePath() {
