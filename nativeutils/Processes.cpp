@@ -15,7 +15,7 @@
 #include "platform/Processes.h"
 
 using nativeutils::kComponent;
-using platform::Fronting;
+using platform::RaiseResult;
 
 namespace {
 
@@ -49,12 +49,12 @@ bool runToEnd(const platform::Task& task, unsigned long& returnCode) {
 
 bool startInBackground(const platform::Task& task) {
   const std::optional<pid_t> process = platform::startTask(task);
-  if (process) platform::waitForTaskAside(*process);
+  if (process) platform::waitForTaskInBackground(*process);
   return process.has_value();
 }
 
-bool launchInFront(const std::string& path, const std::vector<std::string>& args) {
-  const platform::FrontLaunch launch = platform::launchInFront(path, args);
+bool launchInForeground(const std::string& path, const std::vector<std::string>& args) {
+  const platform::LaunchResult launch = platform::launchInForeground(path, args);
   if (launch.failure) {
     Logger::getInstance()->logWarn(kComponent, "Launch Process get FSRef  ErrorString (%s:%s), For file %s",
                                    launch.failure->error.c_str(), launch.failure->comment.c_str(), path.c_str());
@@ -62,22 +62,22 @@ bool launchInFront(const std::string& path, const std::vector<std::string>& args
   return launch.launched;
 }
 
-Fronting raiseWhenFound(pid_t process) {
+RaiseResult raiseWhenFound(pid_t process) {
   constexpr std::chrono::seconds kTimeout(10);
   constexpr std::chrono::milliseconds kInterval(100);
   const auto deadline = platform::runLoopTime() + kTimeout;
-  Fronting fronting = platform::bringToFront(process);
-  while (fronting == Fronting::unknown && platform::runLoopTime() < deadline) {
+  RaiseResult result = platform::raiseWindow(process);
+  while (result == RaiseResult::kNotFound && platform::runLoopTime() < deadline) {
     platform::runLoopFor(kInterval);
-    fronting = platform::bringToFront(process);
+    result = platform::raiseWindow(process);
   }
-  return fronting;
+  return result;
 }
 
-void raiseWindow(pid_t process, const std::string& path) {
+void raiseAndLog(pid_t process, const std::string& path) {
   Logger* const log = Logger::getInstance();
   log->logInfo(kComponent, "Launching process .... %d", process);
-  if (raiseWhenFound(process) == Fronting::done) {
+  if (raiseWhenFound(process) == RaiseResult::kRaised) {
     log->logInfo(kComponent, "Bring to front process .... %d", process);
   } else {
     log->logWarn(kComponent, "Failed bring front... took much time to Launch Process %s", path.c_str());
@@ -125,15 +125,15 @@ bool utilCreateProcess(const std::string& path, const std::vector<std::string>& 
   if (path.empty() || !exists(path)) return false;
 
   logStart(path, args);
-  if (bringToFront && launchInFront(path, args)) return true;
+  if (bringToFront && launchInForeground(path, args)) return true;
 
   Logger::getInstance()->logInfo(kComponent, "Launch Process With Task ");
   const std::optional<pid_t> process = platform::startTask(taskOf(path, args));
   if (!process) return false;
 
   const bool watched = !bringToFront && watcher != nullptr && startWatcher(watcher, *process);
-  if (!watched) platform::waitForTaskAside(*process);
-  if (bringToFront) raiseWindow(*process, path);
+  if (!watched) platform::waitForTaskInBackground(*process);
+  if (bringToFront) raiseAndLog(*process, path);
   return true;
 }
 

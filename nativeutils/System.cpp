@@ -69,11 +69,11 @@ bool utilGetOSLanguage(std::string& /*language*/) {
 }
 
 bool utilGetCurrentOSVersion(os_version& version) {
-  const auto major = versionPart(VersionPart::major, "major");
+  const auto major = versionPart(VersionPart::kMajor, "major");
   if (!major) return false;
-  const auto minor = versionPart(VersionPart::minor, "minor");
+  const auto minor = versionPart(VersionPart::kMinor, "minor");
   if (!minor) return false;
-  const auto bugFix = versionPart(VersionPart::bugFix, "bug fix");
+  const auto bugFix = versionPart(VersionPart::kBugFix, "bug fix");
   if (!bugFix) return false;
 
   Logger::getInstance()->logDebug(kComponent, "System OS Version - major = %ld, minor = %ld, bugFix = %ld",
@@ -104,5 +104,5 @@ bool utilIs64Bit() {
   using platform::Architecture;
   const std::vector<Architecture> all = platform::executableArchitectures();
   return std::any_of(all.begin(), all.end(),
-                     [](Architecture item) { return item == Architecture::x86_64 || item == Architecture::ppc64; });
+                     [](Architecture item) { return item == Architecture::kX86_64 || item == Architecture::kPpc64; });
 }

@@ -20,21 +20,21 @@ using Failure = platform::FolderSearch::Failure;
 namespace {
 
 bool getDataFolder(FolderDomain domain, std::string& path) {
-  const FolderSearch folder = findFolder(domain, FolderKind::applicationSupport);
+  const FolderSearch folder = findFolder(domain, FolderKind::kApplicationSupport);
   Logger* const log = Logger::getInstance();
   // The messages name the first caller for both callers; they are fixed by the interface.
   switch (folder.failure) {
-    case Failure::find:
+    case Failure::kFind:
       log->logWarn(kComponent, "Failed in finding location information  in utilGetUserAppDataFolder error:%d",
                    folder.status);
       return false;
-    case Failure::path:
+    case Failure::kPath:
       log->logWarn(kComponent, "Failed in path conversion in utilGetUserAppDataFolder error:%d", folder.status);
       return false;
-    case Failure::text:
+    case Failure::kText:
       log->logWarn(kComponent, "Error in allocating memory in utilGetUserAppDataFolder");
       return false;
-    case Failure::none:
+    case Failure::kNone:
       break;
   }
   path = folder.path;
@@ -45,42 +45,42 @@ bool getDataFolder(FolderDomain domain, std::string& path) {
 
 bool utilGetUserAppDataFolder(std::string& path) {
   const platform::AutoreleaseScope scope;
-  return getDataFolder(FolderDomain::user, path);
+  return getDataFolder(FolderDomain::kUser, path);
 }
 
 bool utilGetSystemApplicationSupportFolderPath(std::string& path) {
   const platform::AutoreleaseScope scope;
-  return getDataFolder(FolderDomain::system, path);
+  return getDataFolder(FolderDomain::kSystem, path);
 }
 
 bool utilGetQRBPath(std::string& path) {
   const platform::AutoreleaseScope scope;
-  path = findFolder(FolderDomain::local, FolderKind::applicationSupport).path + "/Orvane";
+  path = findFolder(FolderDomain::kLocal, FolderKind::kApplicationSupport).path + "/Orvane";
   return true;
 }
 
 bool utilGetApplicationsPath(std::string& path) {
   const platform::AutoreleaseScope scope;
-  path = findFolder(FolderDomain::local, FolderKind::applications).path;
+  path = findFolder(FolderDomain::kLocal, FolderKind::kApplications).path;
   return true;
 }
 
 bool utilGetVormInstallPath(std::string& path) {
   const platform::AutoreleaseScope scope;
-  const FolderSearch folder = findFolder(FolderDomain::local, FolderKind::utilities);
+  const FolderSearch folder = findFolder(FolderDomain::kLocal, FolderKind::kUtilities);
   Logger* const log = Logger::getInstance();
   switch (folder.failure) {
-    case Failure::find:
+    case Failure::kFind:
       log->logFatal(kComponent, "Error creating Application-Utilities install path for Kelvo, Error Code: %d",
                     folder.status);
       return false;
-    case Failure::path:
+    case Failure::kPath:
       log->logFatal(kComponent, "Error in converting path into POSIX-style pathname, Error Code: %d", folder.status);
       return false;
-    case Failure::text:
+    case Failure::kText:
       log->logFatal(kComponent, "Error converting Application-Utilities path as C string to string");
       return false;
-    case Failure::none:
+    case Failure::kNone:
       break;
   }
   path = folder.path + "/Orvane Application Manager/";

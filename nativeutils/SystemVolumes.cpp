@@ -57,7 +57,7 @@ bool utilGetVolumeNameOfPath(const std::string& path, std::string& volumeName) {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed by the interface
 bool utilIsDriveCaseSensitive(std::string path, bool& caseSensitive) {
   const platform::AutoreleaseScope scope;
-  const std::optional<bool> result = platform::tellsCaseApart(path);
+  const std::optional<bool> result = platform::isCaseSensitive(path);
   if (!result) return false;
   caseSensitive = *result;
   return true;

@@ -23,7 +23,7 @@ struct ReferenceFailure {
   std::string comment;
 };
 
-struct FrontLaunch {
+struct LaunchResult {
   bool launched = false;
   std::optional<ReferenceFailure> failure;  // when it came to referring to the file, and that failed
 };
@@ -31,7 +31,7 @@ struct FrontLaunch {
 // Starts a new instance of a program through the application launcher, which brings it to the front. On macOS that is
 // Launch Services, told to begin it with the Apple event that activates. Linux has no such launcher: there nothing is
 // launched, but a file that cannot be referred to is told.
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments);
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& arguments);
 
 // Brings the windows of a process to the front. `unknown` while the process has not shown up among those with windows;
 // `impossible` when nothing can be brought to the front here, or not this.
@@ -40,8 +40,8 @@ FrontLaunch launchInFront(const std::string& path, const std::vector<std::string
 // topmost window, known by its `_NET_WM_PID`: processes that it has started are not looked for. Without a display,
 // or with one that does not answer within two seconds, `impossible`. On macOS the Process Manager is asked, which knows
 // what has become an application.
-enum class Fronting { done, unknown, impossible };
-Fronting bringToFront(pid_t process);
+enum class RaiseResult { kRaised, kNotFound, kFailed };
+RaiseResult raiseWindow(pid_t process);
 
 // Posts a notification without further information, for all sessions. Nobody needs to listen, and nobody answers; it
 // returns after two seconds at the latest, posted or not.

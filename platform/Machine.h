@@ -11,7 +11,7 @@
 
 namespace platform {
 
-enum class Architecture { x86, x86_64, ppc, ppc64, other };
+enum class Architecture { kX86, kX86_64, kPpc, kPpc64, kOther };
 
 // The folder that holds the running executable, whatever folder it was started from; "" when the system does not tell.
 // On macOS an application's is the one whose name ends in ".app".
@@ -33,7 +33,7 @@ struct SystemVersion {
 // Nothing when the system does not tell. macOS is asked number by number, up to the first that it does not tell.
 std::optional<SystemVersion> systemVersion();
 
-enum class VersionPart { major, minor, bugFix };
+enum class VersionPart { kMajor, kMinor, kBugFix };
 
 // One number of it alone, for systems that are asked for each; nothing when the system does not tell.
 std::optional<int> systemVersionPart(VersionPart part);

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-std::string programFromItsFolder(const Task& task) {
+std::string resolveProgram(const Task& task) {
   if (task.folder.empty() || task.program.empty() || task.program.front() == '/') return task.program;
   std::error_code unknown;
   const std::filesystem::path here = std::filesystem::current_path(unknown);

@@ -37,11 +37,11 @@ std::optional<pid_t> startTask(const Task& task);
 
 // Returns at once; the process is waited for when it ends, so that nothing is left of it. On Linux a thread sleeps
 // until then; on macOS the task object does it without being asked.
-void waitForTaskAside(pid_t process);
+void waitForTaskInBackground(pid_t process);
 
 // The program's path as it has to be told to a new process that is in its working folder already.
 //   ("sub/tool" to be run in "sub", from "/tmp") => "/tmp/sub/tool"
-std::string programFromItsFolder(const Task& task);
+std::string resolveProgram(const Task& task);
 
 // All that this process may see, itself included; empty when the system does not tell.
 std::vector<pid_t> allProcesses();

@@ -79,15 +79,15 @@ std::string nameOfGroup(gid_t group);
 // On macOS what its folder finder (`FSFindFolder`) gives, local: "/Library/Application Support", "/Applications" and
 // "/Applications/Utilities".
 
-enum class FolderDomain { user, local, system };
-enum class FolderKind { applicationSupport, applications, utilities };
+enum class FolderDomain { kUser, kLocal, kSystem };
+enum class FolderKind { kApplicationSupport, kApplications, kUtilities };
 
 struct FolderSearch {
   // The first step that failed: finding the folder (or making it, when it was missing), making a path of at most 1023
   // bytes from it, or making text from that path.
-  enum class Failure { none, find, path, text };
+  enum class Failure { kNone, kFind, kPath, kText };
 
-  Failure failure = Failure::none;
+  Failure failure = Failure::kNone;
   int status = 0;    // the system's number for a failure of `find` or `path`: an `errno`, on macOS an `OSStatus`
   std::string path;  // also after a failure where the folder should be, as far as that is known; else ""
 };

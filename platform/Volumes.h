@@ -23,6 +23,6 @@ std::optional<std::string> volumeNameOf(const std::string& mountPoint);
 // that know only one rule have that rule, and elsewhere the folder decides (that of a file is the one that holds it):
 // ext4, f2fs and tmpfs may fold case folder by folder. On macOS a volume has one rule, and nothing is told of one that
 // the File Manager does not know.
-std::optional<bool> tellsCaseApart(const std::string& path);
+std::optional<bool> isCaseSensitive(const std::string& path);
 
 }  // namespace platform

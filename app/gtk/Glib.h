@@ -1,25 +1,14 @@
-// Owners of GLib handles, and conversions of strings from and to GLib.
+// Converts strings from and to GLib, and names the owner of GLib handles.
 
 #pragma once
 
-#include <glib-object.h>
+#include <glib.h>
 
-#include <memory>
 #include <string>
 
-template <auto release>
-struct Releaser {
-  template <typename T>
-  void operator()(T* handle) const {
-    release(handle);
-  }
-};
+#include "platform/linux/Glib.h"
 
-// Owns one reference to a handle, or the handle itself; `release` gives it back.
-//   Owned<WebKitSettings>
-//   Owned<char, g_free>
-template <typename T, auto release = g_object_unref>
-using Owned = std::unique_ptr<T, Releaser<release>>;
+using platform::Owned;
 
 // Null => ""
 inline std::string orEmpty(const char* text) {

@@ -20,35 +20,38 @@
 #include <vector>
 
 #include "platform/Url.h"
-#include "platform/linux/GioHandles.h"
+#include "platform/linux/Glib.h"
 #include "platform/linux/Machine.h"
 
 namespace platform {
 namespace {
 
-// Runs asynchronous calls one after the other in a context of their own, so that no event of the caller's is served
-// meanwhile. All together have the time given; what is under way then is cancelled.
+// Runs asynchronous GIO calls one after the other. A main context of its own keeps the caller's events waiting. The
+// timeout applies to all calls together and cancels the pending one.
 class TimedCalls {
  public:
   explicit TimedCalls(std::chrono::milliseconds timeout)
       : context_(g_main_context_new()),
-        end_(g_cancellable_new()),
+        cancellable_(g_cancellable_new()),
         timer_(g_timeout_source_new(static_cast<guint>(timeout.count()))) {
     g_main_context_push_thread_default(context_.get());
-    g_source_set_callback(timer_.get(), giveUp, end_.get(), nullptr);
+    g_source_set_callback(timer_.get(), cancel, cancellable_.get(), nullptr);
     g_source_attach(timer_.get(), context_.get());
   }
   TimedCalls(const TimedCalls&) = delete;
   TimedCalls& operator=(const TimedCalls&) = delete;
-  ~TimedCalls() { g_main_context_pop_thread_default(context_.get()); }
+  ~TimedCalls() {
+    g_source_destroy(timer_.get());
+    g_main_context_pop_thread_default(context_.get());
+  }
 
-  // What each call is to be given: its cancellable, its callback and, as the callback's data, this object.
-  GCancellable* end() const { return end_.get(); }
-  static void keepResult(GObject*, GAsyncResult* result, gpointer self) {
+  // Arguments of each call: the cancellable, the callback, and this object as the callback's data.
+  GCancellable* cancellable() const { return cancellable_.get(); }
+  static void storeResult(GObject*, GAsyncResult* result, gpointer self) {
     static_cast<TimedCalls*>(self)->result_.reset(G_ASYNC_RESULT(g_object_ref(result)));
   }
 
-  // Of the call just begun.
+  // Waits for the call that was started last.
   Owned<GAsyncResult> result() {
     while (!result_)
       g_main_context_iteration(context_.get(), TRUE);
@@ -56,14 +59,14 @@ class TimedCalls {
   }
 
  private:
-  static gboolean giveUp(gpointer end) {
-    g_cancellable_cancel(static_cast<GCancellable*>(end));
+  static gboolean cancel(gpointer cancellable) {
+    g_cancellable_cancel(static_cast<GCancellable*>(cancellable));
     return G_SOURCE_REMOVE;
   }
 
-  const Owned<GMainContext> context_;
-  const Owned<GCancellable> end_;
-  const Owned<GSource> timer_;
+  const Owned<GMainContext, g_main_context_unref> context_;
+  const Owned<GCancellable> cancellable_;
+  const Owned<GSource, g_source_unref> timer_;
   Owned<GAsyncResult> result_;
 };
 
@@ -77,12 +80,12 @@ bool hasDisplay() {
   return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
 }
 
-// A launch of which GIO awaits more than that the program has been started, or asked over the bus to open something.
+// Observes a launch: GIO reports its result later than the start of the program or the request over the bus.
 class Launch {
  public:
-  explicit Launch(GCancellable* end) : context_(g_app_launch_context_new()), end_(end) {
-    g_signal_connect_swapped(context_.get(), "launch-started", G_CALLBACK(noteStart), this);
-    g_signal_connect_swapped(context_.get(), "launched", G_CALLBACK(noteEnd), this);
+  explicit Launch(GCancellable* cancellable) : context_(g_app_launch_context_new()), cancellable_(cancellable) {
+    g_signal_connect_swapped(context_.get(), "launch-started", G_CALLBACK(onStarted), this);
+    g_signal_connect_swapped(context_.get(), "launched", G_CALLBACK(onLaunched), this);
   }
   Launch(const Launch&) = delete;
   Launch& operator=(const Launch&) = delete;
@@ -91,22 +94,19 @@ class Launch {
   bool isDone() const { return done_; }
 
  private:
-  // Begun in time it needs no answer; begun late, it may still fail.
-  static void noteStart(Launch* self) { self->done_ = g_cancellable_is_cancelled(self->end_) == FALSE; }
-  static void noteEnd(Launch* self) { self->done_ = true; }
+  // A launch that starts before the timeout counts as done without a reply. A later one can still fail.
+  static void onStarted(Launch* self) { self->done_ = g_cancellable_is_cancelled(self->cancellable_) == FALSE; }
+  static void onLaunched(Launch* self) { self->done_ = true; }
 
   const Owned<GAppLaunchContext> context_;
-  GCancellable* const end_;
+  GCancellable* const cancellable_;
   bool done_ = false;
 };
 
-struct Free {
-  void operator()(void* memory) const { std::free(memory); }
-};
 template <typename T>
-using Reply = std::unique_ptr<T, Free>;
+using Reply = Owned<T, std::free>;
 
-// A connection of its own: errors of its requests reach nobody else in the process, and end nothing.
+// A separate connection to the X server, so that errors of its requests do not reach the process's other connections.
 class Display {
  public:
   Display() : connection_(::xcb_connect(nullptr, nullptr)) {}
@@ -114,7 +114,7 @@ class Display {
   Display& operator=(const Display&) = delete;
   ~Display() { ::xcb_disconnect(connection_); }
 
-  bool works() const { return ::xcb_connection_has_error(connection_) == 0; }
+  bool isConnected() const { return ::xcb_connection_has_error(connection_) == 0; }
 
   std::vector<xcb_window_t> roots() const {
     std::vector<xcb_window_t> roots;
@@ -124,85 +124,85 @@ class Display {
     return roots;
   }
 
-  // Empty when the window, or what it says, does not exist.
-  std::vector<std::uint32_t> numbersOf(xcb_window_t window, const char* name) const {
+  // Empty if the window or the property does not exist.
+  std::vector<std::uint32_t> numbers(xcb_window_t window, const char* name) const {
     const auto reply = property(window, name);
     if (!reply || reply->format != 32) return {};
     const auto* const numbers = static_cast<const std::uint32_t*>(::xcb_get_property_value(reply.get()));
     return {numbers, numbers + reply->value_len};
   }
 
-  std::string textOf(xcb_window_t window, const char* name) const {
+  std::string text(xcb_window_t window, const char* name) const {
     const auto reply = property(window, name);
     if (!reply || reply->format != 8) return {};
     return {static_cast<const char*>(::xcb_get_property_value(reply.get())), reply->value_len};
   }
 
-  // Whether the server has taken the request.
-  bool askToActivate(xcb_window_t root, xcb_window_t window) const {
-    constexpr std::uint32_t likeATaskbar = 2;
+  // Returns whether the server accepted the request.
+  bool requestActivation(xcb_window_t root, xcb_window_t window) const {
+    constexpr std::uint32_t kSourcePager = 2;  // source indication of EWMH for taskbars and pagers
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
     event.type = atom("_NET_ACTIVE_WINDOW");
-    event.data.data32[0] = likeATaskbar;
-    const std::uint32_t toTheManager = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
-    const auto sent = ::xcb_send_event_checked(connection_, 0, root, toTheManager, reinterpret_cast<char*>(&event));
-    const Reply<xcb_generic_error_t> error(::xcb_request_check(connection_, sent));
-    return !error && works();
+    event.data.data32[0] = kSourcePager;
+    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+    const auto cookie = ::xcb_send_event_checked(connection_, 0, root, mask, reinterpret_cast<char*>(&event));
+    const Reply<xcb_generic_error_t> error(::xcb_request_check(connection_, cookie));
+    return !error && isConnected();
   }
 
  private:
   xcb_atom_t atom(const char* name) const {
-    const auto asked = ::xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const Reply<xcb_intern_atom_reply_t> reply(::xcb_intern_atom_reply(connection_, asked, nullptr));
+    const auto cookie = ::xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+    const Reply<xcb_intern_atom_reply_t> reply(::xcb_intern_atom_reply(connection_, cookie, nullptr));
     return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
   }
 
   Reply<xcb_get_property_reply_t> property(xcb_window_t window, const char* name) const {
-    constexpr std::uint32_t mostWords = 1 << 16;
-    const auto asked = ::xcb_get_property(connection_, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, mostWords);
-    return Reply<xcb_get_property_reply_t>(::xcb_get_property_reply(connection_, asked, nullptr));
+    constexpr std::uint32_t kMaxWords = 1 << 16;
+    const auto cookie = ::xcb_get_property(connection_, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, kMaxWords);
+    return Reply<xcb_get_property_reply_t>(::xcb_get_property_reply(connection_, cookie, nullptr));
   }
 
   xcb_connection_t* connection_;
 };
 
-// Windows of programs on other machines say numbers that mean nothing here.
-bool isOfThisMachine(const Display& display, xcb_window_t window) {
-  std::string machine = display.textOf(window, "WM_CLIENT_MACHINE");
+// A process number on a window of another machine's program has no meaning here.
+bool isLocal(const Display& display, xcb_window_t window) {
+  std::string machine = display.text(window, "WM_CLIENT_MACHINE");
   machine.resize(std::strlen(machine.c_str()));
-  std::array<char, 256> here{};
-  return machine.empty() || ::gethostname(here.data(), here.size() - 1) != 0 || machine == here.data();
+  std::array<char, 256> host{};
+  return machine.empty() || ::gethostname(host.data(), host.size() - 1) != 0 || machine == host.data();
 }
 
-bool isOf(const Display& display, xcb_window_t window, pid_t process) {
-  const std::vector<std::uint32_t> said = display.numbersOf(window, "_NET_WM_PID");
-  return !said.empty() && static_cast<pid_t>(said.front()) == process && isOfThisMachine(display, window);
+bool belongsTo(const Display& display, xcb_window_t window, pid_t process) {
+  const std::vector<std::uint32_t> owner = display.numbers(window, "_NET_WM_PID");
+  return !owner.empty() && static_cast<pid_t>(owner.front()) == process && isLocal(display, window);
 }
 
-// From the one at the back to the one in front, where the window manager tells their order.
+// In stacking order from bottom to top, if the window manager reports that order.
 std::vector<std::uint32_t> managedWindows(const Display& display, xcb_window_t root) {
-  std::vector<std::uint32_t> windows = display.numbersOf(root, "_NET_CLIENT_LIST_STACKING");
-  if (windows.empty()) windows = display.numbersOf(root, "_NET_CLIENT_LIST");
+  std::vector<std::uint32_t> windows = display.numbers(root, "_NET_CLIENT_LIST_STACKING");
+  if (windows.empty()) windows = display.numbers(root, "_NET_CLIENT_LIST");
   return windows;
 }
 
-Fronting askDisplay(pid_t process) {
+RaiseResult raiseTopmostWindow(pid_t process) {
   const Display display;
-  if (!display.works()) return Fronting::impossible;
+  if (!display.isConnected()) return RaiseResult::kFailed;
   for (const xcb_window_t root : display.roots()) {
     const std::vector<std::uint32_t> windows = managedWindows(display, root);
     for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
-      if (isOf(display, *window, process))
-        return display.askToActivate(root, *window) ? Fronting::done : Fronting::impossible;
+      if (belongsTo(display, *window, process))
+        return display.requestActivation(root, *window) ? RaiseResult::kRaised : RaiseResult::kFailed;
     }
   }
-  return display.works() ? Fronting::unknown : Fronting::impossible;
+  return display.isConnected() ? RaiseResult::kNotFound : RaiseResult::kFailed;
 }
 
-constexpr std::chrono::seconds kBusTimeout(1);  // for each of the two buses
+constexpr std::chrono::seconds kBusTimeout(1);  // per bus
 
 struct Signal {
   std::string path;
@@ -216,19 +216,19 @@ Signal signalFor(const std::string& name, const std::string& object) {
   return {path, object, name.substr(name.rfind('.') + 1)};
 }
 
-std::string textOf(const char* variable) {
+std::string environmentVariable(const char* variable) {
   const char* const value = std::getenv(variable);
   return value == nullptr ? "" : value;
 }
 
 std::string socketAddress(const std::string& path) {
   if (::access(path.c_str(), F_OK) != 0) return "";
-  const Owned<gchar> escaped(g_dbus_address_escape_value(path.c_str()));
+  const Owned<gchar, g_free> escaped(g_dbus_address_escape_value(path.c_str()));
   return std::string("unix:path=") + escaped.get();
 }
 
-// The entries of the list of addresses by which no bus would be started.
-std::string runningOnly(std::string_view addresses) {
+// Removes the entries of an address list that would start a bus.
+std::string runningBuses(std::string_view addresses) {
   std::string running;
   while (!addresses.empty()) {
     const std::string_view entry = addresses.substr(0, addresses.find(';'));
@@ -240,31 +240,32 @@ std::string runningOnly(std::string_view addresses) {
   return running;
 }
 
-// "" when there is no such bus; a bus that would have to be started is none.
+// "" if no bus is running.
 std::string sessionBus() {
-  const std::string told = textOf("DBUS_SESSION_BUS_ADDRESS");
-  if (!told.empty()) return runningOnly(told);
-  const std::string folder = textOf("XDG_RUNTIME_DIR");
+  const std::string address = environmentVariable("DBUS_SESSION_BUS_ADDRESS");
+  if (!address.empty()) return runningBuses(address);
+  const std::string folder = environmentVariable("XDG_RUNTIME_DIR");
   return folder.empty() ? "" : socketAddress(folder + "/bus");
 }
 
 std::string systemBus() {
-  const std::string told = textOf("DBUS_SYSTEM_BUS_ADDRESS");
-  return told.empty() ? socketAddress("/run/dbus/system_bus_socket") : runningOnly(told);
+  const std::string address = environmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
+  return address.empty() ? socketAddress("/run/dbus/system_bus_socket") : runningBuses(address);
 }
 
 void emit(const std::string& address, const Signal& signal) {
-  constexpr auto asClient = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+  constexpr auto kFlags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                            G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
   TimedCalls calls(kBusTimeout);
-  g_dbus_connection_new_for_address(address.c_str(), asClient, nullptr, calls.end(), TimedCalls::keepResult, &calls);
+  g_dbus_connection_new_for_address(address.c_str(), kFlags, nullptr, calls.cancellable(), TimedCalls::storeResult,
+                                    &calls);
   const Owned<GDBusConnection> bus(g_dbus_connection_new_for_address_finish(calls.result().get(), nullptr));
   if (!bus) return;
   g_dbus_connection_emit_signal(bus.get(), nullptr, signal.path.c_str(), signal.interface.c_str(),
                                 signal.member.c_str(), nullptr, nullptr);
-  g_dbus_connection_flush(bus.get(), calls.end(), TimedCalls::keepResult, &calls);
+  g_dbus_connection_flush(bus.get(), calls.cancellable(), TimedCalls::storeResult, &calls);
   g_dbus_connection_flush_finish(bus.get(), calls.result().get(), nullptr);
-  g_dbus_connection_close(bus.get(), calls.end(), TimedCalls::keepResult, &calls);
+  g_dbus_connection_close(bus.get(), calls.cancellable(), TimedCalls::storeResult, &calls);
   g_dbus_connection_close_finish(bus.get(), calls.result().get(), nullptr);
 }
 
@@ -273,15 +274,16 @@ void emit(const std::string& address, const Signal& signal) {
 bool openUrl(const std::string& url) {
   if (!isUrl(url) || !hasDisplay()) return false;
   TimedCalls calls(kLaunchTimeout);
-  const Launch launch(calls.end());
-  g_app_info_launch_default_for_uri_async(url.c_str(), launch.context(), calls.end(), TimedCalls::keepResult, &calls);
+  const Launch launch(calls.cancellable());
+  g_app_info_launch_default_for_uri_async(url.c_str(), launch.context(), calls.cancellable(), TimedCalls::storeResult,
+                                          &calls);
   GError* failure = nullptr;
   if (g_app_info_launch_default_for_uri_finish(calls.result().get(), &failure) == TRUE) return true;
-  const Owned<GError> error(failure);
+  const Owned<GError, g_error_free> error(failure);
   return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) == TRUE && launch.isDone();
 }
 
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& /*arguments*/) {
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& /*arguments*/) {
   struct stat item {};
   if (::stat(path.c_str(), &item) == 0) return {};
   const int error = errno;
@@ -289,13 +291,14 @@ FrontLaunch launchInFront(const std::string& path, const std::vector<std::string
   return {false, ReferenceFailure{name == nullptr ? std::to_string(error) : name, g_strerror(error)}};
 }
 
-// An X client waits as long as the server lives; so one that waits for a silent server is left behind.
-Fronting bringToFront(pid_t process) {
-  constexpr std::chrono::seconds timeout(2);
-  const auto asked = std::make_shared<std::promise<Fronting>>();
-  std::future<Fronting> answer = asked->get_future();
-  if (!doAside([asked, process] { asked->set_value(askDisplay(process)); })) return Fronting::impossible;
-  return answer.wait_for(timeout) == std::future_status::ready ? answer.get() : Fronting::impossible;
+// Runs on a detached thread, because an X client waits without limit for the reply of a stalled server.
+RaiseResult raiseWindow(pid_t process) {
+  constexpr std::chrono::seconds kTimeout(2);
+  const auto promise = std::make_shared<std::promise<RaiseResult>>();
+  std::future<RaiseResult> result = promise->get_future();
+  if (!runDetached([promise, process] { promise->set_value(raiseTopmostWindow(process)); }))
+    return RaiseResult::kFailed;
+  return result.wait_for(kTimeout) == std::future_status::ready ? result.get() : RaiseResult::kFailed;
 }
 
 void postToAllSessions(const std::string& name, const std::string& object) {

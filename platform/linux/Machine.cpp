@@ -27,15 +27,15 @@ namespace {
 Architecture architectureOf(unsigned machine, unsigned char wordClass) {
   switch (machine) {
     case EM_386:
-      return Architecture::x86;
+      return Architecture::kX86;
     case EM_X86_64:
-      return wordClass == ELFCLASS64 ? Architecture::x86_64 : Architecture::other;
+      return wordClass == ELFCLASS64 ? Architecture::kX86_64 : Architecture::kOther;
     case EM_PPC:
-      return Architecture::ppc;
+      return Architecture::kPpc;
     case EM_PPC64:
-      return Architecture::ppc64;
+      return Architecture::kPpc64;
     default:
-      return Architecture::other;
+      return Architecture::kOther;
   }
 }
 
@@ -116,11 +116,11 @@ std::optional<int> systemVersionPart(VersionPart part) {
   const std::optional<SystemVersion> version = systemVersion();
   if (!version) return std::nullopt;
   switch (part) {
-    case VersionPart::major:
+    case VersionPart::kMajor:
       return version->major;
-    case VersionPart::minor:
+    case VersionPart::kMinor:
       return version->minor;
-    case VersionPart::bugFix:
+    case VersionPart::kBugFix:
       return version->bugFix;
   }
   return std::nullopt;
@@ -131,7 +131,7 @@ std::uint64_t currentThreadId() {
   return knownId;
 }
 
-bool doAside(const std::function<void()>& work) {
+bool runDetached(const std::function<void()>& work) {
   const SignalsBlocked duringTheStart;
   try {
     std::thread(work).detach();

@@ -15,6 +15,6 @@ namespace platform {
 std::vector<Architecture> architecturesOf(const std::string& file);
 
 // Does the work on a thread of its own, which no signal of the program's interrupts; false when there can be no thread.
-bool doAside(const std::function<void()>& work);
+bool runDetached(const std::function<void()>& work);
 
 }  // namespace platform

@@ -102,7 +102,7 @@ std::optional<pid_t> startTask(const Task& task) {
   if (!task.folder.empty()) actions.changeFolder(task.folder);
   actions.closeAllOthers();
 
-  std::string program = programFromItsFolder(task);
+  std::string program = resolveProgram(task);
   std::vector<std::string> arguments = task.arguments;
   const std::vector<char*> pointers = pointersTo(program, arguments);
   pid_t process = 0;
@@ -114,9 +114,9 @@ std::optional<pid_t> startTask(const Task& task) {
   return std::nullopt;
 }
 
-void waitForTaskAside(pid_t process) {
+void waitForTaskInBackground(pid_t process) {
   // Without a thread the process stays in the table, ended, as long as this one lives: better than not to start it.
-  (void)doAside([process] { (void)endOf(process); });
+  (void)runDetached([process] { (void)endOf(process); });
 }
 
 std::vector<pid_t> allProcesses() {

@@ -8,76 +8,74 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/Text.h"
+#include "platform/linux/Glib.h"
 
 namespace platform {
 namespace {
 
-struct Free {
-  void operator()(char* text) const { std::free(text); }
-};
-using Text = std::unique_ptr<char, Free>;
+using Text = Owned<char, std::free>;
 
-// A login screen is a session too, of a user who is nobody's; so is a screen that waits for an unlocking.
-bool isSomebodys(const char* session) {
-  char* answer = nullptr;
-  if (::sd_session_get_class(session, &answer) < 0) return false;
-  const Text kind(answer);
-  return std::strncmp(kind.get(), "user", 4) == 0;
+// Sessions of other classes are login screens and lock screens.
+bool isUserSession(const char* session) {
+  char* name = nullptr;
+  if (::sd_session_get_class(session, &name) < 0) return false;
+  const Text sessionClass(name);
+  return std::strncmp(sessionClass.get(), "user", 4) == 0;
 }
 
-constexpr std::size_t longestPath = 1023;
+constexpr std::size_t kMaxPathLength = 1023;
 
-std::string userData() {
-  const char* chosen = std::getenv("XDG_DATA_HOME");
-  if (chosen != nullptr && chosen[0] == '/') return chosen;
+std::string userDataFolder() {
+  const char* folder = std::getenv("XDG_DATA_HOME");
+  if (folder != nullptr && folder[0] == '/') return folder;
   const std::string home = homeFolder();
   return home.empty() ? home : home + "/.local/share";
 }
 
-std::string placeOf(FolderDomain domain, FolderKind kind) {
-  const bool support = kind == FolderKind::applicationSupport;
+std::string pathOf(FolderDomain domain, FolderKind kind) {
+  const bool support = kind == FolderKind::kApplicationSupport;
   switch (domain) {
-    case FolderDomain::user:
-      return support ? userData() : "";
-    case FolderDomain::local:
+    case FolderDomain::kUser:
+      return support ? userDataFolder() : "";
+    case FolderDomain::kLocal:
       return support ? "/usr/local/share" : "/opt";
-    case FolderDomain::system:
+    case FolderDomain::kSystem:
       return support ? "/usr/share" : "";
   }
   return "";
 }
 
-int errorOfMaking(const std::string& folder, mode_t mode) {
+// Returns 0 or an `errno`.
+int createFolder(const std::string& folder, mode_t mode) {
   if (::mkdir(folder.c_str(), mode) == 0) return 0;
   const int error = errno;
-  struct stat there {};
-  if (::stat(folder.c_str(), &there) != 0) return error;
-  return S_ISDIR(there.st_mode) ? 0 : ENOTDIR;
+  struct stat item {};
+  if (::stat(folder.c_str(), &item) != 0) return error;
+  return S_ISDIR(item.st_mode) ? 0 : ENOTDIR;
 }
 
-// From the deepest one upwards until one exists or can be made, since those above may not even be looked at.
-int makeFolders(const std::string& path, mode_t mode) {
-  const int error = errorOfMaking(path, mode);
+// Starts with the deepest folder, because the process may have no access to those above an existing one.
+int createFolders(const std::string& path, mode_t mode) {
+  const int error = createFolder(path, mode);
   const std::size_t end = path.find_last_not_of('/');
   const std::size_t slash = end == std::string::npos ? end : path.rfind('/', end);
   if (error != ENOENT || slash == std::string::npos || slash == 0) return error;
-  const int errorAbove = makeFolders(path.substr(0, slash), mode);
-  return errorAbove != 0 ? errorAbove : errorOfMaking(path, mode);
+  const int parentError = createFolders(path.substr(0, slash), mode);
+  return parentError != 0 ? parentError : createFolder(path, mode);
 }
 
 }  // namespace
 
 std::optional<uid_t> consoleUser() {
-  char* answer = nullptr;
+  char* name = nullptr;
   uid_t user = 0;
-  if (::sd_seat_get_active("seat0", &answer, &user) < 0) return std::nullopt;
-  const Text session(answer);
-  if (!session || !isSomebodys(session.get())) return std::nullopt;
+  if (::sd_seat_get_active("seat0", &name, &user) < 0) return std::nullopt;
+  const Text session(name);
+  if (!session || !isUserSession(session.get())) return std::nullopt;
   return user;
 }
 
@@ -87,13 +85,13 @@ std::string homeFolder() {
 
 FolderSearch findFolder(FolderDomain domain, FolderKind kind) {
   using Failure = FolderSearch::Failure;
-  const std::string path = placeOf(domain, kind);
-  if (path.empty()) return {Failure::find, ENOENT, path};
-  if (const int error = makeFolders(path, domain == FolderDomain::user ? 0700 : 0755))
-    return {Failure::find, error, path};
-  if (path.size() > longestPath) return {Failure::path, ENAMETOOLONG, path};
-  if (!isUtf8(path)) return {Failure::text, EILSEQ, path};
-  return {Failure::none, 0, path};
+  const std::string path = pathOf(domain, kind);
+  if (path.empty()) return {Failure::kFind, ENOENT, path};
+  if (const int error = createFolders(path, domain == FolderDomain::kUser ? 0700 : 0755))
+    return {Failure::kFind, error, path};
+  if (path.size() > kMaxPathLength) return {Failure::kPath, ENAMETOOLONG, path};
+  if (!isUtf8(path)) return {Failure::kText, EILSEQ, path};
+  return {Failure::kNone, 0, path};
 }
 
 }  // namespace platform

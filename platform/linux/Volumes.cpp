@@ -23,16 +23,17 @@
 #include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/UniqueFd.h"
+#include "platform/linux/Glib.h"
 #include "platform/linux/Volumes.h"
 
 namespace platform {
 namespace {
 
-// One mount among all; the device alone is the same for all bind mounts of it.
+// Identifies a mount. The device number alone is the same for all its bind mounts.
 struct Mount {
   unsigned major = 0;
   unsigned minor = 0;
-  std::uint64_t id = 0;  // 0 where the kernel (before 5.8) does not tell
+  std::uint64_t id = 0;  // 0 on kernels before 5.8
 
   bool operator==(const Mount& other) const { return major == other.major && minor == other.minor && id == other.id; }
 };
@@ -40,12 +41,12 @@ struct Mount {
 std::optional<Mount> mountOf(const char* path) {
   struct statx item {};
   if (::statx(AT_FDCWD, path, 0, STATX_MNT_ID, &item) != 0) return std::nullopt;
-  const bool knowsId = (item.stx_mask & STATX_MNT_ID) != 0;
-  return Mount{item.stx_dev_major, item.stx_dev_minor, knowsId ? item.stx_mnt_id : 0};
+  const bool hasId = (item.stx_mask & STATX_MNT_ID) != 0;
+  return Mount{item.stx_dev_major, item.stx_dev_minor, hasId ? item.stx_mnt_id : 0};
 }
 
-std::optional<std::string> withoutLinks(const std::string& path) {
-  const std::unique_ptr<char, void (*)(void*)> real(::realpath(path.c_str(), nullptr), std::free);
+std::optional<std::string> resolveLinks(const std::string& path) {
+  const Owned<char, std::free> real(::realpath(path.c_str(), nullptr));
   if (!real) return std::nullopt;
   return std::string(real.get());
 }
@@ -54,37 +55,38 @@ UniqueFd openFolder(const std::string& path) {
   return UniqueFd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
 }
 
-// What the file system itself says; "" where it does not.
-std::string ownLabel(const std::string& mountPoint) {
+// Returns the label that the file system reports; "" if it does not support that.
+std::string fileSystemLabel(const std::string& mountPoint) {
   const UniqueFd folder = openFolder(mountPoint);
   std::array<char, FSLABEL_MAX + 1> label{};
   if (!folder || ::ioctl(folder.get(), FS_IOC_GETFSLABEL, label.data()) != 0) return {};
   return label.data();
 }
 
-// What the device manager has read from the disk; "" for a device without a label.
-std::string labelOfDevice(dev_t device) {
+// Returns the label that udev read from the device; "" for a device without a label.
+std::string udevLabel(dev_t device) {
   const std::unique_ptr<DIR, int (*)(DIR*)> labels(::opendir("/dev/disk/by-label"), ::closedir);
   if (!labels) return {};
   while (const dirent* entry = ::readdir(labels.get())) {
     struct stat item {};
     if (::fstatat(::dirfd(labels.get()), entry->d_name, &item, 0) == 0 && S_ISBLK(item.st_mode) &&
         item.st_rdev == device)
-      return labelOfLink(entry->d_name);
+      return decodeLabel(entry->d_name);
   }
   return {};
 }
 
-bool knowsNoCase(std::uint64_t type) {
-  constexpr std::uint64_t exfat = 0x2011bab0, hfs = 0x4244, hfsPlus = 0x482b, ntfs = 0x5346544e;  // in no header
-  constexpr std::array<std::uint64_t, 5> types = {MSDOS_SUPER_MAGIC, exfat, hfs, hfsPlus, ntfs};
-  return std::find(types.begin(), types.end(), type) != types.end();
+bool isCaseInsensitiveType(std::uint64_t type) {
+  constexpr std::uint64_t kExfat = 0x2011bab0, kHfs = 0x4244, kHfsPlus = 0x482b,
+                          kNtfs = 0x5346544e;  // not in any header
+  constexpr std::array<std::uint64_t, 5> kTypes = {MSDOS_SUPER_MAGIC, kExfat, kHfs, kHfsPlus, kNtfs};
+  return std::find(kTypes.begin(), kTypes.end(), type) != kTypes.end();
 }
 
-bool foldsCase(const std::string& path) {
+bool isCaseFoldedFolder(const std::string& path) {
   UniqueFd folder = openFolder(path);
   if (!folder && errno == ENOTDIR) {
-    const std::optional<std::string> real = withoutLinks(path);
+    const std::optional<std::string> real = resolveLinks(path);
     if (real) folder = openFolder(deletingLastPathComponent(*real));
   }
   int flags = 0;
@@ -94,42 +96,42 @@ bool foldsCase(const std::string& path) {
 }  // namespace
 
 std::optional<std::string> mountPointOf(const std::string& path) {
-  // Unlike the calls below it wakes a file system that is mounted on demand.
+  // Mounts a file system of the automounter, which the calls below do not.
   struct statfs system {};
   while (::statfs(path.c_str(), &system) != 0) {
     if (errno != EINTR) return std::nullopt;
   }
-  std::optional<std::string> place = withoutLinks(path);
-  if (!place) return std::nullopt;
-  const std::optional<Mount> mount = mountOf(place->c_str());
+  std::optional<std::string> folder = resolveLinks(path);
+  if (!folder) return std::nullopt;
+  const std::optional<Mount> mount = mountOf(folder->c_str());
   if (!mount) return std::nullopt;
-  // The topmost folder of the mount is where it is mounted. No list of mounts is needed, which a process may not see.
-  while (*place != "/") {
-    std::string above = deletingLastPathComponent(*place);
-    if (!(mountOf(above.c_str()) == mount)) break;
-    place = std::move(above);
+  // Walks up to the topmost folder of the mount. The list of mounts may be hidden from the process.
+  while (*folder != "/") {
+    std::string parent = deletingLastPathComponent(*folder);
+    if (!(mountOf(parent.c_str()) == mount)) break;
+    folder = std::move(parent);
   }
-  return place;
+  return folder;
 }
 
 std::optional<std::string> volumeNameOf(const std::string& mountPoint) {
   struct stat item {};
   if (::stat(mountPoint.c_str(), &item) != 0 || !S_ISDIR(item.st_mode)) return std::nullopt;
-  for (const std::string& label : {ownLabel(mountPoint), labelOfDevice(item.st_dev)}) {
+  for (const std::string& label : {fileSystemLabel(mountPoint), udevLabel(item.st_dev)}) {
     if (!label.empty() && isUtf8(label)) return label;
   }
   return lastPathComponent(mountPoint);
 }
 
-std::optional<bool> tellsCaseApart(const std::string& path) {
+std::optional<bool> isCaseSensitive(const std::string& path) {
   struct statfs system {};
   while (::statfs(path.c_str(), &system) != 0) {
     if (errno != EINTR) return std::nullopt;
   }
-  return !knowsNoCase(static_cast<std::uint64_t>(system.f_type)) && !foldsCase(path);
+  return !isCaseInsensitiveType(static_cast<std::uint64_t>(system.f_type)) && !isCaseFoldedFolder(path);
 }
 
-std::string labelOfLink(std::string_view name) {
+std::string decodeLabel(std::string_view name) {
   std::string label;
   for (std::size_t i = 0; i < name.size(); ++i) {
     unsigned char byte = 0;

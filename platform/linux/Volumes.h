@@ -9,6 +9,6 @@ namespace platform {
 
 // A name below /dev/disk/by-label as the label that it stands for.
 //   "Back\x20up" => "Back up"   "a\x2fb" => "a/b"   "\x2" => "\x2"
-std::string labelOfLink(std::string_view name);
+std::string decodeLabel(std::string_view name);
 
 }  // namespace platform

@@ -75,7 +75,7 @@ bool openUrl(const std::string& url) {
   return address != nil && [[NSWorkspace sharedWorkspace] openURL:address];
 }
 
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& arguments) {
   const AutoreleaseScope scope;
   Descriptor process, event;
   if (!describeThisProcess(process) || !describeActivation(process, event)) return {};
@@ -86,10 +86,10 @@ FrontLaunch launchInFront(const std::string& path, const std::vector<std::string
   return {strings != nil && launch(file, strings, event.get()), std::nullopt};
 }
 
-Fronting bringToFront(pid_t process) {
+RaiseResult raiseWindow(pid_t process) {
   ProcessSerialNumber number = {};
-  if (GetProcessForPID(process, &number) != noErr) return Fronting::unknown;
-  return SetFrontProcess(&number) == noErr ? Fronting::done : Fronting::impossible;
+  if (GetProcessForPID(process, &number) != noErr) return RaiseResult::kNotFound;
+  return SetFrontProcess(&number) == noErr ? RaiseResult::kRaised : RaiseResult::kFailed;
 }
 
 void postToAllSessions(const std::string& name, const std::string& object) {

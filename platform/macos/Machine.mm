@@ -13,15 +13,15 @@ namespace {
 Architecture architectureOf(NSInteger number) {
   switch (number) {
     case NSBundleExecutableArchitectureI386:
-      return Architecture::x86;
+      return Architecture::kX86;
     case NSBundleExecutableArchitectureX86_64:
-      return Architecture::x86_64;
+      return Architecture::kX86_64;
     case NSBundleExecutableArchitecturePPC:
-      return Architecture::ppc;
+      return Architecture::kPpc;
     case NSBundleExecutableArchitecturePPC64:
-      return Architecture::ppc64;
+      return Architecture::kPpc64;
     default:
-      return Architecture::other;
+      return Architecture::kOther;
   }
 }
 
@@ -49,9 +49,9 @@ std::vector<Architecture> executableArchitectures() {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 std::optional<int> systemVersionPart(VersionPart part) {
-  const OSType selector = part == VersionPart::major   ? gestaltSystemVersionMajor
-                          : part == VersionPart::minor ? gestaltSystemVersionMinor
-                                                       : gestaltSystemVersionBugFix;
+  const OSType selector = part == VersionPart::kMajor   ? gestaltSystemVersionMajor
+                          : part == VersionPart::kMinor ? gestaltSystemVersionMinor
+                                                        : gestaltSystemVersionBugFix;
   SInt32 number = 0;
   if (Gestalt(selector, &number) != noErr) return std::nullopt;
   return number;
@@ -59,11 +59,11 @@ std::optional<int> systemVersionPart(VersionPart part) {
 #pragma GCC diagnostic pop
 
 std::optional<SystemVersion> systemVersion() {
-  const std::optional<int> major = systemVersionPart(VersionPart::major);
+  const std::optional<int> major = systemVersionPart(VersionPart::kMajor);
   if (!major) return std::nullopt;
-  const std::optional<int> minor = systemVersionPart(VersionPart::minor);
+  const std::optional<int> minor = systemVersionPart(VersionPart::kMinor);
   if (!minor) return std::nullopt;
-  const std::optional<int> bugFix = systemVersionPart(VersionPart::bugFix);
+  const std::optional<int> bugFix = systemVersionPart(VersionPart::kBugFix);
   if (!bugFix) return std::nullopt;
   return SystemVersion{*major, *minor, *bugFix};
 }

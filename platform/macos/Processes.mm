@@ -48,7 +48,7 @@ NSTask* launchedApart(NSString* program, NSArray* arguments, NSString* folder, b
 
 // Nil when it cannot be started.
 NSTask* launched(const Task& task) {
-  NSString* const program = stringOf(programFromItsFolder(task));
+  NSString* const program = stringOf(resolveProgram(task));
   NSString* const folder = stringOf(task.folder);
   NSArray* const arguments = stringsOf(task.arguments);
   if (program == nil || folder == nil || arguments == nil) return nil;
@@ -111,7 +111,7 @@ std::optional<pid_t> startTask(const Task& task) {
 }
 
 // The task object lives until the process ends, and collects its end.
-void waitForTaskAside(pid_t /*process*/) {}
+void waitForTaskInBackground(pid_t /*process*/) {}
 
 std::vector<pid_t> allProcesses() {
   const std::vector<char> answer = kernelsAnswer({CTL_KERN, KERN_PROC, KERN_PROC_ALL});

@@ -25,11 +25,11 @@ bool isLoginWindow(const Text& name) {
 
 FSVolumeRefNum numberOf(FolderDomain domain) {
   switch (domain) {
-    case FolderDomain::user:
+    case FolderDomain::kUser:
       return kUserDomain;
-    case FolderDomain::local:
+    case FolderDomain::kLocal:
       return kLocalDomain;
-    case FolderDomain::system:
+    case FolderDomain::kSystem:
       break;
   }
   return kOnSystemDisk;
@@ -37,11 +37,11 @@ FSVolumeRefNum numberOf(FolderDomain domain) {
 
 OSType typeOf(FolderKind kind) {
   switch (kind) {
-    case FolderKind::applicationSupport:
+    case FolderKind::kApplicationSupport:
       return kApplicationSupportFolderType;
-    case FolderKind::applications:
+    case FolderKind::kApplications:
       return kApplicationsFolderType;
-    case FolderKind::utilities:
+    case FolderKind::kUtilities:
       break;
   }
   return kUtilitiesFolderType;
@@ -53,12 +53,12 @@ OSType typeOf(FolderKind kind) {
 FolderSearch folderOf(FSVolumeRefNum domain, OSType kind) {
   using Failure = FolderSearch::Failure;
   FSRef folder = {};
-  if (const OSStatus status = FSFindFolder(domain, kind, kCreateFolder, &folder)) return {Failure::find, status, ""};
+  if (const OSStatus status = FSFindFolder(domain, kind, kCreateFolder, &folder)) return {Failure::kFind, status, ""};
   char path[1024] = {};
   if (const OSStatus status = FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), sizeof path))
-    return {Failure::path, status, ""};
-  if (!isUtf8(path)) return {Failure::text, noErr, ""};
-  return {Failure::none, noErr, path};
+    return {Failure::kPath, status, ""};
+  if (!isUtf8(path)) return {Failure::kText, noErr, ""};
+  return {Failure::kNone, noErr, path};
 }
 #pragma GCC diagnostic pop
 

@@ -34,7 +34,7 @@ std::optional<std::string> volumeNameOf(const std::string& mountPoint) {
   return text;
 }
 
-std::optional<bool> tellsCaseApart(const std::string& path) {
+std::optional<bool> isCaseSensitive(const std::string& path) {
   const std::optional<FSVolumeRefNum> volume = volumeOf(path);
   GetVolParmsInfoBuffer parameters = {};
   if (!volume || FSGetVolumeParms(*volume, &parameters, sizeof parameters) != noErr) return std::nullopt;

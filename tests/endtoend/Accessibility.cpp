@@ -9,7 +9,7 @@
 
 namespace endtoend {
 
-using tools::Owned;
+using platform::Owned;
 
 namespace {
 

@@ -61,7 +61,7 @@ class Accessibility {
 
   SessionBus bus_;
   tools::ChildProcess service_;
-  tools::Owned<GDBusConnection> connection_;
+  platform::Owned<GDBusConnection> connection_;
   guint changes_ = 0;
 };
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/support/Owned.h"
+#include "platform/linux/Glib.h"
 
 namespace endtoend {
 
@@ -24,7 +24,7 @@ class Certificate {
   friend class Authority;
   Certificate(const std::filesystem::path& file, const std::vector<std::string>& request);
 
-  tools::Owned<GTlsCertificate> certificate_;
+  platform::Owned<GTlsCertificate> certificate_;
 };
 
 // A private certificate authority.

@@ -8,18 +8,18 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "platform/UniqueFd.h"
+#include "platform/linux/Glib.h"
 #include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
 
+using platform::Owned;
 using tools::ChildProcess;
-using tools::Owned;
 using tools::Picture;
 
 namespace {
@@ -73,7 +73,7 @@ Picture load(const std::filesystem::path& file) {
 }  // namespace
 
 bool Compositor::isPossible() {
-  const std::unique_ptr<char, void (*)(gpointer)> weston(g_find_program_in_path("weston"), g_free);
+  const Owned<char, g_free> weston(g_find_program_in_path("weston"));
   return weston != nullptr;
 }
 

@@ -145,14 +145,14 @@ TEST_F(LockedDownTest, NoKeyOpensAnything) {
 
 // On a loopback address of its own: another process may take the port on 127.0.0.1.
 std::string freeAddress() {
-  const tools::Owned<GSocketListener> listener(g_socket_listener_new());
+  const platform::Owned<GSocketListener> listener(g_socket_listener_new());
   const guint16 port = g_socket_listener_add_any_inet_port(listener.get(), nullptr, nullptr);
   g_socket_listener_close(listener.get());
   return "127.83.86.79:" + std::to_string(port);
 }
 
 bool takesConnections(const std::string& address) {
-  const tools::Owned<GSocketClient> client(g_socket_client_new());
+  const platform::Owned<GSocketClient> client(g_socket_client_new());
   GSocketConnection* const connection =
       g_socket_client_connect_to_host(client.get(), address.c_str(), 0, nullptr, nullptr);
   if (connection == nullptr) return false;

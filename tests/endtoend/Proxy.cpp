@@ -1,11 +1,10 @@
 #include "tests/endtoend/Proxy.h"
 
-#include <memory>
 #include <stdexcept>
 
 namespace endtoend {
 
-using tools::Owned;
+using platform::Owned;
 
 namespace {
 
@@ -22,7 +21,7 @@ std::string lineFor(SoupServerMessage* message) {
   if (method == SOUP_METHOD_CONNECT) {
     return method + " " + g_uri_get_host(address) + ":" + std::to_string(g_uri_get_port(address));
   }
-  const std::unique_ptr<char, void (*)(gpointer)> text(g_uri_to_string(address), g_free);
+  const Owned<char, g_free> text(g_uri_to_string(address));
   return method + " " + text.get();
 }
 

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/Glib.h"
 #include "tests/tools/site/LoopbackServer.h"
-#include "tests/tools/support/Owned.h"
 
 namespace endtoend {
 
@@ -54,8 +54,8 @@ class Proxy {
   void forward(SoupServerMessage* message);
   void openTunnel(SoupServerMessage* message);
 
-  tools::Owned<SoupServer> server_;
-  tools::Owned<SoupSession> session_;
+  platform::Owned<SoupServer> server_;
+  platform::Owned<SoupSession> session_;
   std::string site_;
   std::string secure_;
   std::string address_;

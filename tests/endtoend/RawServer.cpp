@@ -7,7 +7,7 @@
 
 namespace endtoend {
 
-using tools::Owned;
+using platform::Owned;
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "tests/tools/support/Owned.h"
+#include "platform/linux/Glib.h"
 
 namespace endtoend {
 
@@ -26,7 +26,7 @@ class RawServer {
   static gboolean onConnection(GSocketService*, GSocketConnection* connection, GObject*, gpointer self);
   static void onRequest(GObject* input, GAsyncResult* result, gpointer exchange);
 
-  tools::Owned<GSocketService> service_;
+  platform::Owned<GSocketService> service_;
   std::string base_;
   std::string answer_;
 };

@@ -8,7 +8,7 @@
 
 namespace endtoend {
 
-using tools::Owned;
+using platform::Owned;
 
 namespace {
 
@@ -40,7 +40,7 @@ Owned<GDBusConnection> connectToBus(const std::string& address) {
 }
 
 bool SessionBus::isPossible() {
-  const std::unique_ptr<char, void (*)(gpointer)> daemon(g_find_program_in_path("dbus-daemon"), g_free);
+  const Owned<char, g_free> daemon(g_find_program_in_path("dbus-daemon"));
   return daemon != nullptr;
 }
 

@@ -9,14 +9,14 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/Glib.h"
 #include "tests/tools/support/ChildProcess.h"
-#include "tests/tools/support/Owned.h"
 
 namespace endtoend {
 
 // Connects to a message bus. The default main context handles its messages. Throws std::runtime_error if there is no
 // bus at the address.
-tools::Owned<GDBusConnection> connectToBus(const std::string& address);
+platform::Owned<GDBusConnection> connectToBus(const std::string& address);
 
 class SessionBus {
  public:

@@ -6,7 +6,7 @@ namespace endtoend {
 
 WatchedFolder::WatchedFolder(const std::filesystem::path& folder) {
   std::filesystem::create_directories(folder);
-  const tools::Owned<GFile> file(g_file_new_for_path(folder.c_str()));
+  const platform::Owned<GFile> file(g_file_new_for_path(folder.c_str()));
   g_autoptr(GError) error = nullptr;
   monitor_.reset(g_file_monitor_directory(file.get(), G_FILE_MONITOR_NONE, nullptr, &error));
   if (!monitor_) throw std::runtime_error(error->message);

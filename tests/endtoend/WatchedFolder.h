@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "tests/tools/support/Owned.h"
+#include "platform/linux/Glib.h"
 
 namespace endtoend {
 
@@ -16,7 +16,7 @@ class WatchedFolder {
   explicit WatchedFolder(const std::filesystem::path& folder);
 
  private:
-  tools::Owned<GFileMonitor> monitor_;
+  platform::Owned<GFileMonitor> monitor_;
 };
 
 }  // namespace endtoend

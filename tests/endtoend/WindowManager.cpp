@@ -1,10 +1,10 @@
 #include "tests/endtoend/WindowManager.h"
 
 #include <chrono>
-#include <memory>
 #include <stdexcept>
 #include <vector>
 
+#include "platform/linux/Glib.h"
 #include "tests/tools/support/EventLoop.h"
 
 namespace endtoend {
@@ -24,7 +24,7 @@ tools::ChildProcess::Setup setupFor(const std::string& display, const std::files
 }  // namespace
 
 bool WindowManager::isPossible() {
-  const std::unique_ptr<char, void (*)(gpointer)> openbox(g_find_program_in_path("openbox"), g_free);
+  const platform::Owned<char, g_free> openbox(g_find_program_in_path("openbox"));
   return openbox != nullptr;
 }
 

@@ -29,16 +29,16 @@ bool openUrl(const std::string&) {
   return false;
 }
 
-FrontLaunch launchInFront(const std::string& path, const std::vector<std::string>& arguments) {
+LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& arguments) {
   if (fakeDesktop.referenceFailure || !fakeDesktop.canLaunch) return {false, fakeDesktop.referenceFailure};
   fakeDesktop.launched = {path};
   fakeDesktop.launched.insert(fakeDesktop.launched.end(), arguments.begin(), arguments.end());
   return {true, std::nullopt};
 }
 
-Fronting bringToFront(pid_t process) {
+RaiseResult raiseWindow(pid_t process) {
   fakeDesktop.requests.push_back(process);
-  return fakeDesktop.requests.size() > fakeDesktop.unknownCount ? fakeDesktop.result : Fronting::unknown;
+  return fakeDesktop.requests.size() > fakeDesktop.unknownCount ? fakeDesktop.result : RaiseResult::kNotFound;
 }
 
 }  // namespace platform

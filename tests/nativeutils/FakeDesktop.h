@@ -34,7 +34,7 @@ struct FakeDesktop {
   // Requests to raise the window of a process. The first `unknownCount` find no window, the others have `result`.
   std::vector<pid_t> requests;
   std::size_t unknownCount = 0;
-  platform::Fronting result = platform::Fronting::done;
+  platform::RaiseResult result = platform::RaiseResult::kRaised;
 };
 
 inline FakeDesktop fakeDesktop;

@@ -41,7 +41,7 @@ std::optional<std::string> volumeNameOf(const std::string&) {
   return fakeSystem.volumeName;
 }
 
-std::optional<bool> tellsCaseApart(const std::string&) {
+std::optional<bool> isCaseSensitive(const std::string&) {
   return std::nullopt;
 }
 

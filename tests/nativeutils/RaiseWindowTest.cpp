@@ -16,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 using nativeutils_test::FakeDesktop;
 using nativeutils_test::fakeDesktop;
-using platform::Fronting;
+using platform::RaiseResult;
 using Lines = std::vector<std::string>;
 
 class RaiseWindowTest : public nativeutils_test::LoggedTest {
@@ -79,7 +79,7 @@ TEST_F(RaiseWindowTest, WarnsAfterTenSecondsWithoutAWindow) {
 
 TEST_F(RaiseWindowTest, WarnsAtOnceIfRaisingIsImpossible) {
   fakeDesktop.unknownCount = 1;
-  fakeDesktop.result = Fronting::impossible;
+  fakeDesktop.result = RaiseResult::kFailed;
   const Lines lines = start();
   EXPECT_EQ(lines, startLinesAnd({"INFO Launching process .... " + processId(), warning}));
   EXPECT_EQ(fakeDesktop.intervals.size(), 1u);

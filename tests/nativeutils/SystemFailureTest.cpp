@@ -58,35 +58,35 @@ class SystemFailureTest : public nativeutils_test::LoggedTest {
 
 TEST_F(SystemFailureTest, WarnsAboutAMissingDataFolder) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(logOf(query, Failure::find, -43),
+    EXPECT_EQ(logOf(query, Failure::kFind, -43),
               Lines{"WARN Failed in finding location information  in utilGetUserAppDataFolder error:-43"});
   }
 }
 
 TEST_F(SystemFailureTest, WarnsAboutADataFolderWithoutAPath) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(logOf(query, Failure::path, 36),
+    EXPECT_EQ(logOf(query, Failure::kPath, 36),
               Lines{"WARN Failed in path conversion in utilGetUserAppDataFolder error:36"});
   }
 }
 
 TEST_F(SystemFailureTest, WarnsAboutADataFolderOutsideUtf8) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(logOf(query, Failure::text, 84), Lines{"WARN Error in allocating memory in utilGetUserAppDataFolder"});
+    EXPECT_EQ(logOf(query, Failure::kText, 84), Lines{"WARN Error in allocating memory in utilGetUserAppDataFolder"});
   }
 }
 
 TEST_F(SystemFailureTest, LogsInstallPathFailuresAsFatal) {
-  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::find, 13),
+  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::kFind, 13),
             Lines{"FATAL Error creating Application-Utilities install path for Kelvo, Error Code: 13"});
-  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::path, 36),
+  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::kPath, 36),
             Lines{"FATAL Error in converting path into POSIX-style pathname, Error Code: 36"});
-  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::text, 84),
+  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::kText, 84),
             Lines{"FATAL Error converting Application-Utilities path as C string to string"});
 }
 
 TEST_F(SystemFailureTest, ReturnsSharedFoldersThatAreMissing) {
-  fakeSystem.folder = {Failure::find, 13, "/known"};
+  fakeSystem.folder = {Failure::kFind, 13, "/known"};
   std::string path;
   EXPECT_TRUE(utilGetQRBPath(path));
   EXPECT_EQ(path, "/known/Orvane");
@@ -96,9 +96,9 @@ TEST_F(SystemFailureTest, ReturnsSharedFoldersThatAreMissing) {
 }
 
 TEST_F(SystemFailureTest, LogsMissingVersionNumbersAsFatal) {
-  EXPECT_EQ(logOfVersion(VersionPart::major), Lines{"FATAL Unable to retrieve OS major version"});
-  EXPECT_EQ(logOfVersion(VersionPart::minor), Lines{"FATAL Unable to retrieve OS minor version"});
-  EXPECT_EQ(logOfVersion(VersionPart::bugFix), Lines{"FATAL Unable to retrieve OS bug fix version"});
+  EXPECT_EQ(logOfVersion(VersionPart::kMajor), Lines{"FATAL Unable to retrieve OS major version"});
+  EXPECT_EQ(logOfVersion(VersionPart::kMinor), Lines{"FATAL Unable to retrieve OS minor version"});
+  EXPECT_EQ(logOfVersion(VersionPart::kBugFix), Lines{"FATAL Unable to retrieve OS bug fix version"});
 }
 
 TEST_F(SystemFailureTest, NameIsThatOfTheBundleOrExecutable) {
@@ -125,9 +125,9 @@ TEST_F(SystemFailureTest, SelfPathFailsWithoutABundle) {
 }
 
 TEST_F(SystemFailureTest, ReportsTwoArchitecturesAs64Bit) {
-  EXPECT_TRUE(is64Bit({Architecture::x86, Architecture::x86_64}));
-  EXPECT_TRUE(is64Bit({Architecture::ppc64}));
-  EXPECT_FALSE(is64Bit({Architecture::x86, Architecture::ppc, Architecture::other}));
+  EXPECT_TRUE(is64Bit({Architecture::kX86, Architecture::kX86_64}));
+  EXPECT_TRUE(is64Bit({Architecture::kPpc64}));
+  EXPECT_FALSE(is64Bit({Architecture::kX86, Architecture::kPpc, Architecture::kOther}));
   EXPECT_FALSE(is64Bit({}));
 }
 

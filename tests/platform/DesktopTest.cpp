@@ -169,7 +169,7 @@ class Listener {
   }
 
  private:
-  const tools::Owned<GDBusConnection> bus_;
+  const platform::Owned<GDBusConnection> bus_;
   bool heard_ = false;
 };
 
@@ -247,29 +247,29 @@ TEST_F(NoBusTest, NamesThatNoSignalCanHaveArePostedNowhere) {
   platform::postToAllSessions("org.example.Stop", "org..Agent");
 }
 
-TEST(Fronting, IsImpossibleWithoutADisplay) {
+TEST(RaiseResult, IsImpossibleWithoutADisplay) {
   const Variable none("DISPLAY", std::nullopt);
-  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+  EXPECT_EQ(platform::raiseWindow(::getpid()), platform::RaiseResult::kFailed);
   const Variable gone("DISPLAY", ":9876");
-  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+  EXPECT_EQ(platform::raiseWindow(::getpid()), platform::RaiseResult::kFailed);
 }
 
-TEST(Fronting, IsImpossibleWithADisplayThatNeverAnswers) {
+TEST(RaiseResult, IsImpossibleWithADisplayThatNeverAnswers) {
   const SilentDisplay server;
   const Variable display("DISPLAY", server.name());
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(platform::bringToFront(::getpid()), platform::Fronting::impossible);
+  EXPECT_EQ(platform::raiseWindow(::getpid()), platform::RaiseResult::kFailed);
   EXPECT_GT(std::chrono::steady_clock::now() - start, 1s) << "the display has been asked";
   EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
 }
 
 TEST(Launcher, RefersToWhatExistsAndLaunchesNothing) {
-  const platform::FrontLaunch refused = platform::launchInFront("/no/such", {});
+  const platform::LaunchResult refused = platform::launchInForeground("/no/such", {});
   EXPECT_FALSE(refused.launched);
   ASSERT_TRUE(refused.failure);
   EXPECT_EQ(refused.failure->error, "ENOENT");
   EXPECT_EQ(refused.failure->comment, "No such file or directory");
-  const platform::FrontLaunch unable = platform::launchInFront("/bin/true", {});
+  const platform::LaunchResult unable = platform::launchInForeground("/bin/true", {});
   EXPECT_FALSE(unable.launched);
   EXPECT_FALSE(unable.failure);
 }

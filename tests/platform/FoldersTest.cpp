@@ -23,9 +23,9 @@ std::string modeOfNewFolders(mode_t mask) {
   const int result = support::withOwnMounts([&] {
     if (!support::mountMemory("/usr/local", 1 << 20)) return support::kImpossible;
     ::umask(mask);
-    const FolderSearch found = findFolder(FolderDomain::local, FolderKind::applicationSupport);
+    const FolderSearch found = findFolder(FolderDomain::kLocal, FolderKind::kApplicationSupport);
     *mode = support::modeOf("/usr/local/share");
-    return found.failure == FolderSearch::Failure::none && found.path == "/usr/local/share" ? 0 : 1;
+    return found.failure == FolderSearch::Failure::kNone && found.path == "/usr/local/share" ? 0 : 1;
   });
   if (result == support::kImpossible) return "";
   EXPECT_EQ(result, 0);
@@ -46,8 +46,8 @@ TEST(Folders, ThatCannotBeMadeAreNamedAllTheSame) {
   const int result = support::withOwnMounts([] {
     if (!support::mountMemory("/usr/local", 1 << 20)) return support::kImpossible;
     support::writeFile("/usr/local/share", "");
-    const FolderSearch found = findFolder(FolderDomain::local, FolderKind::applicationSupport);
-    const bool failed = found.failure == FolderSearch::Failure::find && found.status == ENOTDIR;
+    const FolderSearch found = findFolder(FolderDomain::kLocal, FolderKind::kApplicationSupport);
+    const bool failed = found.failure == FolderSearch::Failure::kFind && found.status == ENOTDIR;
     return failed && found.path == "/usr/local/share" ? 0 : 1;
   });
   if (result == support::kImpossible) GTEST_SKIP() << "this process may not mount";
@@ -55,10 +55,10 @@ TEST(Folders, ThatCannotBeMadeAreNamedAllTheSame) {
 }
 
 TEST(Folders, ADomainThatDoesNotHaveAKindHasNoFolder) {
-  for (const auto kind : {FolderKind::applications, FolderKind::utilities}) {
-    for (const auto domain : {FolderDomain::user, FolderDomain::system}) {
+  for (const auto kind : {FolderKind::kApplications, FolderKind::kUtilities}) {
+    for (const auto domain : {FolderDomain::kUser, FolderDomain::kSystem}) {
       const FolderSearch found = findFolder(domain, kind);
-      EXPECT_EQ(found.failure, FolderSearch::Failure::find);
+      EXPECT_EQ(found.failure, FolderSearch::Failure::kFind);
       EXPECT_EQ(found.status, ENOENT);
       EXPECT_EQ(found.path, "");
     }

@@ -180,7 +180,7 @@ TEST_F(ProcessesTest, WaitingAsideTakesNoOtherChildAway) {
   for (int i = 0; i < 20; ++i) {
     const auto process = startTask(shell("exit 0"));
     ASSERT_TRUE(process);
-    platform::waitForTaskAside(*process);
+    platform::waitForTaskInBackground(*process);
   }
   EXPECT_TRUE(support::comesTrue([&] {
     siginfo_t ended{};
@@ -196,7 +196,7 @@ TEST_F(ProcessesTest, ManyThreadsStartAtOnce) {
     threads.emplace_back([&, i] {
       for (int j = 0; j < 5; ++j) {
         if (endOf("exit " + std::to_string(10 * i + j)) == 10 * i + j) ++right;
-        if (const auto process = startTask(shell("exit 1"))) platform::waitForTaskAside(*process);
+        if (const auto process = startTask(shell("exit 1"))) platform::waitForTaskInBackground(*process);
       }
     });
   }

@@ -112,13 +112,13 @@ TEST(Bundle, IsBuiltForWhatItsFileSays) {
     support::writeFile(folder / "program", header);
     return platform::architecturesOf(folder / "program");
   };
-  EXPECT_EQ(architecture(2, 1, 62), std::vector{Architecture::x86_64});
-  EXPECT_EQ(architecture(1, 1, 62), std::vector{Architecture::other}) << "x32";
-  EXPECT_EQ(architecture(1, 1, 3), std::vector{Architecture::x86});
-  EXPECT_EQ(architecture(1, 2, 20), std::vector{Architecture::ppc});
-  EXPECT_EQ(architecture(2, 2, 21), std::vector{Architecture::ppc64});
-  EXPECT_EQ(architecture(2, 1, 21), std::vector{Architecture::ppc64});
-  EXPECT_EQ(architecture(2, 1, 183), std::vector{Architecture::other});
+  EXPECT_EQ(architecture(2, 1, 62), std::vector{Architecture::kX86_64});
+  EXPECT_EQ(architecture(1, 1, 62), std::vector{Architecture::kOther}) << "x32";
+  EXPECT_EQ(architecture(1, 1, 3), std::vector{Architecture::kX86});
+  EXPECT_EQ(architecture(1, 2, 20), std::vector{Architecture::kPpc});
+  EXPECT_EQ(architecture(2, 2, 21), std::vector{Architecture::kPpc64});
+  EXPECT_EQ(architecture(2, 1, 21), std::vector{Architecture::kPpc64});
+  EXPECT_EQ(architecture(2, 1, 183), std::vector{Architecture::kOther});
 }
 
 TEST(Bundle, AFileThatIsNoProgramIsBuiltForNothing) {

@@ -29,7 +29,7 @@ TEST(VolumeFailure, AnInterruptedQuestionIsAskedAgain) {
   errors = {EINTR, EINTR};
   EXPECT_EQ(mountPointOf("/proc/self"), "/proc");
   errors = {EINTR, EINTR};
-  EXPECT_EQ(platform::tellsCaseApart("/proc/self"), true);
+  EXPECT_EQ(platform::isCaseSensitive("/proc/self"), true);
   EXPECT_TRUE(errors.empty());
 }
 

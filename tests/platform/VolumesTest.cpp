@@ -123,12 +123,12 @@ TEST(Volumes, HaveNoNameWhereNoFolderIs) {
 }
 
 TEST(Volumes, ALabelIsReadFromTheNameOfItsLink) {
-  EXPECT_EQ(platform::labelOfLink("Back\\x20up"), "Back up");
-  EXPECT_EQ(platform::labelOfLink("a\\x2fb\\x5cx20"), "a/b\\x20");
-  EXPECT_EQ(platform::labelOfLink("\\x2"), "\\x2");
-  EXPECT_EQ(platform::labelOfLink("\\xzz\\x+1"), "\\xzz\\x+1");
-  EXPECT_EQ(platform::labelOfLink("\xc3\xa4"), "\xc3\xa4");
-  EXPECT_EQ(platform::labelOfLink(""), "");
+  EXPECT_EQ(platform::decodeLabel("Back\\x20up"), "Back up");
+  EXPECT_EQ(platform::decodeLabel("a\\x2fb\\x5cx20"), "a/b\\x20");
+  EXPECT_EQ(platform::decodeLabel("\\x2"), "\\x2");
+  EXPECT_EQ(platform::decodeLabel("\\xzz\\x+1"), "\\xzz\\x+1");
+  EXPECT_EQ(platform::decodeLabel("\xc3\xa4"), "\xc3\xa4");
+  EXPECT_EQ(platform::decodeLabel(""), "");
 }
 
 }  // namespace

@@ -30,8 +30,8 @@ TEST_F(BundleTest, OfAnApplicationIsTheApplication) {
 TEST_F(BundleTest, IsBuiltForWhatTheSystemSays) {
   doubles::mainBundle.architectures = {0x7, 0x1000007, 0x12, 0x1000012, 0x100000C};
   EXPECT_EQ(platform::executableArchitectures(),
-            (std::vector{Architecture::x86, Architecture::x86_64, Architecture::ppc, Architecture::ppc64,
-                         Architecture::other}));
+            (std::vector{Architecture::kX86, Architecture::kX86_64, Architecture::kPpc, Architecture::kPpc64,
+                         Architecture::kOther}));
 }
 
 TEST_F(BundleTest, IsNothingWhenTheSystemDoesNotTell) {

@@ -3,7 +3,7 @@
 
 namespace {
 
-using platform::Fronting;
+using platform::RaiseResult;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using OpenUrlTest = macos_test::SystemTest;
@@ -34,19 +34,19 @@ TEST_F(OpenUrlTest, BracketsNeedNoEscape) {
 }
 
 TEST_F(FrontingTest, AProcessIsBroughtToTheFrontByItsNumber) {
-  EXPECT_EQ(platform::bringToFront(1), Fronting::done);
+  EXPECT_EQ(platform::raiseWindow(1), RaiseResult::kRaised);
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("GetProcessForPID 1", "SetFrontProcess 0,1"));
 }
 
 TEST_F(FrontingTest, AProcessThatIsNoApplicationYetIsUnknown) {
   doubles::failCall("GetProcessForPID", -600);
-  EXPECT_EQ(platform::bringToFront(1), Fronting::unknown);
+  EXPECT_EQ(platform::raiseWindow(1), RaiseResult::kNotFound);
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("GetProcessForPID 1"));
 }
 
 TEST_F(FrontingTest, AProcessThatMayNotBeInFrontIsImpossible) {
   doubles::failCall("SetFrontProcess", -606);
-  EXPECT_EQ(platform::bringToFront(1), Fronting::impossible);
+  EXPECT_EQ(platform::raiseWindow(1), RaiseResult::kFailed);
 }
 
 TEST_F(NotificationsTest, AreForAllSessionsWithoutFurtherInformation) {

@@ -10,8 +10,8 @@
 
 namespace {
 
-using platform::FrontLaunch;
-using platform::launchInFront;
+using platform::launchInForeground;
+using platform::LaunchResult;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -39,7 +39,7 @@ class LaunchingTest : public macos_test::SystemTest {
 TEST_F(LaunchingTest, ANewInstanceIsToldToComeToTheFront) {
   const std::string path = program("printf '%s|' \"$@\" >'" + (folder / "seen") + "'; mv '" + (folder / "seen") +
                                    "' '" + (folder / "done") + "'");
-  const FrontLaunch launch = launchInFront(path, {"a b", "", "\xC3\xA4\""});
+  const LaunchResult launch = launchInForeground(path, {"a b", "", "\xC3\xA4\""});
   EXPECT_TRUE(launch.launched);
   EXPECT_FALSE(launch.failure);
   const std::string real = std::filesystem::canonical(path).string();
@@ -53,7 +53,7 @@ TEST_F(LaunchingTest, ANewInstanceIsToldToComeToTheFront) {
 
 TEST_F(LaunchingTest, WithoutADescriptionOfThisProcessNothingElseIsTried) {
   doubles::failCall("AECreateDesc", -108);
-  const FrontLaunch launch = launchInFront("/no/such", {});
+  const LaunchResult launch = launchInForeground("/no/such", {});
   EXPECT_FALSE(launch.launched);
   EXPECT_FALSE(launch.failure);
   EXPECT_THAT(doubles::takenCalls(), ElementsAre(thisProcess));
@@ -61,7 +61,7 @@ TEST_F(LaunchingTest, WithoutADescriptionOfThisProcessNothingElseIsTried) {
 
 TEST_F(LaunchingTest, WithoutAnEventTheFileIsNotReferredTo) {
   doubles::failCall("AECreateAppleEvent", -108);
-  const FrontLaunch launch = launchInFront("/no/such", {});
+  const LaunchResult launch = launchInForeground("/no/such", {});
   EXPECT_FALSE(launch.launched);
   EXPECT_FALSE(launch.failure);
   EXPECT_THAT(doubles::takenCalls(),
@@ -69,7 +69,7 @@ TEST_F(LaunchingTest, WithoutAnEventTheFileIsNotReferredTo) {
 }
 
 TEST_F(LaunchingTest, AFileThatCannotBeReferredToIsToldWithTheNameAndTheMeaningOfTheError) {
-  const FrontLaunch launch = launchInFront("/no/such", {});
+  const LaunchResult launch = launchInForeground("/no/such", {});
   EXPECT_FALSE(launch.launched);
   ASSERT_TRUE(launch.failure);
   EXPECT_EQ(launch.failure->error, "fnfErr");
@@ -81,7 +81,7 @@ TEST_F(LaunchingTest, AFileThatCannotBeReferredToIsToldWithTheNameAndTheMeaningO
 TEST_F(LaunchingTest, AnErrorWithoutNameAndMeaningIsStillAFailure) {
   doubles::failCall("GetMacOSStatusErrorString", 1);
   doubles::failCall("GetMacOSStatusCommentString", 1);
-  const FrontLaunch launch = launchInFront("/no/such", {});
+  const LaunchResult launch = launchInForeground("/no/such", {});
   ASSERT_TRUE(launch.failure);
   EXPECT_EQ(launch.failure->error, "");
   EXPECT_EQ(launch.failure->comment, "");
@@ -89,14 +89,14 @@ TEST_F(LaunchingTest, AnErrorWithoutNameAndMeaningIsStillAFailure) {
 
 TEST_F(LaunchingTest, WhatTheLauncherRefusesIsNotLaunchedAndNoFailureToRefer) {
   doubles::failCall("LSOpenApplication", -10810);
-  const FrontLaunch launch = launchInFront("/bin/true", {});
+  const LaunchResult launch = launchInForeground("/bin/true", {});
   EXPECT_FALSE(launch.launched);
   EXPECT_FALSE(launch.failure);
   EXPECT_THAT(doubles::takenCalls(), testing::Contains("AEDisposeDesc aevt"));
 }
 
 TEST_F(LaunchingTest, AnArgumentThatIsNoTextIsNotLaunchedWith) {
-  const FrontLaunch launch = launchInFront("/bin/true", {"\xFF"});
+  const LaunchResult launch = launchInForeground("/bin/true", {"\xFF"});
   EXPECT_FALSE(launch.launched);
   EXPECT_THAT(doubles::takenCalls(), Not(Contains(HasSubstr("LSOpenApplication"))));
 }

@@ -38,10 +38,10 @@ TEST_F(ScopesTest, NothingIsLeftByTheDesktop) {
 }
 
 TEST_F(ScopesTest, NothingIsLeftByTheLauncher) {
-  EXPECT_EQ(leftBy([] { platform::launchInFront("/bin/true", {"a", "b"}); }), 0u);
-  EXPECT_EQ(leftBy([] { platform::launchInFront("/bin/true", {"a", "\xFF"}); }), 0u);
+  EXPECT_EQ(leftBy([] { platform::launchInForeground("/bin/true", {"a", "b"}); }), 0u);
+  EXPECT_EQ(leftBy([] { platform::launchInForeground("/bin/true", {"a", "\xFF"}); }), 0u);
   doubles::failCall("LSOpenApplication", -10810);
-  EXPECT_EQ(leftBy([] { platform::launchInFront("/bin/true", {"a", "b"}); }), 0u);
+  EXPECT_EQ(leftBy([] { platform::launchInForeground("/bin/true", {"a", "b"}); }), 0u);
 }
 
 TEST_F(ScopesTest, NothingIsLeftByTasks) {

@@ -23,9 +23,9 @@ TEST_F(SystemVersionTest, IsAskedForNumberByNumber) {
 }
 
 TEST_F(SystemVersionTest, OneNumberIsAskedForAlone) {
-  EXPECT_EQ(platform::systemVersionPart(VersionPart::minor), 15);
-  EXPECT_EQ(platform::systemVersionPart(VersionPart::bugFix), 7);
-  EXPECT_EQ(platform::systemVersionPart(VersionPart::major), 10);
+  EXPECT_EQ(platform::systemVersionPart(VersionPart::kMinor), 15);
+  EXPECT_EQ(platform::systemVersionPart(VersionPart::kBugFix), 7);
+  EXPECT_EQ(platform::systemVersionPart(VersionPart::kMajor), 10);
   EXPECT_THAT(doubles::takenCalls(), ElementsAre("Gestalt sys2", "Gestalt sys3", "Gestalt sys1"));
 }
 

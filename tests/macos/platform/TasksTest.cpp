@@ -64,7 +64,7 @@ TEST_F(TasksTest, OnlyARunTaskIsWaitedFor) {
   const auto process = startTask(shell("exit 3"));
   ASSERT_TRUE(process);
   EXPECT_GT(*process, 0);
-  platform::waitForTaskAside(*process);
+  platform::waitForTaskInBackground(*process);
   EXPECT_THAT(doubles::takenCalls(),
               ElementsAre("launchedTaskWithLaunchPath:arguments:", "launch /bin/sh <-c> <exit 3>"));
 }
@@ -172,7 +172,7 @@ TEST_F(TasksTest, TwoHundredTasksLeaveNoProcessAndNoDescriptor) {
     EXPECT_EQ(runTask(task), 1);
     const auto process = startTask(task);
     ASSERT_TRUE(process);
-    platform::waitForTaskAside(*process);
+    platform::waitForTaskInBackground(*process);
   }
   EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren() && doubles::unsettled().empty(); }));
   EXPECT_TRUE(support::comesTrue([&] { return openFiles() <= before; }));

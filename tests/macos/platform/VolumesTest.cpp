@@ -10,8 +10,8 @@
 
 namespace {
 
+using platform::isCaseSensitive;
 using platform::mountPointOf;
-using platform::tellsCaseApart;
 using platform::volumeNameOf;
 using testing::ElementsAre;
 
@@ -73,27 +73,27 @@ TEST_F(VolumesTest, HaveNoNameWhenAStepFails) {
 
 TEST_F(VolumesTest, TellCaseApartWhenTheirParametersSaySo) {
   doubles::volume.extendedAttributes = 1 << 22;
-  EXPECT_EQ(tellsCaseApart("/proc"), true);
+  EXPECT_EQ(isCaseSensitive("/proc"), true);
   EXPECT_THAT(doubles::takenCalls(),
               ElementsAre("FSPathMakeRef /proc", "FSGetCatalogInfo /proc 4",
                           "FSGetVolumeParms -100 " + std::to_string(sizeof(GetVolParmsInfoBuffer))));
   doubles::volume.extendedAttributes = ~(1 << 22);
-  EXPECT_EQ(tellsCaseApart("/proc"), false);
+  EXPECT_EQ(isCaseSensitive("/proc"), false);
 }
 
 TEST_F(VolumesTest, WhoseParametersAreOfAnOlderKindTakeCasesForOne) {
   doubles::volume = {u"old", 2, -1};
-  EXPECT_EQ(tellsCaseApart("/"), false);
+  EXPECT_EQ(isCaseSensitive("/"), false);
   doubles::volume.recordVersion = 3;
-  EXPECT_EQ(tellsCaseApart("/"), true);
+  EXPECT_EQ(isCaseSensitive("/"), true);
 }
 
 TEST_F(VolumesTest, TellNothingOfCaseWhenAStepFails) {
-  EXPECT_EQ(tellsCaseApart("/no/such"), std::nullopt);
+  EXPECT_EQ(isCaseSensitive("/no/such"), std::nullopt);
   for (const char* step : {"FSGetVolumeParms", "FSGetCatalogInfo", "FSPathMakeRef"}) {
     doubles::failCall(step, nsvErr);
     (void)doubles::takenCalls();
-    EXPECT_EQ(tellsCaseApart("/"), std::nullopt);
+    EXPECT_EQ(isCaseSensitive("/"), std::nullopt);
     EXPECT_THAT(doubles::takenCalls().back(), testing::StartsWith(step));
   }
 }

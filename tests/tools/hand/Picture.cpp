@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "tests/tools/support/Owned.h"
+#include "platform/linux/Glib.h"
 
 namespace tools {
 
@@ -36,8 +36,8 @@ std::optional<Area> Picture::find(unsigned colour, int pixels) const {
 }
 
 void Picture::savePng(const std::string& path) const {
-  const Owned<GdkPixbuf> image(gdk_pixbuf_new_from_data(pixels_.data(), GDK_COLORSPACE_RGB, FALSE, 8, width_, height_,
-                                                        3 * width_, nullptr, nullptr));
+  const platform::Owned<GdkPixbuf> image(gdk_pixbuf_new_from_data(pixels_.data(), GDK_COLORSPACE_RGB, FALSE, 8, width_,
+                                                                  height_, 3 * width_, nullptr, nullptr));
   g_autoptr(GError) error = nullptr;
   if (!gdk_pixbuf_save(image.get(), path.c_str(), "png", &error, nullptr)) throw std::runtime_error(error->message);
 }

@@ -64,8 +64,8 @@ Answer redirectTo(const std::string& address) {
 
 LoopbackServer::LoopbackServer(GTlsCertificate* certificate)
     : server_(soup_server_new("tls-certificate", certificate, nullptr)) {
-  Owned<GInetAddress> loopback(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
-  Owned<GSocketAddress> anyPort(g_inet_socket_address_new(loopback.get(), 0));
+  platform::Owned<GInetAddress> loopback(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
+  platform::Owned<GSocketAddress> anyPort(g_inet_socket_address_new(loopback.get(), 0));
   const auto protocol = certificate == nullptr ? SoupServerListenOptions{} : SOUP_SERVER_LISTEN_HTTPS;
   g_autoptr(GError) error = nullptr;
   if (!soup_server_listen(server_.get(), anyPort.get(), protocol, &error)) throw std::runtime_error(error->message);

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/tools/support/Owned.h"
+#include "platform/linux/Glib.h"
 
 namespace tools {
 
@@ -66,11 +66,11 @@ class LoopbackServer {
   static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
   void answer(SoupServerMessage* message, const std::string& path, Request request);
 
-  Owned<SoupServer> server_;
+  platform::Owned<SoupServer> server_;
   std::string base_;
   std::map<std::string, Handler> handlers_;
   std::set<std::string> held_;
-  std::multimap<std::string, Owned<SoupServerMessage>> waiting_;
+  std::multimap<std::string, platform::Owned<SoupServerMessage>> waiting_;
   std::vector<Request> requests_;
 };
 

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "platform/linux/Glib.h"
+
 namespace tools {
 namespace {
 
@@ -36,10 +38,7 @@ constexpr char kFields[] = R"(
 )";
 
 std::string escaped(const std::string& text) {
-  char* copy = g_markup_escape_text(text.c_str(), static_cast<gssize>(text.size()));
-  std::string result(copy);
-  g_free(copy);
-  return result;
+  return platform::Owned<char, g_free>(g_markup_escape_text(text.c_str(), static_cast<gssize>(text.size()))).get();
 }
 
 std::string notation(unsigned colour) {

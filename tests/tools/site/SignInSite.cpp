@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "platform/linux/Glib.h"
 #include "tests/tools/site/Pages.h"
 
 namespace tools {
@@ -15,17 +16,11 @@ std::string valueOf(const std::map<std::string, std::string>& values, const std:
 }
 
 std::string newCode() {
-  char* uuid = g_uuid_string_random();
-  std::string code(uuid);
-  g_free(uuid);
-  return code;
+  return platform::Owned<char, g_free>(g_uuid_string_random()).get();
 }
 
 std::string percentEncoded(const std::string& text) {
-  char* copy = g_uri_escape_string(text.c_str(), nullptr, FALSE);
-  std::string result(copy);
-  g_free(copy);
-  return result;
+  return platform::Owned<char, g_free>(g_uri_escape_string(text.c_str(), nullptr, FALSE)).get();
 }
 
 }  // namespace

@@ -13,8 +13,8 @@ void endWithTheParent(gpointer) {
   (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
 }
 
-Owned<GSubprocessLauncher> makeLauncher(const ChildProcess::Setup& setup) {
-  Owned<GSubprocessLauncher> launcher(g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
+platform::Owned<GSubprocessLauncher> makeLauncher(const ChildProcess::Setup& setup) {
+  platform::Owned<GSubprocessLauncher> launcher(g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
   g_subprocess_launcher_set_child_setup(launcher.get(), endWithTheParent, nullptr, nullptr);
   for (const auto& [name, value] : setup.environment) {
     g_subprocess_launcher_setenv(launcher.get(), name.c_str(), value.c_str(), TRUE);
@@ -25,7 +25,7 @@ Owned<GSubprocessLauncher> makeLauncher(const ChildProcess::Setup& setup) {
   return launcher;
 }
 
-Owned<GSubprocess> start(const ChildProcess::Setup& setup) {
+platform::Owned<GSubprocess> start(const ChildProcess::Setup& setup) {
   std::vector<const char*> arguments;
   for (const std::string& argument : setup.command)
     arguments.push_back(argument.c_str());
@@ -37,7 +37,7 @@ Owned<GSubprocess> start(const ChildProcess::Setup& setup) {
 
   // The result is not used: waiting makes the child's end an event of this context.
   g_subprocess_wait_async(process, nullptr, nullptr, nullptr);
-  return Owned<GSubprocess>(process);
+  return platform::Owned<GSubprocess>(process);
 }
 
 }  // namespace

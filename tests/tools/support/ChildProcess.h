@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/support/Owned.h"
+#include "platform/linux/Glib.h"
 
 namespace tools {
 
@@ -43,7 +43,7 @@ class ChildProcess {
   std::optional<int> exitStatus() const;
 
  private:
-  Owned<GSubprocess> process_;
+  platform::Owned<GSubprocess> process_;
   pid_t pid_;
 };
 
