@@ -20,8 +20,8 @@ std::string spinnerPagePath(const std::string& bundlePath);
 // Returns "file://" and the percent-encoded path (RFC 3986, section 2.1).
 //
 // - Letters, digits and the other characters that a path may contain (section 3.3) are unchanged.
-// - Every other byte is encoded with upper-case digits, including "?", "#", "%" and brackets. A web view parses the text
-//   as a path and reports it unchanged.
+// - Every other byte is encoded with upper-case digits, including "?", "#", "%" and brackets. A web view then parses
+//   the whole text as a path and reports it unchanged.
 //
 //   "/a b#1"  => "file:///a%20b%231"
 std::string spinnerPageURL(const std::string& path);

@@ -1,6 +1,10 @@
 #include "tests/nativeutils/FakeDesktop.h"
 
+#include <chrono>
 #include <numeric>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/Desktop.h"
 #include "platform/EventLoop.h"

@@ -1,6 +1,9 @@
 #include "tests/nativeutils/FakeSystem.h"
 
 #include <cerrno>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/Volumes.h"
 

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <string>
+
 #include "logging/Helpers.h"
 #include "tests/support/Child.h"
 #include "tests/support/FakeConsoleUser.h"

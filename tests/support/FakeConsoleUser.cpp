@@ -3,6 +3,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <optional>
+
 #include "platform/Users.h"
 
 namespace platform {
