@@ -151,10 +151,10 @@ TEST_F(SystemFoldersTest, ParentOfAPathNeedNotExist) {
 // `utilGetUSFPath` for a user with a temporary home folder, without the super-user's capabilities.
 class SharedFolderTest : public SystemFoldersTest {
  protected:
-  enum class TmpFolder { writable, readOnly };
+  enum class TmpFolder { kWritable, kReadOnly };
 
   // Calls `utilGetUSFPath` in a child process, which must log nothing. No value without the permission to mount.
-  std::optional<std::string> sharedFolder(TmpFolder tmp = TmpFolder::writable) const {
+  std::optional<std::string> sharedFolder(TmpFolder tmp = TmpFolder::kWritable) const {
     const support::Shared<std::array<char, 200>> shared;
     const auto query = [&] {
       if (!support::giveUpPowers()) return 1;
@@ -164,7 +164,7 @@ class SharedFolderTest : public SystemFoldersTest {
       return 0;
     };
     const int result = withHomeFolder([&] {
-      if (tmp == TmpFolder::writable) return support::Child(query).wait();
+      if (tmp == TmpFolder::kWritable) return support::Child(query).wait();
       return support::withOwnMounts([&] { return makeTmpReadOnly() ? query() : support::kImpossible; });
     });
     EXPECT_EQ(logged(), Lines{});
@@ -236,16 +236,16 @@ TEST_F(SharedFolderTest, PrefersTmpToTheHomeFolder) {
 TEST_F(SharedFolderTest, UsesHomeIfTmpIsReadOnly) {
   makeFolder(home + "/Applications", 0500);
   makeFolder(home + "/Library", 0500);
-  const auto path = sharedFolder(TmpFolder::readOnly);
+  const auto path = sharedFolder(TmpFolder::kReadOnly);
   if (!path) GTEST_SKIP() << "no permission to mount";
   EXPECT_TRUE(isNewFolderIn(home, *path)) << *path;
-  EXPECT_NE(sharedFolder(TmpFolder::readOnly), path);
+  EXPECT_NE(sharedFolder(TmpFolder::kReadOnly), path);
   EXPECT_EQ(support::namesIn(home), (Lines{"Applications", "Library"})) << "the function must not create folders";
 }
 
 TEST_F(SharedFolderTest, FailsIfNoFolderCanBeCreated) {
   makeFolder(home, 0500);
-  const auto path = sharedFolder(TmpFolder::readOnly);
+  const auto path = sharedFolder(TmpFolder::kReadOnly);
   if (!path) GTEST_SKIP() << "no permission to mount";
   EXPECT_EQ(path, "(false) previous");
 }

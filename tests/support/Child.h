@@ -21,16 +21,16 @@ namespace support {
 // A forked process that runs `body`, whose result is its exit status. The destructor kills it and waits for it.
 class Child {
  public:
-  // `orderly` ends the process with `exit`, which destroys static objects; `abrupt` with `_exit`.
-  enum class Ending { orderly, abrupt };
+  // `kOrderly` ends the process with `exit`, which destroys static objects; `kAbrupt` with `_exit`.
+  enum class Ending { kOrderly, kAbrupt };
 
-  explicit Child(const std::function<int()>& body, Ending ending = Ending::abrupt) {
+  explicit Child(const std::function<int()>& body, Ending ending = Ending::kAbrupt) {
     std::fflush(nullptr);
     id_ = ::fork();
     if (id_ != 0) return;
     const int status = body();
     std::fflush(nullptr);
-    if (ending == Ending::orderly) std::exit(status);
+    if (ending == Ending::kOrderly) std::exit(status);
     ::_exit(status);
   }
   Child(Child&& other) noexcept : id_(std::exchange(other.id_, 0)) {}
@@ -64,7 +64,7 @@ class Child {
 
 // Runs `body` in a child process that ends with `exit`. Returns its exit status.
 inline int inChild(const std::function<int()>& body) {
-  return Child(body, Child::Ending::orderly).wait();
+  return Child(body, Child::Ending::kOrderly).wait();
 }
 
 // An object in memory that the process shares with its later children.
@@ -85,9 +85,9 @@ class Shared {
 
 // Whether a signal interrupts a system call. The thread sanitizer delays signals until the call has ended.
 #if defined(__SANITIZE_THREAD__)
-constexpr bool signalsInterrupt = false;
+constexpr bool kSignalsInterrupt = false;
 #else
-constexpr bool signalsInterrupt = true;
+constexpr bool kSignalsInterrupt = true;
 #endif
 
 // Whether this process has a child, including zombies.
