@@ -215,8 +215,8 @@ bool utilCreateAndGetTempFolderPath(std::string& outFolderPath);
 ///
 /// | message | level | function |
 /// |---|---|---|
-/// | `Invalid arguments to utilEncodeDataInBase64.` | info | `utilEncodeDataInBase64` |
-/// | `Invalid arguments to utilDecodeBase64Data.` | info | `utilDecodeBase64Data` |
-/// | `Failed to decode from base 64.` | info | all functions that decode |
-/// | `GetDataFromFile. File %s does not exist.` | fatal | `utilGetDataFromFileAndEncodeBase64` |
-/// | `GetDataFromFile. Get String error %s. From file %s` | fatal | `utilGetDataFromFileAndEncodeBase64` |
+/// | "Invalid arguments to utilEncodeDataInBase64." | info | `utilEncodeDataInBase64` |
+/// | "Invalid arguments to utilDecodeBase64Data." | info | `utilDecodeBase64Data` |
+/// | "Failed to decode from base 64." | info | all functions that decode |
+/// | "GetDataFromFile. File %s does not exist." | fatal | `utilGetDataFromFileAndEncodeBase64` |
+/// | "GetDataFromFile. Get String error %s. From file %s" | fatal | `utilGetDataFromFileAndEncodeBase64` |

@@ -25,5 +25,5 @@ void utilSetLogLevel(int level, const char* component, const char* context);
 ///
 /// | message | value |
 /// |---|---|
-/// | `Build Version - %s` | the version of the library |
-/// | `Logging Level verbosity Set  to %d` | `level` |
+/// | "Build Version - %s" | the version of the library |
+/// | "Logging Level verbosity Set  to %d" | `level` |

@@ -110,7 +110,8 @@ bool utilCloseAllNotificationWorkflows();
 /// @file
 /// ## Logs
 ///
-/// Component "Native-Utils". `utilLaunchApplication` and `utilOpenURL` log nothing.
+/// Component "Native-Utils". `utilLaunchApplication` and `utilOpenURL` log nothing. "Launch Process With Task " ends in
+/// a blank.
 ///
 /// - P: `utilCreateProcessWithReturnCode`
 /// - C: `utilCreateProcess`
@@ -118,16 +119,16 @@ bool utilCloseAllNotificationWorkflows();
 ///
 /// | message | level | function | when |
 /// |---|---|---|---|
-/// | `CreateProcess failed. PathToProcess does not exist.` | error | P | `path` is empty |
-/// | ``File doesnot exists at: '%s'`` | error | P | nothing exists at `path` |
-/// | `Launch Process at path %s` | debug | P, C | before the start |
-/// | `Launch Process With Arg %d : %s` | debug | P, C | before the start, for each argument; its index from 0 |
-/// | `Launch Process With Task ` (ends in a blank) | info | P, C | before the start |
-/// | `Launch Process With Task ` (ends in a blank) | error | P | the program cannot be started |
-/// | `Launch Process get FSRef  ErrorString (%s:%s), For file %s` | warning | C | `path` cannot be referred to |
-/// | `Launching process .... %d` | info | C | before the window is raised; the process id |
-/// | `Bring to front process .... %d` | info | C | the window was raised; the process id |
-/// | `Failed bring front... took much time to Launch Process %s` | warning | C | the window was not raised |
-/// | `Error Failed to Create GlobalNonDeploymentWorkflowLock Object ...` | fatal | W | no memory for the lock |
-/// | `Error Failed to close Notification Workflows. Trying to kill update notifier.` | warning | W | step 4 |
-/// | `Error Failed to kill update notifier.` | warning | W | a slot is held after step 5 |
+/// | "CreateProcess failed. PathToProcess does not exist." | error | P | `path` is empty |
+/// | "File doesnot exists at: '%s'" | error | P | nothing exists at `path` |
+/// | "Launch Process at path %s" | debug | P, C | before the start |
+/// | "Launch Process With Arg %d : %s" | debug | P, C | before the start, for each argument; its index from 0 |
+/// | "Launch Process With Task " | info | P, C | before the start |
+/// | "Launch Process With Task " | error | P | the program cannot be started |
+/// | "Launch Process get FSRef  ErrorString (%s:%s), For file %s" | warning | C | `path` cannot be referred to |
+/// | "Launching process .... %d" | info | C | before the window is raised; the process id |
+/// | "Bring to front process .... %d" | info | C | the window was raised; the process id |
+/// | "Failed bring front... took much time to Launch Process %s" | warning | C | the window was not raised |
+/// | "Error Failed to Create GlobalNonDeploymentWorkflowLock Object ..." | fatal | W | no memory for the lock |
+/// | "Error Failed to close Notification Workflows. Trying to kill update notifier." | warning | W | step 4 |
+/// | "Error Failed to kill update notifier." | warning | W | a slot is held after step 5 |

@@ -107,7 +107,7 @@ void utilReleasePool(void* pool);
 ///
 /// | message | function | when |
 /// |---|---|---|
-/// | `srcPtr or dstPtr is NULL` | `utilStrCpy` | a pointer is null; checked before `dstSize` |
-/// | `destination or source length is zero` | `utilStrCpy` | `dstSize` is 0 |
-/// | `Failed to Copy SrcStr to DestStr, error: destination buffer is small` | `utilStrCpy` | truncation, negative
-/// size | | `Unable to get current time using gettimeofday` | `utilGetCurrTime` | the clock cannot be read |
+/// | "srcPtr or dstPtr is NULL" | `utilStrCpy` | a pointer is null; checked before `dstSize` |
+/// | "destination or source length is zero" | `utilStrCpy` | `dstSize` is 0 |
+/// | "Failed to Copy SrcStr to DestStr, error: destination buffer is small" | `utilStrCpy` | the text does not fit |
+/// | "Unable to get current time using gettimeofday" | `utilGetCurrTime` | the clock cannot be read |

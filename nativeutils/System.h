@@ -186,19 +186,19 @@ bool utilIsDriveCaseSensitive(std::string path, bool& caseSensitive);
 ///
 /// | message | level | function | when |
 /// |---|---|---|---|
-/// | `Failed in finding location information  in utilGetUserAppDataFolder error:%d` | warning | A | 1 |
-/// | `Failed in path conversion in utilGetUserAppDataFolder error:%d` | warning | A | 2 |
-/// | `Error in allocating memory in utilGetUserAppDataFolder` | warning | A | 3 |
-/// | `Error creating Application-Utilities install path for Kelvo, Error Code: %d` | fatal | I | 1 |
-/// | `Error in converting path into POSIX-style pathname, Error Code: %d` | fatal | I | 2 |
-/// | `Error converting Application-Utilities path as C string to string` | fatal | I | 3 |
-/// | `System OS Version - major = %ld, minor = %ld, bugFix = %ld` | debug | O | on success |
-/// | `Unable to retrieve OS major version` | fatal | O | no major number |
-/// | `Unable to retrieve OS minor version` | fatal | O | no minor number |
-/// | `Unable to retrieve OS bug fix version` | fatal | O | no bug-fix number |
-/// | `Error in getting ... util_getVolumePath` | error | V, N | the mount point cannot be found |
-/// | `utilGetVolumeNameOfPath empty path` | warning | N | `path` is empty |
-/// | `utilGetVolumeNameOfPath failed to get volume path.` | warning | N | after the message of V |
+/// | "Failed in finding location information  in utilGetUserAppDataFolder error:%d" | warning | A | 1 |
+/// | "Failed in path conversion in utilGetUserAppDataFolder error:%d" | warning | A | 2 |
+/// | "Error in allocating memory in utilGetUserAppDataFolder" | warning | A | 3 |
+/// | "Error creating Application-Utilities install path for Kelvo, Error Code: %d" | fatal | I | 1 |
+/// | "Error in converting path into POSIX-style pathname, Error Code: %d" | fatal | I | 2 |
+/// | "Error converting Application-Utilities path as C string to string" | fatal | I | 3 |
+/// | "System OS Version - major = %ld, minor = %ld, bugFix = %ld" | debug | O | on success |
+/// | "Unable to retrieve OS major version" | fatal | O | no major number |
+/// | "Unable to retrieve OS minor version" | fatal | O | no minor number |
+/// | "Unable to retrieve OS bug fix version" | fatal | O | no bug-fix number |
+/// | "Error in getting ... util_getVolumePath" | error | V, N | the mount point cannot be found |
+/// | "utilGetVolumeNameOfPath empty path" | warning | N | `path` is empty |
+/// | "utilGetVolumeNameOfPath failed to get volume path." | warning | N | after the message of V |
 ///
 /// 1. The folder cannot be found or created. The number is the status; on Linux `errno`.
 /// 2. The path has more than 1023 bytes.
