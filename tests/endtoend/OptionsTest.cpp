@@ -146,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(Locales, LocaleTest,
                                          Locale{"not a locale.UTF-8", "", "en-US,en-US,en-US"},
                                          Locale{"C.UTF-8", ":_DE", "en-US,en-US,en-US"}));
 
-TEST_F(OptionsTest, AMissingDisplayEndsTheRunWithAMessage) {
+TEST_F(OptionsTest, AMissingDisplayIsReportedOnStandardError) {
   options.environment.clear();
   start();
   EXPECT_EQ(run->exitStatus(), 1);

@@ -36,7 +36,7 @@ TEST_F(NativeUtilsExamplesTest, ReplacesAFolder) {
   EXPECT_EQ(support::contentsOf(folder / "installed/version"), "2");
 }
 
-TEST_F(NativeUtilsExamplesTest, RestoresTheFolderIfTheNewOneIsMissing) {
+TEST_F(NativeUtilsExamplesTest, RestoresTheFolderWithoutANewOne) {
   fs::create_directory(folder / "installed");
   support::writeFile(folder / "installed/version", "1");
 
