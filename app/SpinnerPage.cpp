@@ -1,5 +1,6 @@
 #include "app/SpinnerPage.h"
 
+#include <string>
 #include <string_view>
 
 namespace {

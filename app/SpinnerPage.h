@@ -1,4 +1,4 @@
-// The built-in page that the window shows until the sign-in page loads, and its address.
+// The spinner page: the built-in page that the window shows until the sign-in page loads, and its address.
 //
 // - One line of HTML without a document type: quirks mode accepts its unit-less sizes.
 // - Its image is spinner.gif, embedded at build time: an animated GIF of 64 x 64 pixels and 1,949 bytes.
@@ -13,16 +13,15 @@ extern const std::string spinnerHTMLSource;
 // shell whose platform writes the address differently replaces it.
 extern std::string spinnerHTMLBaseURL;
 
-// The path of the page. No file needs to exist there. The name is appended without a separator, so that the path is a
-// sibling of the bundle.
+// Returns the path of the page. No file needs to exist there. The file name is appended without a separator.
 //   "/opt/kelvo"  => "/opt/kelvospinner_html.html"
 std::string spinnerPagePath(const std::string& bundlePath);
 
-// "file://" and the percent-encoded path (RFC 3986, section 2.1).
+// Returns "file://" and the percent-encoded path (RFC 3986, section 2.1).
 //
 // - Letters, digits and the other characters that a path may contain (section 3.3) are unchanged.
-// - Every other byte is encoded with upper-case digits, "?", "#", "%" and brackets included. A web view then takes the
-//   whole text as a path and returns it unchanged.
+// - Every other byte is encoded with upper-case digits, including "?", "#", "%" and brackets. A web view then parses
+//   the whole text as a path and reports it unchanged.
 //
 //   "/a b#1"  => "file:///a%20b%231"
 std::string spinnerPageURL(const std::string& path);

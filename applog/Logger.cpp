@@ -1,8 +1,11 @@
 #include "applog/Logger.h"
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <memory>
+#include <string>
 #include <string_view>
 
 #include "logging/LoggingCore.h"

@@ -1,5 +1,7 @@
 #include "applog/OVNLoggingOperationFlag.h"
 
+#include <string>
+
 #include "platform/PathLock.h"
 #include "platform/Users.h"
 

@@ -1,5 +1,7 @@
 #include "applog/OVNSemaphoreLock.h"
 
+#include <string>
+
 #include "platform/PathLock.h"
 #include "platform/SemaphoreSet.h"
 #include "platform/Users.h"

@@ -2,8 +2,10 @@
 
 #include "nativeutils/Base64.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <string>
 
 #include "fuzz/Fuzzing.h"
 

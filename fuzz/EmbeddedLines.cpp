@@ -1,9 +1,11 @@
 // Compares the parsing of log lines of the embedded UI with a simple implementation.
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <stdexcept>
+#include <string>
 
 #include "applog/Logger.h"
 #include "fuzz/Fuzzing.h"

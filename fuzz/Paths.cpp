@@ -2,7 +2,9 @@
 
 #include "fuzz/Fuzzing.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "nativeutils/Strings.h"
 #include "platform/Path.h"

@@ -2,7 +2,9 @@
 
 #include <regex.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "fuzz/Fuzzing.h"
 #include "logging/LogTargetDefault.h"

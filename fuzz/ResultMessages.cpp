@@ -1,6 +1,10 @@
 // Checks the result message: escaping is reversible and leaves no markup characters.
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "app/ResultChannel.h"
 #include "fuzz/Fuzzing.h"

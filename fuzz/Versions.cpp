@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <limits>
 #include <sstream>
+#include <string>
 
 #include "fuzz/Fuzzing.h"
 #include "nativeutils/System.h"

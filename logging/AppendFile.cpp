@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <string>
+#include <string_view>
+
 namespace tarn {
 
 bool AppendFile::open(const std::string& path) {

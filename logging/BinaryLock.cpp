@@ -1,5 +1,6 @@
 #include "logging/BinaryLock.h"
 
+#include <string>
 #include <utility>
 
 #include "platform/SemaphoreSet.h"

@@ -7,6 +7,8 @@
 #include <ctime>
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <system_error>
 #include <utility>
 
 #include "platform/Machine.h"

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 #include "logging/Helpers.h"

@@ -1,5 +1,9 @@
 #include "logging/LogTargetBase.h"
 
+#include <fstream>
+#include <mutex>
+#include <string>
+
 #include "logging/Helpers.h"
 
 namespace tarn {

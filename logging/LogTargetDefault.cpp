@@ -3,9 +3,13 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <fstream>
+#include <memory>
+#include <string>
 
 #include "logging/Helpers.h"
 #include "platform/Machine.h"

@@ -1,5 +1,8 @@
 #include "logging/Logger.h"
 
+#include <cstdarg>
+#include <string>
+
 #include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
 

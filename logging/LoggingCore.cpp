@@ -1,9 +1,12 @@
 #include "logging/LoggingCore.h"
 
 #include <algorithm>
+#include <cstdarg>
 #include <cstdlib>
 #include <ctime>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "logging/Helpers.h"
 #include "logging/LogTargetBase.h"

@@ -1,6 +1,7 @@
 #include "logging/Segmenting.h"
 
 #include <fstream>
+#include <string>
 
 #include "logging/Helpers.h"
 #include "logging/LogTargetDefault.h"

@@ -190,9 +190,8 @@ bool utilDecodeBase64AndCreateFileWithData(const char* base64, int length, const
 /// @param base64       NUL-terminated
 /// @param length       ignored
 /// @param folderPath   of the folder, up to the first NUL; not changed
-/// @param fileName     appended to the folder with one "/"; slashes are not normalized. Null and "" are replaced by a
-/// new
-///                     UUID. It may lead out of the folder ("../name"): check names from untrusted sources.
+/// @param fileName     appended to the folder with one "/"; slashes are not normalized. Null and "" mean a new UUID.
+///                     It may lead out of the folder ("../name"): check names from untrusted sources.
 /// @param outFilePath  set to the path of the file; unchanged on failure
 bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, std::string& folderPath,
                                               const char* fileName, std::string& outFilePath);
@@ -216,8 +215,8 @@ bool utilCreateAndGetTempFolderPath(std::string& outFolderPath);
 ///
 /// | message | level | function |
 /// |---|---|---|
-/// | `Invalid arguments to utilEncodeDataInBase64.` | info | `utilEncodeDataInBase64` |
-/// | `Invalid arguments to utilDecodeBase64Data.` | info | `utilDecodeBase64Data` |
-/// | `Failed to decode from base 64.` | info | all functions that decode |
-/// | `GetDataFromFile. File %s does not exist.` | fatal | `utilGetDataFromFileAndEncodeBase64` |
-/// | `GetDataFromFile. Get String error %s. From file %s` | fatal | `utilGetDataFromFileAndEncodeBase64` |
+/// | "Invalid arguments to utilEncodeDataInBase64." | info | `utilEncodeDataInBase64` |
+/// | "Invalid arguments to utilDecodeBase64Data." | info | `utilDecodeBase64Data` |
+/// | "Failed to decode from base 64." | info | all functions that decode |
+/// | "GetDataFromFile. File %s does not exist." | fatal | `utilGetDataFromFileAndEncodeBase64` |
+/// | "GetDataFromFile. Get String error %s. From file %s" | fatal | `utilGetDataFromFileAndEncodeBase64` |

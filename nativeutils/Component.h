@@ -1,4 +1,4 @@
-// Under which name this library's messages stand in the log.
+// The component of this library's log messages.
 
 #pragma once
 

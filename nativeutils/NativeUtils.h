@@ -1,5 +1,5 @@
 /// @file
-/// Every function of the native utility library.
+/// Includes all headers of the native utility library.
 
 #pragma once
 

@@ -19,24 +19,25 @@ using nativeutils::kComponent;
 namespace {
 
 constexpr const char* kNotifier = "com.orvane.orvane_application_manager.VormNotifier";
-constexpr const char* kTerminate = "com.orvane.orvane_application_manager.VormNotifier.TerminateInstance_Notification";
+constexpr const char* kTerminateNotification =
+    "com.orvane.orvane_application_manager.VormNotifier.TerminateInstance_Notification";
 constexpr const char* kNotifierProgram = "Vorm Updates Notifier";
 
 constexpr int kWorkflowLock = 77445459;
 constexpr int kWorkflowSlots = 255;
 
-bool isReleasedWithin(OVNSemaphoreLock& lock, std::chrono::seconds patience) {
-  constexpr std::chrono::milliseconds turn(500);
-  const auto end = platform::runLoopTime() + patience;
-  while (lock.isLocked() && platform::runLoopTime() < end)
-    platform::runLoopFor(turn);
+bool isReleasedWithin(OVNSemaphoreLock& lock, std::chrono::seconds timeout) {
+  constexpr std::chrono::milliseconds kInterval(500);
+  const auto deadline = platform::runLoopTime() + timeout;
+  while (lock.isLocked() && platform::runLoopTime() < deadline)
+    platform::runLoopFor(kInterval);
   return !lock.isLocked();
 }
 
 void killNotifiers() {
   for (const pid_t process : platform::allProcesses()) {
     if (process == ::getpid() || platform::programOf(process).find(kNotifierProgram) == std::string::npos) continue;
-    // Whether it is gone shows in the lock.
+    // The caller checks the lock, which shows whether the process ended.
     [[maybe_unused]] const int result = std::system(("kill -9 " + std::to_string(process)).c_str());
   }
 }
@@ -54,7 +55,7 @@ bool utilCloseAllNotificationWorkflows() {
   }
   if (!lock->isLocked()) return true;
 
-  platform::postToAllSessions(kTerminate, kNotifier);
+  platform::postToAllSessions(kTerminateNotification, kNotifier);
   if (isReleasedWithin(*lock, std::chrono::seconds(30))) return true;
 
   log->logWarn(kComponent, "Error Failed to close Notification Workflows. Trying to kill update notifier.");

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
@@ -28,32 +30,32 @@ bool exists(const std::string& path) {
 void logStart(const std::string& path, const std::vector<std::string>& args) {
   Logger* const log = Logger::getInstance();
   log->logDebug(kComponent, "Launch Process at path %s", path.c_str());
-  int number = 0;
-  for (const std::string& each : args)
-    log->logDebug(kComponent, "Launch Process With Arg %d : %s", number++, each.c_str());
+  int index = 0;
+  for (const std::string& argument : args)
+    log->logDebug(kComponent, "Launch Process With Arg %d : %s", index++, argument.c_str());
 }
 
-platform::Task inheriting(const std::string& path, const std::vector<std::string>& args) {
+platform::Task taskOf(const std::string& path, const std::vector<std::string>& args) {
   platform::Task task;
   task.program = path;
   task.arguments = args;
   return task;
 }
 
-// Whether it was started; `returnCode` is set only then.
-bool run(const platform::Task& task, unsigned long& returnCode) {
-  const std::optional<int> end = platform::runTask(task);
-  if (end) returnCode = static_cast<unsigned long>(static_cast<long>(*end));
-  return end.has_value();
+// Returns false, with `returnCode` unchanged, if the task cannot be started.
+bool runToEnd(const platform::Task& task, unsigned long& returnCode) {
+  const std::optional<int> status = platform::runTask(task);
+  if (status) returnCode = static_cast<unsigned long>(static_cast<long>(*status));
+  return status.has_value();
 }
 
-bool startAside(const platform::Task& task) {
+bool startInBackground(const platform::Task& task) {
   const std::optional<pid_t> process = platform::startTask(task);
   if (process) platform::waitForTaskInBackground(*process);
   return process.has_value();
 }
 
-bool launchInFront(const std::string& path, const std::vector<std::string>& args) {
+bool launchInForeground(const std::string& path, const std::vector<std::string>& args) {
   const platform::LaunchResult launch = platform::launchInForeground(path, args);
   if (launch.failure) {
     Logger::getInstance()->logWarn(kComponent, "Launch Process get FSRef  ErrorString (%s:%s), For file %s",
@@ -62,32 +64,32 @@ bool launchInFront(const std::string& path, const std::vector<std::string>& args
   return launch.launched;
 }
 
-RaiseResult bringToFrontInTime(pid_t process) {
-  constexpr std::chrono::seconds patience(10);
-  constexpr std::chrono::milliseconds turn(100);
-  const auto end = platform::runLoopTime() + patience;
-  RaiseResult fronting = platform::raiseWindow(process);
-  while (fronting == RaiseResult::kNotFound && platform::runLoopTime() < end) {
-    platform::runLoopFor(turn);
-    fronting = platform::raiseWindow(process);
+RaiseResult raiseWhenFound(pid_t process) {
+  constexpr std::chrono::seconds kTimeout(10);
+  constexpr std::chrono::milliseconds kInterval(100);
+  const auto deadline = platform::runLoopTime() + kTimeout;
+  RaiseResult result = platform::raiseWindow(process);
+  while (result == RaiseResult::kNotFound && platform::runLoopTime() < deadline) {
+    platform::runLoopFor(kInterval);
+    result = platform::raiseWindow(process);
   }
-  return fronting;
+  return result;
 }
 
-void showInFront(pid_t process, const std::string& path) {
+void raiseAndLog(pid_t process, const std::string& path) {
   Logger* const log = Logger::getInstance();
   log->logInfo(kComponent, "Launching process .... %d", process);
-  if (bringToFrontInTime(process) == RaiseResult::kRaised) {
+  if (raiseWhenFound(process) == RaiseResult::kRaised) {
     log->logInfo(kComponent, "Bring to front process .... %d", process);
   } else {
     log->logWarn(kComponent, "Failed bring front... took much time to Launch Process %s", path.c_str());
   }
 }
 
-// Whether the watcher runs; the process is its own then.
+// If true, the watcher waits for the process.
 bool startWatcher(Watcher watcher, pid_t process) {
   pthread_t thread;
-  // NOLINTNEXTLINE(performance-no-int-to-ptr): watchers take the number so
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the signature of watchers is fixed by the interface
   void* const argument = reinterpret_cast<void*>(static_cast<std::intptr_t>(process));
   return process != 0 && ::pthread_create(&thread, nullptr, watcher, argument) == 0;
 }
@@ -110,7 +112,7 @@ bool utilCreateProcessWithReturnCode(const std::string& path, const std::vector<
   logStart(path, args);
   log->logInfo(kComponent, "Launch Process With Task ");
   const platform::Task task{path, args, platform::deletingLastPathComponent(path), true};
-  if (!(wait ? run(task, returnCode) : startAside(task))) {
+  if (!(wait ? runToEnd(task, returnCode) : startInBackground(task))) {
     log->logError(kComponent, "Launch Process With Task ");
     return false;
   }
@@ -125,22 +127,22 @@ bool utilCreateProcess(const std::string& path, const std::vector<std::string>& 
   if (path.empty() || !exists(path)) return false;
 
   logStart(path, args);
-  if (bringToFront && launchInFront(path, args)) return true;
+  if (bringToFront && launchInForeground(path, args)) return true;
 
   Logger::getInstance()->logInfo(kComponent, "Launch Process With Task ");
-  const std::optional<pid_t> process = platform::startTask(inheriting(path, args));
+  const std::optional<pid_t> process = platform::startTask(taskOf(path, args));
   if (!process) return false;
 
   const bool watched = !bringToFront && watcher != nullptr && startWatcher(watcher, *process);
   if (!watched) platform::waitForTaskInBackground(*process);
-  if (bringToFront) showInFront(*process, path);
+  if (bringToFront) raiseAndLog(*process, path);
   return true;
 }
 
 bool utilLaunchApplication(const std::string& path) {
   const platform::AutoreleaseScope scope;
   if (!exists(path)) return false;
-  return startAside(inheriting(path, {}));
+  return startInBackground(taskOf(path, {}));
 }
 
 bool utilOpenURL(const std::string& url) {

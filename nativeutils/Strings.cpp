@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"
@@ -21,9 +23,9 @@ using nativeutils::kComponent;
 namespace {
 
 template <typename Number>
-bool print(const char* format, Number value, std::string& out) {
+bool format(const char* conversion, Number value, std::string& out) {
   char digits[32];
-  (void)std::snprintf(digits, sizeof digits, format, value);  // 20 characters at most
+  (void)std::snprintf(digits, sizeof digits, conversion, value);  // at most 20 characters
   out = digits;
   return true;
 }
@@ -52,15 +54,15 @@ bool utilGetNFCNativeStringFromArray(const char* array, std::string& out) {
 }
 
 bool utilGetNativeStringFromInt(int value, std::string& out) {
-  return print("%d", value, out);
+  return format("%d", value, out);
 }
 
 bool utilGetNativeStringFromLong(long value, std::string& out) {
-  return print("%ld", value, out);
+  return format("%ld", value, out);
 }
 
 bool utilGetStringFromLongLong(long long value, std::string& out) {
-  return print("%lld", value, out);
+  return format("%lld", value, out);
 }
 
 int utilGetIntFromString(const std::string& text) {
@@ -82,13 +84,13 @@ bool utilStrCpy(char* dst, int dstSize, const char* src, int /*srcLen*/) {
   }
 
   const std::size_t length = std::strlen(src);
-  const std::size_t room = dstSize > 0 ? static_cast<std::size_t>(dstSize) : 0;
-  if (room > 0) {
-    const std::size_t copied = std::min(length, room - 1);
+  const std::size_t capacity = dstSize > 0 ? static_cast<std::size_t>(dstSize) : 0;
+  if (capacity > 0) {
+    const std::size_t copied = std::min(length, capacity - 1);
     std::memcpy(dst, src, copied);
     dst[copied] = '\0';
   }
-  if (length < room) return true;
+  if (length < capacity) return true;
   Logger::getInstance()->logError(kComponent, "Failed to Copy SrcStr to DestStr, error: destination buffer is small");
   return false;
 }

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <tuple>
 #include <vector>
@@ -24,8 +26,8 @@ using platform::VersionPart;
 namespace {
 
 bool isApplication(std::string_view bundle) {
-  constexpr std::string_view ending = ".app";
-  return bundle.size() >= ending.size() && bundle.substr(bundle.size() - ending.size()) == ending;
+  constexpr std::string_view kExtension = ".app";
+  return bundle.size() >= kExtension.size() && bundle.substr(bundle.size() - kExtension.size()) == kExtension;
 }
 
 std::optional<std::int64_t> versionPart(VersionPart part, const char* name) {
@@ -38,11 +40,11 @@ std::optional<std::int64_t> versionPart(VersionPart part, const char* name) {
 }  // namespace
 
 bool utilIsUserAdmin() {
-  constexpr std::size_t mostGroups = 16;
-  constexpr gid_t adminGroup = 80;
-  const std::vector<gid_t> groups = platform::groupsOfLogin(mostGroups);
+  constexpr std::size_t kMaxGroups = 16;
+  constexpr gid_t kAdminGroup = 80;
+  const std::vector<gid_t> groups = platform::groupsOfLogin(kMaxGroups);
   return std::any_of(groups.begin(), groups.end(),
-                     [](gid_t group) { return group == adminGroup || platform::nameOfGroup(group) == "admin"; });
+                     [](gid_t group) { return group == kAdminGroup || platform::nameOfGroup(group) == "admin"; });
 }
 
 bool utilIsUserRoot() {
@@ -104,5 +106,5 @@ bool utilIs64Bit() {
   using platform::Architecture;
   const std::vector<Architecture> all = platform::executableArchitectures();
   return std::any_of(all.begin(), all.end(),
-                     [](Architecture each) { return each == Architecture::kX86_64 || each == Architecture::kPpc64; });
+                     [](Architecture item) { return item == Architecture::kX86_64 || item == Architecture::kPpc64; });
 }

@@ -22,7 +22,7 @@ namespace {
 bool getDataFolder(FolderDomain domain, std::string& path) {
   const FolderSearch folder = findFolder(domain, FolderKind::kApplicationSupport);
   Logger* const log = Logger::getInstance();
-  // Both callers' failures stand in the log under the name of the first.
+  // The messages name the first caller for both callers; they are fixed by the interface.
   switch (folder.failure) {
     case Failure::kFind:
       log->logWarn(kComponent, "Failed in finding location information  in utilGetUserAppDataFolder error:%d",

@@ -13,13 +13,13 @@ using nativeutils::kComponent;
 
 namespace {
 
-// Of the path or, when it does not exist, of its nearest ancestor that does.
+// Returns the mount point of the path or, if it does not exist, of its nearest existing ancestor.
 std::optional<std::string> mountPointOfNearest(std::string path) {
   for (;;) {
     std::optional<std::string> mountPoint = platform::mountPointOf(path);
     if (mountPoint) return mountPoint;
-    const bool mayHaveAnAncestor = errno == ENOENT || errno == ENAMETOOLONG;
-    if (!mayHaveAnAncestor || !platform::cutLastComponent(path)) return std::nullopt;
+    const bool isMissing = errno == ENOENT || errno == ENAMETOOLONG;
+    if (!isMissing || !platform::cutLastComponent(path)) return std::nullopt;
   }
 }
 
@@ -54,11 +54,11 @@ bool utilGetVolumeNameOfPath(const std::string& path, std::string& volumeName) {
   return true;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is its callers'
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed by the interface
 bool utilIsDriveCaseSensitive(std::string path, bool& caseSensitive) {
   const platform::AutoreleaseScope scope;
-  const std::optional<bool> answer = platform::isCaseSensitive(path);
-  if (!answer) return false;
-  caseSensitive = *answer;
+  const std::optional<bool> result = platform::isCaseSensitive(path);
+  if (!result) return false;
+  caseSensitive = *result;
   return true;
 }

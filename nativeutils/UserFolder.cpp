@@ -1,5 +1,7 @@
 #include "nativeutils/UserFolder.h"
 
+#include <string>
+
 #include "platform/Users.h"
 
 bool util_getUserFolderPath(std::string& path) {

@@ -1,23 +1,25 @@
 /// @file
-/// The home folder of the user at the machine. Stands below the log, and logs nothing.
+/// Home folders of the console user and of the effective user.
 ///
-/// On Linux home folders come from the password database, never from `$HOME`, and the user at the machine is the owner
-/// of the active session on the first seat, as systemd-logind tells; a login screen is nobody's.
+/// - On Linux home folders come from the password database, never from `$HOME`.
+/// - On Linux the console user is the owner of the active session of seat0, as systemd-logind reports it. A greeter
+///   session has no console user.
+/// - The functions do not throw and log nothing. The log uses the same folder.
 
 #pragma once
 
 #include <string>
 
-/// The home folder of the user at the machine or, with nobody there, of the effective user. Always true.
+/// Gets the home folder of the console user or, if there is none, of the effective user. Always returns true.
 ///
-/// When that user is another than the effective one, the whole process becomes that user for the length of the look-up:
-/// nothing that depends on the effective user id may run beside it, such as this function in another thread. A process
-/// that may not do that (only the super-user may) looks up its own user's folder.
+/// If the console user is not the effective user, the effective user id of the whole process changes during the lookup:
+/// no other thread may do anything that depends on it, including a call of this function. A process that may not change
+/// it (only the super-user may) gets the home folder of its own user.
 ///
-/// @param path the folder; "" when it is not known
+/// @param path  set to the folder; "" if it is unknown
 bool utilGetUserFolderPath(std::string& path);
 
-/// The home folder of the effective user. Always true. May be called from any thread.
+/// Gets the home folder of the effective user. Always returns true. May be called from any thread.
 ///
-/// @param path the folder; "" when it is not known
+/// @param path  set to the folder; "" if it is unknown
 bool util_getUserFolderPath(std::string& path);

@@ -5,9 +5,12 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "applog/Logger.h"
@@ -76,7 +79,7 @@ Side application() {
     logger->setLogLevel(Log_Level_Info, "SVO", nullptr);
     return [logger] { logger->logInfo("SVO", "%s", kMessage); };
   };
-  return {makeWriter, Child::Ending::orderly};
+  return {makeWriter, Child::Ending::kOrderly};
 }
 
 Side plainWrites(const std::string& path) {
@@ -85,7 +88,7 @@ Side plainWrites(const std::string& path) {
       writePlain(*file, line);
     };
   };
-  return {makeWriter, Child::Ending::abrupt};
+  return {makeWriter, Child::Ending::kAbrupt};
 }
 
 using PeerFunction = void(const char*);
@@ -103,7 +106,7 @@ Side locked(const std::string& path) {
     functionOfPeer("openLockedPeer")(path.c_str());
     return [log = functionOfPeer("logWithLockedPeer")] { log(kMessage); };
   };
-  return {makeWriter, Child::Ending::abrupt};
+  return {makeWriter, Child::Ending::kAbrupt};
 }
 
 void measureThroughput(const std::string& name, const Side& peer, Bar bar) {

@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <string>
 
 #include "bench/Report.h"
 #include "bench/Seconds.h"

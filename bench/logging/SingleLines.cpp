@@ -1,3 +1,5 @@
+#include <string>
+
 #include "applog/Logger.h"
 #include "bench/Report.h"
 #include "bench/Seconds.h"

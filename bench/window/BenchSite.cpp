@@ -1,5 +1,7 @@
 #include "bench/window/BenchSite.h"
 
+#include <chrono>
+
 #include "tests/tools/site/Pages.h"
 
 namespace bench {

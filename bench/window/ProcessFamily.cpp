@@ -14,6 +14,9 @@ extern "C" {
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/UniqueFd.h"
 

@@ -1,8 +1,11 @@
 #include "bench/window/WindowRun.h"
 
 #include <chrono>
+#include <functional>
 #include <stdexcept>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "tests/tools/support/EventLoop.h"
 

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <ratio>
 #include <stdexcept>
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-// Unpacks a program from Base64 text into a folder of its own, runs it, and takes the folder away again.
+// Decodes a program from a Base64 file to a temporary folder, runs it, and removes the folder.
 //
 //   run-helper FILE [ARGUMENT...]     (FILE holds the Base64 text of the program)
 
@@ -18,7 +18,7 @@ int runIn(std::string& folder, const std::string& text, const std::vector<std::s
   if (!utilCreateTempFileAtFolderWithBase64Data(text.c_str(), static_cast<int>(text.size()), folder, "helper",
                                                 program) ||
       chmod(program.c_str(), 0700) != 0) {
-    std::fputs("the helper could not be unpacked\n", stderr);
+    std::fputs("the helper could not be created\n", stderr);
     return 1;
   }
   unsigned long status = 0;
@@ -27,7 +27,7 @@ int runIn(std::string& folder, const std::string& text, const std::vector<std::s
     std::fputs("the helper could not be started\n", stderr);
     return 1;
   }
-  std::printf("the helper ended with %lu\n", code);
+  std::printf("the helper returned %lu\n", code);
   return 0;
 }
 
@@ -44,7 +44,7 @@ int main(int count, char** arguments) {
   const std::string text(std::istreambuf_iterator<char>(file), {});
   std::string folder;
   if (!utilCreateAndGetTempFolderPath(folder)) {
-    std::fputs("there is no room in /tmp\n", stderr);
+    std::fputs("no folder could be created in /tmp\n", stderr);
     return 1;
   }
   const int result = runIn(folder, text, {arguments + 2, arguments + count});

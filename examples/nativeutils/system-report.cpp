@@ -1,4 +1,4 @@
-// Says what an installer wants to know about the machine and its user, a line each.
+// Prints facts about the machine and its user, one per line.
 
 #include <nativeutils/NativeUtils.h>
 
@@ -7,17 +7,17 @@
 
 namespace {
 
-void say(const char* what, const std::string& answer) {
-  std::printf("%-22s %s\n", what, answer.c_str());
+void print(const char* name, const std::string& value) {
+  std::printf("%-22s %s\n", name, value.c_str());
 }
 
-void say(const char* what, bool answer) {
-  say(what, std::string(answer ? "yes" : "no"));
+void print(const char* name, bool value) {
+  print(name, std::string(value ? "yes" : "no"));
 }
 
-void sayFolder(const char* what, bool (*folder)(std::string&)) {
+void printFolder(const char* name, bool (*getFolder)(std::string&)) {
   std::string path;
-  say(what, folder(path) ? path : "not known");
+  print(name, getFolder(path) ? path : "unknown");
 }
 
 }  // namespace
@@ -25,21 +25,21 @@ void sayFolder(const char* what, bool (*folder)(std::string&)) {
 int main() {
   os_version version{};
   os_version needed = {4, 19, 0};
-  if (utilGetCurrentOSVersion(version)) say("new enough", utilCompareOSVersion(version, needed) >= 0);
-  say("64-bit", utilIs64Bit());
-  say("administrator", utilIsUserAdmin());
-  say("super-user", utilIsUserRoot());
-  sayFolder("home", utilGetUserFolderPath);
-  sayFolder("the user's data", utilGetUserAppDataFolder);
-  sayFolder("the machine's data", utilGetSystemApplicationSupportFolderPath);
-  sayFolder("applications", utilGetApplicationsPath);
-  sayFolder("shared files go to", utilGetUSFPath);
+  if (utilGetCurrentOSVersion(version)) print("version 4.19 or later", utilCompareOSVersion(version, needed) >= 0);
+  print("64-bit", utilIs64Bit());
+  print("administrator", utilIsUserAdmin());
+  print("super-user", utilIsUserRoot());
+  printFolder("home", utilGetUserFolderPath);
+  printFolder("user data", utilGetUserAppDataFolder);
+  printFolder("system data", utilGetSystemApplicationSupportFolderPath);
+  printFolder("applications", utilGetApplicationsPath);
+  printFolder("shared files", utilGetUSFPath);
 
   std::string home;
   std::string volume;
   bool caseSensitive = false;
   utilGetUserFolderPath(home);
-  if (util_getVolumePath(home, volume)) say("volume of the home", volume);
-  if (utilIsDriveCaseSensitive(home, caseSensitive)) say("its names' case counts", caseSensitive);
+  if (util_getVolumePath(home, volume)) print("volume of home", volume);
+  if (utilIsDriveCaseSensitive(home, caseSensitive)) print("case-sensitive volume", caseSensitive);
   return 0;
 }

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <string>
 #include <tuple>
+#include <vector>
 
 #include "applog/Logger.h"
 #include "tests/support/Child.h"

@@ -3,9 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <ctime>
+#include <filesystem>
+#include <functional>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "logging/LoggingCore.h"
 #include "tests/logging/RecordingTarget.h"
@@ -257,7 +263,7 @@ TEST_F(LoggerTest, FinalizesTheMutexBeforeTheTarget) {
         Logger::getInstance();
         return support::comesTrue([&] { return mayEnd->load(); }) ? 0 : 1;
       },
-      support::Child::Ending::orderly);
+      support::Child::Ending::kOrderly);
   ASSERT_TRUE(support::comesTrue([&] { return support::valueOf(support::setOf(file, 11), 1) == 1; }));
   const int mutex = support::setOf(home, kFlagNumber);
   support::setValueOf(mutex, 0, 0);
@@ -280,7 +286,7 @@ TEST_F(LoggerTest, WritesWhileHoldingTheUserMutex) {
         Logger::getInstance()->setLogLevel(level(4), "SVO", nullptr);
         return 0;
       },
-      support::Child::Ending::orderly);
+      support::Child::Ending::kOrderly);
   EXPECT_TRUE(support::comesTrue([&] { return support::waitersOn(flag.semid, 1) == 1; }));
   EXPECT_THAT(support::linesOf(file), IsEmpty());
   flag.endFileOperation();

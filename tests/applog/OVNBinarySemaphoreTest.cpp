@@ -130,7 +130,7 @@ TEST_F(OVNBinarySemaphoreTest, ObjectsOfOneProcessExcludeEachOther) {
 }
 
 TEST_F(OVNBinarySemaphoreTest, TryWaitWaitsForReleaseDespiteSignals) {
-  if (!support::signalsInterrupt) GTEST_SKIP() << "the sanitizer delays signals";
+  if (!support::kSignalsInterrupt) GTEST_SKIP() << "the sanitizer delays signals";
   const support::Shared<std::atomic<int>> caught;
   ASSERT_TRUE(create(one));
   ASSERT_TRUE(one.tryWait());

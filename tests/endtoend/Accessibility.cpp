@@ -17,7 +17,7 @@ constexpr char kService[] = "/usr/libexec/at-spi-bus-launcher";
 constexpr char kRegistry[] = "org.a11y.atspi.Registry";
 constexpr char kRootPath[] = "/org/a11y/atspi/accessible/root";
 constexpr char kAccessible[] = "org.a11y.atspi.Accessible";
-constexpr int kMillisecondsForAnAnswer = 30'000;
+constexpr int kReplyTimeoutMilliseconds = 30'000;
 
 tools::ChildProcess::Setup setupFor(const SessionBus& bus) {
   tools::ChildProcess::Setup setup;
@@ -29,9 +29,9 @@ tools::ChildProcess::Setup setupFor(const SessionBus& bus) {
   return setup;
 }
 
-AtspiRole roleIn(GVariant* answer) {
+AtspiRole roleIn(GVariant* reply) {
   guint32 number = 0;
-  g_variant_get(answer, "(u)", &number);
+  g_variant_get(reply, "(u)", &number);
   return static_cast<AtspiRole>(number);
 }
 
@@ -69,33 +69,33 @@ std::string Accessibility::addressOfTheService() const {
                                                      onAppears, nullptr, &appeared, nullptr);
   (void)tools::waitUntil([&] { return appeared || service_.ended(); }, std::chrono::seconds(30));
   g_bus_unwatch_name(watch);
-  g_autoptr(GVariant) answer = g_dbus_connection_call_sync(
+  g_autoptr(GVariant) reply = g_dbus_connection_call_sync(
       session.get(), "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr, G_VARIANT_TYPE("(s)"),
-      G_DBUS_CALL_FLAGS_NONE, kMillisecondsForAnAnswer, nullptr, nullptr);
-  if (answer == nullptr) throw std::runtime_error("no accessibility service");
+      G_DBUS_CALL_FLAGS_NONE, kReplyTimeoutMilliseconds, nullptr, nullptr);
+  if (reply == nullptr) throw std::runtime_error("no accessibility service");
   const char* address = nullptr;
-  g_variant_get(answer, "(&s)", &address);
+  g_variant_get(reply, "(&s)", &address);
   return address;
 }
 
 GVariant* Accessibility::call(const AccessibleObject& object, const char* interface, const char* method,
                               GVariant* arguments) const {
   return g_dbus_connection_call_sync(connection_.get(), object.owner.c_str(), object.path.c_str(), interface, method,
-                                     arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kMillisecondsForAnAnswer, nullptr,
+                                     arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kReplyTimeoutMilliseconds, nullptr,
                                      nullptr);
 }
 
 GVariant* Accessibility::property(const AccessibleObject& object, const char* name) const {
-  g_autoptr(GVariant) answer =
+  g_autoptr(GVariant) reply =
       call(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", kAccessible, name));
-  if (answer == nullptr) return nullptr;
-  g_autoptr(GVariant) boxed = g_variant_get_child_value(answer, 0);
+  if (reply == nullptr) return nullptr;
+  g_autoptr(GVariant) boxed = g_variant_get_child_value(reply, 0);
   return g_variant_get_variant(boxed);
 }
 
 AccessibleObject Accessibility::describe(const std::string& owner, const std::string& path) const {
   AccessibleObject object{owner, path, ATSPI_ROLE_INVALID, ""};
-  if (g_autoptr(GVariant) answer = call(object, kAccessible, "GetRole", nullptr)) object.role = roleIn(answer);
+  if (g_autoptr(GVariant) reply = call(object, kAccessible, "GetRole", nullptr)) object.role = roleIn(reply);
   if (g_autoptr(GVariant) name = property(object, "Name")) object.name = g_variant_get_string(name, nullptr);
   return object;
 }

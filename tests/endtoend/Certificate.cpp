@@ -19,7 +19,7 @@ void make(const std::filesystem::path& certificate, const std::filesystem::path&
   setup.errorFile = "/dev/null";
   const tools::ChildProcess openssl(setup);
   (void)tools::waitUntil([&] { return openssl.ended(); }, std::chrono::seconds(30));
-  if (openssl.exitStatus() != 0) throw std::runtime_error("openssl makes no certificate");
+  if (openssl.exitStatus() != 0) throw std::runtime_error("openssl failed");
 }
 
 std::filesystem::path keyOf(const std::filesystem::path& certificate) {

@@ -45,7 +45,7 @@ ChildProcess::Setup setupFor(const std::filesystem::path& folder) {
 }
 
 // The socket's file exists before it accepts connections.
-bool takesConnections(const std::filesystem::path& socket) {
+bool acceptsConnections(const std::filesystem::path& socket) {
   const std::string path = socket;
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
@@ -79,8 +79,8 @@ bool Compositor::isPossible() {
 
 Compositor::Compositor(const std::filesystem::path& folder)
     : folder_(folder), watched_(folder), process_(setupFor(folder)) {
-  const auto isThere = [this] { return takesConnections(folder_ / kSocket) || process_.ended(); };
-  if (!tools::waitUntil(isThere, kWestonTimeout) || process_.ended()) {
+  const auto isReady = [this] { return acceptsConnections(folder_ / kSocket) || process_.ended(); };
+  if (!tools::waitUntil(isReady, kWestonTimeout) || process_.ended()) {
     throw std::runtime_error("weston does not start");
   }
 }

@@ -117,7 +117,7 @@ TEST_F(DialogTest, ThePromptNamesTheSite) {
   };
   const std::string here = site.address("/signin");
   startOnDialog("alert('Terms of use')");
-  const std::vector<unsigned> ofTheNumber = heading();
+  const std::vector<unsigned> headingForTheNumber = heading();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 
   options.signIn = "http://localhost" + here.substr(here.rfind(':'));
@@ -125,7 +125,7 @@ TEST_F(DialogTest, ThePromptNamesTheSite) {
   until("the second page", [this] {
     return reports() == std::vector<std::string>{"loaded", "asking", "loaded", "asking"};
   });
-  EXPECT_FALSE(heading() == ofTheNumber);
+  EXPECT_FALSE(heading() == headingForTheNumber);
 }
 
 class LongTextTest : public DialogTest, public testing::WithParamInterface<Named> {};

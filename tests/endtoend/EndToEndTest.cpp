@@ -62,10 +62,10 @@ void EndToEndTest::start() {
 }
 
 void EndToEndTest::until(const std::string& what, const std::function<bool()>& condition) {
-  if (!tools::waitUntil(condition, kTimeout)) throw std::runtime_error("timed out waiting for " + what + account());
+  if (!tools::waitUntil(condition, kTimeout)) throw std::runtime_error("timed out waiting for " + what + eventsSoFar());
 }
 
-std::string EndToEndTest::account() {
+std::string EndToEndTest::eventsSoFar() {
   std::string text = "\npipe: " + pipe.text();
   if (run) text += "\nended: " + std::to_string(run->ended()) + "\nstandard error: " + run->standardError();
   for (const std::string& each : site.asked())

@@ -80,7 +80,7 @@ class EndToEndTest : public testing::Test {
   std::filesystem::path temporary(const std::string& name) const { return folder_ / name; }
 
  private:
-  std::string account();  // the events so far, for the text of a failure
+  std::string eventsSoFar();  // for failure messages
 
   std::filesystem::path folder_;
   WatchedFolder logs_;

@@ -19,7 +19,7 @@ class LeftoversTest : public EndToEndTest {
   LeftoversTest() { adoptOrphans(); }
 };
 
-constexpr char kPageThatKeepsThings[] = R"(<script>
+constexpr char kPageThatStoresData[] = R"(<script>
   document.cookie = 'session=secret; max-age=99999';
   localStorage.setItem('session', 'secret');
   indexedDB.open('session').onsuccess = () =>
@@ -27,7 +27,7 @@ constexpr char kPageThatKeepsThings[] = R"(<script>
 </script>)";
 
 TEST_F(LeftoversTest, NothingThatAPageStoresIsKept) {
-  tools::Answer answer = page(kPageThatKeepsThings);
+  tools::Answer answer = page(kPageThatStoresData);
   answer.headers["Cache-Control"] = "max-age=99999";
   answer.headers["Set-Cookie"] = "visit=secret; Max-Age=99999";
   site.serve("/signin", answer);
@@ -59,9 +59,9 @@ TEST_F(LeftoversTest, NoProcessOutlivesTheRun) {
 class EndingsTest : public LeftoversTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(EndingsTest, LeavesNoSemaphoreSet) {
-  const tools::ClosedPort nobody;
+  const tools::ClosedPort closedPort;
   const std::string ending = GetParam();
-  if (ending == "Failed") options.signIn = nobody.address();
+  if (ending == "Failed") options.signIn = closedPort.address();
   if (ending == "SignedIn") site.serve("/signin", redirectTo(site.address("/done")));
   if (ending == "Missing") options.redirect.reset();
   const std::vector<int> before = semaphoreSets();

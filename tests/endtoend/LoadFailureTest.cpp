@@ -30,20 +30,20 @@ class LoadFailureTest : public EndToEndTest {
     EXPECT_THAT(messages, Contains(StartsWith("didFailProvisionalLoadWithError Error domain ")));
   }
 
-  const ClosedPort nobody;
+  const ClosedPort closedPort;
 };
 
 TEST_F(LoadFailureTest, ARefusedConnectionEndsTheRun) {
-  options.signIn = nobody.address("/signin");
+  options.signIn = closedPort.address("/signin");
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(nobody.address("/signin"), -1004);
+  expectFailureInTheLog(closedPort.address("/signin"), -1004);
 }
 
 TEST_F(LoadFailureTest, ARefusedRedirectAddressIsNoResult) {
-  options.redirect = nobody.address("/done");
-  site.serve("/signin", redirectTo(nobody.address("/done?code=1")));
+  options.redirect = closedPort.address("/done");
+  site.serve("/signin", redirectTo(closedPort.address("/done?code=1")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(nobody.address("/done?…"), -1004);
+  expectFailureInTheLog(closedPort.address("/done?…"), -1004);
 }
 
 TEST_F(LoadFailureTest, AnUnknownHostEndsTheRun) {
@@ -137,9 +137,9 @@ TEST_F(LoadFailureTest, ADownloadEndsTheRunAndSavesNothing) {
 }
 
 TEST_F(LoadFailureTest, AFailedSubFrameEndsTheRun) {
-  site.serve("/signin", page("<iframe src='" + nobody.address("/advert") + "'></iframe>"));
+  site.serve("/signin", page("<iframe src='" + closedPort.address("/advert") + "'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(nobody.address("/advert"), -1004);
+  expectFailureInTheLog(closedPort.address("/advert"), -1004);
 }
 
 // HTML that embeds a document: the text before and after its address.
@@ -156,7 +156,7 @@ void PrintTo(const FrameMarkup& markup, std::ostream* out) {
 class FrameTest : public LoadFailureTest, public testing::WithParamInterface<FrameMarkup> {};
 
 TEST_P(FrameTest, ThatFailsEndsTheRun) {
-  const std::string address = nobody.address("/advert?a=1#part");
+  const std::string address = closedPort.address("/advert?a=1#part");
   site.serve("/inner", page("<iframe src='" + address + "'></iframe>"));
   site.serve("/signin", page(GetParam().before + address + GetParam().after));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
@@ -174,10 +174,10 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& each) { return each.param.name; });
 
 TEST_F(LoadFailureTest, RedirectedFramesAreLoggedUnderTheirLastAddress) {
-  site.serve("/moved", redirectTo(nobody.address("/advert")));
+  site.serve("/moved", redirectTo(closedPort.address("/advert")));
   site.serve("/signin", page("<iframe src='/moved'></iframe>"));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  expectFailureInTheLog(nobody.address("/advert"), -1004);
+  expectFailureInTheLog(closedPort.address("/advert"), -1004);
 }
 
 TEST_F(LoadFailureTest, AFrameWithUnknownHostEndsTheRun) {
@@ -192,7 +192,7 @@ TEST_F(LoadFailureTest, AFrameWithStatus404IsNoFailure) {
 }
 
 TEST_F(LoadFailureTest, FailedImagesAndFetchesAreIgnored) {
-  const std::string away = nobody.address("/image.png");
+  const std::string away = closedPort.address("/image.png");
   site.serve("/signin", page("<img src='" + away + "'><script>onload = () => fetch('" + away +
                              "').catch(() => { location.href = '/done' })</script>"));
   EXPECT_EQ(messageOfARun(), result(site.address("/done")));
@@ -216,10 +216,10 @@ INSTANTIATE_TEST_SUITE_P(OfThe, KilledProcessTest, testing::Values("WebKitWebPro
                          [](const auto& each) { return std::string(each.param); });
 
 TEST_F(LoadFailureTest, CredentialsOfAnAddressAreNotLogged) {
-  options.signIn = nobody.address("/signin?Code=secret&state=kept#access_token=secret");
+  options.signIn = closedPort.address("/signin?Code=secret&state=kept#access_token=secret");
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_THAT(logLines(), Not(Contains(HasSubstr("secret"))));
-  expectFailureInTheLog(nobody.address("/signin?Code=…&state=kept#access_token=…"), -1004);
+  expectFailureInTheLog(closedPort.address("/signin?Code=…&state=kept#access_token=…"), -1004);
 }
 
 TEST_F(LoadFailureTest, ControlCharactersOfAnAddressAreEncoded) {
@@ -230,7 +230,7 @@ TEST_F(LoadFailureTest, ControlCharactersOfAnAddressAreEncoded) {
 }
 
 TEST_F(LoadFailureTest, AnAddressWithATokenIsNotLogged) {
-  options.signIn = nobody.address("/signin?token=eyJhbGc.eyJzdWI");
+  options.signIn = closedPort.address("/signin?token=eyJhbGc.eyJzdWI");
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_THAT(logLines(), Not(Contains(HasSubstr("eyJ"))));
   EXPECT_THAT(logLines(), Contains(testing::AllOf(HasSubstr("[WARN]"), HasSubstr("Log skipped."))));

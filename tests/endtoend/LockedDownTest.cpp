@@ -25,43 +25,43 @@ class LockedDownTest : public PageTest {
 
 // Each needs a click. A rejected promise and a thrown error are denials. Before a page has requested the location, its
 // permission state is "prompt".
-constexpr char kPageOfWishes[] = R"(<body style='height: 550px'><script>
+constexpr char kPageWithRequests[] = R"(<body style='height: 550px'><script>
   const refuse = () => { throw 0 };
-  const wishes = {
-    place: () => new Promise((yes, no) => navigator.geolocation.getCurrentPosition(yes, no)),
-    placeLater: () => navigator.permissions.query({ name: 'geolocation' }).then((it) => it.state === 'denied' && refuse()),
+  const requests = {
+    location: () => new Promise((yes, no) => navigator.geolocation.getCurrentPosition(yes, no)),
+    locationState: () => navigator.permissions.query({ name: 'geolocation' }).then((it) => it.state === 'denied' && refuse()),
     notifications: () => Notification.requestPermission().then((it) => it === 'denied' && refuse()),
     camera: () => navigator.mediaDevices.getUserMedia({ video: true }),
     microphone: () => navigator.mediaDevices.getUserMedia({ audio: true }),
-    pictureOfTheScreen: () => navigator.mediaDevices.getDisplayMedia({ video: true }),
+    screenCapture: () => navigator.mediaDevices.getDisplayMedia({ video: true }),
     clipboard: () => navigator.clipboard.readText(),
-    pasting: () => document.execCommand('paste') || refuse(),
+    paste: () => document.execCommand('paste') || refuse(),
     pointer: () => new Promise((yes, no) => {
       document.onpointerlockchange = yes; document.onpointerlockerror = no; document.body.requestPointerLock() }),
-    wakeScreen: () => navigator.wakeLock.request('screen'),
-    wholeScreen: () => document.documentElement.requestFullscreen(),
-    wholeScreenForAVideo: () => document.createElement('video').webkitEnterFullscreen(),
+    screenWakeLock: () => navigator.wakeLock.request('screen'),
+    fullscreen: () => document.documentElement.requestFullscreen(),
+    videoFullscreen: () => document.createElement('video').webkitEnterFullscreen(),
     file: () => showOpenFilePicker(),
   };
-  const names = Object.keys(wishes);
+  const names = Object.keys(requests);
   onclick = async () => {
     const name = names.shift();
-    let got = 'granted';
-    try { await wishes[name]() } catch { got = 'refused' }
+    let result = 'granted';
+    try { await requests[name]() } catch { result = 'refused' }
     await frames(3);
-    report(name + ' ' + got);
+    report(name + ' ' + result);
   };
 </script>)";
 
 TEST_F(LockedDownTest, EveryPermissionIsDenied) {
-  startOn(kPageOfWishes);
-  for (const char* const wish :
-       {"place", "placeLater", "notifications", "camera", "microphone", "pictureOfTheScreen", "clipboard", "pasting",
-        "pointer", "wakeScreen", "wholeScreen", "wholeScreenForAVideo", "file"}) {
+  startOn(kPageWithRequests);
+  for (const char* const name :
+       {"location", "locationState", "notifications", "camera", "microphone", "screenCapture", "clipboard", "paste",
+        "pointer", "screenWakeLock", "fullscreen", "videoFullscreen", "file"}) {
     const std::size_t before = reports().size();
     click();
-    until("an answer", [&] { return reports().size() > before; });
-    EXPECT_EQ(reports().back(), std::string(wish) + " refused");
+    until("the result", [&] { return reports().size() > before; });
+    EXPECT_EQ(reports().back(), std::string(name) + " refused");
     EXPECT_THAT(screen.windows(), SizeIs(1));
   }
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -151,7 +151,7 @@ std::string freeAddress() {
   return "127.83.86.79:" + std::to_string(port);
 }
 
-bool takesConnections(const std::string& address) {
+bool acceptsConnections(const std::string& address) {
   const platform::Owned<GSocketClient> client(g_socket_client_new());
   GSocketConnection* const connection =
       g_socket_client_connect_to_host(client.get(), address.c_str(), 0, nullptr, nullptr);
@@ -166,7 +166,7 @@ TEST_P(InspectorTest, OpensNoPort) {
   const std::string address = freeAddress();
   options.environment[GetParam()] = address;
   startOn("");
-  EXPECT_FALSE(takesConnections(address));
+  EXPECT_FALSE(acceptsConnections(address));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -15,11 +15,11 @@ MessagePipe::MessagePipe(const std::filesystem::path& path) : path_(path) {
   if (mkfifo(path.c_str(), 0600) != 0) throw std::system_error(errno, std::generic_category(), path.string());
   fd_ = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
   if (fd_ < 0) throw std::system_error(errno, std::generic_category(), path.string());
-  const auto takeAll = [](gint, GIOCondition, gpointer self) -> gboolean {
+  const auto readAll = [](gint, GIOCondition, gpointer self) -> gboolean {
     static_cast<MessagePipe*>(self)->text();
     return G_SOURCE_CONTINUE;
   };
-  source_ = g_unix_fd_add(fd_, G_IO_IN, takeAll, this);
+  source_ = g_unix_fd_add(fd_, G_IO_IN, readAll, this);
 }
 
 MessagePipe::~MessagePipe() {

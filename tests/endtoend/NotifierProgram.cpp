@@ -10,10 +10,11 @@
 #include "applog/OVNSemaphoreLock.h"
 
 int main(int argc, char** argv) {
-  constexpr auto asClient = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+  constexpr auto kAsClient = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                               G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
   if (argc != 3) return 1;
-  g_autoptr(GDBusConnection) bus = g_dbus_connection_new_for_address_sync(argv[1], asClient, nullptr, nullptr, nullptr);
+  g_autoptr(GDBusConnection) bus =
+      g_dbus_connection_new_for_address_sync(argv[1], kAsClient, nullptr, nullptr, nullptr);
   OVNSemaphoreLock slot(77445459, 255, SystemLock);
   if (bus == nullptr || !slot.AcquireLock()) return 1;
 

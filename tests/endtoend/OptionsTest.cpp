@@ -146,14 +146,14 @@ INSTANTIATE_TEST_SUITE_P(Locales, LocaleTest,
                                          Locale{"not a locale.UTF-8", "", "en-US,en-US,en-US"},
                                          Locale{"C.UTF-8", ":_DE", "en-US,en-US,en-US"}));
 
-TEST_F(OptionsTest, WithoutADisplayTheRunEndsAndSaysWhy) {
+TEST_F(OptionsTest, AMissingDisplayIsReportedOnStandardError) {
   options.environment.clear();
   start();
   EXPECT_EQ(run->exitStatus(), 1);
   EXPECT_EQ(pipe.text(), kOptionsMissing);
-  const std::string said = run->standardError();
-  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
-  EXPECT_THAT(said, testing::HasSubstr("display"));
+  const std::string errors = run->standardError();
+  EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
+  EXPECT_THAT(errors, testing::HasSubstr("display"));
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ class OwnAreaTest : public PageTest {
   }
 
   // Moves the pointer to where it covers nothing.
-  void startOnAndWatch(const std::string& body) {
+  void startOnAndRecordStrip(const std::string& body) {
     screen.moveTo(0, 0);
     startOn(body);
     untilPainted();
@@ -38,7 +38,7 @@ class OwnAreaTest : public PageTest {
     before_ = strip();
   }
 
-  void expectTheStripAsItWas() { EXPECT_TRUE(strip() == before_); }
+  void expectUnchangedStrip() { EXPECT_TRUE(strip() == before_); }
 
   // Presses the key that the page waits for, and waits for the page's report.
   void go() {
@@ -53,9 +53,10 @@ class OwnAreaTest : public PageTest {
 class BubbleTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
 
 TEST_P(BubbleTest, StaysBelowTheStrip) {
-  startOnAndWatch(std::string("<form>") + GetParam().script +
-                  "</form><script>const field = document.querySelector('input'); field.setCustomValidity('wrong');"
-                  "onkeydown = () => field.reportValidity()</script>");
+  startOnAndRecordStrip(
+      std::string("<form>") + GetParam().script +
+      "</form><script>const field = document.querySelector('input'); field.setCustomValidity('wrong');"
+      "onkeydown = () => field.reportValidity()</script>");
   const auto coloured = [&](const Picture& all) {
     int count = 0;
     for (int y = kStripHeight; y < all.height(); ++y) {
@@ -67,7 +68,7 @@ TEST_P(BubbleTest, StaysBelowTheStrip) {
   const int before = coloured(picture());
   screen.press(XK_g);
   until("the bubble", [&] { return coloured(picture()) < before - 500; });
-  expectTheStripAsItWas();
+  expectUnchangedStrip();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
@@ -84,23 +85,25 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Line breaks in the page's text would make the bubble as high as the window.
 TEST_P(BubbleTest, StaysBelowTheStripWithManyLines) {
-  startOnAndWatch(std::string("<form>") + GetParam().script +
-                  "</form><script>const field = document.querySelector('input');"
-                  "field.setCustomValidity('example.com\\n'.repeat(40));"
-                  "onkeydown = async () => { field.reportValidity(); await frames(30); report('gone') }</script>");
+  startOnAndRecordStrip(
+      std::string("<form>") + GetParam().script +
+      "</form><script>const field = document.querySelector('input');"
+      "field.setCustomValidity('example.com\\n'.repeat(40));"
+      "onkeydown = async () => { field.reportValidity(); await frames(30); report('gone') }</script>");
   go();
-  expectTheStripAsItWas();
+  expectUnchangedStrip();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 class ListTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
 
 TEST_P(ListTest, DoesNotOpenAboveThePage) {
-  startOnAndWatch(GetParam().script + std::string("<script>onclick = async () => { await frames(5); report('gone') };"
-                                                  "onmousedown = () => onclick()</script>"));
+  startOnAndRecordStrip(GetParam().script +
+                        std::string("<script>onclick = async () => { await frames(5); report('gone') };"
+                                    "onmousedown = () => onclick()</script>"));
   clickAt(100, 10);
   untilReported("gone");
-  expectTheStripAsItWas();
+  expectUnchangedStrip();
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
@@ -127,12 +130,12 @@ TEST_F(OwnAreaTest, ASelectInThePageOpensItsList) {
 }
 
 TEST_F(OwnAreaTest, ACalendarOpensInsideThePage) {
-  startOnAndWatch(
+  startOnAndRecordStrip(
       "<input type='date' style='position: fixed; top: -60px; left: 0; width: 200px; height: 40px'>"
       "<script>onkeydown = async () => { document.querySelector('input').showPicker();"
       "await frames(30); report('gone') }</script>");
   go();
-  expectTheStripAsItWas();
+  expectUnchangedStrip();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -28,9 +28,8 @@ class PageTest : public EndToEndTest {
 
   // A page in that color. Its scripts may call:
   //   report(text)   adds `text` to reports()
-  //   frames(count)  returns a promise that resolves after `count` drawn frames; the window has then received all
-  //   earlier
-  //                  requests of the page
+  //   frames(count)  returns a promise that resolves after `count` drawn frames. The window has then received every
+  //                  earlier request of the page.
   static tools::Answer pageWith(const std::string& body);
 
   // Starts with such a page, which reports "loaded", and gives the window the keyboard focus.

@@ -222,7 +222,7 @@ TEST_F(PasswordTest, AnOpenPromptDoesNotBlockControlW) {
 TEST_F(PasswordTest, APageShowsFivePromptsPerUserInput) {
   std::string realm;
   site.serve("/image", [&realm](const Request&) {
-    realm += " another line of words that the person has to read before there is an end to it";
+    realm += " another line of text that the user has to read before the end of the long prompt";
     return tools::Answer{401, "", {{"WWW-Authenticate", "Basic realm=\"" + realm + "\""}}};
   });
   startOn(

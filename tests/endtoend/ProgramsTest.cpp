@@ -40,7 +40,7 @@ class NotifierTest : public nativeutils_test::LoggedTest {
   }
 
   // Notifies a notifier that listens on the bus at `address` to close its workflow.
-  void expectHeardOn(const std::string& address) {
+  void expectNotificationOn(const std::string& address) {
     ChildProcess::Setup setup;
     setup.command = {SVO_TEST_NOTIFIER, address, folder / "ready"};
     ChildProcess notifier(setup);
@@ -48,7 +48,7 @@ class NotifierTest : public nativeutils_test::LoggedTest {
     EXPECT_TRUE(utilCloseAllNotificationWorkflows());
     ASSERT_TRUE(waitUntil([&] { return notifier.ended(); }, kTimeout));
     EXPECT_EQ(notifier.exitStatus(), 0);
-    EXPECT_TRUE(logged().empty()) << "nobody is killed";
+    EXPECT_TRUE(logged().empty()) << "no process may be killed";
   }
 
   const support::SetRemover remover{"/tmp", 77445459};
@@ -58,7 +58,7 @@ class NotifierTest : public nativeutils_test::LoggedTest {
 TEST_F(NotifierTest, OfThisSessionGetsTheNotification) {
   const SessionBus bus(folder / "bus");
   const Variable session("DBUS_SESSION_BUS_ADDRESS", bus.address()), system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
-  expectHeardOn(bus.address());
+  expectNotificationOn(bus.address());
 }
 
 TEST_F(NotifierTest, IsFoundByTheUsersRuntimeFolder) {
@@ -66,17 +66,17 @@ TEST_F(NotifierTest, IsFoundByTheUsersRuntimeFolder) {
       system("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no");
   const SessionBus bus(folder / "run");
   std::filesystem::create_symlink(folder / "run/socket", folder / "bus");
-  expectHeardOn(bus.address());
+  expectNotificationOn(bus.address());
 }
 
 TEST_F(NotifierTest, OfAnotherSessionListensOnTheSystemBus) {
-  const SessionBus here(folder / "here"), everywhere(folder / "everywhere");
-  const Variable session("DBUS_SESSION_BUS_ADDRESS", here.address()),
-      system("DBUS_SYSTEM_BUS_ADDRESS", everywhere.address());
-  expectHeardOn(everywhere.address());
+  const SessionBus sessionBus(folder / "session"), systemBus(folder / "system");
+  const Variable session("DBUS_SESSION_BUS_ADDRESS", sessionBus.address()),
+      system("DBUS_SYSTEM_BUS_ADDRESS", systemBus.address());
+  expectNotificationOn(systemBus.address());
 }
 
-class FrontTest : public nativeutils_test::LoggedTest {
+class RaiseTest : public nativeutils_test::LoggedTest {
  protected:
   void SetUp() override {
     if (!WindowManager::isPossible()) GTEST_SKIP() << "no openbox here";
@@ -105,17 +105,17 @@ class FrontTest : public nativeutils_test::LoggedTest {
   std::unique_ptr<OtherWindow> other;
 };
 
-TEST_F(FrontTest, AStartedProgramStaysBehindTheActiveWindow) {
+TEST_F(RaiseTest, AStartedProgramStaysBehindTheActiveWindow) {
   EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, false, nullptr));
   (void)window();
   EXPECT_EQ(manager->activeWindow(), other->id());
 }
 
-TEST_F(FrontTest, ARaisedProgramBecomesActive) {
+TEST_F(RaiseTest, ARaisedProgramBecomesActive) {
   EXPECT_TRUE(utilCreateProcess(SVO_TEST_WINDOW, {}, true, nullptr));
   const ScreenWindow started = window();
   EXPECT_TRUE(waitUntil([&] { return manager->activeWindow() == started.id; }, kTimeout));
-  EXPECT_TRUE(waitUntil([&] { return manager->frontWindow() == started.id; }, kTimeout));
+  EXPECT_TRUE(waitUntil([&] { return manager->topmostWindow() == started.id; }, kTimeout));
   const std::string process = std::to_string(started.pid);
   EXPECT_THAT(logged(), testing::ElementsAre(StartsWith("DEBUG Launch Process at path "),
                                              "INFO Launch Process With Task ", "INFO Launching process .... " + process,

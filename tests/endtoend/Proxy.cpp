@@ -15,7 +15,7 @@ void copyHeader(const char* name, const char* value, gpointer to) {
   soup_message_headers_append(static_cast<SoupMessageHeaders*>(to), name, value);
 }
 
-std::string lineFor(SoupServerMessage* message) {
+std::string requestLine(SoupServerMessage* message) {
   GUri* const address = soup_server_message_get_uri(message);
   const std::string method = soup_server_message_get_method(message);
   if (method == SOUP_METHOD_CONNECT) {
@@ -25,7 +25,7 @@ std::string lineFor(SoupServerMessage* message) {
   return method + " " + text.get();
 }
 
-gboolean isKnown(SoupAuthDomain*, SoupServerMessage*, const char* user, const char* password, gpointer known) {
+gboolean hasCredentials(SoupAuthDomain*, SoupServerMessage*, const char* user, const char* password, gpointer known) {
   return *static_cast<std::string*>(known) == std::string(user) + ":" + password;
 }
 
@@ -55,7 +55,7 @@ Proxy::~Proxy() {
 void Proxy::requireCredentials(const std::string& user, const std::string& password) {
   const Owned<SoupAuthDomain> domain(soup_auth_domain_basic_new("realm", "proxy", "proxy", TRUE, nullptr));
   soup_auth_domain_add_path(domain.get(), "");
-  soup_auth_domain_basic_set_auth_callback(domain.get(), isKnown, new std::string(user + ":" + password),
+  soup_auth_domain_basic_set_auth_callback(domain.get(), hasCredentials, new std::string(user + ":" + password),
                                            [](gpointer known) { delete static_cast<std::string*>(known); });
   soup_server_add_auth_domain(server_.get(), domain.get());
 }
@@ -66,7 +66,7 @@ std::map<std::string, std::string> Proxy::environment() const {
 
 void Proxy::onRequest(SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer data) {
   auto* const self = static_cast<Proxy*>(data);
-  self->asked_.push_back(lineFor(message));
+  self->asked_.push_back(requestLine(message));
   if (soup_server_message_get_method(message) == std::string(SOUP_METHOD_CONNECT)) {
     self->openTunnel(message);
   } else {
@@ -123,11 +123,11 @@ void Proxy::openTunnel(SoupServerMessage* message) {
   soup_server_message_pause(message);
   const Owned<GSocketClient> client(g_socket_client_new());
   g_socket_client_set_enable_proxy(client.get(), FALSE);
-  g_socket_client_connect_to_uri_async(client.get(), secure_.c_str(), kTlsPort, nullptr, &Proxy::onFarEnd,
+  g_socket_client_connect_to_uri_async(client.get(), secure_.c_str(), kTlsPort, nullptr, &Proxy::onConnected,
                                        g_object_ref(message));
 }
 
-void Proxy::onFarEnd(GObject* client, GAsyncResult* result, gpointer data) {
+void Proxy::onConnected(GObject* client, GAsyncResult* result, gpointer data) {
   const Owned<SoupServerMessage> message(static_cast<SoupServerMessage*>(data));
   GSocketConnection* const far = g_socket_client_connect_finish(G_SOCKET_CLIENT(client), result, nullptr);
   if (far == nullptr) {
@@ -142,10 +142,10 @@ void Proxy::onFarEnd(GObject* client, GAsyncResult* result, gpointer data) {
 }
 
 void Proxy::join(SoupServerMessage* message, GIOStream* far) {
-  constexpr auto kBothEnd =
+  constexpr auto kFlags =
       static_cast<GIOStreamSpliceFlags>(G_IO_STREAM_SPLICE_CLOSE_STREAM1 | G_IO_STREAM_SPLICE_CLOSE_STREAM2);
   const Owned<GIOStream> near(soup_server_message_steal_connection(message));
-  g_io_stream_splice_async(near.get(), far, kBothEnd, G_PRIORITY_DEFAULT, nullptr, nullptr, nullptr);
+  g_io_stream_splice_async(near.get(), far, kFlags, G_PRIORITY_DEFAULT, nullptr, nullptr, nullptr);
 }
 
 }  // namespace endtoend

@@ -49,7 +49,7 @@ class Proxy {
   static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
   static void onFinished(SoupServer*, SoupServerMessage* message, Proxy* self);
   static void onAnswer(GObject* session, GAsyncResult* result, gpointer message);
-  static void onFarEnd(GObject* client, GAsyncResult* result, gpointer message);
+  static void onConnected(GObject* client, GAsyncResult* result, gpointer message);
   static void join(SoupServerMessage* message, GIOStream* far);
   void forward(SoupServerMessage* message);
   void openTunnel(SoupServerMessage* message);

@@ -53,8 +53,8 @@ TEST_F(ProxyTest, AnExemptedHostIsConnectedDirectly) {
 }
 
 TEST_F(ProxyTest, AGnomeSessionUsesItsOwnSettings) {
-  const tools::ClosedPort nobody;
-  options.environment["http_proxy"] = nobody.address();
+  const tools::ClosedPort closedPort;
+  options.environment["http_proxy"] = closedPort.address();
   options.environment["XDG_CURRENT_DESKTOP"] = "ubuntu:GNOME";
   options.environment["GSETTINGS_BACKEND"] = "keyfile";
   options.environment["XDG_CONFIG_HOME"] = temporary("config");
@@ -67,8 +67,8 @@ TEST_F(ProxyTest, AGnomeSessionUsesItsOwnSettings) {
 }
 
 TEST_F(ProxyTest, ARefusedProxyConnectionEndsTheRun) {
-  const tools::ClosedPort nobody;
-  options.environment["http_proxy"] = nobody.address();
+  const tools::ClosedPort closedPort;
+  options.environment["http_proxy"] = closedPort.address();
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code -1004"));
   EXPECT_THAT(proxy.asked(), IsEmpty());

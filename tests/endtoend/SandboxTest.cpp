@@ -40,13 +40,13 @@ class SandboxTest : public EndToEndTest {
 
   bool warned(const std::string& of) const { return run->standardError().find(of) != std::string::npos; }
 
-  void expectASignInWithout(std::string obstacle) {
+  void expectASignInWithout(std::string reason) {
     site.serve("/signin", redirectTo(site.address("/done")));
-    const bool waitedInFull = timeOfARun() >= std::chrono::seconds(6);
+    const bool timedOut = timeOfARun() >= std::chrono::seconds(6);
 
     // On a busy machine the trial may time out before the refusal.
-    if (waitedInFull && obstacle == kRefused && warned(kTimedOut)) obstacle = kTimedOut;
-    const std::string warning = kNoSandbox + (" (" + obstacle) + "); pages run without a sandbox";
+    if (timedOut && reason == kRefused && warned(kTimedOut)) reason = kTimedOut;
+    const std::string warning = kNoSandbox + (" (" + reason) + "); pages run without a sandbox";
     EXPECT_THAT(run->standardError(), HasSubstr("svo-signin: " + warning + "\n"));
     EXPECT_THAT(logLines(), Contains(AllOf(HasSubstr("| [WARN] |  | QSU | SVO | SVO |"), EndsWith(" | " + warning))));
   }
@@ -56,9 +56,9 @@ TEST_F(SandboxTest, TheWebProcessRunsInTheSandbox) {
   site.serve("/signin", pageThatReportsItsLoad());
   start();
   untilRequested("/loaded");
-  const bool walledIn = descendantNamed(run->pid(), "bwrap").has_value();
+  const bool isSandboxed = descendantNamed(run->pid(), "bwrap").has_value();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  if (!walledIn) GTEST_SKIP() << run->standardError();
+  if (!isSandboxed) GTEST_SKIP() << run->standardError();
   EXPECT_THAT(run->standardError(), Not(HasSubstr(kNoSandbox)));
 }
 
@@ -100,7 +100,8 @@ TEST_F(SandboxTest, AFailedTrialIsRepeatedOnce) {
   replaceBwrap("echo >>'" + trials.string() + "'; [ $(wc -l <'" + trials.string() +
                "') -gt 1 ] && exec /usr/bin/bwrap \"$@\"; exit 1");
   const auto time = timeOfARun();
-  if (warned(kTimedOut) || (warned(kRefused) && time >= std::chrono::seconds(2))) GTEST_SKIP() << "too busy a machine";
+  if (warned(kTimedOut) || (warned(kRefused) && time >= std::chrono::seconds(2)))
+    GTEST_SKIP() << "the machine is too busy";
   EXPECT_EQ(std::filesystem::file_size(trials), 2u);
   EXPECT_EQ(warned(kNoSandbox), !works);
 }

@@ -41,8 +41,8 @@ class StalledServerTest : public EndToEndTest {
   // Waits until the first window has ended.
   void expectNoEndBefore(steady_clock::time_point earliest) {
     const auto ended = [](const Window& each) { return each.run.ended(); };
-    const auto anyEnded = [&] { return std::any_of(windows_.begin(), windows_.end(), ended); };
-    EXPECT_TRUE(tools::waitUntil(anyEnded, std::chrono::seconds(60) + kTimeout));
+    const auto hasEndedWindow = [&] { return std::any_of(windows_.begin(), windows_.end(), ended); };
+    EXPECT_TRUE(tools::waitUntil(hasEndedWindow, std::chrono::seconds(60) + kTimeout));
     EXPECT_GE(steady_clock::now(), earliest);
   }
 
@@ -51,7 +51,7 @@ class StalledServerTest : public EndToEndTest {
     EXPECT_EQ(window.pipe.text(), kLoadFailed);
   }
 
-  void expectToStay(Window& window) {
+  void expectStillOpen(Window& window) {
     EXPECT_FALSE(window.run.ended());
     window.run.signal(SIGTERM);
     EXPECT_EQ(window.run.exitStatus(), 0) << window.run.standardError();
@@ -94,8 +94,8 @@ TEST_F(StalledServerTest, SixtySecondsWithoutDataEndTheRun) {
   EXPECT_GE(steady_clock::now(), lastData + std::chrono::seconds(59));
   for (Window* const each : {&script, &notUtf8, &nowhere, &dropped})
     expectEnd(*each);
-  expectToStay(ordinary);
-  expectToStay(asking);
+  expectStillOpen(ordinary);
+  expectStillOpen(asking);
 
   for (const std::string& address :
        {site.address("/stalled"), std::string("javascript:0"), site.address("/nowhere"), dropping.address("/")})

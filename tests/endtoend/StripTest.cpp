@@ -91,10 +91,10 @@ class StripTest : public EndToEndTest {
   void show(const std::string& address) {
     options.signIn = address;
     start();
-    untilThePageIsSeen();
+    untilPageIsShown();
   }
 
-  void untilThePageIsSeen() {
+  void untilPageIsShown() {
     until("the page", [&] { return pageArea().has_value(); });
     until("the end of the line", [&] { return coloursOf(line()).size() == 1; });
   }
@@ -177,7 +177,7 @@ TEST_F(ProxiedStripTest, NamesTheShownPageNotTheRequestedOne) {
                              "<script>onclick = () => { location.href = 'http://another.example/other' }</script>"));
   site.hold("/other");
   start();
-  untilThePageIsSeen();
+  untilPageIsShown();
   click();
   untilRequested("/other");
   EXPECT_EQ(coloursOf(strip()), before);
@@ -198,7 +198,7 @@ TEST_F(StripTest, AFinishedPageHidesTheProgressLine) {
   untilRequested("/image");
   until("the line", [&] { return coloursOf(line()).size() > 1; });
   site.release("/image");
-  untilThePageIsSeen();
+  untilPageIsShown();
 }
 
 TEST_F(ProxiedStripTest, ShowsAPadlockOverTls) {
@@ -208,7 +208,7 @@ TEST_F(ProxiedStripTest, ShowsAPadlockOverTls) {
   secure.serve("/signin", page(kPageStyle));
   proxy.tunnelTo(secure);
   const auto wrapper = withSystemRoots(organisation.file());
-  if (!wrapper) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  if (!wrapper) GTEST_SKIP() << "no mount namespace or no root certificates";
   options.wrapper = *wrapper;
 
   show("https://signin.example/signin");

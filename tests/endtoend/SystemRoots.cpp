@@ -11,10 +11,10 @@ namespace endtoend {
 namespace {
 
 constexpr char kStore[] = "/etc/ssl/certs/ca-certificates.crt";
-constexpr char kBindAndRun[] = R"(mount --bind "$0" "$1" && shift && exec "$@")";
+constexpr char kMountAndRun[] = R"(mount --bind "$0" "$1" && shift && exec "$@")";
 
 std::vector<std::string> commandFor(const std::filesystem::path& bundle) {
-  if (geteuid() == 0) return {"unshare", "--mount", "sh", "-c", kBindAndRun, bundle, kStore};
+  if (geteuid() == 0) return {"unshare", "--mount", "sh", "-c", kMountAndRun, bundle, kStore};
 
   // Mounting needs root in a user namespace. The program runs in a second one, with its original user ID.
   return {"unshare",
@@ -23,7 +23,7 @@ std::vector<std::string> commandFor(const std::filesystem::path& bundle) {
           "--mount",
           "sh",
           "-c",
-          kBindAndRun,
+          kMountAndRun,
           bundle,
           kStore,
           "unshare",

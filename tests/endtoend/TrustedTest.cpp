@@ -43,7 +43,7 @@ class TrustedTest : public EndToEndTest {
 };
 
 TEST_F(TrustedTest, ATrustedSiteLoads) {
-  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace or no root certificates";
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
   EXPECT_THAT(secure.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
   EXPECT_THAT(proxy.asked(), testing::Each("CONNECT signin.example:443"));
@@ -59,7 +59,7 @@ TEST_F(TrustedTest, TheEnvironmentCannotMakeTheSystemTrustIt) {
 }
 
 TEST_F(TrustedTest, AnotherHostsCertificateIsRejected) {
-  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace or no root certificates";
   options.signIn = "https://other.example/signin";
   expectRefusal(-1202);
 }

@@ -24,14 +24,14 @@ class WaylandTest : public EndToEndTest {
   ~WaylandTest() override { run.reset(); }
 
   // Polls the screen until it shows a color.
-  Area lookFor(unsigned colour) {
+  Area waitForColor(unsigned colour) {
     const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     while (std::chrono::steady_clock::now() < deadline) {
       const std::optional<Picture> picture = compositor->picture();
       if (!picture) continue;
       if (const auto seen = picture->find(colour)) return *seen;
     }
-    throw std::runtime_error("looked in vain for the colour");
+    throw std::runtime_error("timed out waiting for the color");
   }
 
   std::unique_ptr<Compositor> compositor;
@@ -53,7 +53,7 @@ TEST_F(WaylandTest, AnEnterprisePageEnlargesTheWindow) {
 TEST_F(WaylandTest, ThePageFillsTheWindow) {
   site.serve("/signin", page("<style>body { background: #123456; margin: 0 }</style>"));
   start();
-  const Area shown = lookFor(0x123456);
+  const Area shown = waitForColor(0x123456);
   EXPECT_EQ(shown.width, 680);
   EXPECT_EQ(shown.height, 550);
 }

@@ -37,9 +37,9 @@ WindowManager::WindowManager(const tools::Screen& screen, const std::string& dis
   }
 }
 
-tools::WindowId WindowManager::frontWindow() const {
-  const std::vector<unsigned long> fromTheBack = screen_.numbersOf(screen_.root(), "_NET_CLIENT_LIST_STACKING");
-  return fromTheBack.empty() ? 0 : fromTheBack.back();
+tools::WindowId WindowManager::topmostWindow() const {
+  const std::vector<unsigned long> windows = screen_.numbersOf(screen_.root(), "_NET_CLIENT_LIST_STACKING");
+  return windows.empty() ? 0 : windows.back();
 }
 
 unsigned long WindowManager::rootNumber(const char* name) const {

@@ -23,7 +23,7 @@ class WindowManager {
   tools::WindowId activeWindow() const { return rootNumber("_NET_ACTIVE_WINDOW"); }
 
   // The topmost window, 0 if none.
-  tools::WindowId frontWindow() const;
+  tools::WindowId topmostWindow() const;
 
   // 0 to 3.
   unsigned long currentDesktop() const { return rootNumber("_NET_CURRENT_DESKTOP"); }

@@ -41,7 +41,7 @@ class WindowManagerTest : public EndToEndTest {
   }
 
   // Activates the other window by a click.
-  void workInTheOtherWindow() {
+  void activateOtherWindow() {
     untilActive("the other window", other->id());
     screen.click(100, 100);
     screen.type("x");
@@ -58,14 +58,14 @@ class WindowManagerTest : public EndToEndTest {
 };
 
 TEST_F(WindowManagerTest, ItIsRaisedAndGetsTheFocus) {
-  workInTheOtherWindow();
+  activateOtherWindow();
   start();
   untilActive("the window", window().id);
-  EXPECT_EQ(manager->frontWindow(), window().id);
+  EXPECT_EQ(manager->topmostWindow(), window().id);
 }
 
 TEST_F(WindowManagerTest, ItOpensOnTheCurrentDesktop) {
-  workInTheOtherWindow();
+  activateOtherWindow();
   screen.request(screen.root(), "_NET_CURRENT_DESKTOP", {2});
   until("the other desktop", [&] { return manager->currentDesktop() == 2; });
   start();
@@ -75,10 +75,10 @@ TEST_F(WindowManagerTest, ItOpensOnTheCurrentDesktop) {
 
 TEST_F(WindowManagerTest, ItIsRaisedForAnOldLauncher) {
   options.environment["DESKTOP_STARTUP_ID"] = "launcher-1-host-svo_TIME1";
-  workInTheOtherWindow();
+  activateOtherWindow();
   start();
   untilActive("the window", window().id);
-  EXPECT_EQ(manager->frontWindow(), window().id);
+  EXPECT_EQ(manager->topmostWindow(), window().id);
   EXPECT_EQ(desktopOf(window().id), manager->currentDesktop());
 }
 
@@ -113,19 +113,20 @@ TEST_F(WindowManagerTest, AltAndF4CloseIt) {
 }
 
 TEST_F(WindowManagerTest, OnlyTheEnterpriseWindowCanBeMaximized) {
-  const auto mayDo = [this] { return screen.namesOf(window().id, "_NET_WM_ALLOWED_ACTIONS"); };
+  const auto allowedActions = [this] { return screen.namesOf(window().id, "_NET_WM_ALLOWED_ACTIONS"); };
   site.serve("/signin", pageThatWaitsForAClick(site.address("/start?redirect_uri=" + site.address("/staff"))));
   start();
   untilRequested("/clickable");
   untilActive("the window", window().id);
-  EXPECT_THAT(mayDo(), Contains("_NET_WM_ACTION_MOVE"));
-  EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_MAXIMIZE_VERT")));
-  EXPECT_THAT(mayDo(), Not(Contains("_NET_WM_ACTION_RESIZE")));
+  EXPECT_THAT(allowedActions(), Contains("_NET_WM_ACTION_MOVE"));
+  EXPECT_THAT(allowedActions(), Not(Contains("_NET_WM_ACTION_MAXIMIZE_VERT")));
+  EXPECT_THAT(allowedActions(), Not(Contains("_NET_WM_ACTION_RESIZE")));
 
   click();
   untilRequested("/staff");
   until("the size", [this] { return window().frame.width == 800; });
-  until("the leave to grow", [&] { return testing::Value(mayDo(), Contains("_NET_WM_ACTION_MAXIMIZE_VERT")); });
+  until("the action to maximize",
+        [&] { return testing::Value(allowedActions(), Contains("_NET_WM_ACTION_MAXIMIZE_VERT")); });
   const Area frame = borderedFrame();
   screen.doubleClick(frame.x + frame.width / 2, frame.y + 5);
   until("the whole screen", [this] { return window().frame.width == 1280; });

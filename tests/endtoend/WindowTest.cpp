@@ -17,7 +17,7 @@ class WindowTest : public EndToEndTest {
  protected:
   Picture picture() { return screen.picture(window().frame); }
 
-  void untilSeen(unsigned colour) {
+  void untilColorIsShown(unsigned colour) {
     until("the colour", [&] { return picture().find(colour).has_value(); });
   }
 };
@@ -26,7 +26,7 @@ TEST_F(WindowTest, TheSpinnerIsCentered) {
   site.hold("/signin");
   start();
   untilRequested("/signin");
-  untilSeen(kSpinnerBlue);
+  untilColorIsShown(kSpinnerBlue);
   const Area spinner = *picture().find(kSpinnerBlue);
   EXPECT_NEAR(spinner.x + spinner.width / 2, 680 / 2, 32);
   EXPECT_NEAR(spinner.y + spinner.height / 2, kStripHeight + 550 / 2, 32);
@@ -53,7 +53,7 @@ TEST_F(WindowTest, ItHasADefaultTitle) {
 TEST_F(WindowTest, ThePageFillsTheWindowBelowTheStrip) {
   site.serve("/signin", page("<style>body{background:#123456;margin:0}</style>"));
   start();
-  untilSeen(0x123456);
+  untilColorIsShown(0x123456);
   const Area shown = *picture().find(0x123456);
   EXPECT_EQ(shown.y, kStripHeight);
   EXPECT_EQ(shown.height, 550);
@@ -74,7 +74,7 @@ TEST_F(WindowTest, TheWheelDoesNotScrollALongPage) {
   site.serve("/signin", page(kLongPage));
   start();
   untilRequested("/loaded");
-  untilSeen(0x123456);
+  untilColorIsShown(0x123456);
   const Area frame = window().frame;
   screen.moveTo(frame.x + frame.width - 3, frame.y + 300);
   screen.turnWheel(10);

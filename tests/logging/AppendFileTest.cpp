@@ -4,6 +4,8 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <fstream>
+#include <string>
 
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdarg>
 #include <ctime>
+#include <filesystem>
+#include <string>
 
 #include "tests/support/Clock.h"
 #include "tests/support/FakeClock.h"

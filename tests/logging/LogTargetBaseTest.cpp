@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <string>
+
 #include "logging/LogTargetDefault.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"

@@ -5,7 +5,13 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <system_error>
 #include <thread>
+#include <vector>
 
 #include "tests/logging/FileTargetFixture.h"
 #include "tests/support/Child.h"

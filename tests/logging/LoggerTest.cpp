@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "logging/LoggingCore.h"
 #include "tests/logging/RecordingTarget.h"
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <string>
+#include <vector>
 
 #include "logging/Logger.h"
 #include "tests/logging/RecordingTarget.h"

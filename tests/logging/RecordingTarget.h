@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <fstream>
 #include <string>
 #include <vector>
 

@@ -4,9 +4,16 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstddef>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
 
 #include "tests/logging/FileTargetFixture.h"
 #include "tests/support/Child.h"

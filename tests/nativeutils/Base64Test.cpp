@@ -27,7 +27,7 @@ bool operator==(const Decoded& a, const Decoded& b) {
 }
 
 std::ostream& operator<<(std::ostream& out, const Decoded& decoded) {
-  return out << '"' << decoded.bytes << '"' << (decoded.ok ? "" : " and a failure");
+  return out << '"' << decoded.bytes << '"' << (decoded.ok ? "" : " and failed");
 }
 
 Decoded decode(const std::string& text) {
@@ -58,15 +58,15 @@ std::string encodeByTemplate(const std::string& bytes) {
   return std::string(text.begin(), text.end());
 }
 
-Decoded good(std::string_view bytes) {
+Decoded success(std::string_view bytes) {
   return {std::string(bytes), true};
 }
 
-Decoded bad(std::string_view bytes) {
+Decoded failure(std::string_view bytes) {
   return {std::string(bytes), false};
 }
 
-std::string someBytes(std::size_t size, unsigned seed = 1) {
+std::string randomBytes(std::size_t size, unsigned seed = 1) {
   std::minstd_rand random(seed);
   std::string bytes(size, '\0');
   for (char& byte : bytes)
@@ -74,7 +74,7 @@ std::string someBytes(std::size_t size, unsigned seed = 1) {
   return bytes;
 }
 
-TEST(Base64, EncodesTheTestVectorsOfTheRfc) {
+TEST(Base64Test, EncodesTheTestVectorsOfTheRfc) {
   const std::array<std::array<const char*, 2>, 7> vectors = {{{"", ""},
                                                               {"f", "Zg=="},
                                                               {"fo", "Zm8="},
@@ -85,17 +85,17 @@ TEST(Base64, EncodesTheTestVectorsOfTheRfc) {
   for (const auto& [bytes, text] : vectors) {
     EXPECT_EQ(encode(bytes), text);
     EXPECT_EQ(encodeByTemplate(bytes), text);
-    EXPECT_EQ(decode(text), good(bytes));
-    EXPECT_EQ(decodeByTemplate(text), good(bytes));
+    EXPECT_EQ(decode(text), success(bytes));
+    EXPECT_EQ(decodeByTemplate(text), success(bytes));
   }
 }
 
-TEST(Base64, EncodesWithoutLineBreaks) {
+TEST(Base64Test, EncodesWithoutLineBreaks) {
   EXPECT_EQ(encode(std::string(57, 'x')).size(), 76u);
-  EXPECT_EQ(encode(someBytes(100000)).find_first_of("\r\n"), std::string::npos);
+  EXPECT_EQ(encode(randomBytes(100000)).find_first_of("\r\n"), std::string::npos);
 }
 
-TEST(Base64, AppendsToTheOutput) {
+TEST(Base64Test, AppendsToTheOutput) {
   std::string text = "text: ";
   const std::string bytes = "foo";
   *Base64Encode(bytes.begin(), bytes.end(), std::back_inserter(text)) = '!';
@@ -108,93 +108,93 @@ TEST(Base64, AppendsToTheOutput) {
   EXPECT_EQ(out, "bytes: foo!");
 }
 
-TEST(Base64, EncodesEveryLengthLikeTheTemplate) {
+TEST(Base64Test, EncodesEveryLengthLikeTheTemplate) {
   for (std::size_t size = 0; size < 400; ++size)
-    EXPECT_EQ(encode(someBytes(size)), encodeByTemplate(someBytes(size))) << size;
+    EXPECT_EQ(encode(randomBytes(size)), encodeByTemplate(randomBytes(size))) << size;
   for (const unsigned size : {3071u, 3072u, 3073u, 3074u, 3075u, 6144u, 10000u, 100001u})
-    EXPECT_EQ(encode(someBytes(size)), encodeByTemplate(someBytes(size))) << size;
+    EXPECT_EQ(encode(randomBytes(size)), encodeByTemplate(randomBytes(size))) << size;
 }
 
-TEST(Base64, DecodesItsOwnTextAtEveryLength) {
+TEST(Base64Test, DecodesItsOwnTextAtEveryLength) {
   for (std::size_t size = 0; size < 400; ++size)
-    EXPECT_EQ(decode(encode(someBytes(size))), good(someBytes(size))) << size;
+    EXPECT_EQ(decode(encode(randomBytes(size))), success(randomBytes(size))) << size;
   for (const unsigned size : {3071u, 3072u, 3073u, 6143u, 6144u, 6145u, 100001u})
-    EXPECT_EQ(decode(encode(someBytes(size))), good(someBytes(size))) << size;
+    EXPECT_EQ(decode(encode(randomBytes(size))), success(randomBytes(size))) << size;
 }
 
-TEST(Base64, SkipsCharactersOutsideItsRange) {
-  EXPECT_EQ(decode("Zm9v\nYmFy"), good("foobar"));
-  EXPECT_EQ(decode("\r\n Z\tm9-v Ym.Fy{|}~\x7F\x80\xFF,*!\n"), good("foobar"));
-  EXPECT_EQ(decode("-\n \t"), good(""));
-  EXPECT_EQ(decode("Zg\n=\n="), good("f"));
+TEST(Base64Test, SkipsCharactersOutsideItsRange) {
+  EXPECT_EQ(decode("Zm9v\nYmFy"), success("foobar"));
+  EXPECT_EQ(decode("\r\n Z\tm9-v Ym.Fy{|}~\x7F\x80\xFF,*!\n"), success("foobar"));
+  EXPECT_EQ(decode("-\n \t"), success(""));
+  EXPECT_EQ(decode("Zg\n=\n="), success("f"));
 }
 
-TEST(Base64, FailsIfTheTextEndsInsideAGroup) {
-  EXPECT_EQ(decode("Zm9"), bad(""));
-  EXPECT_EQ(decode("Z"), bad(""));
-  EXPECT_EQ(decode("="), bad(""));
-  EXPECT_EQ(decode("Zm9vY"), bad("foo"));
-  EXPECT_EQ(decode("Zm9v\nYm\n"), bad("foo"));
-  EXPECT_EQ(decode("Zm9vZg="), bad("foo"));
+TEST(Base64Test, FailsIfTheTextEndsInsideAGroup) {
+  EXPECT_EQ(decode("Zm9"), failure(""));
+  EXPECT_EQ(decode("Z"), failure(""));
+  EXPECT_EQ(decode("="), failure(""));
+  EXPECT_EQ(decode("Zm9vY"), failure("foo"));
+  EXPECT_EQ(decode("Zm9v\nYm\n"), failure("foo"));
+  EXPECT_EQ(decode("Zm9vZg="), failure("foo"));
 }
 
-TEST(Base64, FailsAtMisplacedPadding) {
+TEST(Base64Test, FailsAtMisplacedPadding) {
   for (const char* group : {"=m9v", "Z=9v", "==9v", "====", "Zg=a", "Z==="}) {
-    EXPECT_EQ(decode(group), bad("")) << group;
-    EXPECT_EQ(decode("Zm9v" + std::string(group) + "Zm9v"), bad("foo")) << group;
+    EXPECT_EQ(decode(group), failure("")) << group;
+    EXPECT_EQ(decode("Zm9v" + std::string(group) + "Zm9v"), failure("foo")) << group;
   }
 }
 
-TEST(Base64, ContinuesAfterPadding) {
-  EXPECT_EQ(decode("QQ==QQ=="), good("AA"));
-  EXPECT_EQ(decode("Zm8=Zm9v"), good("fofoo"));
+TEST(Base64Test, ContinuesAfterPadding) {
+  EXPECT_EQ(decode("QQ==QQ=="), success("AA"));
+  EXPECT_EQ(decode("Zm8=Zm9v"), success("fofoo"));
 }
 
-TEST(Base64, DecodesPaddedGroupsAcrossManyBlocks) {
+TEST(Base64Test, DecodesPaddedGroupsAcrossManyBlocks) {
   std::string text, bytes;
   for (int i = 0; i < 5000; ++i) {
     text += i % 3 == 0 ? "Zg==" : "Zm8=";
     bytes += i % 3 == 0 ? "f" : "fo";
   }
-  EXPECT_EQ(decode(text), good(bytes));
+  EXPECT_EQ(decode(text), success(bytes));
 }
 
-TEST(Base64, IgnoresUnusedPaddingBits) {
-  EXPECT_EQ(decode("Zh=="), good("f"));
-  EXPECT_EQ(decode("Zm9="), good("fo"));
+TEST(Base64Test, IgnoresUnusedPaddingBits) {
+  EXPECT_EQ(decode("Zh=="), success("f"));
+  EXPECT_EQ(decode("Zm9="), success("fo"));
 }
 
-TEST(Base64, ForeignCharactersOfItsRangeHaveTheValueZero) {
-  EXPECT_EQ(decode("Zm:v"), good("f`/"));
+TEST(Base64Test, InvalidCharactersOfTheRangeAreZero) {
+  EXPECT_EQ(decode("Zm:v"), success("f`/"));
   for (const char c : std::string(":;<>?@[\\]^_`")) {
     const std::string group{'Z', 'm', c, 'v'};
-    EXPECT_EQ(decode(group), good("f`/")) << c;
-    EXPECT_EQ(decode(std::string(4, c)), good(std::string_view("\0\0\0", 3))) << c;
+    EXPECT_EQ(decode(group), success("f`/")) << c;
+    EXPECT_EQ(decode(std::string(4, c)), success(std::string_view("\0\0\0", 3))) << c;
   }
 }
 
-TEST(Base64, KeepsTheBytesBeforeTheError) {
-  const std::string bytes = someBytes(30000);
-  EXPECT_EQ(decode(encode(bytes) + "Zg=a"), bad(bytes));
-  EXPECT_EQ(decode(encode(bytes) + "Zm9vZ"), bad(bytes + "foo"));
+TEST(Base64Test, KeepsTheBytesBeforeTheError) {
+  const std::string bytes = randomBytes(30000);
+  EXPECT_EQ(decode(encode(bytes) + "Zg=a"), failure(bytes));
+  EXPECT_EQ(decode(encode(bytes) + "Zm9vZ"), failure(bytes + "foo"));
 }
 
-TEST(Base64, DecodesEveryCharacterAtEveryPositionLikeTheTemplate) {
-  const std::string text = encode(someBytes(96));
-  for (std::size_t place = 0; place < text.size(); ++place) {
+TEST(Base64Test, DecodesAllCharactersLikeTheTemplate) {
+  const std::string text = encode(randomBytes(96));
+  for (std::size_t position = 0; position < text.size(); ++position) {
     for (int c = 0; c < 256; ++c) {
       std::string changed = text;
-      changed[place] = static_cast<char>(c);
-      ASSERT_EQ(decode(changed), decodeByTemplate(changed)) << "character " << c << " at " << place;
+      changed[position] = static_cast<char>(c);
+      ASSERT_EQ(decode(changed), decodeByTemplate(changed)) << "character " << c << " at " << position;
       changed = text;
-      changed.insert(place, 1, static_cast<char>(c));
-      ASSERT_EQ(decode(changed), decodeByTemplate(changed)) << "character " << c << " inserted at " << place;
+      changed.insert(position, 1, static_cast<char>(c));
+      ASSERT_EQ(decode(changed), decodeByTemplate(changed)) << "character " << c << " inserted at " << position;
     }
   }
 }
 
-TEST(Base64, DecodesLinesOfEveryLengthLikeTheTemplate) {
-  const std::string text = encode(someBytes(9000));
+TEST(Base64Test, DecodesLinesOfEveryLengthLikeTheTemplate) {
+  const std::string text = encode(randomBytes(9000));
   for (std::size_t length = 1; length < 140; ++length) {
     for (const char* end : {"\n", "\r\n", "\n  \t", ";", "="}) {
       std::string lines;
@@ -205,8 +205,8 @@ TEST(Base64, DecodesLinesOfEveryLengthLikeTheTemplate) {
   }
 }
 
-TEST(Base64, DecodesEveryPrefixLikeTheTemplate) {
-  const std::string text = encode(someBytes(300));
+TEST(Base64Test, DecodesEveryPrefixLikeTheTemplate) {
+  const std::string text = encode(randomBytes(300));
   for (std::size_t length = 27; length < 66; ++length) {
     const std::string lines = text.substr(0, length) + "\n\n\n" + text.substr(length);
     for (std::size_t size = 0; size < 140; ++size) {
@@ -216,45 +216,45 @@ TEST(Base64, DecodesEveryPrefixLikeTheTemplate) {
   }
 }
 
-class Base64Functions : public nativeutils_test::LoggedTest {
+class Base64FunctionsTest : public nativeutils_test::LoggedTest {
  protected:
-  std::string out = "former";
+  std::string out = "previous";
 };
 
 constexpr const char* kInvalidEncoding = "INFO Invalid arguments to utilEncodeDataInBase64.";
 constexpr const char* kInvalidDecoding = "INFO Invalid arguments to utilDecodeBase64Data.";
 constexpr const char* kUndecodable = "INFO Failed to decode from base 64.";
 
-TEST_F(Base64Functions, EncodingAppends) {
+TEST_F(Base64FunctionsTest, EncodingAppends) {
   EXPECT_TRUE(utilEncodeDataInBase64("foobar", 6, out));
-  EXPECT_EQ(out, "formerZm9vYmFy");
+  EXPECT_EQ(out, "previousZm9vYmFy");
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(Base64Functions, EncodingStopsAtTheFirstNulWhateverTheLength) {
+TEST_F(Base64FunctionsTest, EncodingStopsAtTheFirstNul) {
   EXPECT_TRUE(utilEncodeDataInBase64("A\0B", 3, out));
   EXPECT_TRUE(utilEncodeDataInBase64("A", 1000, out));
   EXPECT_TRUE(utilEncodeDataInBase64("A", -1, out));
   EXPECT_TRUE(utilEncodeDataInBase64("", 5, out));
-  EXPECT_EQ(out, "formerQQ==QQ==QQ==");
+  EXPECT_EQ(out, "previousQQ==QQ==QQ==");
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(Base64Functions, EncodingRejectsNullAndLengthZero) {
+TEST_F(Base64FunctionsTest, EncodingRejectsNullAndLengthZero) {
   EXPECT_FALSE(utilEncodeDataInBase64(nullptr, 3, out));
   EXPECT_FALSE(utilEncodeDataInBase64("foo", 0, out));
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "previous");
   EXPECT_THAT(logged(), ElementsAre(kInvalidEncoding, kInvalidEncoding));
 }
 
-TEST_F(Base64Functions, EncodesATextOfTheOutput) {
+TEST_F(Base64FunctionsTest, EncodesATextOfTheOutput) {
   out = std::string(1000, 'x');
   out.shrink_to_fit();
   EXPECT_TRUE(utilEncodeDataInBase64(out.c_str() + 997, 3, out));
   EXPECT_EQ(out, std::string(1000, 'x') + "eHh4");
 }
 
-TEST_F(Base64Functions, DecodingReplacesTheOutput) {
+TEST_F(Base64FunctionsTest, DecodingReplacesTheOutput) {
   EXPECT_TRUE(utilDecodeBase64Data("Zm9v\nYmFy", 9, out));
   EXPECT_EQ(out, "foobar");
   EXPECT_TRUE(utilDecodeBase64Data("AAAB", -1, out));
@@ -264,28 +264,28 @@ TEST_F(Base64Functions, DecodingReplacesTheOutput) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(Base64Functions, DecodingStopsAtTheFirstNulWhateverTheLength) {
+TEST_F(Base64FunctionsTest, DecodingStopsAtTheFirstNul) {
   EXPECT_TRUE(utilDecodeBase64Data("Zm9v\0YmFy", 9, out));
   EXPECT_EQ(out, "foo");
 }
 
-TEST_F(Base64Functions, DecodingRejectsNullAndLengthZero) {
+TEST_F(Base64FunctionsTest, DecodingRejectsNullAndLengthZero) {
   EXPECT_FALSE(utilDecodeBase64Data("Zm9v", 0, out));
   EXPECT_FALSE(utilDecodeBase64Data(nullptr, 4, out));
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "previous");
   EXPECT_THAT(logged(), ElementsAre(kInvalidDecoding, kInvalidDecoding));
 }
 
-TEST_F(Base64Functions, FailedDecodingKeepsTheOutput) {
+TEST_F(Base64FunctionsTest, FailedDecodingKeepsTheOutput) {
   EXPECT_FALSE(utilDecodeBase64Data("Zm9vZg=", 7, out));
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "previous");
   EXPECT_THAT(logged(), ElementsAre(kUndecodable));
 }
 
-TEST_F(Base64Functions, DecodesATextIntoItself) {
-  out = encode(someBytes(5000));
+TEST_F(Base64FunctionsTest, DecodesATextIntoItself) {
+  out = encode(randomBytes(5000));
   EXPECT_TRUE(utilDecodeBase64Data(out.c_str(), 1, out));
-  EXPECT_EQ(out, someBytes(5000));
+  EXPECT_EQ(out, randomBytes(5000));
 }
 
 }  // namespace

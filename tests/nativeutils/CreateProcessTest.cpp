@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,32 +25,32 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// What a watcher was called with, and how the process that it waited for ended.
-std::atomic<pid_t> watched{0};
-std::atomic<int> watchedEnd{-1};
+// The process id that the watcher received, and the exit status of that process.
+std::atomic<pid_t> watchedProcess{0};
+std::atomic<int> watchedStatus{-1};
 
 void* watch(void* process) {
   const auto id = static_cast<pid_t>(reinterpret_cast<std::intptr_t>(process));
   ::pthread_detach(::pthread_self());
   int status = 0;
   const bool waited = ::waitpid(id, &status, 0) == id;
-  watchedEnd = waited ? WEXITSTATUS(status) : -2;
-  watched = id;
+  watchedStatus = waited ? WEXITSTATUS(status) : -2;
+  watchedProcess = id;
   return nullptr;
 }
 
 class CreateProcessTest : public nativeutils_test::LoggedTest {
  protected:
   CreateProcessTest() {
-    watched = 0;
-    watchedEnd = -1;
+    watchedProcess = 0;
+    watchedStatus = -1;
   }
 
   void TearDown() override {
-    EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); })) << "nothing is left of any process";
+    EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); })) << "a child or a zombie remains";
   }
 
-  // A program of the test's that runs in the shell.
+  // Creates an executable shell script.
   std::string program(const std::string& script, const std::string& name = "program") const {
     const std::string path = folder / name;
     support::writeFile(path, "#!/bin/sh\n" + script + "\n");
@@ -57,15 +58,15 @@ class CreateProcessTest : public nativeutils_test::LoggedTest {
     return path;
   }
 
-  // Runs it to its end; -1 when it was not started.
-  long endOf(const std::string& path, const Lines& args = {}) {
+  // Runs a program to its end. Returns its exit status; -1 if it was not started.
+  long statusOf(const std::string& path, const Lines& args = {}) {
     status = returnCode = 4711;
     const bool started = utilCreateProcessWithReturnCode(path, args, status, true, returnCode, false);
     EXPECT_EQ(status, 4711u);
     return started ? static_cast<long>(returnCode) : -1;
   }
 
-  bool isDone() const {
+  bool becomesDone() const {
     return support::comesTrue([&] { return std::filesystem::exists(folder / "done"); });
   }
 
@@ -74,25 +75,25 @@ class CreateProcessTest : public nativeutils_test::LoggedTest {
   const support::TemporaryFolder folder;
 };
 
-TEST_F(CreateProcessTest, WaitingGivesTheExitStatus) {
-  EXPECT_EQ(endOf(program("exit 3")), 3);
-  EXPECT_EQ(endOf(program("exit 0")), 0);
+TEST_F(CreateProcessTest, ReturnsTheExitStatus) {
+  EXPECT_EQ(statusOf(program("exit 3")), 3);
+  EXPECT_EQ(statusOf(program("exit 0")), 0);
 }
 
-TEST_F(CreateProcessTest, WaitingForAProgramThatASignalEndsGivesTheSignal) {
-  EXPECT_EQ(endOf(program("kill -9 $$")), 9);
+TEST_F(CreateProcessTest, ReturnsTheNumberOfTheSignal) {
+  EXPECT_EQ(statusOf(program("kill -9 $$")), 9);
 }
 
-TEST_F(CreateProcessTest, AnEndThatIsNotKnownIsMinusOneWithItsSign) {
-  support::Child deaf([&] {
+TEST_F(CreateProcessTest, ReturnsMinusOneForAnUnknownStatus) {
+  support::Child child([&] {
     ::signal(SIGCHLD, SIG_IGN);
     unsigned long code = 0;
     return utilCreateProcessWithReturnCode("/bin/true", {}, status, true, code, false) && code == ~0ul ? 0 : 1;
   });
-  EXPECT_EQ(deaf.wait(), 0);
+  EXPECT_EQ(child.wait(), 0);
 }
 
-TEST_F(CreateProcessTest, WithoutWaitingItReturnsWhileTheProgramRuns) {
+TEST_F(CreateProcessTest, ReturnsWhileTheProgramRuns) {
   ASSERT_EQ(::mkfifo((folder / "go").c_str(), 0600), 0);
   const std::string path = program("read line <go; touch done; exit 3");
   EXPECT_TRUE(utilCreateProcessWithReturnCode(path, {}, status, false, returnCode, true));
@@ -100,39 +101,39 @@ TEST_F(CreateProcessTest, WithoutWaitingItReturnsWhileTheProgramRuns) {
   EXPECT_EQ(returnCode, 0u);
   EXPECT_FALSE(std::filesystem::exists(folder / "done"));
   support::writeFile(folder / "go", "go\n");
-  EXPECT_TRUE(isDone());
+  EXPECT_TRUE(becomesDone());
 }
 
-TEST_F(CreateProcessTest, TheStartIsLoggedWithItsArguments) {
+TEST_F(CreateProcessTest, LogsTheArguments) {
   const std::string path = program("exit 0");
-  EXPECT_EQ(endOf(path, {"a b", "", "100%s"}), 0);
+  EXPECT_EQ(statusOf(path, {"a b", "", "100%s"}), 0);
   EXPECT_EQ(logged(), (Lines{"DEBUG Launch Process at path " + path, "DEBUG Launch Process With Arg 0 : a b",
                              "DEBUG Launch Process With Arg 1 : ", "DEBUG Launch Process With Arg 2 : 100%s",
                              "INFO Launch Process With Task "}));
 }
 
-TEST_F(CreateProcessTest, AnEmptyPathIsAnError) {
-  EXPECT_EQ(endOf(""), -1);
+TEST_F(CreateProcessTest, LogsAnEmptyPath) {
+  EXPECT_EQ(statusOf(""), -1);
   EXPECT_EQ(returnCode, 4711u);
   EXPECT_EQ(logged(), Lines{"ERROR CreateProcess failed. PathToProcess does not exist."});
 }
 
-TEST_F(CreateProcessTest, APathWhereNothingIsIsAnError) {
-  EXPECT_EQ(endOf(folder / "none"), -1);
+TEST_F(CreateProcessTest, LogsAMissingFile) {
+  EXPECT_EQ(statusOf(folder / "none"), -1);
   EXPECT_EQ(logged(), Lines{"ERROR File doesnot exists at: '" + (folder / "none") + "'"});
   forget();
   ASSERT_EQ(::symlink("nowhere", (folder / "dangling").c_str()), 0);
-  EXPECT_EQ(endOf(folder / "dangling"), -1);
+  EXPECT_EQ(statusOf(folder / "dangling"), -1);
   EXPECT_EQ(logged(), Lines{"ERROR File doesnot exists at: '" + (folder / "dangling") + "'"});
 }
 
-TEST_F(CreateProcessTest, WhatCannotBeStartedIsAnError) {
+TEST_F(CreateProcessTest, LogsAProgramThatCannotBeStarted) {
   support::writeFile(folder / "text", "exit 0\n");
   support::writeFile(folder / "script", "exit 0\n");
   std::filesystem::permissions(folder / "script", std::filesystem::perms(0755));
   for (const std::string& path : {folder.path(), folder / "text", folder / "script"}) {
     forget();
-    EXPECT_EQ(endOf(path), -1) << path;
+    EXPECT_EQ(statusOf(path), -1) << path;
     EXPECT_EQ(returnCode, 4711u);
     EXPECT_EQ(logged(), (Lines{"DEBUG Launch Process at path " + path, "INFO Launch Process With Task ",
                                "ERROR Launch Process With Task "}));
@@ -140,98 +141,98 @@ TEST_F(CreateProcessTest, WhatCannotBeStartedIsAnError) {
   }
 }
 
-TEST_F(CreateProcessTest, OutputIsDiscardedByTheOneAndKeptByTheOther) {
+TEST_F(CreateProcessTest, OnlyTheFunctionWithReturnCodeDiscardsOutput) {
   const std::string path = program("echo out; echo err >&2; touch '" + (folder / "done") + "'");
-  EXPECT_EQ(support::outputOf([&] { EXPECT_EQ(endOf(path), 0); }), "");
+  EXPECT_EQ(support::outputOf([&] { EXPECT_EQ(statusOf(path), 0); }), "");
   std::filesystem::remove(folder / "done");
   EXPECT_EQ(support::outputOf([&] {
               EXPECT_TRUE(utilCreateProcess(path, {}, false, nullptr));
-              EXPECT_TRUE(isDone());
+              EXPECT_TRUE(becomesDone());
             }),
             "out\nerr\n");
 }
 
-TEST_F(CreateProcessTest, TheOneWorksInTheProgramsFolderAndTheOtherWhereThisProcessDoes) {
+TEST_F(CreateProcessTest, OnlyTheFunctionWithReturnCodeChangesFolder) {
   const std::string path = program("pwd -P >'" + (folder / "where") + "'; touch '" + (folder / "done") + "'");
-  EXPECT_EQ(endOf(path), 0);
+  EXPECT_EQ(statusOf(path), 0);
   EXPECT_EQ(support::contentsOf(folder / "where"), std::filesystem::canonical(folder.path()).string() + "\n");
   std::filesystem::remove(folder / "done");
   EXPECT_TRUE(utilCreateProcess(path, {}, false, nullptr));
-  EXPECT_TRUE(isDone());
+  EXPECT_TRUE(becomesDone());
   EXPECT_EQ(support::contentsOf(folder / "where"), std::filesystem::current_path().string() + "\n");
 }
 
-TEST_F(CreateProcessTest, BothGiveThisProcessesInput) {
+TEST_F(CreateProcessTest, BothFunctionsPassStandardInput) {
   ASSERT_EQ(::mkfifo((folder / "in").c_str(), 0600), 0);
-  const platform::UniqueFd in(::open((folder / "in").c_str(), O_RDWR | O_CLOEXEC)), former(::dup(STDIN_FILENO));
+  const platform::UniqueFd in(::open((folder / "in").c_str(), O_RDWR | O_CLOEXEC)), previous(::dup(STDIN_FILENO));
   ::dup2(in.get(), STDIN_FILENO);
   ASSERT_EQ(::write(in.get(), "7\n9\n", 4), 4);
-  EXPECT_EQ(endOf(program("read number; exit $number")), 7);
+  EXPECT_EQ(statusOf(program("read number; exit $number")), 7);
   EXPECT_TRUE(utilCreateProcess(program("read number; echo $number >'" + (folder / "done") + "'"), {}, false, nullptr));
   EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "done") == "9\n"; }));
-  ::dup2(former.get(), STDIN_FILENO);
+  ::dup2(previous.get(), STDIN_FILENO);
 }
 
-TEST_F(CreateProcessTest, ANewProcessIsLoggedWithItsArguments) {
+TEST_F(CreateProcessTest, CreateLogsTheArguments) {
   const std::string path = program("touch '" + (folder / "done") + "'");
   EXPECT_TRUE(utilCreateProcess(path, {"a b"}, false, nullptr));
-  EXPECT_TRUE(isDone());
+  EXPECT_TRUE(becomesDone());
   EXPECT_EQ(logged(), (Lines{"DEBUG Launch Process at path " + path, "DEBUG Launch Process With Arg 0 : a b",
                              "INFO Launch Process With Task "}));
 }
 
-TEST_F(CreateProcessTest, ANewProcessFromAnEmptyPathOrFromNothingFailsWithoutAMessage) {
+TEST_F(CreateProcessTest, CreateFailsSilentlyWithoutAProgram) {
   EXPECT_FALSE(utilCreateProcess("", {}, true, watch));
   EXPECT_FALSE(utilCreateProcess(folder / "none", {}, true, watch));
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(CreateProcessTest, ANewProcessFromAFolderFails) {
+TEST_F(CreateProcessTest, CreateFailsForAFolder) {
   EXPECT_FALSE(utilCreateProcess(folder.path(), {}, false, watch));
   EXPECT_EQ(logged(), (Lines{"DEBUG Launch Process at path " + folder.path(), "INFO Launch Process With Task "}));
-  EXPECT_EQ(watched, 0);
+  EXPECT_EQ(watchedProcess, 0);
 }
 
-TEST_F(CreateProcessTest, AWatcherHasTheProcessToItselfAndWaitsForIt) {
+TEST_F(CreateProcessTest, OnlyTheWatcherWaitsForTheProcess) {
   EXPECT_TRUE(utilCreateProcess(program("exit 6"), {}, false, watch));
-  EXPECT_TRUE(support::comesTrue([] { return watched != 0; }));
-  EXPECT_EQ(watchedEnd, 6);
+  EXPECT_TRUE(support::comesTrue([] { return watchedProcess != 0; }));
+  EXPECT_EQ(watchedStatus, 6);
 }
 
-TEST_F(CreateProcessTest, WithoutADisplayAProcessIsNotBroughtToTheFrontAndThatIsSaidAtOnce) {
-  const support::Variable none("DISPLAY", std::nullopt);
+TEST_F(CreateProcessTest, WarnsAtOnceWithoutADisplay) {
+  const support::Variable noDisplay("DISPLAY", std::nullopt);
   const std::string path = program("exit 0");
   EXPECT_TRUE(utilCreateProcess(path, {}, true, watch));
   const Lines lines = logged();
   ASSERT_EQ(lines.size(), 4u);
   EXPECT_EQ(lines[2].rfind("INFO Launching process .... ", 0), 0u) << lines[2];
   EXPECT_EQ(lines[3], "WARN Failed bring front... took much time to Launch Process " + path);
-  EXPECT_EQ(watched, 0) << "a process that is brought to the front has no watcher";
+  EXPECT_EQ(watchedProcess, 0) << "no watcher if the window is raised";
 }
 
-TEST_F(CreateProcessTest, AnApplicationIsLaunchedWithoutArgumentsAndWithoutAMessage) {
+TEST_F(CreateProcessTest, LaunchPassesNoArgumentsAndLogsNothing) {
   EXPECT_TRUE(utilLaunchApplication(program("echo $# >'" + (folder / "done") + "'")));
   EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "done") == "0\n"; }));
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(CreateProcessTest, AnApplicationSharesFolderAndOutput) {
+TEST_F(CreateProcessTest, LaunchKeepsFolderAndOutput) {
   const std::string path = program("pwd -P; echo err >&2; touch '" + (folder / "done") + "'");
   EXPECT_EQ(support::outputOf([&] {
               EXPECT_TRUE(utilLaunchApplication(path));
-              EXPECT_TRUE(isDone());
+              EXPECT_TRUE(becomesDone());
             }),
             std::filesystem::current_path().string() + "\nerr\n");
 }
 
-TEST_F(CreateProcessTest, AnApplicationThatIsNoneIsNotLaunched) {
+TEST_F(CreateProcessTest, LaunchFailsWithoutAProgram) {
   EXPECT_FALSE(utilLaunchApplication(""));
   EXPECT_FALSE(utilLaunchApplication(folder / "none"));
   EXPECT_FALSE(utilLaunchApplication(folder.path()));
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(CreateProcessTest, AUrlIsOpenedInTheProgramThatHandlesItsScheme) {
+TEST_F(CreateProcessTest, OpensAUrlInItsDefaultProgram) {
   const support::Variable data("XDG_DATA_HOME", folder.path()), display("DISPLAY", ":98");
   std::filesystem::create_directory(folder / "applications");
   const std::string handler = program("printf %s \"$1\" >'" + (folder / "done") + "'");
@@ -244,7 +245,7 @@ TEST_F(CreateProcessTest, AUrlIsOpenedInTheProgramThatHandlesItsScheme) {
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(CreateProcessTest, ATextThatIsNoUrlIsNotOpened) {
+TEST_F(CreateProcessTest, DoesNotOpenAnInvalidUrl) {
   EXPECT_FALSE(utilOpenURL(""));
   EXPECT_FALSE(utilOpenURL("http://example.com/a b"));
   EXPECT_FALSE(utilOpenURL("not a url"));

@@ -1,6 +1,10 @@
 #include "tests/nativeutils/FakeDesktop.h"
 
+#include <chrono>
 #include <numeric>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/Desktop.h"
 #include "platform/EventLoop.h"
@@ -10,14 +14,14 @@ using nativeutils_test::fakeDesktop;
 namespace platform {
 
 std::chrono::steady_clock::time_point runLoopTime() {
-  const auto& turns = fakeDesktop.turns;
+  const auto& intervals = fakeDesktop.intervals;
   return std::chrono::steady_clock::time_point(
-      std::accumulate(turns.begin(), turns.end(), std::chrono::milliseconds(1000)));
+      std::accumulate(intervals.begin(), intervals.end(), std::chrono::milliseconds(1000)));
 }
 
 void runLoopFor(std::chrono::milliseconds duration) {
-  fakeDesktop.turns.push_back(duration);
-  if (fakeDesktop.duringTurn) fakeDesktop.duringTurn(fakeDesktop.turns.size());
+  fakeDesktop.intervals.push_back(duration);
+  if (fakeDesktop.onInterval) fakeDesktop.onInterval(fakeDesktop.intervals.size());
 }
 
 void postToAllSessions(const std::string& name, const std::string& object) {
@@ -30,15 +34,15 @@ bool openUrl(const std::string&) {
 }
 
 LaunchResult launchInForeground(const std::string& path, const std::vector<std::string>& arguments) {
-  if (fakeDesktop.failureToRefer || !fakeDesktop.canLaunch) return {false, fakeDesktop.failureToRefer};
+  if (fakeDesktop.referenceFailure || !fakeDesktop.canLaunch) return {false, fakeDesktop.referenceFailure};
   fakeDesktop.launched = {path};
   fakeDesktop.launched.insert(fakeDesktop.launched.end(), arguments.begin(), arguments.end());
   return {true, std::nullopt};
 }
 
 RaiseResult raiseWindow(pid_t process) {
-  fakeDesktop.fronted.push_back(process);
-  return fakeDesktop.fronted.size() > fakeDesktop.unknownFor ? fakeDesktop.fronting : RaiseResult::kNotFound;
+  fakeDesktop.requests.push_back(process);
+  return fakeDesktop.requests.size() > fakeDesktop.unknownCount ? fakeDesktop.result : RaiseResult::kNotFound;
 }
 
 }  // namespace platform

@@ -1,5 +1,5 @@
-// Stands in for a run loop whose time passes at once, for notifications and for what a desktop does with programs; a
-// test that links FakeDesktop.cpp decides what they do.
+// Replaces the run loop, the notifications, the application launcher and the raising of windows. Requires
+// FakeDesktop.cpp. The time of the run loop advances without waiting.
 
 #pragma once
 
@@ -18,23 +18,23 @@
 namespace nativeutils_test {
 
 struct FakeDesktop {
-  // The run loop: each turn takes its time, then happens what `duringTurn` does with the number of turns so far.
-  std::vector<std::chrono::milliseconds> turns;
-  std::function<void(std::size_t)> duringTurn;
+  // Durations of the run loop's calls. `onInterval` is called in each, with the number of calls so far.
+  std::vector<std::chrono::milliseconds> intervals;
+  std::function<void(std::size_t)> onInterval;
 
-  // The notifications, as name and object.
+  // Names and objects of the notifications.
   std::vector<std::pair<std::string, std::string>> posted;
   std::function<void()> onPost;
 
-  // The launcher, which cannot launch anything unless a test lets it.
-  std::optional<platform::ReferenceFailure> failureToRefer;
+  // The launcher fails unless `canLaunch` is set.
+  std::optional<platform::ReferenceFailure> referenceFailure;
   bool canLaunch = false;
-  std::vector<std::string> launched;
+  std::vector<std::string> launched;  // path and arguments
 
-  // What the answers to bringing a process to the front are once it has been asked so often in vain.
-  std::size_t unknownFor = 0;
-  platform::RaiseResult fronting = platform::RaiseResult::kRaised;
-  std::vector<pid_t> fronted;
+  // Requests to raise the window of a process. The first `unknownCount` find no window, the others have `result`.
+  std::vector<pid_t> requests;
+  std::size_t unknownCount = 0;
+  platform::RaiseResult result = platform::RaiseResult::kRaised;
 };
 
 inline FakeDesktop fakeDesktop;

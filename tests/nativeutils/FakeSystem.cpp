@@ -1,6 +1,9 @@
 #include "tests/nativeutils/FakeSystem.h"
 
 #include <cerrno>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/Volumes.h"
 
@@ -17,7 +20,7 @@ std::optional<SystemVersion> systemVersion() {
 }
 
 std::optional<int> systemVersionPart(VersionPart part) {
-  return part == fakeSystem.untold ? std::nullopt : std::optional(7);
+  return part == fakeSystem.unknownPart ? std::nullopt : std::optional(7);
 }
 
 std::string bundlePath() {

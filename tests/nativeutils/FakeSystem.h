@@ -1,5 +1,5 @@
-// Stands in for the system's answers about folders, its version, the program's bundle and volumes; a test that links
-// FakeSystem.cpp decides them.
+// Replaces the results of platform/ for folders, the system's version, the program's bundle, and volumes. Requires
+// FakeSystem.cpp.
 
 #pragma once
 
@@ -14,7 +14,7 @@ namespace nativeutils_test {
 
 struct FakeSystem {
   platform::FolderSearch folder;
-  std::optional<platform::VersionPart> untold;  // every other part is 7
+  std::optional<platform::VersionPart> unknownPart;  // the other parts are 7
   std::string bundle;
   std::string executable;
   std::vector<platform::Architecture> architectures;

@@ -1,4 +1,4 @@
-// Reads what the library has logged, for tests that link `svo::nativeutils`.
+// Reads the messages that the library has logged.
 
 #pragma once
 
@@ -15,8 +15,10 @@
 
 namespace nativeutils_test {
 
-// A test whose process logs at every level. The log is open as long as the process lives: keep out of its folder, and
-// let forked children leave abruptly.
+// Enables all log levels in the test's process.
+//
+// - The log stays open until the process ends: tests must not remove its folder.
+// - Forked children must leave through `exec` or `_exit`.
 class LoggedTest : public testing::Test {
  protected:
   LoggedTest() {
@@ -28,7 +30,7 @@ class LoggedTest : public testing::Test {
     seen_ = lines().size();
   }
 
-  // The library's messages since the test began or `forget` was called, as "LEVEL message".
+  // Returns the library's messages since the test began or `forget` was called, as "LEVEL message".
   //   {"FATAL Error Src file (/x) does not exits."}
   std::vector<std::string> logged() const {
     std::vector<std::string> messages;
@@ -45,7 +47,7 @@ class LoggedTest : public testing::Test {
  private:
   static std::vector<std::string> lines() { return support::linesOf(support::ownLogFolder() + "/Kelvo.log"); }
 
-  // TIME | [LEVEL] |  | FAMILY | COMPONENT | … | THREAD | MESSAGE; "" for another component's line.
+  // Parses "TIME | [LEVEL] |  | FAMILY | COMPONENT | … | THREAD | MESSAGE". Returns "" for another component's line.
   static std::string messageOf(const std::string& line) {
     std::vector<std::string> fields;
     std::size_t from = 0;
@@ -55,10 +57,10 @@ class LoggedTest : public testing::Test {
       fields.push_back(line.substr(from, end - from));
       from = end + 3;
     }
-    bool ours = false;
+    bool isOurs = false;
     for (std::size_t i = 2; i < fields.size(); ++i)
-      ours = ours || fields[i] == "Native-Utils";
-    if (!ours) return "";
+      isOurs = isOurs || fields[i] == "Native-Utils";
+    if (!isOurs) return "";
     return fields[1].substr(1, fields[1].find(']') - 1) + " " + line.substr(from);
   }
 

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <limits>
 #include <set>
@@ -20,19 +21,18 @@
 
 namespace {
 
-// What this process's C library is made to fail at.
 bool clockFails = false;
 
 template <typename Function>
-Function theRealOne(const char* name) {
+Function realFunction(const char* name) {
   return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
 }
 
 }  // namespace
 
-// This takes the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int gettimeofday(timeval* now, void* zone) noexcept {
-  static const auto real = theRealOne<int (*)(timeval*, void*)>("gettimeofday");
+  static const auto real = realFunction<int (*)(timeval*, void*)>("gettimeofday");
   return clockFails ? -1 : real(now, zone);
 }
 
@@ -43,19 +43,19 @@ using testing::IsEmpty;
 
 class StringsTest : public nativeutils_test::LoggedTest {
  protected:
-  std::string out = "former";
+  std::string out = "previous";
 };
 
-// Calls of one output argument, for the length of a line.
+// Returns the output argument of a function, which must succeed.
 template <typename Argument>
-std::string filled(bool (*function)(Argument, std::string&), Argument argument) {
-  std::string out = "former";
+std::string outputOf(bool (*function)(Argument, std::string&), Argument argument) {
+  std::string out = "previous";
   EXPECT_TRUE(function(argument, out));
   return out;
 }
 
 std::string nfc(const char* text) {
-  return filled<const char*>(utilGetNFCNativeStringFromArray, text);
+  return outputOf<const char*>(utilGetNFCNativeStringFromArray, text);
 }
 
 std::string parentOf(std::string path) {
@@ -64,54 +64,54 @@ std::string parentOf(std::string path) {
 }
 
 std::string baseNameOf(const std::string& path) {
-  return filled<const std::string&>(utilGetFilePathBaseName, path);
+  return outputOf<const std::string&>(utilGetFilePathBaseName, path);
 }
 
-TEST_F(StringsTest, ConversionsBetweenKindsOfTextAreCopies) {
+TEST_F(StringsTest, ConversionsCopyTheText) {
   const char* text = "h\xC3\xB6he \xFF\n";
-  EXPECT_EQ(filled<const char*>(utilGetStringFromNativeString, text), text);
-  EXPECT_EQ(filled<const char*>(utilGetNativeStringFromArray, text), text);
-  EXPECT_EQ(filled<const std::string&>(utilGetNativeStringFromString, text), text);
-  EXPECT_EQ(filled<const char*>(utilGetStringFromNativeString, ""), "");
+  EXPECT_EQ(outputOf<const char*>(utilGetStringFromNativeString, text), text);
+  EXPECT_EQ(outputOf<const char*>(utilGetNativeStringFromArray, text), text);
+  EXPECT_EQ(outputOf<const std::string&>(utilGetNativeStringFromString, text), text);
+  EXPECT_EQ(outputOf<const char*>(utilGetStringFromNativeString, ""), "");
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(StringsTest, ACopyOfAStringKeepsItsNulCharacters) {
+TEST_F(StringsTest, CopiesNulCharactersOfAString) {
   const std::string text("a\0b", 3);
-  EXPECT_EQ(filled<const std::string&>(utilGetNativeStringFromString, text), text);
+  EXPECT_EQ(outputOf<const std::string&>(utilGetNativeStringFromString, text), text);
 }
 
-TEST_F(StringsTest, AStringMayBeCopiedOntoItself) {
-  out = "itself";
+TEST_F(StringsTest, CopiesAStringToItself) {
+  out = "text";
   EXPECT_TRUE(utilGetNativeStringFromString(out, out));
-  EXPECT_EQ(out, "itself");
+  EXPECT_EQ(out, "text");
   EXPECT_TRUE(utilGetNFCNativeStringFromArray(out.c_str(), out));
-  EXPECT_EQ(out, "itself");
+  EXPECT_EQ(out, "text");
 }
 
-TEST_F(StringsTest, ALetterAndItsAccentAreComposed) {
+TEST_F(StringsTest, ComposesALetterAndItsAccent) {
   EXPECT_EQ(nfc("e\xCC\x81"), "\xC3\xA9");
   EXPECT_EQ(nfc("plain"), "plain");
   EXPECT_EQ(nfc(""), "");
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(StringsTest, ATextThatIsNotUtf8IsCopiedUncomposed) {
+TEST_F(StringsTest, CopiesInvalidUtf8Unchanged) {
   EXPECT_EQ(nfc("e\xCC\x81\xFF"), "e\xCC\x81\xFF");
 }
 
-TEST_F(StringsTest, NumbersArePrintedWithoutPaddingOrGrouping) {
-  EXPECT_EQ(filled<int>(utilGetNativeStringFromInt, 0), "0");
-  EXPECT_EQ(filled<int>(utilGetNativeStringFromInt, 1234567), "1234567");
-  EXPECT_EQ(filled<int>(utilGetNativeStringFromInt, INT_MAX), "2147483647");
-  EXPECT_EQ(filled<int>(utilGetNativeStringFromInt, INT_MIN), "-2147483648");
-  EXPECT_EQ(filled<long>(utilGetNativeStringFromLong, -5), "-5");
-  EXPECT_EQ(filled<long>(utilGetNativeStringFromLong, LONG_MIN), std::to_string(LONG_MIN));
-  EXPECT_EQ(filled<long long>(utilGetStringFromLongLong, LLONG_MAX), "9223372036854775807");
-  EXPECT_EQ(filled<long long>(utilGetStringFromLongLong, LLONG_MIN), "-9223372036854775808");
+TEST_F(StringsTest, FormatsNumbersWithoutPaddingOrGrouping) {
+  EXPECT_EQ(outputOf<int>(utilGetNativeStringFromInt, 0), "0");
+  EXPECT_EQ(outputOf<int>(utilGetNativeStringFromInt, 1234567), "1234567");
+  EXPECT_EQ(outputOf<int>(utilGetNativeStringFromInt, INT_MAX), "2147483647");
+  EXPECT_EQ(outputOf<int>(utilGetNativeStringFromInt, INT_MIN), "-2147483648");
+  EXPECT_EQ(outputOf<long>(utilGetNativeStringFromLong, -5), "-5");
+  EXPECT_EQ(outputOf<long>(utilGetNativeStringFromLong, LONG_MIN), std::to_string(LONG_MIN));
+  EXPECT_EQ(outputOf<long long>(utilGetStringFromLongLong, LLONG_MAX), "9223372036854775807");
+  EXPECT_EQ(outputOf<long long>(utilGetStringFromLongLong, LLONG_MIN), "-9223372036854775808");
 }
 
-TEST_F(StringsTest, ATextIsReadUpToTheEndOfItsLeadingNumber) {
+TEST_F(StringsTest, ParsesTheLeadingNumber) {
   EXPECT_EQ(utilGetIntFromString("12abc"), 12);
   EXPECT_EQ(utilGetIntFromString("abc"), 0);
   EXPECT_EQ(utilGetIntFromString(" -7"), -7);
@@ -126,48 +126,48 @@ TEST_F(StringsTest, ATextIsReadUpToTheEndOfItsLeadingNumber) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-class BoundedCopy : public StringsTest {
+class BoundedCopyTest : public StringsTest {
  protected:
   char dst[4] = {'?', '?', '?', '?'};
 };
 
-constexpr const char* tooSmall = "ERROR Failed to Copy SrcStr to DestStr, error: destination buffer is small";
+constexpr const char* kTooSmall = "ERROR Failed to Copy SrcStr to DestStr, error: destination buffer is small";
 
-TEST_F(BoundedCopy, TakesATextThatJustFits) {
+TEST_F(BoundedCopyTest, CopiesATextThatFillsTheArray) {
   EXPECT_TRUE(utilStrCpy(dst, 4, "abc", 3));
   EXPECT_STREQ(dst, "abc");
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(BoundedCopy, CutsATextThatDoesNotFit) {
+TEST_F(BoundedCopyTest, TruncatesALongerText) {
   EXPECT_FALSE(utilStrCpy(dst, 3, "abc", 3));
   EXPECT_STREQ(dst, "ab");
   EXPECT_EQ(dst[3], '?');
-  EXPECT_THAT(logged(), ElementsAre(tooSmall));
+  EXPECT_THAT(logged(), ElementsAre(kTooSmall));
 }
 
-TEST_F(BoundedCopy, HasNoRoomButForTheTerminatorInOneByte) {
+TEST_F(BoundedCopyTest, OneByteHoldsOnlyTheTerminator) {
   EXPECT_TRUE(utilStrCpy(dst, 1, "", 0));
   EXPECT_STREQ(dst, "");
   EXPECT_FALSE(utilStrCpy(dst, 1, "a", 1));
   EXPECT_STREQ(dst, "");
-  EXPECT_THAT(logged(), ElementsAre(tooSmall));
+  EXPECT_THAT(logged(), ElementsAre(kTooSmall));
 }
 
-TEST_F(BoundedCopy, DoesNotLookAtTheLengthOfTheSource) {
+TEST_F(BoundedCopyTest, IgnoresTheLengthOfTheSource) {
   for (const int length : {-1, 0, 1, INT_MAX}) {
     EXPECT_TRUE(utilStrCpy(dst, 4, "abc", length));
     EXPECT_STREQ(dst, "abc");
   }
 }
 
-TEST_F(BoundedCopy, RefusesADestinationOfNoBytes) {
+TEST_F(BoundedCopyTest, RejectsAnEmptyArray) {
   EXPECT_FALSE(utilStrCpy(dst, 0, "abc", 3));
   EXPECT_EQ(dst[0], '?');
   EXPECT_THAT(logged(), ElementsAre("ERROR destination or source length is zero"));
 }
 
-TEST_F(BoundedCopy, RefusesNullPointersBeforeItLooksAtTheSize) {
+TEST_F(BoundedCopyTest, RejectsNullBeforeItChecksTheSize) {
   EXPECT_FALSE(utilStrCpy(dst, 0, nullptr, 0));
   EXPECT_FALSE(utilStrCpy(dst, 4, nullptr, 0));
   EXPECT_FALSE(utilStrCpy(nullptr, 4, "abc", 3));
@@ -176,27 +176,27 @@ TEST_F(BoundedCopy, RefusesNullPointersBeforeItLooksAtTheSize) {
                                     "ERROR srcPtr or dstPtr is NULL"));
 }
 
-TEST_F(BoundedCopy, FindsANegativeSizeTooSmallForAnything) {
+TEST_F(BoundedCopyTest, RejectsANegativeSize) {
   EXPECT_FALSE(utilStrCpy(dst, -1, "", 0));
   EXPECT_FALSE(utilStrCpy(dst, INT_MIN, "abc", 3));
   EXPECT_EQ(dst[0], '?');
-  EXPECT_THAT(logged(), ElementsAre(tooSmall, tooSmall));
+  EXPECT_THAT(logged(), ElementsAre(kTooSmall, kTooSmall));
 }
 
-TEST_F(StringsTest, AUuidHas36UpperCaseCharactersInFiveGroups) {
+TEST_F(StringsTest, AUuidHasFiveGroupsInUpperCase) {
   ASSERT_TRUE(utilGetUUIDString(out));
   ASSERT_EQ(out.size(), 36u);
   for (std::size_t i = 0; i < out.size(); ++i) {
-    const bool joint = i == 8 || i == 13 || i == 18 || i == 23;
-    EXPECT_EQ(out[i] == '-', joint) << out;
-    EXPECT_TRUE(joint || std::string("0123456789ABCDEF").find(out[i]) != std::string::npos) << out;
+    const bool isSeparator = i == 8 || i == 13 || i == 18 || i == 23;
+    EXPECT_EQ(out[i] == '-', isSeparator) << out;
+    EXPECT_TRUE(isSeparator || std::string("0123456789ABCDEF").find(out[i]) != std::string::npos) << out;
   }
 }
 
-TEST_F(StringsTest, NoTwoUuidsAreTheSameOnSeveralThreads) {
-  std::vector<std::vector<std::string>> made(4);
+TEST_F(StringsTest, UuidsOfSeveralThreadsDiffer) {
+  std::vector<std::vector<std::string>> uuids(4);
   std::vector<std::thread> threads;
-  for (std::vector<std::string>& texts : made) {
+  for (std::vector<std::string>& texts : uuids) {
     threads.emplace_back([&texts] {
       texts.resize(1000);
       for (std::string& text : texts)
@@ -206,13 +206,13 @@ TEST_F(StringsTest, NoTwoUuidsAreTheSameOnSeveralThreads) {
   for (std::thread& thread : threads)
     thread.join();
 
-  std::set<std::string> different;
-  for (const std::vector<std::string>& texts : made)
-    different.insert(texts.begin(), texts.end());
-  EXPECT_EQ(different.size(), 4000u);
+  std::set<std::string> unique;
+  for (const std::vector<std::string>& texts : uuids)
+    unique.insert(texts.begin(), texts.end());
+  EXPECT_EQ(unique.size(), 4000u);
 }
 
-TEST_F(StringsTest, TheBaseNameIsTheLastComponentOfAPath) {
+TEST_F(StringsTest, ReturnsTheBaseName) {
   EXPECT_EQ(baseNameOf("/a/b/"), "b");
   EXPECT_EQ(baseNameOf("/a/b.app"), "b.app");
   EXPECT_EQ(baseNameOf("b"), "b");
@@ -223,7 +223,7 @@ TEST_F(StringsTest, TheBaseNameIsTheLastComponentOfAPath) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(StringsTest, APathIsNotChangedByAskingForItsBaseName) {
+TEST_F(StringsTest, BaseNameDoesNotChangeThePath) {
   const std::string path = "/a/b/";
   const std::string copy = path;  // may share its bytes with the original
   EXPECT_TRUE(utilGetFilePathBaseName(path, out));
@@ -231,7 +231,7 @@ TEST_F(StringsTest, APathIsNotChangedByAskingForItsBaseName) {
   EXPECT_EQ(copy, "/a/b/");
 }
 
-TEST_F(StringsTest, RemovingTheFileSpecLeavesTheParent) {
+TEST_F(StringsTest, RemovesTheLastComponent) {
   EXPECT_EQ(parentOf("/Applications/Tool.app"), "/Applications");
   EXPECT_EQ(parentOf("/a/b/c"), "/a/b");
   EXPECT_EQ(parentOf("/a/b/"), "/a");
@@ -244,21 +244,21 @@ TEST_F(StringsTest, RemovingTheFileSpecLeavesTheParent) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(StringsTest, TextsAreComparedWithoutRegardToCase) {
+TEST_F(StringsTest, ComparesWithoutCase) {
   EXPECT_EQ(utilStringCompareCaseInsensitive("Kelvo.LOG", "kELVO.log"), 0);
   EXPECT_LT(utilStringCompareCaseInsensitive("abc", "ABD"), 0);
   EXPECT_GT(utilStringCompareCaseInsensitive("b", "A"), 0);
   EXPECT_LT(utilStringCompareCaseInsensitive("", "a"), 0);
 }
 
-TEST_F(StringsTest, TheTimeIsCountedInSecondsSinceTheEpoch) {
+TEST_F(StringsTest, ReturnsTheSecondsSinceTheEpoch) {
   const std::time_t before = support::currentSecond();
   const std::uint64_t now = utilGetCurrTime();
   EXPECT_GE(now, static_cast<std::uint64_t>(before));
   EXPECT_LE(now, static_cast<std::uint64_t>(support::currentSecond()));
 }
 
-TEST_F(StringsTest, AClockThatCannotBeReadIsLoggedAndGivesZero) {
+TEST_F(StringsTest, ReturnsZeroIfTheClockFails) {
   forget();
   clockFails = true;
   const std::uint64_t now = utilGetCurrTime();
@@ -267,7 +267,7 @@ TEST_F(StringsTest, AClockThatCannotBeReadIsLoggedAndGivesZero) {
   EXPECT_THAT(logged(), ElementsAre("ERROR Unable to get current time using gettimeofday"));
 }
 
-TEST_F(StringsTest, APathExistsWhenAnythingIsThere) {
+TEST_F(StringsTest, AnObjectOfAnyKindExists) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "file", "");
   ASSERT_EQ(::symlink("missing", (folder / "dangling").c_str()), 0);
@@ -282,7 +282,7 @@ TEST_F(StringsTest, APathExistsWhenAnythingIsThere) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(StringsTest, PoolsNestAndAreNeverNull) {
+TEST_F(StringsTest, PoolsAreNestedAndNeverNull) {
   void* outer = utilGetPool();
   void* inner = utilGetPool();
   EXPECT_NE(outer, nullptr);

@@ -1,4 +1,4 @@
-// What the system queries say and answer when the system does not tell, and of programs in a bundle.
+// System queries when the system reports a failure, and for programs in a bundle.
 
 #include "nativeutils/NativeUtils.h"
 
@@ -21,18 +21,18 @@ class SystemFailureTest : public nativeutils_test::LoggedTest {
  protected:
   SystemFailureTest() { fakeSystem = FakeSystem{}; }
 
-  // Asks for the folder, which must not be found, and gives what was logged.
-  Lines failing(bool (*query)(std::string&), Failure failure, int status) {
+  // Calls a query, which must fail. Returns what was logged.
+  Lines logOf(bool (*query)(std::string&), Failure failure, int status) {
     fakeSystem.folder = {failure, status, "/known"};
-    std::string path = "former";
+    std::string path = "previous";
     forget();
     EXPECT_FALSE(query(path));
-    EXPECT_EQ(path, "former");
+    EXPECT_EQ(path, "previous");
     return logged();
   }
 
-  Lines failingVersion(VersionPart part) {
-    fakeSystem.untold = part;
+  Lines logOfVersion(VersionPart part) {
+    fakeSystem.unknownPart = part;
     os_version version{1, 2, 3};
     forget();
     EXPECT_FALSE(utilGetCurrentOSVersion(version));
@@ -45,7 +45,7 @@ class SystemFailureTest : public nativeutils_test::LoggedTest {
   static std::string nameOf(const std::string& bundle, const std::string& executable) {
     fakeSystem.bundle = bundle;
     fakeSystem.executable = executable;
-    std::string name = "former";
+    std::string name = "previous";
     EXPECT_TRUE(utilGetApplicationName(name));
     return name;
   }
@@ -56,36 +56,36 @@ class SystemFailureTest : public nativeutils_test::LoggedTest {
   }
 };
 
-TEST_F(SystemFailureTest, ADataFolderThatIsNotFoundIsAWarningWithTheStatus) {
+TEST_F(SystemFailureTest, WarnsAboutAMissingDataFolder) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(failing(query, Failure::kFind, -43),
+    EXPECT_EQ(logOf(query, Failure::kFind, -43),
               Lines{"WARN Failed in finding location information  in utilGetUserAppDataFolder error:-43"});
   }
 }
 
-TEST_F(SystemFailureTest, ADataFolderWithoutAPathIsAWarningWithTheStatus) {
+TEST_F(SystemFailureTest, WarnsAboutADataFolderWithoutAPath) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(failing(query, Failure::kPath, 36),
+    EXPECT_EQ(logOf(query, Failure::kPath, 36),
               Lines{"WARN Failed in path conversion in utilGetUserAppDataFolder error:36"});
   }
 }
 
-TEST_F(SystemFailureTest, ADataFolderThatIsNoTextIsAWarning) {
+TEST_F(SystemFailureTest, WarnsAboutADataFolderOutsideUtf8) {
   for (const auto query : {utilGetUserAppDataFolder, utilGetSystemApplicationSupportFolderPath}) {
-    EXPECT_EQ(failing(query, Failure::kText, 84), Lines{"WARN Error in allocating memory in utilGetUserAppDataFolder"});
+    EXPECT_EQ(logOf(query, Failure::kText, 84), Lines{"WARN Error in allocating memory in utilGetUserAppDataFolder"});
   }
 }
 
-TEST_F(SystemFailureTest, EachFailureOfTheInstallPathIsFatal) {
-  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::kFind, 13),
+TEST_F(SystemFailureTest, LogsInstallPathFailuresAsFatal) {
+  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::kFind, 13),
             Lines{"FATAL Error creating Application-Utilities install path for Kelvo, Error Code: 13"});
-  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::kPath, 36),
+  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::kPath, 36),
             Lines{"FATAL Error in converting path into POSIX-style pathname, Error Code: 36"});
-  EXPECT_EQ(failing(utilGetVormInstallPath, Failure::kText, 84),
+  EXPECT_EQ(logOf(utilGetVormInstallPath, Failure::kText, 84),
             Lines{"FATAL Error converting Application-Utilities path as C string to string"});
 }
 
-TEST_F(SystemFailureTest, TheSharedFoldersAreNamedWhetherTheyWereFoundOrNot) {
+TEST_F(SystemFailureTest, ReturnsSharedFoldersThatAreMissing) {
   fakeSystem.folder = {Failure::kFind, 13, "/known"};
   std::string path;
   EXPECT_TRUE(utilGetQRBPath(path));
@@ -95,20 +95,20 @@ TEST_F(SystemFailureTest, TheSharedFoldersAreNamedWhetherTheyWereFoundOrNot) {
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(SystemFailureTest, AVersionNumberThatIsNotToldIsFatalAndChangesNothing) {
-  EXPECT_EQ(failingVersion(VersionPart::kMajor), Lines{"FATAL Unable to retrieve OS major version"});
-  EXPECT_EQ(failingVersion(VersionPart::kMinor), Lines{"FATAL Unable to retrieve OS minor version"});
-  EXPECT_EQ(failingVersion(VersionPart::kBugFix), Lines{"FATAL Unable to retrieve OS bug fix version"});
+TEST_F(SystemFailureTest, LogsMissingVersionNumbersAsFatal) {
+  EXPECT_EQ(logOfVersion(VersionPart::kMajor), Lines{"FATAL Unable to retrieve OS major version"});
+  EXPECT_EQ(logOfVersion(VersionPart::kMinor), Lines{"FATAL Unable to retrieve OS minor version"});
+  EXPECT_EQ(logOfVersion(VersionPart::kBugFix), Lines{"FATAL Unable to retrieve OS bug fix version"});
 }
 
-TEST_F(SystemFailureTest, AnApplicationIsCalledByItsBundleAndAnotherProgramByItsFile) {
+TEST_F(SystemFailureTest, NameIsThatOfTheBundleOrExecutable) {
   EXPECT_EQ(nameOf("/Applications/Tool.app", "/Applications/Tool.app/Contents/MacOS/runner"), "Tool.app");
   EXPECT_EQ(nameOf("/usr/bin", "/usr/bin/runner"), "runner");
   EXPECT_EQ(nameOf("/opt/Tool.apps", "/opt/Tool.apps/runner"), "runner");
   EXPECT_EQ(nameOf("", ""), "");
 }
 
-TEST_F(SystemFailureTest, AnApplicationLiesWhereItsBundleIsAndAnotherProgramInItsFolder) {
+TEST_F(SystemFailureTest, SelfPathIsTheFolderOfTheBundle) {
   std::string path;
   fakeSystem.bundle = "/Applications/Tool.app";
   EXPECT_TRUE(utilGetSelfPath(path));
@@ -118,31 +118,31 @@ TEST_F(SystemFailureTest, AnApplicationLiesWhereItsBundleIsAndAnotherProgramInIt
   EXPECT_EQ(path, "/usr/bin");
 }
 
-TEST_F(SystemFailureTest, AProgramWithoutABundleDoesNotKnowWhereItLies) {
-  std::string path = "former";
+TEST_F(SystemFailureTest, SelfPathFailsWithoutABundle) {
+  std::string path = "previous";
   EXPECT_FALSE(utilGetSelfPath(path));
-  EXPECT_EQ(path, "former");
+  EXPECT_EQ(path, "previous");
 }
 
-TEST_F(SystemFailureTest, CodeForEitherOfTwoProcessorsIsSixtyFourBit) {
+TEST_F(SystemFailureTest, ReportsTwoArchitecturesAs64Bit) {
   EXPECT_TRUE(is64Bit({Architecture::kX86, Architecture::kX86_64}));
   EXPECT_TRUE(is64Bit({Architecture::kPpc64}));
   EXPECT_FALSE(is64Bit({Architecture::kX86, Architecture::kPpc, Architecture::kOther}));
   EXPECT_FALSE(is64Bit({}));
 }
 
-TEST_F(SystemFailureTest, AVolumeWithoutANameIsAFailureWithoutAMessage) {
+TEST_F(SystemFailureTest, FailsSilentlyWithoutAVolumeName) {
   fakeSystem.mountPoint = "/gone";
-  std::string name = "former";
+  std::string name = "previous";
   EXPECT_FALSE(utilGetVolumeNameOfPath("/gone/file", name));
-  EXPECT_EQ(name, "former");
+  EXPECT_EQ(name, "previous");
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(SystemFailureTest, APathThatMayNotBeLookedAtIsOnNoVolumeEvenIfItsParentIs) {
-  std::string name = "former";
+TEST_F(SystemFailureTest, FailsForAVolumeWithoutPermission) {
+  std::string name = "previous";
   EXPECT_FALSE(utilGetVolumeNameOfPath("/closed/file", name));
-  EXPECT_EQ(name, "former");
+  EXPECT_EQ(name, "previous");
   EXPECT_EQ(logged(), (Lines{"ERROR Error in getting ... util_getVolumePath",
                              "WARN utilGetVolumeNameOfPath failed to get volume path."}));
 }

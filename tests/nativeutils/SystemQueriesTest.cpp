@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -34,28 +36,28 @@ class AdminTest : public testing::Test {
   const std::string own = group("own", ::getegid(), "");
 };
 
-TEST_F(AdminTest, AMemberOfGroup80IsOneWhateverTheGroupIsCalled) {
+TEST_F(AdminTest, Group80IsAdminUnderAnyName) {
   const support::GroupDatabase groups(own + group("printers", 80, "tester"));
   EXPECT_TRUE(utilIsUserAdmin());
 }
 
-TEST_F(AdminTest, AMemberOfAGroupCalledAdminIsOneWhateverItsNumber) {
-  const support::GroupDatabase groups(own + group("admin", 4711, "somebody,tester"));
+TEST_F(AdminTest, GroupAdminIsAdminWithAnyNumber) {
+  const support::GroupDatabase groups(own + group("admin", 4711, "other,tester"));
   EXPECT_TRUE(utilIsUserAdmin());
 }
 
-TEST_F(AdminTest, AMemberOfOtherGroupsIsNone) {
-  const support::GroupDatabase groups(own + group("admins", 4711, "tester") + group("admin", 4712, "somebody") +
-                                      group("wheel", 80, "somebody"));
+TEST_F(AdminTest, OtherGroupsAreNotAdmin) {
+  const support::GroupDatabase groups(own + group("admins", 4711, "tester") + group("admin", 4712, "other") +
+                                      group("wheel", 80, "other"));
   EXPECT_FALSE(utilIsUserAdmin());
 }
 
-TEST_F(AdminTest, TheEffectiveGroupCountsToo) {
+TEST_F(AdminTest, ChecksTheEffectiveGroup) {
   const support::GroupDatabase groups(group("admin", ::getegid(), ""));
   EXPECT_TRUE(utilIsUserAdmin());
 }
 
-TEST_F(AdminTest, SomebodyWithMoreThanSixteenGroupsIsLookedUpInTheFirstSixteen) {
+TEST_F(AdminTest, ChecksOnlySixteenGroups) {
   std::string many = own;
   for (gid_t number = 5001; number < 5015; ++number)
     many += group("group" + std::to_string(number), number, "tester");
@@ -67,30 +69,30 @@ TEST_F(AdminTest, SomebodyWithMoreThanSixteenGroupsIsLookedUpInTheFirstSixteen) 
   EXPECT_FALSE(utilIsUserAdmin());
 }
 
-TEST_F(AdminTest, AProcessWithoutALoginHasNone) {
+TEST_F(AdminTest, AProcessWithoutALoginIsNotAdmin) {
   support::fakeLogin.clear();
   const support::GroupDatabase groups(group("admin", ::getegid(), "tester"));
   EXPECT_FALSE(utilIsUserAdmin());
 }
 
-TEST_F(AdminTest, GroupsWithoutANameAreNoObstacle) {
+TEST_F(AdminTest, IgnoresGroupsWithoutAName) {
   const support::GroupDatabase groups("");
   EXPECT_FALSE(utilIsUserAdmin());
 }
 
-TEST(RootTest, IsWhoeverHasTheEffectiveUserIdZero) {
+TEST(RootTest, IsTheUserWithEffectiveIdZero) {
   EXPECT_EQ(utilIsUserRoot(), ::geteuid() == 0);
 }
 
-TEST(RootTest, NobodyIsNotRoot) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can become somebody else";
+TEST(RootTest, AnotherUserIsNotRoot) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change its user id";
   support::Child other([] { return ::seteuid(4711) == 0 && !utilIsUserRoot() ? 0 : 1; });
   EXPECT_EQ(other.wait(), 0);
 }
 
 class VersionTest : public nativeutils_test::LoggedTest {
  protected:
-  static Lines read(const std::string& text) {
+  static Lines parse(const std::string& text) {
     os_version version{-1, -1, -1};
     EXPECT_TRUE(utilGetOSVersionFromOSVersionString(text, version));
     return {std::to_string(version.major), std::to_string(version.minor), std::to_string(version.bugFix)};
@@ -99,7 +101,7 @@ class VersionTest : public nativeutils_test::LoggedTest {
   static int compare(os_version a, os_version b) { return utilCompareOSVersion(a, b); }
 };
 
-TEST_F(VersionTest, IsThatOfTheRunningSystemAndIsLogged) {
+TEST_F(VersionTest, ReturnsAndLogsTheRunningVersion) {
   utsname system{};
   ASSERT_EQ(::uname(&system), 0);
   os_version version{};
@@ -109,20 +111,20 @@ TEST_F(VersionTest, IsThatOfTheRunningSystemAndIsLogged) {
                             std::to_string(version.minor) + ", bugFix = " + std::to_string(version.bugFix)});
 }
 
-TEST_F(VersionTest, IsReadFromThePiecesBetweenDots) {
-  EXPECT_EQ(read("10.6.8"), (Lines{"10", "6", "8"}));
-  EXPECT_EQ(read("10.7"), (Lines{"10", "7", "0"}));
-  EXPECT_EQ(read("11..2"), (Lines{"11", "2", "0"}));
-  EXPECT_EQ(read(""), (Lines{"0", "0", "0"}));
-  EXPECT_EQ(read("..."), (Lines{"0", "0", "0"}));
-  EXPECT_EQ(read("1.2.3.4"), (Lines{"1", "2", "3"}));
+TEST_F(VersionTest, ParsesThePiecesBetweenDots) {
+  EXPECT_EQ(parse("10.6.8"), (Lines{"10", "6", "8"}));
+  EXPECT_EQ(parse("10.7"), (Lines{"10", "7", "0"}));
+  EXPECT_EQ(parse("11..2"), (Lines{"11", "2", "0"}));
+  EXPECT_EQ(parse(""), (Lines{"0", "0", "0"}));
+  EXPECT_EQ(parse("..."), (Lines{"0", "0", "0"}));
+  EXPECT_EQ(parse("1.2.3.4"), (Lines{"1", "2", "3"}));
 }
 
-TEST_F(VersionTest, ReadsPiecesAsNumbersAreRead) {
-  EXPECT_EQ(read(" 6.x.-1a"), (Lines{"6", "0", "-1"}));
-  EXPECT_EQ(read("0x10.010.+5"), (Lines{"0", "10", "5"}));
-  EXPECT_EQ(read("99999999999999999999.1"), (Lines{std::to_string(LONG_MAX), "1", "0"}));
-  EXPECT_EQ(read(std::string("1\0.2.3", 6)), (Lines{"1", "0", "0"}));
+TEST_F(VersionTest, ParsesPiecesLikeStrtol) {
+  EXPECT_EQ(parse(" 6.x.-1a"), (Lines{"6", "0", "-1"}));
+  EXPECT_EQ(parse("0x10.010.+5"), (Lines{"0", "10", "5"}));
+  EXPECT_EQ(parse("99999999999999999999.1"), (Lines{std::to_string(LONG_MAX), "1", "0"}));
+  EXPECT_EQ(parse(std::string("1\0.2.3", 6)), (Lines{"1", "0", "0"}));
 }
 
 TEST_F(VersionTest, TheFirstDifferenceDecides) {
@@ -134,12 +136,12 @@ TEST_F(VersionTest, TheFirstDifferenceDecides) {
   EXPECT_EQ(compare({10, 6, 8}, {10, 6, 8}), 0);
 }
 
-TEST_F(VersionTest, NumbersHaveASign) {
+TEST_F(VersionTest, ComparesSignedNumbers) {
   EXPECT_EQ(compare({-1, 0, 0}, {0, 0, 0}), -1);
   EXPECT_EQ(compare({0, INT64_MAX, 0}, {0, INT64_MIN, 0}), 1);
 }
 
-TEST(SelfTest, TheProgramIsKnownByItsFileAndFolder) {
+TEST(SelfTest, ReturnsNameAndFolderOfTheExecutable) {
   const auto executable = std::filesystem::read_symlink("/proc/self/exe");
   std::string name, path;
   EXPECT_TRUE(utilGetApplicationName(name));
@@ -148,13 +150,13 @@ TEST(SelfTest, TheProgramIsKnownByItsFileAndFolder) {
   EXPECT_EQ(path, executable.parent_path());
 }
 
-TEST(SelfTest, TheLanguageIsLeftAlone) {
-  std::string language = "former";
+TEST(SelfTest, LanguageIsUnchanged) {
+  std::string language = "previous";
   EXPECT_TRUE(utilGetOSLanguage(language));
-  EXPECT_EQ(language, "former");
+  EXPECT_EQ(language, "previous");
 }
 
-TEST(SelfTest, AProgramForX86_64IsSixtyFourBit) {
+TEST(SelfTest, Is64BitOnX64) {
 #if defined(__x86_64__) && defined(__LP64__)
   EXPECT_TRUE(utilIs64Bit());
 #else
@@ -162,12 +164,12 @@ TEST(SelfTest, AProgramForX86_64IsSixtyFourBit) {
 #endif
 }
 
-TEST(SelfTest, AProgramWhoseFileCannotBeReadIsNot) {
-  support::Child poor([] {
-    const rlimit none{0, 0};
-    return ::setrlimit(RLIMIT_NOFILE, &none) == 0 && !utilIs64Bit() ? 0 : 1;
+TEST(SelfTest, IsNot64BitIfTheExecutableIsUnreadable) {
+  support::Child child([] {
+    const rlimit noDescriptors{0, 0};
+    return ::setrlimit(RLIMIT_NOFILE, &noDescriptors) == 0 && !utilIs64Bit() ? 0 : 1;
   });
-  EXPECT_EQ(poor.wait(), 0);
+  EXPECT_EQ(child.wait(), 0);
 }
 
 }  // namespace

@@ -20,12 +20,12 @@ namespace {
 using Lines = std::vector<std::string>;
 
 std::string volumeOf(const std::string& path) {
-  std::string volume = "former";
+  std::string volume = "previous";
   return util_getVolumePath(path, volume) ? volume : "(false) " + volume;
 }
 
 std::string nameOf(const std::string& path) {
-  std::string name = "former";
+  std::string name = "previous";
   return utilGetVolumeNameOfPath(path, name) ? name : "(false) " + name;
 }
 
@@ -36,74 +36,73 @@ class SystemVolumesTest : public nativeutils_test::LoggedTest {
     platform_test::errors.clear();
   }
 
-  // What the two say that look for a volume in vain.
   const std::string error = "ERROR Error in getting ... util_getVolumePath";
   const std::string warning = "WARN utilGetVolumeNameOfPath failed to get volume path.";
 
   const support::TemporaryFolder folder;
 };
 
-TEST_F(SystemVolumesTest, IsTheMountPointOfThePath) {
+TEST_F(SystemVolumesTest, ReturnsTheMountPoint) {
   EXPECT_EQ(volumeOf("/proc"), "/proc");
   EXPECT_EQ(volumeOf("/proc/self/status"), "/proc");
   EXPECT_EQ(volumeOf("/"), "/");
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(SystemVolumesTest, AMissingFileLiesWhereItsNearestAncestorDoes) {
+TEST_F(SystemVolumesTest, UsesTheNearestAncestorOfAMissingFile) {
   EXPECT_EQ(volumeOf("/tmp/no-such-file"), volumeOf("/tmp"));
   EXPECT_EQ(volumeOf("/proc/no/such//file/"), "/proc");
   EXPECT_EQ(volumeOf("//no/such"), "/");
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(SystemVolumesTest, ASymbolicLinkLiesWhereItLeadsAndADanglingOneWhereItIs) {
+TEST_F(SystemVolumesTest, FollowsSymbolicLinksExceptDanglingOnes) {
   ASSERT_EQ(::symlink("/proc/self", (folder / "link").c_str()), 0);
   ASSERT_EQ(::symlink("/proc/no-such", (folder / "dangling").c_str()), 0);
   EXPECT_EQ(volumeOf(folder / "link/status"), "/proc");
   EXPECT_EQ(volumeOf(folder / "dangling"), volumeOf(folder.path()));
 }
 
-TEST_F(SystemVolumesTest, ARelativeOrEmptyPathIsAnError) {
-  EXPECT_EQ(volumeOf("relative/path"), "(false) former");
-  EXPECT_EQ(volumeOf(""), "(false) former");
+TEST_F(SystemVolumesTest, RejectsRelativeAndEmptyPaths) {
+  EXPECT_EQ(volumeOf("relative/path"), "(false) previous");
+  EXPECT_EQ(volumeOf(""), "(false) previous");
   EXPECT_EQ(logged(), (Lines{error, error}));
 }
 
-TEST_F(SystemVolumesTest, ANameTooLongLeavesItToTheFolderAbove) {
+TEST_F(SystemVolumesTest, UsesTheParentOfATooLongName) {
   EXPECT_EQ(volumeOf("/proc/" + std::string(300, 'n')), "/proc");
 }
 
-TEST_F(SystemVolumesTest, APathOfAnyLengthIsPlaced) {
-  std::string endless = "/proc";
+TEST_F(SystemVolumesTest, AcceptsAPathOfAnyLength) {
+  std::string path = "/proc";
   for (int i = 0; i < 100000; ++i)
-    endless += "/no";
-  EXPECT_EQ(volumeOf(endless), "/proc");
+    path += "/no";
+  EXPECT_EQ(volumeOf(path), "/proc");
 }
 
-TEST_F(SystemVolumesTest, AFileInThePlaceOfAFolderIsAnError) {
+TEST_F(SystemVolumesTest, RejectsAPathBelowAFile) {
   support::writeFile(folder / "file", "");
-  EXPECT_EQ(volumeOf(folder / "file/below"), "(false) former");
+  EXPECT_EQ(volumeOf(folder / "file/below"), "(false) previous");
   EXPECT_EQ(logged(), Lines{error});
 }
 
-TEST_F(SystemVolumesTest, ALoopOfLinksIsAnError) {
+TEST_F(SystemVolumesTest, RejectsALoopOfLinks) {
   ASSERT_EQ(::symlink("loop", (folder / "loop").c_str()), 0);
-  EXPECT_EQ(volumeOf(folder / "loop"), "(false) former");
+  EXPECT_EQ(volumeOf(folder / "loop"), "(false) previous");
   EXPECT_EQ(logged(), Lines{error});
 }
 
-TEST_F(SystemVolumesTest, AFolderThatMayNotBeEnteredIsAnError) {
+TEST_F(SystemVolumesTest, RejectsAFolderWithoutSearchPermission) {
   ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0), 0);
-  support::Child powerless([&] {
+  support::Child child([&] {
     if (!support::giveUpPowers()) return 2;
-    return volumeOf(folder / "closed/file") == "(false) former" ? 0 : 1;
+    return volumeOf(folder / "closed/file") == "(false) previous" ? 0 : 1;
   });
-  EXPECT_EQ(powerless.wait(), 0);
+  EXPECT_EQ(child.wait(), 0);
   EXPECT_EQ(logged(), Lines{error});
 }
 
-TEST_F(SystemVolumesTest, TheRootIsCalledByItsSlashUnlessItHasALabel) {
+TEST_F(SystemVolumesTest, RootNameIsItsLabelOrSlash) {
   const int result = support::withOwnMounts([&] {
     const std::string root = folder.path();
     if (!support::mountMemory(root, 1 << 20) || ::chroot(root.c_str()) != 0) return support::kImpossible;
@@ -111,51 +110,51 @@ TEST_F(SystemVolumesTest, TheRootIsCalledByItsSlashUnlessItHasALabel) {
     platform_test::fakeLabel = "Back up";
     return nameOf("/") == "Back up" && nameOf("/no/such/file") == "Back up" ? 0 : 2;
   });
-  if (result == support::kImpossible) GTEST_SKIP() << "this process may not mount";
+  if (result == support::kImpossible) GTEST_SKIP() << "no permission to mount";
   EXPECT_EQ(result, 0);
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(SystemVolumesTest, AVolumeIsCalledByItsLabelIfThatIsText) {
+TEST_F(SystemVolumesTest, NameIsTheLabelIfItIsUtf8) {
   platform_test::fakeLabel = "M\xC3\xBCller";
   EXPECT_EQ(nameOf("/proc/self"), "M\xC3\xBCller");
   platform_test::fakeLabel = "M\xFCller";
   EXPECT_EQ(nameOf("/proc/self"), "proc");
 }
 
-TEST_F(SystemVolumesTest, APathOnADeadFileSystemIsAnErrorEvenIfItsParentIsOnALivingOne) {
+TEST_F(SystemVolumesTest, FailsOnAStaleFileSystem) {
   platform_test::errors = {ESTALE};
-  EXPECT_EQ(volumeOf("/proc/no-such"), "(false) former");
+  EXPECT_EQ(volumeOf("/proc/no-such"), "(false) previous");
   EXPECT_EQ(logged(), Lines{error});
 }
 
-TEST_F(SystemVolumesTest, AVolumeWithoutALabelIsCalledByItsMountPoint) {
+TEST_F(SystemVolumesTest, NameIsTheMountPointWithoutALabel) {
   EXPECT_EQ(nameOf("/proc/self"), "proc");
   EXPECT_EQ(logged(), Lines{});
 }
 
-TEST_F(SystemVolumesTest, AnEmptyPathHasNoVolumeName) {
-  EXPECT_EQ(nameOf(""), "(false) former");
+TEST_F(SystemVolumesTest, AnEmptyPathHasNoName) {
+  EXPECT_EQ(nameOf(""), "(false) previous");
   EXPECT_EQ(logged(), Lines{"WARN utilGetVolumeNameOfPath empty path"});
 }
 
-TEST_F(SystemVolumesTest, ARelativePathHasNoVolumeNameAndSaysSoTwice) {
-  EXPECT_EQ(nameOf("relative"), "(false) former");
+TEST_F(SystemVolumesTest, ARelativePathLogsTwoMessages) {
+  EXPECT_EQ(nameOf("relative"), "(false) previous");
   EXPECT_EQ(logged(), (Lines{error, warning}));
 }
 
-TEST_F(SystemVolumesTest, OrdinaryVolumesTellCaseApart) {
+TEST_F(SystemVolumesTest, OrdinaryVolumesAreCaseSensitive) {
   bool sensitive = false;
   EXPECT_TRUE(utilIsDriveCaseSensitive(folder.path(), sensitive));
   EXPECT_TRUE(sensitive);
 }
 
-TEST_F(SystemVolumesTest, WhetherCaseIsToldApartIsNotKnownOfAPathThatDoesNotExist) {
+TEST_F(SystemVolumesTest, CaseSensitivityOfAMissingPathIsUnknown) {
   for (bool sensitive : {false, true}) {
-    const bool former = sensitive;
+    const bool previous = sensitive;
     EXPECT_FALSE(utilIsDriveCaseSensitive(folder / "no-such", sensitive));
     EXPECT_FALSE(utilIsDriveCaseSensitive("", sensitive));
-    EXPECT_EQ(sensitive, former);
+    EXPECT_EQ(sensitive, previous);
   }
 }
 

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <string>
+
 #include "logging/Helpers.h"
 #include "tests/support/Child.h"
 #include "tests/support/FakeConsoleUser.h"
@@ -10,73 +12,73 @@
 
 namespace {
 
-constexpr uid_t somebodyElse = 4711;
+constexpr uid_t kOtherUser = 4711;
 
-// The library's own look-up and the logging library's, which have the same rules.
-using LookUp = bool (*)(std::string&);
+// The lookup of this library and that of the logging library follow the same rules.
+using Lookup = bool (*)(std::string&);
 
-class UserFolderTest : public testing::TestWithParam<LookUp> {
+class UserFolderTest : public testing::TestWithParam<Lookup> {
  protected:
   UserFolderTest() {
     support::fakeConsoleUser.reset();
-    support::switches = 0;
+    support::switchCount = 0;
   }
 
-  std::string lookedUp() const {
-    std::string path = "former";
+  std::string userFolder() const {
+    std::string path = "previous";
     EXPECT_TRUE(GetParam()(path));
     return path;
   }
 
   const support::PasswordDatabase users{support::passwordEntry(::geteuid(), "/home/self") +
-                                        support::passwordEntry(somebodyElse, "/home/console")};
+                                        support::passwordEntry(kOtherUser, "/home/console")};
 };
 
 INSTANTIATE_TEST_SUITE_P(Both, UserFolderTest, testing::Values(utilGetUserFolderPath, tarn::getUserFolder));
 
-TEST_P(UserFolderTest, WithNobodyAtTheConsoleItIsTheEffectiveUsers) {
-  EXPECT_EQ(lookedUp(), "/home/self");
-  EXPECT_EQ(support::switches, 0);
+TEST_P(UserFolderTest, IsTheEffectiveUsersWithoutAConsoleUser) {
+  EXPECT_EQ(userFolder(), "/home/self");
+  EXPECT_EQ(support::switchCount, 0);
 }
 
-TEST_P(UserFolderTest, ForTheUserAtTheConsoleTheUserIsNeverSwitched) {
+TEST_P(UserFolderTest, DoesNotSwitchForTheConsoleUser) {
   support::fakeConsoleUser = ::geteuid();
-  EXPECT_EQ(lookedUp(), "/home/self");
-  EXPECT_EQ(support::switches, 0);
+  EXPECT_EQ(userFolder(), "/home/self");
+  EXPECT_EQ(support::switchCount, 0);
 }
 
-TEST_P(UserFolderTest, ForAnotherUserAtTheConsoleItIsThatUsersAndTheProcessIsItselfAgain) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may become another user";
-  lookedUp();  // the wrapper opens its file while it may
-  support::fakeConsoleUser = somebodyElse;
-  EXPECT_EQ(lookedUp(), "/home/console");
-  EXPECT_EQ(support::switches, 2);
+TEST_P(UserFolderTest, SwitchesToTheConsoleUserAndBack) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change its user id";
+  userFolder();  // nss_wrapper opens its file before the switch
+  support::fakeConsoleUser = kOtherUser;
+  EXPECT_EQ(userFolder(), "/home/console");
+  EXPECT_EQ(support::switchCount, 2);
   EXPECT_EQ(::geteuid(), 0u);
 }
 
-TEST_P(UserFolderTest, WithoutAnEntryInThePasswordDatabaseItIsEmpty) {
-  const support::PasswordDatabase nobody("");
-  EXPECT_EQ(lookedUp(), "");
+TEST_P(UserFolderTest, IsEmptyWithoutAPasswordEntry) {
+  const support::PasswordDatabase empty("");
+  EXPECT_EQ(userFolder(), "");
 }
 
-TEST(EffectiveUsersFolder, DoesNotAskWhoIsAtTheConsole) {
-  support::fakeConsoleUser = somebodyElse;
+TEST(EffectiveUserFolderTest, IgnoresTheConsoleUser) {
+  support::fakeConsoleUser = kOtherUser;
   std::string path;
   EXPECT_TRUE(util_getUserFolderPath(path));
   EXPECT_EQ(path, support::ownHome());
 }
 
-TEST(WhoMayNotSwitch, GetsNoFolderFromTheLoggingLibraryAndItsOwnFromTheOther) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can become somebody who may not switch";
-  constexpr uid_t nobody = 65534;
-  support::Child powerless([] {
-    support::fakeConsoleUser = somebodyElse;
-    std::string path = "former";
-    if (::setresuid(nobody, nobody, nobody) != 0) return 1;
-    if (tarn::getUserFolder(path) || path != "former") return 2;
-    return utilGetUserFolderPath(path) && path != "former" ? 0 : 3;
+TEST(UnprivilegedUserFolderTest, OnlyTheLoggingLibraryFails) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change its user id";
+  constexpr uid_t kUnprivileged = 65534;
+  support::Child child([] {
+    support::fakeConsoleUser = kOtherUser;
+    std::string path = "previous";
+    if (::setresuid(kUnprivileged, kUnprivileged, kUnprivileged) != 0) return 1;
+    if (tarn::getUserFolder(path) || path != "previous") return 2;
+    return utilGetUserFolderPath(path) && path != "previous" ? 0 : 3;
   });
-  EXPECT_EQ(powerless.wait(), 0);
+  EXPECT_EQ(child.wait(), 0);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What ties the window on the screen to the desktop file and the icon, also where the package is not installed.
+// The window has the icon and the class that the desktop file names, also if the package is not installed.
 
 #include "tests/endtoend/EndToEndTest.h"
 
@@ -20,14 +20,14 @@ class DesktopTest : public endtoend::EndToEndTest {
   }
 };
 
-TEST_F(DesktopTest, TheWindowHasAnIcon) {
+TEST_F(DesktopTest, WindowHasAnIcon) {
   startAndWaitForThePage();
   EXPECT_THAT(screen.numbersOf(window().id, "_NET_WM_ICON"), Not(IsEmpty()));
 }
 
-TEST_F(DesktopTest, TheWindowBearsTheClassThatTheDesktopFileNames) {
+TEST_F(DesktopTest, WindowHasTheClassOfTheDesktopFile) {
   startAndWaitForThePage();
-  const std::string name = screen.textOf(window().id, "WM_CLASS").c_str();  // the first of two, each with a zero
+  const std::string name = screen.textOf(window().id, "WM_CLASS").c_str();  // the first of two NUL-terminated texts
   EXPECT_EQ(name, "svo-signin");
   EXPECT_THAT(support::linesOf(DESKTOP_FILE), Contains("StartupWMClass=" + name));
 }

@@ -1,4 +1,4 @@
-// What installing the native utility library puts where, and that strangers can build with it.
+// The files of the components `nativeutils` and `nativeutils-dev`, and programs that link the installed library.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,28 +32,28 @@ class NativeUtilsInstallTest : public packaging_test::StagedTest {
   std::string include() const { return staged("/usr/include"); }
   std::string libraries() const { return staged("/usr/" LIBRARY_FOLDER); }
 
-  // Names, sorted, a line each.
+  // Returns the sorted names of the functions in the headers, one per line.
   std::string declaredFunctions() const {
     return run("sed -nE 's/^[a-zA-Z].*\\b((util|Base64)\\w+)\\(.*/\\1/p' '" + include() + "'/nativeutils/*.h | sort -u")
         .output;
   }
 
-  // What `nm` lists: of the library's functions the name alone, anything else whole.
-  static std::string namesShownBy(const std::string& listing) {
+  // Returns the sorted symbols that an `nm` command lists; of the library's functions only the names.
+  static std::string symbolsOf(const std::string& listing) {
     return run(listing + " | sed -E 's/^[A-Z] (.* )?((util|Base64)\\w+)(<.*>)?\\(.*/\\2/' | sort -u").output;
   }
 
-  static std::string said(const std::string& program, const std::string& libraryFolder) {
+  static std::string outputOf(const std::string& program, const std::string& libraryFolder) {
     const Outcome outcome = run("LD_LIBRARY_PATH='" + libraryFolder + "' '" + program + "'");
     EXPECT_EQ(outcome.status, 0);
     return outcome.output;
   }
 
-  // By the program in tests/packaging/consumer.
-  static std::string expected() { return "36 Zm9v 8 the consumer's own\n" + support::ownHome() + "\n"; }
+  // The output of tests/packaging/consumer.
+  static std::string expectedOutput() { return "36 Zm9v 8 Logger of the consumer\n" + support::ownHome() + "\n"; }
 
-  std::string builtByPkgConfig(const std::string& flags) const {
-    std::string program = build_ / "consumer";
+  std::string buildWithPkgConfig(const std::string& flags) const {
+    std::string program = buildFolder_ / "consumer";
     const std::string pkgConfig = "PKG_CONFIG_LIBDIR='" + libraries() + "/pkgconfig' pkg-config ";
     const Outcome outcome =
         run(CXX_COMPILER " " SANITIZER_FLAGS " -std=c++17 -Wall -Wextra -Wpedantic -Werror -o '" + program +
@@ -62,10 +62,10 @@ class NativeUtilsInstallTest : public packaging_test::StagedTest {
     return program;
   }
 
-  support::TemporaryFolder build_;
+  support::TemporaryFolder buildFolder_;
 };
 
-TEST_F(NativeUtilsInstallTest, HoldsTheFilesOfThePackagesAndNoOthers) {
+TEST_F(NativeUtilsInstallTest, ContainsExactlyTheFilesOfThePackages) {
   std::vector<std::string> files;
   for (const char* const header : kHeaders)
     files.push_back(std::string("/usr/include/nativeutils/") + header);
@@ -74,17 +74,17 @@ TEST_F(NativeUtilsInstallTest, HoldsTheFilesOfThePackagesAndNoOthers) {
                                  "cmake/nativeutils/nativeutils-config.cmake", "libnativeutils.a", "libnativeutils.so",
                                  "libnativeutils.so.9", "libnativeutils.so." VERSION, "pkgconfig/nativeutils.pc"})
     files.push_back(std::string("/usr/" LIBRARY_FOLDER "/") + file);
-  for (const char* const paper :
+  for (const char* const document :
        {"libnativeutils-dev/changelog.gz", "libnativeutils-dev/copyright",
         "libnativeutils-dev/examples/replace-folder.cpp", "libnativeutils-dev/examples/run-helper.cpp",
         "libnativeutils-dev/examples/system-report.cpp", "libnativeutils-dev/nativeutils.md",
         "libnativeutils9/changelog.gz", "libnativeutils9/copyright"})
-    files.push_back(std::string("/usr/share/doc/") + paper);
+    files.push_back(std::string("/usr/share/doc/") + document);
   files.emplace_back("/usr/share/lintian/overrides/libnativeutils9");
   EXPECT_THAT(stagedFiles(), ElementsAreArray(files));
 }
 
-TEST_F(NativeUtilsInstallTest, EveryHeaderCompilesAlone) {
+TEST_F(NativeUtilsInstallTest, EachHeaderCompilesAlone) {
   for (const char* const header : kHeaders) {
     const Outcome outcome =
         run("echo '#include <nativeutils/" + std::string(header) +
@@ -94,36 +94,36 @@ TEST_F(NativeUtilsInstallTest, EveryHeaderCompilesAlone) {
   }
 }
 
-TEST_F(NativeUtilsInstallTest, TheSharedLibraryShowsTheFunctionsOfTheHeadersAndNothingElse) {
-  EXPECT_EQ(namesShownBy("nm -DC --defined-only --without-symbol-versions '" + libraries() +
-                         "/libnativeutils.so' | sed 's/^[0-9a-f]* //' | grep -v '^A NATIVEUTILS_9$'"),
+TEST_F(NativeUtilsInstallTest, SharedLibraryExportsOnlyTheDeclaredFunctions) {
+  EXPECT_EQ(symbolsOf("nm -DC --defined-only --without-symbol-versions '" + libraries() +
+                      "/libnativeutils.so' | sed 's/^[0-9a-f]* //' | grep -v '^A NATIVEUTILS_9$'"),
             declaredFunctions());
 }
 
-TEST_F(NativeUtilsInstallTest, TheStaticLibraryShowsTheSame) {
-  EXPECT_EQ(namesShownBy("nm -gC --defined-only '" + libraries() + "/libnativeutils.a' | sed -n 's/^[0-9a-f]\\+ //p'"),
+TEST_F(NativeUtilsInstallTest, StaticLibraryExportsOnlyTheDeclaredFunctions) {
+  EXPECT_EQ(symbolsOf("nm -gC --defined-only '" + libraries() + "/libnativeutils.a' | sed -n 's/^[0-9a-f]\\+ //p'"),
             declaredFunctions());
 }
 
-TEST_F(NativeUtilsInstallTest, AProgramFindsItByCMake) {
-  const Outcome outcome =
-      run(CMAKE_PROGRAM " -G Ninja -DCMAKE_CXX_COMPILER='" CXX_COMPILER "' -DCMAKE_PREFIX_PATH='" + staged("/usr") +
-          "' -S " CONSUMER_FOLDER " -B '" + build_.path() + "' && " CMAKE_PROGRAM " --build '" + build_.path() + "'");
+TEST_F(NativeUtilsInstallTest, CMakeFindsTheLibrary) {
+  const Outcome outcome = run(CMAKE_PROGRAM " -G Ninja -DCMAKE_CXX_COMPILER='" CXX_COMPILER "' -DCMAKE_PREFIX_PATH='" +
+                              staged("/usr") + "' -S " CONSUMER_FOLDER " -B '" + buildFolder_.path() +
+                              "' && " CMAKE_PROGRAM " --build '" + buildFolder_.path() + "'");
   ASSERT_EQ(outcome.status, 0) << outcome.output;
-  EXPECT_EQ(said(build_ / "consumer-shared", ""), expected());
-  EXPECT_EQ(said(build_ / "consumer-static", ""), expected());
+  EXPECT_EQ(outputOf(buildFolder_ / "consumer-shared", ""), expectedOutput());
+  EXPECT_EQ(outputOf(buildFolder_ / "consumer-static", ""), expectedOutput());
 }
 
-TEST_F(NativeUtilsInstallTest, AProgramFindsItByPkgConfig) {
-  EXPECT_EQ(said(builtByPkgConfig("--cflags --libs"), libraries()), expected());
+TEST_F(NativeUtilsInstallTest, PkgConfigFindsTheLibrary) {
+  EXPECT_EQ(outputOf(buildWithPkgConfig("--cflags --libs"), libraries()), expectedOutput());
 }
 
-TEST_F(NativeUtilsInstallTest, AProgramLinksItStaticallyByPkgConfig) {
+TEST_F(NativeUtilsInstallTest, PkgConfigFindsTheStaticLibrary) {
   std::filesystem::remove(libraries() + "/libnativeutils.so");
-  EXPECT_EQ(said(builtByPkgConfig("--static --cflags --libs"), ""), expected());
+  EXPECT_EQ(outputOf(buildWithPkgConfig("--static --cflags --libs"), ""), expectedOutput());
 }
 
-// Configures the project or a project that contains it, in a build folder of its own.
+// Configures the project, or a project that contains it, in a temporary build folder.
 class ConfigureTest : public testing::Test {
  protected:
   Outcome configure(const std::string& source, const std::string& options) const {
@@ -134,7 +134,7 @@ class ConfigureTest : public testing::Test {
   support::TemporaryFolder folder_;
 };
 
-TEST_F(ConfigureTest, TheLibraryNeedsNeitherGtkNorWebKit) {
+TEST_F(ConfigureTest, LibraryNeedsNeitherGtkNorWebKit) {
   const std::string pkgConfig = folder_ / "pkg-config";
   std::ofstream(pkgConfig) << "#!/bin/sh\n"
                               "case \"$*\" in *gtk*|*webkit*|*icu*|*x11*|*wayland*|*soup*) exit 1 ;; esac\n"
@@ -148,7 +148,7 @@ TEST_F(ConfigureTest, TheLibraryNeedsNeitherGtkNorWebKit) {
   EXPECT_NE(app.status, 0) << app.output;
 }
 
-TEST_F(ConfigureTest, ASubprojectKeepsTheSettingsOfItsParent) {
+TEST_F(ConfigureTest, SubprojectKeepsTheSettingsOfItsParent) {
   std::ofstream(folder_ / "CMakeLists.txt")
       << "cmake_minimum_required(VERSION 3.25)\n"
          "project(parent LANGUAGES CXX)\n"

@@ -1,4 +1,4 @@
-// What installing the program puts where: the files that the package holds.
+// The files of the component `signin`, which is the program's package.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,11 +21,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-std::string unpacked(const std::string& path) {
+std::string decompressed(const std::string& path) {
   return run("gzip -dc '" + path + "'").output;
 }
 
-// Of a PNG file (W3C PNG, section 11.2.2): bytes 16 to 19 hold its width and 20 to 23 its height, highest byte first.
+// Returns the size of a PNG image (W3C PNG, section 11.2.2): bytes 16 to 19 are its width and 20 to 23 its height, both
+// big-endian.
 std::pair<int, int> sizeOfImage(const std::string& path) {
   const std::string bytes = contentsOf(path);
   const auto number = [&bytes](std::size_t at) {
@@ -47,7 +48,7 @@ class OtherPrefixTest : public StagedInstallTest {
   OtherPrefixTest() : StagedInstallTest("/opt/sign in") {}
 };
 
-TEST_F(StagedInstallTest, HoldsTheFilesOfThePackageAndNoOthers) {
+TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
   EXPECT_THAT(
       stagedFiles(),
       ElementsAre(
@@ -60,18 +61,18 @@ TEST_F(StagedInstallTest, HoldsTheFilesOfThePackageAndNoOthers) {
           "/usr/share/man/man1/svo-signin.1.gz"));
 }
 
-TEST_F(OtherPrefixTest, TakesEveryFile) {
+TEST_F(OtherPrefixTest, InstallsEveryFileThere) {
   const std::vector<std::string> files = stagedFiles();
   EXPECT_EQ(files.size(), 14u);
   EXPECT_THAT(files, testing::Each(StartsWith("/opt/sign in/")));
 }
 
-TEST_F(StagedInstallTest, LetsEveryoneReadAndOnlyTheProgramRun) {
+TEST_F(StagedInstallTest, OnlyTheProgramIsExecutable) {
   for (const std::string& file : stagedFiles())
     EXPECT_EQ(support::modeOf(staged(file)), file == "/usr/bin/svo-signin" ? 0755u : 0644u) << file;
 }
 
-TEST_F(StagedInstallTest, HasAnIconOfEverySizeThatItPromises) {
+TEST_F(StagedInstallTest, ContainsAnIconOfEverySize) {
   for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
     const std::string side = std::to_string(size);
     EXPECT_EQ(sizeOfImage(staged("/usr/share/icons/hicolor/" + side + "x" + side + "/apps/svo-signin.png")),
@@ -79,20 +80,20 @@ TEST_F(StagedInstallTest, HasAnIconOfEverySizeThatItPromises) {
   }
 }
 
-TEST_F(StagedInstallTest, HasAValidDesktopFile) {
+TEST_F(StagedInstallTest, DesktopFileIsValid) {
   const Outcome check = run("desktop-file-validate '" + staged("/usr/share/applications/svo-signin.desktop") + "'");
   EXPECT_EQ(check.status, 0);
   EXPECT_EQ(check.output, "");
 }
 
-TEST_F(StagedInstallTest, HasAManualWithoutFaults) {
+TEST_F(StagedInstallTest, ManualHasNoWarnings) {
   const Outcome check = run("mandoc -Tlint -Wwarning '" + staged("/usr/share/man/man1/svo-signin.1.gz") + "'");
   EXPECT_EQ(check.status, 0);
   EXPECT_EQ(check.output, "");
 }
 
-TEST_F(StagedInstallTest, HasAManualThatNamesEveryOption) {
-  const std::string manual = unpacked(staged("/usr/share/man/man1/svo-signin.1.gz"));
+TEST_F(StagedInstallTest, ManualNamesEveryOption) {
+  const std::string manual = decompressed(staged("/usr/share/man/man1/svo-signin.1.gz"));
   for (const char* const option :
        {CommandLine::zel_url_param, CommandLine::redirect_url_param, CommandLine::redirect_type3_url_param,
         CommandLine::pipe_name_param, CommandLine::app_name_param, CommandLine::type3_window_title_param}) {
@@ -100,8 +101,8 @@ TEST_F(StagedInstallTest, HasAManualThatNamesEveryOption) {
   }
 }
 
-TEST_F(StagedInstallTest, HasAChangelogThatBeginsWithThisVersion) {
-  EXPECT_THAT(unpacked(staged("/usr/share/doc/svo-signin/changelog.gz")), StartsWith("svo-signin (" VERSION ") "));
+TEST_F(StagedInstallTest, ChangelogBeginsWithThisVersion) {
+  EXPECT_THAT(decompressed(staged("/usr/share/doc/svo-signin/changelog.gz")), StartsWith("svo-signin (" VERSION ") "));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Installs into a folder that stands for the root of a system, and looks at what lies there.
+// Installs a component in a temporary folder (DESTDIR) and lists its files.
 
 #pragma once
 
@@ -25,7 +25,7 @@ class StagedTest : public testing::Test {
 
   std::string staged(const std::string& path) const { return stage_.path() + path; }
 
-  // Sorted, links included, folders not.
+  // Returns the sorted paths of all files and links.
   std::vector<std::string> stagedFiles() const {
     namespace fs = std::filesystem;
     std::vector<std::string> files;

@@ -165,7 +165,7 @@ TEST_F(ProcessesTest, AFailedStartLeavesNoDescriptorOrProcess) {
 }
 
 TEST_F(ProcessesTest, ASignalDoesNotEndTheWait) {
-  if (!support::signalsInterrupt) GTEST_SKIP() << "signals are held back";
+  if (!support::kSignalsInterrupt) GTEST_SKIP() << "signals are held back";
   support::Child waiting([] {
     struct sigaction action {};
     action.sa_handler = [](int) {};

@@ -75,7 +75,7 @@ TEST_F(SemaphoreSetTest, RemovalEndsABlockedTake) {
 }
 
 TEST_F(SemaphoreSetTest, ASignalDoesNotEndABlockedTake) {
-  if (!support::signalsInterrupt) GTEST_SKIP() << "the sanitizer delays signals";
+  if (!support::kSignalsInterrupt) GTEST_SKIP() << "the sanitizer delays signals";
   const support::Shared<std::atomic<int>> caught;
   support::Child waiting([&] {
     countSignals(*caught);

@@ -50,7 +50,7 @@ Writers::Writers(int count, int linesEach) : linesEach_(linesEach) {
                  [this](int sequence) { return sequence <= *allowed_; });
       return 0;
     };
-    processes_.emplace_back(write, Child::Ending::orderly);
+    processes_.emplace_back(write, Child::Ending::kOrderly);
   }
 }
 

@@ -1,4 +1,4 @@
-// Runs pieces of a test in processes of their own.
+// Runs a function in a child process; waits for conditions.
 
 #pragma once
 
@@ -18,19 +18,19 @@
 
 namespace support {
 
-// A forked process that runs `body` and ends, with its answer as exit status. Killed, if need be, and waited for.
+// A forked process that runs `body`, whose result is its exit status. The destructor kills it and waits for it.
 class Child {
  public:
-  // How the process goes: through `exit`, so that static objects are destroyed, or at once.
-  enum class Ending { orderly, abrupt };
+  // `kOrderly` ends the process with `exit`, which destroys static objects; `kAbrupt` with `_exit`.
+  enum class Ending { kOrderly, kAbrupt };
 
-  explicit Child(const std::function<int()>& body, Ending ending = Ending::abrupt) {
+  explicit Child(const std::function<int()>& body, Ending ending = Ending::kAbrupt) {
     std::fflush(nullptr);
     id_ = ::fork();
     if (id_ != 0) return;
     const int status = body();
     std::fflush(nullptr);
-    if (ending == Ending::orderly) std::exit(status);
+    if (ending == Ending::kOrderly) std::exit(status);
     ::_exit(status);
   }
   Child(Child&& other) noexcept : id_(std::exchange(other.id_, 0)) {}
@@ -49,7 +49,7 @@ class Child {
   void send(int signal) const { ::kill(id_, signal); }
   void kill() const { send(SIGKILL); }
 
-  // The exit status; 128 and the signal's number for a process that a signal ended.
+  // Waits for the process. Returns its exit status, or 128 plus the number of the signal that ended it.
   int wait() {
     int status = 0;
     while (::waitpid(id_, &status, 0) < 0 && errno == EINTR) {
@@ -62,12 +62,12 @@ class Child {
   pid_t id_ = 0;
 };
 
-// Runs `body` in a process of its own, static objects and all; its answer is the exit status.
+// Runs `body` in a child process that ends with `exit`. Returns its exit status.
 inline int inChild(const std::function<int()>& body) {
-  return Child(body, Child::Ending::orderly).wait();
+  return Child(body, Child::Ending::kOrderly).wait();
 }
 
-// An object that the process and its later children see alike.
+// An object in memory that the process shares with its later children.
 template <typename T>
 class Shared {
  public:
@@ -83,25 +83,24 @@ class Shared {
   T* object_;
 };
 
-// Whether a signal reaches a process that sleeps in a system call: the thread sanitizer holds it back until the call
-// has ended.
+// Whether a signal interrupts a system call. The thread sanitizer delays signals until the call has ended.
 #if defined(__SANITIZE_THREAD__)
-constexpr bool signalsInterrupt = false;
+constexpr bool kSignalsInterrupt = false;
 #else
-constexpr bool signalsInterrupt = true;
+constexpr bool kSignalsInterrupt = true;
 #endif
 
-// Whether this process has a child, one that has ended and was not waited for included.
+// Whether this process has a child, including zombies.
 inline bool hasChildren() {
   siginfo_t ended{};
   return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-// Looks again and again until it is true; false when that has not come after half a minute.
+// Waits until the condition is true. Returns false after 30 seconds.
 inline bool comesTrue(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
+    if (std::chrono::steady_clock::now() > deadline) return false;
     std::this_thread::sleep_for(std::chrono::microseconds(100));
   }
   return true;

@@ -1,4 +1,4 @@
-// Changes of the environment for the length of a test.
+// Changes the environment for a scope.
 
 #pragma once
 
@@ -8,16 +8,16 @@
 
 namespace support {
 
-// A variable of the process has another value, or none, until the end of the scope.
+// Sets or removes an environment variable and restores it at the end of the scope.
 class Variable {
  public:
   Variable(const char* name, const std::optional<std::string>& value) : name_(name) {
-    if (const char* former = std::getenv(name)) former_ = former;
+    if (const char* previous = std::getenv(name)) previous_ = previous;
     set(value);
   }
   Variable(const Variable&) = delete;
   Variable& operator=(const Variable&) = delete;
-  ~Variable() { set(former_); }
+  ~Variable() { set(previous_); }
 
  private:
   void set(const std::optional<std::string>& value) const {
@@ -29,7 +29,7 @@ class Variable {
   }
 
   const char* name_;
-  std::optional<std::string> former_;
+  std::optional<std::string> previous_;
 };
 
 }  // namespace support

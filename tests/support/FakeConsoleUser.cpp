@@ -3,6 +3,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <optional>
+
 #include "platform/Users.h"
 
 namespace platform {
@@ -13,8 +15,8 @@ std::optional<uid_t> consoleUser() {
 
 }  // namespace platform
 
-// Takes the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int seteuid(uid_t user) noexcept {
-  ++support::switches;
+  ++support::switchCount;
   return static_cast<int>(::syscall(SYS_setresuid, static_cast<uid_t>(-1), user, static_cast<uid_t>(-1)));
 }

@@ -1,4 +1,4 @@
-// Stands in for the system's answer who sits at the machine; a test that links FakeConsoleUser.cpp decides that.
+// Replaces `platform::consoleUser` and counts the calls of `seteuid`. Requires FakeConsoleUser.cpp.
 
 #pragma once
 
@@ -8,10 +8,10 @@
 
 namespace support {
 
-// Whom `platform::consoleUser` names; nobody at first.
+// No value means no console user.
 inline std::optional<uid_t> fakeConsoleUser;
 
-// How many times the process asked to become another user.
-inline int switches = 0;
+// Number of calls of `seteuid`.
+inline int switchCount = 0;
 
 }  // namespace support

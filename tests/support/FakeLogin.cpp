@@ -3,9 +3,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 
-// Takes the place of the C library's.
-extern "C" int getlogin_r(char* name, size_t size) {
+// Replaces the function of the C library.
+extern "C" int getlogin_r(char* name, std::size_t size) {
   if (support::fakeLogin.empty()) return ENXIO;
   if (support::fakeLogin.size() >= size) return ERANGE;
   (void)support::fakeLogin.copy(name, size);

@@ -1,4 +1,4 @@
-// Stands in for the system's answer who logged in; a test that links FakeLogin.cpp decides that.
+// Replaces the login name of the process. Requires FakeLogin.cpp, which replaces `getlogin_r`.
 
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace support {
 
-// The login name of the process; nobody at first.
+// Empty means that the process has no login.
 inline std::string fakeLogin;
 
 }  // namespace support

@@ -1,4 +1,4 @@
-// Files and folders for the length of a test.
+// Reads and writes files and creates temporary folders.
 
 #pragma once
 
@@ -11,16 +11,17 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace support {
 
-// A folder of its own, gone with its contents at the end of the scope.
+// A new folder, which is removed with its contents at the end of the scope.
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    std::string form = (std::filesystem::temp_directory_path() / "folder.XXXXXX").string();
-    path_ = ::mkdtemp(form.data());
+    std::string pattern = (std::filesystem::temp_directory_path() / "folder.XXXXXX").string();
+    path_ = ::mkdtemp(pattern.data());
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -43,7 +44,7 @@ inline std::string contentsOf(const std::string& path) {
   return contents.str();
 }
 
-// What stands between the newlines; a last piece without one counts as a line.
+// Returns the lines without their newlines, including an unfinished last line.
 inline std::vector<std::string> linesOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::vector<std::string> lines;
@@ -56,11 +57,13 @@ inline void writeFile(const std::string& path, std::string_view contents) {
   std::ofstream(path, std::ios::binary) << contents;
 }
 
+// Returns the permission bits; 0 if the file does not exist.
 inline unsigned modeOf(const std::string& path) {
   struct stat item {};
   return ::stat(path.c_str(), &item) == 0 ? item.st_mode & 07777u : 0u;
 }
 
+// Returns the sorted names of the entries.
 inline std::vector<std::string> namesIn(const std::string& folder) {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(folder))

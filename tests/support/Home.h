@@ -1,4 +1,4 @@
-// The home folder that tests/support/in-own-home has made for this run.
+// The temporary home folder and the user databases that tests/support/in-own-home creates.
 
 #pragma once
 
@@ -16,7 +16,7 @@
 
 namespace support {
 
-// Throws rather than let a test near the home folder of a person.
+// Throws if the test runs outside of tests/support/in-own-home, so that no test uses a real home folder.
 inline std::string ownHome() {
   const passwd* user = ::getpwuid(::geteuid());
   if (std::getenv("NSS_WRAPPER_PASSWD") == nullptr || user == nullptr) {
@@ -29,7 +29,7 @@ inline std::string ownLogFolder() {
   return ownHome() + "/Library/Logs";
 }
 
-// Empties the home folder, so that a test begins as the first one did.
+// Empties the home folder and returns it.
 inline std::string freshHome() {
   std::string home = ownHome();
   for (const auto& entry : std::filesystem::directory_iterator(home))
@@ -37,31 +37,31 @@ inline std::string freshHome() {
   return home;
 }
 
-// Replaces a database of this run, the file that a variable names, until the end of the scope.
+// Replaces the contents of the file that an environment variable names, until the end of the scope.
 class ReplacedDatabase {
  public:
   ReplacedDatabase(const char* variable, const std::string& entries) : path_(std::getenv(variable)) {
     std::ifstream file(path_);
-    former_.assign(std::istreambuf_iterator<char>(file), {});
+    previous_.assign(std::istreambuf_iterator<char>(file), {});
     replace(entries);
   }
   ReplacedDatabase(const ReplacedDatabase&) = delete;
   ReplacedDatabase& operator=(const ReplacedDatabase&) = delete;
-  ~ReplacedDatabase() { replace(former_); }
+  ~ReplacedDatabase() { replace(previous_); }
 
  private:
-  // The wrapper notices a change by the second in which the file was modified.
+  // nss_wrapper reads the file again only if its modification time differs in seconds.
   void replace(const std::string& entries) {
-    const auto former = std::filesystem::last_write_time(path_);
+    const auto previous = std::filesystem::last_write_time(path_);
     std::ofstream(path_) << entries;
-    std::filesystem::last_write_time(path_, former + std::chrono::seconds(2));
+    std::filesystem::last_write_time(path_, previous + std::chrono::seconds(2));
   }
 
   std::string path_;
-  std::string former_;
+  std::string previous_;
 };
 
-// A line of the password database.
+// Returns a line of the password database.
 inline std::string passwordEntry(uid_t user, const std::string& home) {
   return "user" + std::to_string(user) + ":x:" + std::to_string(user) + ":0::" + home + ":/bin/sh\n";
 }

@@ -1,4 +1,4 @@
-// Interrupts whatever this process does, thousands of times a second, for the length of a scope.
+// Sends SIGALRM to this process every 100 microseconds for a scope.
 
 #pragma once
 
@@ -11,21 +11,21 @@ class Interruptions {
  public:
   Interruptions() {
     struct sigaction action {};
-    action.sa_handler = [](int) {};  // system calls are not taken up again: SA_RESTART is missing
-    ::sigaction(SIGALRM, &action, &former_);
-    const itimerval often{{0, 100}, {0, 100}};
-    ::setitimer(ITIMER_REAL, &often, nullptr);
+    action.sa_handler = [](int) {};  // without SA_RESTART, so that system calls fail with EINTR
+    ::sigaction(SIGALRM, &action, &previous_);
+    const itimerval interval{{0, 100}, {0, 100}};
+    ::setitimer(ITIMER_REAL, &interval, nullptr);
   }
   Interruptions(const Interruptions&) = delete;
   Interruptions& operator=(const Interruptions&) = delete;
   ~Interruptions() {
-    const itimerval never{};
-    ::setitimer(ITIMER_REAL, &never, nullptr);
-    ::sigaction(SIGALRM, &former_, nullptr);
+    const itimerval disabled{};
+    ::setitimer(ITIMER_REAL, &disabled, nullptr);
+    ::sigaction(SIGALRM, &previous_, nullptr);
   }
 
  private:
-  struct sigaction former_ {};
+  struct sigaction previous_ {};
 };
 
 }  // namespace support

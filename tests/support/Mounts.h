@@ -1,4 +1,4 @@
-// Mounts that no other process sees.
+// Mount namespaces and temporary file systems.
 
 #pragma once
 
@@ -15,11 +15,11 @@
 
 namespace support {
 
-// What a body answers with that could not set up what it needs.
+// The result of a body that lacks a permission; the test is skipped then.
 constexpr int kImpossible = 77;
 
-// Moves this process to namespaces of its own of these kinds (CLONE_NEW...). Whoever may not do that gets a user
-// namespace too, with the same user and group; false where that is not allowed either.
+// Moves this process to new namespaces of the given kinds (CLONE_NEW...). Without the permission it also creates a user
+// namespace with the same user and group. Returns false if that is not permitted either.
 inline bool unshareNamespaces(int kinds) {
   const std::string user = std::to_string(::geteuid());
   const std::string group = std::to_string(::getegid());
@@ -31,8 +31,8 @@ inline bool unshareNamespaces(int kinds) {
   return true;
 }
 
-// Runs `body` in a process of its own with mounts of its own; its answer is the exit status, or `kImpossible` where a
-// process may not have that.
+// Runs `body` in a child process with its own mount namespace. Returns its exit status, or `kImpossible` without the
+// permission to create one.
 inline int withOwnMounts(const std::function<int()>& body) {
   return Child([&] {
            if (!unshareNamespaces(CLONE_NEWNS)) return kImpossible;
@@ -42,7 +42,7 @@ inline int withOwnMounts(const std::function<int()>& body) {
       .wait();
 }
 
-// An empty file system of so many bytes over an existing folder, for a process that has mounts of its own.
+// Mounts an empty file system of `bytes` bytes on an existing folder. Requires `withOwnMounts`.
 inline bool mountMemory(const std::string& folder, std::size_t bytes) {
   return ::mount("memory", folder.c_str(), "tmpfs", 0, ("size=" + std::to_string(bytes)).c_str()) == 0;
 }

@@ -1,4 +1,4 @@
-// What a test's process, and the programs that it starts, write.
+// Captures the output of this process and of the programs that it starts.
 
 #pragma once
 
@@ -14,19 +14,19 @@
 
 namespace support {
 
-// What is written to standard output and standard error while `body` runs.
+// Returns what is written to standard output and standard error while `body` runs.
 inline std::string outputOf(const std::function<void()>& body) {
   const TemporaryFolder folder;
-  const std::string seen = folder / "output";
+  const std::string path = folder / "output";
   std::fflush(nullptr);
-  const platform::UniqueFd file(::open(seen.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  const platform::UniqueFd file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   const platform::UniqueFd output(::dup(STDOUT_FILENO)), errors(::dup(STDERR_FILENO));
   ::dup2(file.get(), STDOUT_FILENO);
   ::dup2(file.get(), STDERR_FILENO);
   body();
   ::dup2(output.get(), STDOUT_FILENO);
   ::dup2(errors.get(), STDERR_FILENO);
-  return contentsOf(seen);
+  return contentsOf(path);
 }
 
 }  // namespace support

@@ -1,4 +1,4 @@
-// Processes that see no others.
+// Process namespaces.
 
 #pragma once
 
@@ -12,8 +12,8 @@
 
 namespace support {
 
-// Runs `body` in a process that sees no other processes than its own descendants; its answer is the exit status, or
-// `kImpossible` where a process may not have that. What it leaves running is killed.
+// Runs `body` in a child process with its own process namespace: it sees only its descendants, which are killed when it
+// ends. Returns its exit status, or `kImpossible` without the permission to create one.
 inline int withOwnProcesses(const std::function<int()>& body) {
   return Child([&] {
            if (!unshareNamespaces(CLONE_NEWPID | CLONE_NEWNS)) return kImpossible;

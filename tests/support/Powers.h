@@ -1,4 +1,4 @@
-// Takes the powers of the super-user away from a forked child of a test.
+// Drops the capabilities of a child process.
 
 #pragma once
 
@@ -8,8 +8,8 @@
 
 namespace support {
 
-// From now on permission bits hold for this process, and owners and mounts are out of its reach, whoever runs it. It
-// stays the user it was, so its files, its log and its semaphores stay its own.
+// Drops all capabilities of this process: permission bits apply to it, and it can change neither owners nor mounts. Its
+// user does not change, so it keeps access to its files, its log and its semaphores.
 inline bool giveUpPowers() {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
   const __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cstddef>
+#include <functional>
+#include <vector>
 
 namespace {
 

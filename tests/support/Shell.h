@@ -1,4 +1,4 @@
-// Runs commands of the shell.
+// Runs shell commands.
 
 #pragma once
 
@@ -10,8 +10,8 @@
 namespace support {
 
 struct Outcome {
-  int status;          // -1 when a signal ended the command
-  std::string output;  // of both streams
+  int status;          // -1 if a signal ended the command
+  std::string output;  // standard output and standard error
 };
 
 inline Outcome run(const std::string& command) {

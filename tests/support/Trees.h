@@ -1,4 +1,4 @@
-// Trees of folders that tests walk and remove.
+// Deep folders, descriptor limits, and a process that exchanges two paths.
 
 #pragma once
 
@@ -15,7 +15,7 @@
 
 namespace support {
 
-// `top` and so many folders "d", each in the former.
+// Creates the folder `top` and below it `depth` nested folders "d".
 inline bool makeDeepFolder(const std::string& top, int depth) {
   if (::mkdir(top.c_str(), 0700) != 0) return false;
   platform::UniqueFd folder(::open(top.c_str(), O_RDONLY | O_DIRECTORY));
@@ -26,7 +26,7 @@ inline bool makeDeepFolder(const std::string& top, int depth) {
   return static_cast<bool>(folder);
 }
 
-// Lets this process open so many descriptors more.
+// Limits this process to `more` additional descriptors.
 inline void limitDescriptors(unsigned more) {
   const platform::UniqueFd next(::open("/dev/null", O_RDONLY));
   const auto limit = static_cast<rlim_t>(next.get()) + more;
@@ -34,7 +34,7 @@ inline void limitDescriptors(unsigned more) {
   ::setrlimit(RLIMIT_NOFILE, &limits);
 }
 
-// A process that exchanges what is at two paths again and again until the end of the scope.
+// A process that repeatedly exchanges the objects at two paths until the end of the scope.
 class Swapper {
  public:
   Swapper(const std::string& one, const std::string& other)

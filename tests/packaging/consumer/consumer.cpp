@@ -1,5 +1,5 @@
-// Calls a function of each header, has a Logger of its own, and uses pieces of the standard library that the installed
-// one holds too.
+// Calls a function of each header. Has its own class Logger and uses templates of the standard library that the library
+// also contains.
 
 #include <nativeutils/NativeUtils.h>
 
@@ -10,7 +10,7 @@
 class Logger {
  public:
   static Logger* getInstance();
-  const char* name() const { return "the consumer's own"; }
+  const char* name() const { return "Logger of the consumer"; }
 };
 
 Logger* Logger::getInstance() {
@@ -37,7 +37,7 @@ int main() {
   utilLaunchApplication(folder + "/missing");
   utilDeleteFolder(folder, false, false);
 
-  const std::string answer = std::to_string(uuid.size()) + " " + encoded + " " + std::to_string(version.bugFix) + " " +
+  const std::string output = std::to_string(uuid.size()) + " " + encoded + " " + std::to_string(version.bugFix) + " " +
                              Logger::getInstance()->name() + "\n" + home;
-  std::puts(answer.c_str());
+  std::puts(output.c_str());
 }
