@@ -48,7 +48,7 @@ class OtherBackups : public platform::TreeVisitor {
     // What is listed is going to be deleted: the backup must not come to lie there, even where another process has just
     // taken the listed entry away.
     int number = 1;
-    while (platform::isSomethingAt(numbered(number)) || isListed(numbered(number)))
+    while (platform::exists(numbered(number)) || isListed(numbered(number)))
       ++number;
     return numbered(number);
   }
@@ -60,7 +60,7 @@ class OtherBackups : public platform::TreeVisitor {
   }
 
   void note(const std::string& path) {
-    if (platform::kindOf(path) == platform::FileKind::none) return;
+    if (platform::kindOf(path) == platform::FileKind::kNone) return;
     paths_.push_back(path);
     largest_ = std::max(largest_, numberAfterLastMark(path));
   }
@@ -80,7 +80,7 @@ class OtherBackups : public platform::TreeVisitor {
 };
 
 void makeRoomAt(const std::string& backup) {
-  if (!platform::isSomethingAt(backup)) return;
+  if (!platform::exists(backup)) return;
   Logger::getInstance()->logWarn(kComponent,
                                  "Tring to backup folder, old backup folder already exits, trying to delete folder %s.",
                                  backup.c_str());
@@ -119,7 +119,7 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
   const std::string parent = platform::parentFolder(path);
   std::optional<OtherBackups> others;
   std::string backup;
-  if (platform::kindOf(parent) == platform::FileKind::none) {
+  if (platform::kindOf(parent) == platform::FileKind::kNone) {
     log->logInfo(kComponent, "Backup parent folder path '%s' is not present", parent.c_str());
   } else {
     others.emplace(parent, platform::lastPathComponent(path));

@@ -37,7 +37,7 @@ std::vector<std::string> missingParents(const std::string& path) {
   std::string child = path.substr(0, PATH_MAX + 1);
   std::string parent = platform::parentFolder(child);
   // "/" and "." are their own parents, and even they can be out of sight.
-  while (parent != child && !platform::isSomethingAt(parent)) {
+  while (parent != child && !platform::exists(parent)) {
     if (errno != ENAMETOOLONG) missing.insert(missing.begin(), parent);
     child = std::move(parent);
     parent = platform::parentFolder(child);
@@ -46,17 +46,17 @@ std::vector<std::string> missingParents(const std::string& path) {
 }
 
 bool makeFolderIfMissing(const std::string& path, mode_t mode) {
-  if (platform::isSomethingAt(path) || ::mkdir(path.c_str(), mode) == 0) return true;
+  if (platform::exists(path) || ::mkdir(path.c_str(), mode) == 0) return true;
   // Another process may have created it meanwhile. `mkdir` fails with EEXIST for a file and a trailing slash too.
-  return errno == EEXIST && platform::isSomethingAt(path);
+  return errno == EEXIST && platform::exists(path);
 }
 
 // `path` or the nearest of its parents at which something exists; "" when there is none.
 std::string nearestExisting(const std::string& path) {
-  if (platform::kindOf(path) != platform::FileKind::none) return path;
+  if (platform::kindOf(path) != platform::FileKind::kNone) return path;
 
   std::string parent = platform::deletingLastPathComponent(path);
-  while (platform::kindOf(parent) == platform::FileKind::none) {
+  while (platform::kindOf(parent) == platform::FileKind::kNone) {
     // In place: copying each ancestor of a path of very many components would take minutes.
     if (!platform::cutLastComponent(parent)) return "";
   }
@@ -102,12 +102,12 @@ bool utilCreateDirectoryPathWithAttributes(const char* path, unsigned int owner,
 
 bool utilFileExitsAtPath(const std::string& path) {
   const platform::AutoreleaseScope scope;
-  return platform::kindOf(path) == platform::FileKind::other;
+  return platform::kindOf(path) == platform::FileKind::kOther;
 }
 
 bool utilFolderExitsAtPath(const std::string& path) {
   const platform::AutoreleaseScope scope;
-  return platform::kindOf(path) == platform::FileKind::folder;
+  return platform::kindOf(path) == platform::FileKind::kFolder;
 }
 
 bool utilRenamePathToPath(const std::string& from, const std::string& to) {
@@ -221,7 +221,7 @@ bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& nam
 
 bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displayName) {
   const platform::AutoreleaseScope scope;
-  if (isEmpty(path) || platform::kindOf(path) != platform::FileKind::none) return false;
+  if (isEmpty(path) || platform::kindOf(path) != platform::FileKind::kNone) return false;
 
   displayName.clear();
   return true;

@@ -89,7 +89,7 @@ class Replacing {
 
   bool needsToBeAFolder() const {
     if (endsInSlash(to_) && !S_ISDIR(object_.st_mode)) return true;
-    return endsInSlash(from_) && textOfLink(withoutTrailingSlashes(from_)).has_value();
+    return endsInSlash(from_) && linkTarget(withoutTrailingSlashes(from_)).has_value();
   }
 
   bool linksTo() const { return isLinkTo(from_, to_) || (S_ISDIR(target_.st_mode) && leadsInto(from_, target_)); }

@@ -79,7 +79,7 @@ Failure removeTree(const std::string& path) {
   const std::string root = withoutTrailingSlashes(untilNul(path));
   const std::string name = lastPathComponent(root);
   if (name.empty() || name == "." || name == "..") return describedError(EINVAL, untilNul(path));
-  if (!isSomethingAt(root)) return failureAt(path);
+  if (!exists(root)) return failureAt(path);
 
   Removal removal;
   walkTree(root, removal, Mounts::entered);
