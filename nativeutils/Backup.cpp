@@ -37,7 +37,7 @@ class OtherBackups : public platform::TreeVisitor {
  public:
   OtherBackups(const std::string& parent, const std::string& name) : joint_(parent + "//"), sign_(name + mark) {
     // With its slash the parent may itself be a symbolic link.
-    platform::walkTree(parent + "/", *this, platform::Mounts::entered);
+    platform::walkTree(parent + "/", *this, platform::Mounts::kEnter);
   }
 
   const std::vector<std::string>& paths() const { return paths_; }
@@ -56,7 +56,7 @@ class OtherBackups : public platform::TreeVisitor {
  private:
   bool enter(const platform::TreeEntry& entry) override {
     if (entry.relative.find(sign_) != std::string_view::npos) note(joint_ + std::string(entry.relative));
-    return entry.kind == platform::EntryKind::folder;
+    return entry.kind == platform::EntryKind::kFolder;
   }
 
   void note(const std::string& path) {

@@ -67,7 +67,7 @@ class GivingToTheSuperUser : public platform::TreeVisitor {
  public:
   bool enter(const platform::TreeEntry& entry) override {
     give(entry);
-    return entry.kind == platform::EntryKind::folder;
+    return entry.kind == platform::EntryKind::kFolder;
   }
 
   void leave(const platform::TreeEntry& entry) override { give(entry); }
@@ -198,7 +198,7 @@ bool utilChown(const std::string& path) {
     return false;
   }
   GivingToTheSuperUser visitor;
-  platform::walkTree(path, visitor, platform::Mounts::passedOver);
+  platform::walkTree(path, visitor, platform::Mounts::kSkip);
   return true;
 }
 
@@ -211,7 +211,7 @@ bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& nam
   std::vector<std::string> found;
   for (platform::FolderEntry& entry : platform::entriesOf(folder)) {
     // Most entries are plain files, of which nothing more need be asked.
-    if (entry.kind == platform::EntryKind::other) continue;
+    if (entry.kind == platform::EntryKind::kOther) continue;
     if (utilFolderExitsAtPath(platform::appendingPathComponent(folder, entry.name)))
       found.push_back(std::move(entry.name));
   }
