@@ -18,49 +18,47 @@
 #include "platform/FileKind.h"
 #include "platform/FileTree.h"
 #include "platform/Path.h"
-#include "platform/Replacing.h"
+#include "platform/Replace.h"
 
 namespace {
 
 using nativeutils::kComponent;
 
-constexpr char mark[] = "_bkp";
+constexpr char kMark[] = "_bkp";
 
-// As `atoi`, but defined for numbers that are too large for an `int` too.
+// As by `atoi`, but limited to the range of `int`.
 int numberAfterLastMark(const std::string& path) {
-  const std::string text = path.substr(path.rfind(mark) + sizeof mark - 1);
+  const std::string text = path.substr(path.rfind(kMark) + sizeof kMark - 1);
   return static_cast<int>(std::clamp<long>(std::strtol(text.c_str(), nullptr, 10), INT_MIN, INT_MAX));
 }
 
-// The backups of one object, and what counts as such, found under its parent folder.
+// The other backups of an object, and the path of the next one.
 class OtherBackups : public platform::TreeVisitor {
  public:
-  OtherBackups(const std::string& parent, const std::string& name) : joint_(parent + "//"), sign_(name + mark) {
-    // With its slash the parent may itself be a symbolic link.
-    platform::walkTree(parent + "/", *this, platform::Mounts::entered);
+  OtherBackups(const std::string& parent, const std::string& name) : prefix_(parent + "//"), pattern_(name + kMark) {
+    // The slash follows a symbolic link.
+    platform::walkTree(parent + "/", *this, platform::Mounts::kEnter);
   }
 
   const std::vector<std::string>& paths() const { return paths_; }
 
-  // Where the next backup goes.
   std::string next() const {
     if (largest_ < INT_MAX) return numbered(largest_ + 1);
-    // What is listed is going to be deleted: the backup must not come to lie there, even where another process has just
-    // taken the listed entry away.
+    // A path in the list will be deleted, even if another process has removed its object in the meantime.
     int number = 1;
-    while (platform::isSomethingAt(numbered(number)) || isListed(numbered(number)))
+    while (platform::exists(numbered(number)) || isListed(numbered(number)))
       ++number;
     return numbered(number);
   }
 
  private:
   bool enter(const platform::TreeEntry& entry) override {
-    if (entry.relative.find(sign_) != std::string_view::npos) note(joint_ + std::string(entry.relative));
-    return entry.kind == platform::EntryKind::folder;
+    if (entry.relative.find(pattern_) != std::string_view::npos) add(prefix_ + std::string(entry.relative));
+    return entry.kind == platform::EntryKind::kFolder;
   }
 
-  void note(const std::string& path) {
-    if (platform::kindOf(path) == platform::FileKind::none) return;
+  void add(const std::string& path) {
+    if (platform::kindOf(path) == platform::FileKind::kNone) return;
     paths_.push_back(path);
     largest_ = std::max(largest_, numberAfterLastMark(path));
   }
@@ -70,17 +68,17 @@ class OtherBackups : public platform::TreeVisitor {
   std::string numbered(int number) const {
     std::string digits;
     utilGetNativeStringFromInt(number, digits);
-    return joint_ + sign_ + digits;
+    return prefix_ + pattern_ + digits;
   }
 
-  std::string joint_;
-  std::string sign_;
+  std::string prefix_;
+  std::string pattern_;
   std::vector<std::string> paths_;
   int largest_ = 0;
 };
 
-void makeRoomAt(const std::string& backup) {
-  if (!platform::isSomethingAt(backup)) return;
+void deleteObjectAt(const std::string& backup) {
+  if (!platform::exists(backup)) return;
   Logger::getInstance()->logWarn(kComponent,
                                  "Tring to backup folder, old backup folder already exits, trying to delete folder %s.",
                                  backup.c_str());
@@ -97,7 +95,7 @@ void deleteAll(const std::vector<std::string>& paths) {
   }
 }
 
-bool logFailedRenaming(int error, const std::string& from, const std::string& to) {
+bool logFailedRename(int error, const std::string& from, const std::string& to) {
   Logger::getInstance()->logFatal(kComponent, "Failed to rename Error code (%d:%s) the directory from %s to %s.", error,
                                   platform::errorText(error).c_str(), from.c_str(), to.c_str());
   return false;
@@ -119,13 +117,13 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
   const std::string parent = platform::parentFolder(path);
   std::optional<OtherBackups> others;
   std::string backup;
-  if (platform::kindOf(parent) == platform::FileKind::none) {
+  if (platform::kindOf(parent) == platform::FileKind::kNone) {
     log->logInfo(kComponent, "Backup parent folder path '%s' is not present", parent.c_str());
   } else {
     others.emplace(parent, platform::lastPathComponent(path));
     backup = others->next();
     log->logInfo(kComponent, "Backup folder path '%s'", backup.c_str());
-    makeRoomAt(backup);
+    deleteObjectAt(backup);
   }
   if (!util_renameFolderToFolder(path, backup)) {
     log->logFatal(kComponent, "Error Failed to rename the directory.");
@@ -141,8 +139,10 @@ bool util_renameFolderToFolder(const std::string& from, const std::string& to) {
   if (utilPathExists(to)) {
     log->logInfo(kComponent, "NOTE trying to backup ... backup already exists. trying to remove...");
     if (!platform::isRemovedWith(to, from)) {
-      const int obstacle = platform::obstacleToReplacing(from, to);
-      if (obstacle != 0) return logFailedRenaming(obstacle, from, to);
+      const int error = platform::replace(from, to);
+      if (error == 0) return true;
+      if (error != EEXIST) return logFailedRename(error, from, to);
+      // Logs why the object cannot be removed.
       if (!utilDeleteFolder(to, false, false)) {
         log->logError(kComponent, "Failed to delete the backup file: %s", to.c_str());
         return false;
@@ -150,7 +150,7 @@ bool util_renameFolderToFolder(const std::string& from, const std::string& to) {
     }
   }
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
-  return logFailedRenaming(errno, from, to);
+  return logFailedRename(errno, from, to);
 }
 
 bool utilRestoreFolder(const std::string& backupPath, const std::string& targetPath) {
@@ -159,14 +159,14 @@ bool utilRestoreFolder(const std::string& backupPath, const std::string& targetP
 }
 
 bool utilCreateSymlinkFromPathToPath(const std::string& target, const std::string& linkPath) {
-  constexpr unsigned int superUser = 0;
-  constexpr unsigned int administrators = 80;
-  constexpr unsigned short mode = 0775;
+  constexpr unsigned int kSuperUser = 0;
+  constexpr unsigned int kAdministrators = 80;
+  constexpr unsigned short kMode = 0775;
   Logger* const log = Logger::getInstance();
   const platform::AutoreleaseScope scope;
   const std::string parent = platform::deletingLastPathComponent(platform::untilNul(linkPath));
   if (!utilFolderExitsAtPath(parent) &&
-      !utilCreateDirectoryPathWithAttributes(parent.c_str(), superUser, administrators, mode)) {
+      !utilCreateDirectoryPathWithAttributes(parent.c_str(), kSuperUser, kAdministrators, kMode)) {
     log->logError(kComponent, "Error creating directory %s", parent.c_str());
     return false;
   }

@@ -17,12 +17,12 @@ using nativeutils::kComponent;
 
 namespace {
 
-// The Base64 functions look at the length only to refuse 0.
+// The Base64 functions only compare the length with 0.
 constexpr int kAnyLength = 1;
 
 bool createFolder(const std::string& path) {
-  constexpr auto unchanged = static_cast<unsigned int>(-1);
-  return utilCreateDirectoryPathWithAttributes(path.c_str(), unchanged, unchanged, 0775);
+  constexpr auto kUnchanged = static_cast<unsigned int>(-1);
+  return utilCreateDirectoryPathWithAttributes(path.c_str(), kUnchanged, kUnchanged, 0775);
 }
 
 bool createFile(std::string_view bytes, const std::string& path) {
@@ -43,7 +43,7 @@ bool utilFlushFileBuffers(const std::string& /*filePath*/) {
 }
 
 bool utilDecodeBase64AndCreateFileWithData(const char* base64, int /*length*/, const std::string& filePath) {
-  constexpr const char* kNotBase64 = "=";  // gives null the message of a text that is not Base64
+  constexpr const char* kNotBase64 = "=";  // logs the same message for null
   std::string bytes;
   return utilDecodeBase64Data(base64 == nullptr ? kNotBase64 : base64, kAnyLength, bytes) &&
          createFile(bytes, filePath);
@@ -61,7 +61,7 @@ bool utilCreateTempFileAtFolderWithBase64Data(const void* base64, int length, st
 
 bool utilGetDataFromFileAndEncodeBase64(const std::string& filePath, std::string& out) {
   const platform::AutoreleaseScope scope;
-  if (platform::kindOf(filePath) == platform::FileKind::none) {
+  if (platform::kindOf(filePath) == platform::FileKind::kNone) {
     Logger::getInstance()->logFatal(kComponent, "GetDataFromFile. File %s does not exist.", filePath.c_str());
     return false;
   }

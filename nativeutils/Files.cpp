@@ -25,19 +25,19 @@ namespace {
 
 using nativeutils::kComponent;
 
-constexpr unsigned int unchanged = 0xFFFFFFFF;
+constexpr unsigned int kUnchanged = 0xFFFFFFFF;
 
 bool isEmpty(const std::string& path) {
   return platform::untilNul(path).empty();
 }
 
-// The folders above `path` that are not there, outermost first, without those whose paths the system does not take.
+// The missing parents of `path`, outermost first, without those whose paths are too long.
 std::vector<std::string> missingParents(const std::string& path) {
   std::vector<std::string> missing;
   std::string child = path.substr(0, PATH_MAX + 1);
   std::string parent = platform::parentFolder(child);
-  // "/" and "." are their own parents, and even they can be out of sight.
-  while (parent != child && !platform::isSomethingAt(parent)) {
+  // "/" and "." are their own parents; even these may be unreadable.
+  while (parent != child && !platform::exists(parent)) {
     if (errno != ENAMETOOLONG) missing.insert(missing.begin(), parent);
     child = std::move(parent);
     parent = platform::parentFolder(child);
@@ -45,35 +45,35 @@ std::vector<std::string> missingParents(const std::string& path) {
   return missing;
 }
 
-bool makeFolderIfMissing(const std::string& path, mode_t mode) {
-  if (platform::isSomethingAt(path) || ::mkdir(path.c_str(), mode) == 0) return true;
-  // Another process may have created it meanwhile. `mkdir` fails with EEXIST for a file and a trailing slash too.
-  return errno == EEXIST && platform::isSomethingAt(path);
+bool createFolderIfMissing(const std::string& path, mode_t mode) {
+  if (platform::exists(path) || ::mkdir(path.c_str(), mode) == 0) return true;
+  // Another process may have created it. `mkdir` also fails with EEXIST for a file and a trailing slash.
+  return errno == EEXIST && platform::exists(path);
 }
 
-// `path` or the nearest of its parents at which something exists; "" when there is none.
+// `path` or its nearest existing parent; "" if there is none.
 std::string nearestExisting(const std::string& path) {
-  if (platform::kindOf(path) != platform::FileKind::none) return path;
+  if (platform::kindOf(path) != platform::FileKind::kNone) return path;
 
   std::string parent = platform::deletingLastPathComponent(path);
-  while (platform::kindOf(parent) == platform::FileKind::none) {
-    // In place: copying each ancestor of a path of very many components would take minutes.
+  while (platform::kindOf(parent) == platform::FileKind::kNone) {
+    // In place, because copying every parent of a path with 100,000 components takes minutes.
     if (!platform::cutLastComponent(parent)) return "";
   }
   return parent;
 }
 
-class GivingToTheSuperUser : public platform::TreeVisitor {
+class OwnerChange : public platform::TreeVisitor {
  public:
   bool enter(const platform::TreeEntry& entry) override {
-    give(entry);
-    return entry.kind == platform::EntryKind::folder;
+    change(entry);
+    return entry.kind == platform::EntryKind::kFolder;
   }
 
-  void leave(const platform::TreeEntry& entry) override { give(entry); }
+  void leave(const platform::TreeEntry& entry) override { change(entry); }
 
  private:
-  static void give(const platform::TreeEntry& entry) {
+  static void change(const platform::TreeEntry& entry) {
     if (::fchownat(entry.folder, entry.name, 0, 0, AT_SYMLINK_NOFOLLOW) == 0) return;
     const int error = errno;
     Logger::getInstance()->logWarn(kComponent,
@@ -85,8 +85,8 @@ class GivingToTheSuperUser : public platform::TreeVisitor {
 }  // namespace
 
 bool utilCreateDirectoryPath(const std::string& path, bool /*unused*/) {
-  constexpr unsigned short defaultMode = 0775;
-  return utilCreateDirectoryPathWithAttributes(path.c_str(), unchanged, unchanged, defaultMode);
+  constexpr unsigned short kDefaultMode = 0775;
+  return utilCreateDirectoryPathWithAttributes(path.c_str(), kUnchanged, kUnchanged, kDefaultMode);
 }
 
 bool utilCreateDirectoryPathWithAttributes(const char* path, unsigned int owner, unsigned int group,
@@ -94,20 +94,20 @@ bool utilCreateDirectoryPathWithAttributes(const char* path, unsigned int owner,
   if (path == nullptr) return false;
 
   for (const std::string& parent : missingParents(path))
-    (void)makeFolderIfMissing(parent, mode);  // whether it is missed, the folder itself will tell
-  if (!makeFolderIfMissing(path, mode)) return false;
-  if (owner == unchanged || group == unchanged) return true;
+    (void)createFolderIfMissing(parent, mode);  // the folder itself fails if a parent is needed
+  if (!createFolderIfMissing(path, mode)) return false;
+  if (owner == kUnchanged || group == kUnchanged) return true;
   return ::chown(path, owner, group) == 0 && ::chmod(path, mode) == 0;
 }
 
 bool utilFileExitsAtPath(const std::string& path) {
   const platform::AutoreleaseScope scope;
-  return platform::kindOf(path) == platform::FileKind::other;
+  return platform::kindOf(path) == platform::FileKind::kOther;
 }
 
 bool utilFolderExitsAtPath(const std::string& path) {
   const platform::AutoreleaseScope scope;
-  return platform::kindOf(path) == platform::FileKind::folder;
+  return platform::kindOf(path) == platform::FileKind::kFolder;
 }
 
 bool utilRenamePathToPath(const std::string& from, const std::string& to) {
@@ -140,7 +140,6 @@ bool utilDeleteFolderIfEmpty(const std::string& path) {
     Logger::getInstance()->logInfo(kComponent, "utilDeleteFolderIfEmpty.Files exist at path. %s.", path.c_str());
     return false;
   }
-  // What has been put into the folder meanwhile keeps it.
   const platform::Failure failure = platform::removeObject(path);
   if (!failure) return true;
   Logger::getInstance()->logWarn(kComponent, "utilDeleteFolderIfEmpty.Could not remove path:%s Error:%s.", path.c_str(),
@@ -180,8 +179,8 @@ bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& d
   }
   const std::string target = platform::appendingPathComponent(platform::untilNul(dstFolder),
                                                               platform::lastPathComponent(platform::untilNul(srcFile)));
-  const bool wouldDeleteItself = platform::isSameEntry(srcFile, target) || platform::isLinkTo(srcFile, target);
-  if (!wouldDeleteItself && !utilDeleteFileIfExitsAtPath(target, false)) {
+  const bool isSource = platform::isSameEntry(srcFile, target) || platform::isLinkTo(srcFile, target);
+  if (!isSource && !utilDeleteFileIfExitsAtPath(target, false)) {
     log->logFatal(kComponent, "unable to delete dst file (%s).", target.c_str());
     return false;
   }
@@ -197,8 +196,8 @@ bool utilChown(const std::string& path) {
     Logger::getInstance()->logWarn(kComponent, "Failed to open fts stream. %s.", path.c_str());
     return false;
   }
-  GivingToTheSuperUser visitor;
-  platform::walkTree(path, visitor, platform::Mounts::passedOver);
+  OwnerChange visitor;
+  platform::walkTree(path, visitor, platform::Mounts::kSkip);
   return true;
 }
 
@@ -207,11 +206,10 @@ bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& nam
   if (!utilFolderExitsAtPath(path)) return false;
 
   const std::string folder = platform::untilNul(path);
-  // Of their own until the end: the path may be one of the names.
+  // Collected separately, because `path` may be an element of `names`.
   std::vector<std::string> found;
   for (platform::FolderEntry& entry : platform::entriesOf(folder)) {
-    // Most entries are plain files, of which nothing more need be asked.
-    if (entry.kind == platform::EntryKind::other) continue;
+    if (entry.kind == platform::EntryKind::kOther) continue;
     if (utilFolderExitsAtPath(platform::appendingPathComponent(folder, entry.name)))
       found.push_back(std::move(entry.name));
   }
@@ -221,7 +219,7 @@ bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& nam
 
 bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displayName) {
   const platform::AutoreleaseScope scope;
-  if (isEmpty(path) || platform::kindOf(path) != platform::FileKind::none) return false;
+  if (isEmpty(path) || platform::kindOf(path) != platform::FileKind::kNone) return false;
 
   displayName.clear();
   return true;

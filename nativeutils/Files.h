@@ -1,154 +1,168 @@
 /// @file
 /// Creates, tests, renames, copies and deletes files and folders, and changes their owners.
 ///
-/// All functions may be called from any thread; none keeps state, throws, or waits for anything but the file system.
-/// Paths are bytes: they need not be valid UTF-8 and may hold newlines; a path ends at its first NUL, as it does for
-/// the system; a relative path starts at the working folder, and only `utilIsCreatableWritablePath` knows what "~"
-/// means. Messages go to the application's log with the component "Native-Utils"; what is logged at which level stands
-/// with each function.
+/// - All functions may be called from any thread. They keep no state, do not throw, and wait only for the file system.
+/// - A path is a byte string: it need not be valid UTF-8, may contain newlines, and ends at its first NUL.
+/// - A relative path starts at the working folder. Only `utilIsCreatableWritablePath` expands "~".
+/// - The messages that are logged stand at the end of this file.
 
 #pragma once
 
 #include <string>
 #include <vector>
 
-/// What `utilFolderHasPermission` asks for. Any `int` may be passed in one.
+/// The access that `utilFolderHasPermission` tests. Every `int` is a valid value.
 enum PermissionType : int {
-  PermissionType_Read = 1,   ///< May the folder be read?
-  PermissionType_Write = 2,  ///< May the folder be written? So does every value but 1.
+  PermissionType_Read = 1,   ///< Read access.
+  PermissionType_Write = 2,  ///< Write access, as for every value except 1.
 };
 
 /// Creates a folder and its missing parents: `utilCreateDirectoryPathWithAttributes(path, -1, -1, 0775)`.
-/// @param path the folder
-/// @param unused has no meaning
-/// @return whether something is at `path` now
+/// @param path    the folder
+/// @param unused  ignored
 bool utilCreateDirectoryPath(const std::string& path, bool unused);
 
-/// Creates a folder and its missing parents. Logs nothing.
+/// Creates a folder and its missing parents, and sets owner, group and mode of the folder. Logs nothing.
 ///
-/// What stands at `path` already counts as the folder, a regular file or a dangling symbolic link too. With a trailing
-/// slash only a folder counts: "file/" and "dangling/" fail. Parents get `mode` as `mkdir` and the umask leave it, and
-/// never the owner and the group: those are given to the last folder alone, and to what stood there before. Processes
-/// that create the same folders at once all succeed.
-///
-/// A symbolic link at `path` counts as what it leads to, and owner, group and mode are given to that: a super-user
-/// must not call this with an owner for a path in a folder that others may write, who could put a link there.
+/// - Any object at `path` counts as the folder, also a regular file or a dangling symbolic link. If `path` ends in "/",
+///   only a folder does: "file/" and "dangling/" fail.
+/// - Owner and group are set only for the folder itself, not for its parents, and also if it existed before.
+/// - Parents get `mode` less the umask.
+/// - Processes that create the same folders at the same time all succeed.
+/// - Owner, group and mode of a symbolic link at `path` are set for its target. The super-user must not use an owner
+/// for
+///   a path in a folder that others may write, because they could create a link there.
 ///
 ///     utilCreateDirectoryPathWithAttributes("/tmp/a/b/c", -1, -1, 0775)  => true, and true again
 ///
-/// @param path the folder; null gives false
-/// @param owner the user who shall own it
-/// @param group the group that shall own it
-/// @param mode the POSIX permission bits. The umask applies when the folder is created; with an owner and a group the
-///        bits are set exactly, afterwards. With -1 (0xFFFFFFFF) for the owner or the group nothing is changed once the
-///        folder exists: neither owner, group nor mode.
-/// @return whether all of that succeeded; on false `errno` says why, but for null, which leaves it alone
+/// @param path   the folder; null gives false
+/// @param owner  the new owner; -1 (0xFFFFFFFF) keeps owner, group and mode of the created or existing folder
+/// @param group  the new group; -1 as for `owner`
+/// @param mode   the POSIX permission bits; less the umask without owner and group, exact with them
+/// @return whether all steps succeeded. If false, `errno` contains the reason, except for null.
 bool utilCreateDirectoryPathWithAttributes(const char* path, unsigned int owner, unsigned int group,
                                            unsigned short mode);
 
-/// Whether anything but a folder is at `path`. A symbolic link counts as what it leads to: a dangling one is nothing.
+/// Whether a file that is not a folder exists at `path`. Follows symbolic links: false for a dangling link.
 bool utilFileExitsAtPath(const std::string& path);
 
-/// Whether a folder, or a symbolic link to one, is at `path`.
+/// Whether a folder or a symbolic link to one exists at `path`.
 bool utilFolderExitsAtPath(const std::string& path);
 
-/// Gives an object another path on the same file system, with POSIX `rename`: a file at `to` is replaced in one step,
-/// an empty folder by a folder.
-///
-/// On failure it logs at fatal level "Failed to rename. Error code (%d:%s). Directory from %s to %s." with `errno` and
-/// its text.
+/// Renames an object with POSIX `rename`: both paths are on one file system; a file atomically replaces a file, a
+/// folder an empty folder.
 bool utilRenamePathToPath(const std::string& from, const std::string& to);
 
-/// Removes what is at `path`: a file, a symbolic link itself, or a folder with everything in it.
+/// Removes the object at `path`: a file, a symbolic link itself, or a folder of any depth with its contents.
 ///
-/// No symbolic link is followed below `path`, not even one that another process puts in the place of a folder in
-/// mid-way, and a slash at the end of `path` changes nothing. Folders of any depth are removed. What others remove
-/// meanwhile is no failure. A failure does not keep the other entries, but a folder that cannot be removed whatever is
-/// in it keeps its contents: a mount point, or a folder in one that may not be written. "/", "." and ".." are refused,
-/// also at the end of a path.
+/// - No symbolic link is followed, not even one that replaces a folder during the removal. A "/" at the end of `path`
+/// is
+///   ignored.
+/// - An entry that another process removes is not a failure.
+/// - Continues after a failure and logs the first one: "Permission denied: /tmp/t/a".
+/// - A folder keeps its contents if it could not be removed even when empty: a mount point, or a folder in a read-only
+///   folder.
+/// - "/" and a path that ends in "." or ".." are refused.
 ///
-/// On failure it logs at info level "NOTE Could not remove existing backup path. Error %s." with the first error,
-/// "Permission denied: /tmp/t/a", whatever the path is for.
-/// @param path what shall go; the empty text gives true at once, a path at which nothing is false
-/// @param unused1 has no meaning
-/// @param unused2 has no meaning
-/// @return whether all of it is gone
+/// @param path     the object. An empty path gives true, a path at which nothing exists false.
+/// @param unused1  ignored
+/// @param unused2  ignored
+/// @return whether the object is removed completely
 bool utilDeleteFolder(const std::string& path, bool unused1, bool unused2);
 
-/// Removes a folder that holds nothing, hidden entries included.
+/// Removes an empty folder. Hidden entries count.
 ///
-/// An empty `path` gives true. Logs "utilDeleteFolderIfEmpty.Not a directory: %s." at warning level where no folder is,
-/// "utilDeleteFolderIfEmpty.Files exist at path. %s." at info level where it is not empty, and
-/// "utilDeleteFolderIfEmpty.Could not remove path:%s Error:%s." at warning level when the removal fails, as it does
-/// when another process has put something there since. Of a symbolic link to an empty folder the link is removed.
+/// - An empty path gives true.
+/// - Of a symbolic link to an empty folder, the link is removed.
 bool utilDeleteFolderIfEmpty(const std::string& path);
 
-/// Whether a folder is at `path` that the process's real user may read, or write, by POSIX `access`. Logs nothing.
+/// Whether a folder exists at `path` and the real user of the process has the access, as by POSIX `access`. Logs
+/// nothing.
 bool utilFolderHasPermission(const std::string& path, const PermissionType& type);
 
-/// Removes the file at `path`; of a symbolic link to a file the link.
-///
-/// On failure it logs at fatal level "Error in utilDeleteFileIfExitsAtPath %s. error %s".
-/// @param path the file; where nothing, a dangling symbolic link or a folder is, nothing is done
-/// @param unused has no meaning
-/// @return whether no file is there now
+/// Removes the file at `path`; of a symbolic link to a file, the link.
+/// @param path    the file. A folder, a dangling symbolic link and a missing file give true without a change.
+/// @param unused  ignored
+/// @return whether no file exists at `path`
 bool utilDeleteFileIfExitsAtPath(const std::string& path, bool unused);
 
-/// Copies a file into a folder under its own name, in the place of a file that is there.
+/// Copies a file into a folder under its name, replacing a file there.
 ///
-/// The former file is deleted first, so a failing copy leaves none; an unfinished copy is removed. On Linux a copy
-/// keeps permission bits, times to the nanosecond, extended attributes with the access list and, as far as this process
-/// may set them, owner and group; blocks are shared where the file system can, and holes stay holes. On macOS it keeps
-/// the same, but shares no blocks and keeps neither holes nor file flags. A symbolic link to a file is copied as a link
-/// with the same text. Pipes, sockets and devices cannot be copied and are never waited for. A file is not copied over
-/// itself, into its own folder or through a link to the target, nor a link to where it would lead back to itself: that
-/// fails, and the file at the target stays. A file that grows meanwhile is copied as far as it went.
-///
-/// Every failure is logged at fatal level: "Error Src file (%s) does not exits.", "Error Failed to copy src file to dst
-/// (%s) ... either dst does not exits or not a folder.", "unable to delete dst file (%s)." or "Error Failed to copy.
-/// Error(%s). Src file (%s) to dst file(%s)." (so too when a folder stands at the target).
+/// - An existing file is deleted first, so that it is lost if the copy fails. An incomplete copy is removed.
+/// - Keeps permission bits, times in nanoseconds, extended attributes and the access list; owner and group if this
+///   process may set them.
+/// - Linux: keeps holes and shares blocks if the file system can. macOS: neither, and does not keep file flags.
+/// - A symbolic link to a file is copied as a link with the same target.
+/// - Bytes appended to the file during the copy are omitted.
+/// - Pipes, sockets and devices are failures and are not waited for.
+/// - A copy over the file itself is a failure, also through a link to the target, and so is a link that would refer to
+///   itself at the target. The file at the target is then unchanged.
+/// - A folder at the target is a failure.
 ///
 ///     utilCopySrcFileToDstFolder("/x/f.txt", "/y", false)  => true, '/y/f.txt' is a copy
 ///
-/// @param srcFile the file
-/// @param dstFolder an existing folder
-/// @param unused has no meaning
+/// @param srcFile    the file
+/// @param dstFolder  an existing folder
+/// @param unused     ignored
 bool utilCopySrcFileToDstFolder(const std::string& srcFile, const std::string& dstFolder, bool unused);
 
-/// Gives a whole tree to the super-user: owner 0, group 0.
+/// Sets owner 0 and group 0 for a whole tree.
 ///
-/// Every entry is changed, folders before and after what is in them. Symbolic links are changed and never followed, not
-/// even one that another process puts in the place of a folder in mid-way, but `path` itself may be a link when it ends
-/// in a slash. The walk stays on the file system of `path`: a mount point in it is changed, what lies below it not.
+/// - Every entry is changed, a folder before and after its contents. A missing `path` is an entry that cannot be
+///   changed.
+/// - Symbolic links are changed themselves and not followed, not even one that replaces a folder during the call. A
+///   `path` that ends in "/" may be a link to a folder.
+/// - A mount point below `path` is changed, its contents are not.
+/// - Continues after an entry that cannot be changed.
 ///
-/// An entry that cannot be changed is logged at warning level, "Failed to change owner and group. Errorno (%d) error
-/// msg(%s) for ptah %s.", and passed over; a `path` at which nothing is counts as such an entry.
-/// @return false only for an empty path, which is logged at warning level as "Failed to open fts stream. %s."
+/// @return false only for an empty path
 bool utilChown(const std::string& path);
 
-/// Appends the names of the folders in a folder, hidden ones and symbolic links to folders included. Logs nothing.
+/// Appends the names of the folders in a folder, including hidden folders and symbolic links to folders. Logs nothing.
 ///
-/// A folder that is there but cannot be read, since this user may not or no descriptor is free, gives true and no name.
-/// @param path the folder, or a symbolic link to it; it may be one of `names`
-/// @param names keeps what it held; the new names come in the order in which the file system lists them
-/// @return whether a folder is at `path`, also when it holds no folder
+/// A folder that exists but cannot be read gives true and no name.
+/// @param path   a folder or a symbolic link to one; may be an element of `names`
+/// @param names  is not cleared; new names are in the order in which the file system lists them
+/// @return whether `path` is a folder
 bool utilGetSubFolderList(const std::string& path, std::vector<std::string>& names);
 
-/// Answers only where there is nothing to show: for a path at which nothing is `displayName` becomes the empty text and
-/// the result is true; for an existing or empty path the result is false and `displayName` keeps what it held. Logs
-/// nothing.
+/// Sets `displayName` to "" and returns true if nothing exists at `path`. For an existing and for an empty path returns
+/// false and does not change `displayName`. Logs nothing.
 bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displayName);
 
-/// Whether a file or folder can be created at `path`, once its missing parents have been. Logs nothing.
+/// Whether a file or folder can be created at `path` after its missing parents have been created. Logs nothing.
 ///
-/// The nearest existing object on the way up decides, `path` itself included: the process's real user must be able to
-/// read, write and search it. Whether that is a folder is not asked: below a plain file that may be executed too the
-/// answer is true, though nothing can be made there, and of "file/" with a plain file its folder decides, since nothing
-/// is at that path. A first component "~" or "~name" stands for a home folder, as the password database has it. A
-/// relative path of which nothing exists gives false; the working folder is not asked.
+/// - The nearest existing object decides, which may be `path` itself: the real user of the process must be able to
+/// read,
+///   write and search it.
+/// - The object need not be a folder: below a regular file that is executable the result is true. "file/" does not
+/// exist
+///   if "file" is a regular file, so that its folder decides.
+/// - A first component "~" or "~name" is replaced by the home folder in the password database.
+/// - A relative path of which no part exists gives false.
 ///
 ///     utilIsCreatableWritablePath("~/new/deeper", out)  => true, out is "/home/ann"
 ///
-/// @param path what shall be created; null and "" give false
-/// @param existingPath on true the nearest existing object, with its home folder written out; else unchanged
+/// @param path          null and "" give false
+/// @param existingPath  on success the nearest existing object, with "~" expanded; unchanged on failure
 bool utilIsCreatableWritablePath(const char* path, std::string& existingPath);
+
+/// @file
+/// ## Logs
+///
+/// Component "Native-Utils".
+///
+/// | message | level | function |
+/// |---|---|---|
+/// | `Failed to rename. Error code (%d:%s). Directory from %s to %s.` | fatal | `utilRenamePathToPath` |
+/// | `NOTE Could not remove existing backup path. Error %s.` | info | `utilDeleteFolder`, for every path |
+/// | `utilDeleteFolderIfEmpty.Not a directory: %s.` | warning | `utilDeleteFolderIfEmpty` |
+/// | `utilDeleteFolderIfEmpty.Files exist at path. %s.` | info | `utilDeleteFolderIfEmpty` |
+/// | `utilDeleteFolderIfEmpty.Could not remove path:%s Error:%s.` | warning | `utilDeleteFolderIfEmpty` |
+/// | `Error in utilDeleteFileIfExitsAtPath %s. error %s` | fatal | `utilDeleteFileIfExitsAtPath` |
+/// | `Error Src file (%s) does not exits.` | fatal | `utilCopySrcFileToDstFolder` |
+/// | `Error Failed to copy src file to dst (%s) ... either dst does not exits or not a folder.` | fatal | the same |
+/// | `unable to delete dst file (%s).` | fatal | the same |
+/// | `Error Failed to copy. Error(%s). Src file (%s) to dst file(%s).` | fatal | the same |
+/// | `Failed to open fts stream. %s.` | warning | `utilChown`, for an empty path |
+/// | `Failed to change owner and group. Errorno (%d) error msg(%s) for ptah %s.` | warning | `utilChown`, per entry |

@@ -24,7 +24,7 @@ namespace {
 using Watcher = void* (*)(void*);
 
 bool exists(const std::string& path) {
-  return platform::kindOf(path) != platform::FileKind::none;
+  return platform::kindOf(path) != platform::FileKind::kNone;
 }
 
 void logStart(const std::string& path, const std::vector<std::string>& args) {

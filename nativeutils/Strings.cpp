@@ -125,7 +125,7 @@ std::uint64_t utilGetCurrTime() {
 }
 
 bool utilPathExists(const std::string& path) {
-  return platform::isSomethingAt(path);
+  return platform::exists(path);
 }
 
 void* utilGetPool() {

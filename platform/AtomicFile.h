@@ -1,4 +1,4 @@
-// Replaces the contents of a file at one blow.
+// Atomically replaces the contents of a file.
 
 #pragma once
 
@@ -7,14 +7,15 @@
 
 namespace platform {
 
-// Makes a file of these bytes: written to a file of a random name beside it, brought to the disk, and renamed over what
-// was there, so that whoever opens `path` finds the old bytes or the new ones, whole. False, with the old file as it
-// was and none beside it, when any of that fails; only a process that is killed meanwhile leaves the file of the random
-// name.
+// Writes `bytes` to a temporary file in the same folder, flushes it to the disk and renames it to `path`.
 //
-// A new file has the mode 0666 less the umask. One that is replaced hands on its permissions, and its owner and group
-// where the process may set them. A symbolic link or a pipe is replaced itself; a folder cannot be. The folder must
-// exist.
+// - A reader of `path` gets either the previous contents or all of `bytes`.
+// - On failure returns false, keeps the previous file and removes the temporary file. Only a process that is killed
+//   leaves the temporary file, whose name is "." and a UUID.
+// - A new file has the mode 0666 less the umask.
+// - A replaced file keeps its permissions, and its owner and group if the process may set them.
+// - A symbolic link or a pipe is replaced itself. A folder is a failure.
+// - The folder must exist.
 bool writeFileAtomically(const std::string& path, std::string_view bytes);
 
 }  // namespace platform

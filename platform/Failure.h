@@ -1,4 +1,4 @@
-// Why something failed, in words for a log.
+// Error texts for log lines.
 
 #pragma once
 
@@ -8,10 +8,10 @@
 
 namespace platform {
 
-// Nothing when nothing failed.
+// The error text; nothing on success.
 using Failure = std::optional<std::string>;
 
-// The system's text for an `errno` value, as `strerror` has it. Thread-safe.
+// The system's text for an `errno` value, as returned by `strerror`. Thread-safe.
 inline std::string errorText(int error) {
   return std::generic_category().message(error);
 }

@@ -15,17 +15,17 @@
 namespace platform {
 namespace {
 
-// Whether a link of this text at `place` leads back to `place`.
-bool wouldComeBack(std::string text, const std::string& place) {
-  constexpr int mostLinks = 40;  // the system follows no more
-  std::string folder = parentFolder(place);
-  for (int links = 0; links < mostLinks; ++links) {
-    const bool absolute = text.rfind('/', 0) == 0;
-    const std::string next = absolute ? text : std::string(folder).append("/").append(text);
-    if (isSameEntry(next, place)) return true;
-    std::optional<std::string> onward = textOfLink(next);
-    if (!onward) return false;
-    text = std::move(*onward);
+// Whether a symbolic link to `target` at `path` would refer to itself.
+bool wouldLoop(std::string target, const std::string& path) {
+  constexpr int kMaxLinks = 40;  // the limit of the system
+  std::string folder = parentFolder(path);
+  for (int links = 0; links < kMaxLinks; ++links) {
+    const bool absolute = target.rfind('/', 0) == 0;
+    const std::string next = absolute ? target : std::string(folder).append("/").append(target);
+    if (isSameEntry(next, path)) return true;
+    std::optional<std::string> nextTarget = linkTarget(next);
+    if (!nextTarget) return false;
+    target = std::move(*nextTarget);
     folder = parentFolder(next);
   }
   return false;
@@ -37,8 +37,8 @@ bool isSameFolder(const std::string& path, const std::string& other) {
   return ::stat(path.c_str(), &folder) == 0 && ::stat(other.c_str(), &otherFolder) == 0 && isSame(folder, otherFolder);
 }
 
-// Whether the folder lists the name of `path`. Where it is not case-sensitive, it finds other spellings without listing
-// them.
+// Whether the folder lists the name of `path`. A folder that is not case-sensitive finds other spellings, but does not
+// list them.
 bool isListed(const std::string& folder, const std::string& path) {
   const std::vector<FolderEntry> entries = entriesOf(folder);
   return std::any_of(entries.begin(), entries.end(),
@@ -53,11 +53,11 @@ bool isSame(const struct stat& object, const struct stat& other) {
 
 FileKind kindOf(const std::string& path) {
   struct stat object {};
-  if (::stat(path.c_str(), &object) != 0) return FileKind::none;
-  return S_ISDIR(object.st_mode) ? FileKind::folder : FileKind::other;
+  if (::stat(path.c_str(), &object) != 0) return FileKind::kNone;
+  return S_ISDIR(object.st_mode) ? FileKind::kFolder : FileKind::kOther;
 }
 
-bool isSomethingAt(const std::string& path) {
+bool exists(const std::string& path) {
   struct stat object {};
   return ::lstat(path.c_str(), &object) == 0;
 }
@@ -76,21 +76,21 @@ bool isRemovedWith(const std::string& path, const std::string& other) {
   return isSameFolder(folder, parentFolder(other)) && !(isListed(folder, path) && isListed(folder, other));
 }
 
-std::optional<std::string> textOfLink(const std::string& path) {
-  std::string text(PATH_MAX, '\0');
-  const ssize_t length = ::readlink(path.c_str(), text.data(), text.size());
+std::optional<std::string> linkTarget(const std::string& path) {
+  std::string target(PATH_MAX, '\0');
+  const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
   if (length < 0) return std::nullopt;
-  text.resize(static_cast<std::size_t>(length));
-  return text;
+  target.resize(static_cast<std::size_t>(length));
+  return target;
 }
 
 bool isLinkTo(const std::string& path, const std::string& other) {
-  const std::optional<std::string> text = textOfLink(path);
-  if (!text) return false;
-  struct stat reached {};
+  const std::optional<std::string> target = linkTarget(path);
+  if (!target) return false;
+  struct stat followed {};
   struct stat object {};
-  const bool leadsThere = ::stat(path.c_str(), &reached) == 0 && ::lstat(other.c_str(), &object) == 0;
-  return (leadsThere && isSame(reached, object)) || wouldComeBack(*text, other);
+  const bool bothExist = ::stat(path.c_str(), &followed) == 0 && ::lstat(other.c_str(), &object) == 0;
+  return (bothExist && isSame(followed, object)) || wouldLoop(*target, other);
 }
 
 }  // namespace platform

@@ -1,7 +1,8 @@
-// What is to be found at a path.
+// Tests what exists at a path.
 //
-// The file system is asked anew with each call; an answer may be old when it arrives. A path ends at its first NUL.
-// Thread-safe.
+// - Every call asks the file system. The result may be outdated when it is used.
+// - A path ends at its first NUL.
+// - Thread-safe.
 
 #pragma once
 
@@ -12,32 +13,35 @@
 
 namespace platform {
 
-enum class FileKind { none, folder, other };
+enum class FileKind { kNone, kFolder, kOther };
 
-// Whether the system's answers speak of one object.
+// Whether both describe the same object: same device and inode.
 bool isSame(const struct stat& object, const struct stat& other);
 
-// What a final symbolic link leads to counts: a dangling one is nothing, one to a folder a folder.
+// Follows a final symbolic link: `kNone` for a dangling link, `kFolder` for a link to a folder.
 FileKind kindOf(const std::string& path);
 
-// Whether anything is there, a symbolic link itself included. On false `errno` says why it could not be seen.
-bool isSomethingAt(const std::string& path);
+// Whether anything exists at `path`. Does not follow a final symbolic link. If false, `errno` contains the reason.
+bool exists(const std::string& path);
 
-// Whether both paths name the same entry of the same folder, be it there or not.
+// Whether both paths are the same name in the same folder. The entry need not exist.
 //   ("/tmp/a", "/tmp//./a/") => true   (two hard links of a file) => false
 bool isSameEntry(const std::string& path, const std::string& other);
 
-// Whether removing what is at `path` also removes what is at `other`: both paths name the same folder, or the same
-// entry under two spellings. Hard links of a file are separate entries, but two in one folder that cannot be read count
-// as one. Final symbolic links are not followed.
+// Whether removing the object at `path` also removes the object at `other`: both paths are the same folder, or the same
+// entry under two spellings.
+//
+// - Hard links of a file are separate entries. Two of them in one folder that cannot be read count as one entry.
+// - Final symbolic links are not followed.
+//
 //   ("/tmp/a", "/tmp//./a") => true   ("/tmp/a", "/tmp/A") => true where the folder is not case-sensitive
 bool isRemovedWith(const std::string& path, const std::string& other);
 
-// The text of the symbolic link at `path`; nothing, with `errno`, when it cannot be read.
-std::optional<std::string> textOfLink(const std::string& path);
+// The target text of the symbolic link at `path`. Nothing, with `errno` set, if it cannot be read.
+std::optional<std::string> linkTarget(const std::string& path);
 
-// Whether a symbolic link is at `path` that leads to the very object at `other`, or that would lead back to itself,
-// through other links perhaps, if it stood at `other`.
+// Whether `path` is a symbolic link that refers to the object at `other`, or that would refer to itself, also through
+// other links, if it were at `other`.
 //   x/f -> ../y/f -> ../real: ("x/f", "y/f") => true
 bool isLinkTo(const std::string& path, const std::string& other);
 

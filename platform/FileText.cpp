@@ -20,7 +20,7 @@ FileText failure(int error) {
   return {std::nullopt, errorText(error)};
 }
 
-// 0, or why the file cannot be read.
+// Returns 0 or the `errno` value.
 int readAll(int fd, std::string& bytes) {
   std::vector<char> block(std::size_t{64} << 10);
   for (;;) {

@@ -1,4 +1,4 @@
-// Reads whole files of text.
+// Reads text files.
 
 #pragma once
 
@@ -9,11 +9,13 @@ namespace platform {
 
 struct FileText {
   std::optional<std::string> text;
-  std::string error;  // why there is no text; "" when the system does not say
+  std::string error;  // if there is no text: the system's error text, or "" if it has none
 };
 
-// The text of a file that holds nothing but UTF-8, NUL characters included. Follows symbolic links. What is not a
-// regular file has no text, and is not waited for.
+// Reads a UTF-8 file, which may contain NUL characters.
+//
+// - Symbolic links are followed.
+// - A file that is not a regular file is an error; a pipe is not waited for.
 FileText readUtf8File(const std::string& path);
 
 }  // namespace platform

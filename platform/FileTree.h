@@ -1,10 +1,11 @@
-// Walks folders with everything in them.
+// Walks folder trees.
 //
-// A path ends at its first NUL.
-// A walk never follows a symbolic link, not even when another process puts one in the place of a folder in mid-walk: it
-// goes from folder to folder by open descriptors. It keeps few of them open, so that neither the limit on descriptors
-// nor that on the length of a path limits its depth. Names are bytes. Thread-safe; what others change meanwhile may or
-// may not be met.
+// - A path ends at its first NUL. Names are bytes.
+// - A walk follows no symbolic link, not even one that replaces a folder during the walk: every folder is opened
+//   relative to the open descriptor of its parent.
+// - Neither the length of paths nor the number of free descriptors limits the depth: a walk needs three descriptors and
+//   keeps at most 16 open.
+// - Thread-safe. Changes by other processes during a walk may or may not be seen.
 
 #pragma once
 
@@ -14,38 +15,40 @@
 
 namespace platform {
 
-enum class EntryKind { folder, link, other };
-
-// What is at a name in an open folder; a symbolic link counts as itself, nothing as `other`.
-EntryKind kindAt(int folder, const char* name);
+// A symbolic link is not followed.
+enum class EntryKind { kFolder, kLink, kOther };
 
 struct TreeEntry {
-  int folder;                 // open on what holds it, or AT_FDCWD
-  const char* name;           // in `folder`; of the first entry the path as given
-  EntryKind kind;             // when it was seen in its folder
-  const std::string& path;    // the first entry's as given, and the names on the way, parted by "/"
-  std::string_view relative;  // `path` without the first entry's; "" for that one
+  int folder;                 // descriptor of the parent, or AT_FDCWD
+  const char* name;           // relative to `folder`; the path of the root as given
+  EntryKind kind;             // when the parent was read; `kOther` for a missing root
+  const std::string& path;    // the path of the root as given, and the names below it
+  std::string_view relative;  // the part of `path` below the root; "" for the root
 };
 
 class TreeVisitor {
  public:
   virtual ~TreeVisitor() = default;
 
-  // Every entry comes once, before what is in it. True asks to go into it.
+  // Called once for every entry, before its contents. Returns whether to open the entry as a folder.
   virtual bool enter(const TreeEntry& entry) = 0;
 
-  // An entry that was to be gone into cannot be opened or read as a folder; `error` is the `errno` value.
+  // The folder cannot be opened or read; `error` is the `errno` value. ESTALE: the folder was moved during the walk, so
+  // that its parent cannot be reached again. The walk has then ended.
   virtual void miss(const TreeEntry& /*entry*/, int /*error*/) {}
 
-  // Every entry that was to be gone into comes again after what is in it, if anything was found.
+  // Called after the contents for every entry for which `enter` returned true, also after `miss` unless the walk has
+  // ended.
   virtual void leave(const TreeEntry& /*entry*/) {}
 };
 
-enum class Mounts { entered, passedOver };
+enum class Mounts { kEnter, kSkip };
 
-// Lets `visitor` see what is at `root` and all that is under it, entries in the order of their folder. A `root` at
-// which nothing is counts as an entry too; one that ends in "/" may be a symbolic link to the folder. With
-// `Mounts::passedOver` folders of other file systems than `root`'s are entries, but not gone into.
+// Visits `root` and everything below it, entries in the order in which the file system lists them.
+//
+// - A missing `root` is visited as an entry.
+// - A `root` that ends in "/" may be a symbolic link to a folder.
+// - With `Mounts::kSkip`, folders on other file systems than `root` are visited but not opened.
 void walkTree(const std::string& root, TreeVisitor& visitor, Mounts mounts);
 
 struct FolderEntry {
@@ -53,8 +56,8 @@ struct FolderEntry {
   EntryKind kind;
 };
 
-// What is in a folder, or in the one that a symbolic link leads to, in the folder's order and without "." and "..".
-// Nothing when it cannot be read.
+// The entries of a folder or of the folder that a symbolic link refers to, without "." and "..", in the order in which
+// the file system lists them. Empty if the folder cannot be read.
 std::vector<FolderEntry> entriesOf(const std::string& folder);
 
 }  // namespace platform

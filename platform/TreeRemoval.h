@@ -1,4 +1,4 @@
-// Removes folders with everything in them.
+// Removes files and folders.
 //
 // A path ends at its first NUL. Thread-safe.
 
@@ -10,14 +10,16 @@
 
 namespace platform {
 
-// Removes what is at `path`, a symbolic link itself, a folder with everything in it.
+// Removes the object at `path`: a file, a symbolic link itself, or a folder with its contents.
 //
-// Goes on after a failure and tells the first one. What another process removes meanwhile is no failure. A folder that
-// cannot be removed whatever is in it keeps it: a mount point, or one in a folder that may not be written. So do "/",
-// and a path whose last component is "." or "..".
+// - Continues after a failure and returns the first one.
+// - An entry that another process has removed is not a failure.
+// - A folder keeps its contents if it could not be removed even when empty: a mount point, or a folder in a read-only
+//   folder.
+// - "/" and a path that ends in "." or ".." are refused.
 Failure removeTree(const std::string& path);
 
-// Removes a file, a symbolic link itself or a folder that is empty.
+// Removes a file, a symbolic link itself, or an empty folder.
 Failure removeObject(const std::string& path);
 
 }  // namespace platform

@@ -1,5 +1,5 @@
-// Puts a new folder in the place of an installed one. The old one is kept aside until the new one stands, and comes
-// back when it does not.
+// Replaces an installed folder by a new one. The installed folder is backed up and, if the new one cannot be renamed,
+// restored.
 //
 //   replace-folder NEW INSTALLED
 
@@ -17,18 +17,18 @@ int main(int count, char** arguments) {
   const std::string installed = arguments[2];
   utilSetLogLevel(4, "replace-folder", nullptr);
 
-  std::string backup;  // stays empty when nothing is installed yet
+  std::string backup;  // remains empty if nothing is installed
   if (!utilBackupFolderIfExits(installed, backup, false)) {
-    std::fprintf(stderr, "%s could not be put aside\n", installed.c_str());
+    std::fprintf(stderr, "cannot back up %s\n", installed.c_str());
     return 1;
   }
   if (!utilRenamePathToPath(fresh, installed)) {
-    std::fprintf(stderr, "%s could not be put in place\n", fresh.c_str());
+    std::fprintf(stderr, "cannot rename %s to %s\n", fresh.c_str(), installed.c_str());
     if (!backup.empty() && !utilRestoreFolder(backup, installed))
-      std::fprintf(stderr, "the old folder is still at %s\n", backup.c_str());
+      std::fprintf(stderr, "cannot restore %s; the backup is %s\n", installed.c_str(), backup.c_str());
     return 1;
   }
-  if (!utilDeleteFolder(backup, false, false)) std::fprintf(stderr, "%s is left over\n", backup.c_str());
-  std::printf("%s is new\n", installed.c_str());
+  if (!utilDeleteFolder(backup, false, false)) std::fprintf(stderr, "cannot delete the backup %s\n", backup.c_str());
+  std::printf("replaced %s\n", installed.c_str());
   return 0;
 }

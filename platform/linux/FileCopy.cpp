@@ -14,13 +14,13 @@
 namespace platform {
 namespace {
 
-// Copies the bytes from `at` up to `end`; answers how far it came.
+// Copies the bytes from `at` to `end`. Returns the offset up to which they are copied.
 off_t copyPart(int from, int to, off_t at, off_t end) {
-  constexpr off_t mostAtOnce = 1 << 30;
+  constexpr off_t kMaxSize = 1 << 30;  // a call does not copy more than 2 GiB
   off_t read = at;
   off_t written = at;
   while (read < end) {
-    const auto size = static_cast<std::size_t>(std::min(end - read, mostAtOnce));
+    const auto size = static_cast<std::size_t>(std::min(end - read, kMaxSize));
     const ssize_t copied = ::copy_file_range(from, &read, to, &written, size, 0);
     if (copied < 0 && errno == EINTR) continue;
     if (copied <= 0) break;
@@ -34,7 +34,7 @@ std::vector<char> attributeNames(int fd) {
     if (size <= 0) return {};
     std::vector<char> names(static_cast<std::size_t>(size));
     const ssize_t got = ::flistxattr(fd, names.data(), names.size());
-    if (got < 0 && errno == ERANGE) continue;  // another one has come meanwhile
+    if (got < 0 && errno == ERANGE) continue;  // an attribute was added
     names.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
     return names;
   }
@@ -44,13 +44,13 @@ std::vector<char> attributeNames(int fd) {
 }  // namespace
 
 off_t copyData(int from, int to, off_t size) {
-  // Where files can share their blocks nothing need be copied. The file may have shrunk or grown since it was measured.
+  // Shares the blocks. The file may have shrunk or grown since its size was read.
   if (::ioctl(to, FICLONE, from) == 0) return std::min(::lseek(to, 0, SEEK_END), size);
 
   off_t at = 0;
   while (at < size) {
     const off_t data = ::lseek(from, at, SEEK_DATA);
-    if (data < 0) return errno == ENXIO ? size : at;  // there is nothing but a hole up to the end
+    if (data < 0) return errno == ENXIO ? size : at;  // a hole up to the end
     const off_t hole = std::min(::lseek(from, data, SEEK_HOLE), size);
     if (hole <= data) return at;
     at = copyPart(from, to, data, hole);

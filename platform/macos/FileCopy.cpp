@@ -4,16 +4,18 @@
 
 namespace platform {
 
-// The system shares blocks only with a file that it makes itself, under a name and with the attributes of the original.
+// Copies nothing:
 //
-// Where a file has holes is not to be asked: asked for data from within data (SEEK_DATA), the system names what follows
-// the next hole, or says that there is none, and bytes that are not on the disk yet may count as a hole. The system's
-// own copy runs after a file that grows, and fails at what cannot be cut off.
+// - The system shares blocks only with a file that it creates itself.
+// - SEEK_DATA within data returns the data after the next hole, and bytes that are not on the disk yet may be reported
+// as
+//   a hole.
+// - `fcopyfile` does not stop at the initial size of a growing file, and fails for a file that cannot be truncated.
 off_t copyData(int /*from*/, int /*to*/, off_t /*size*/) {
   return 0;
 }
 
-// Not with COPYFILE_STAT, which would leave the set-user-id bit to whoever copies. What cannot be kept is left out.
+// Without COPYFILE_STAT, which would keep the set-user-id bit for a copy with another owner.
 void copyExtendedAttributes(int from, int to) {
   (void)::fcopyfile(from, to, nullptr, COPYFILE_XATTR);
 }

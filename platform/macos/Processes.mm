@@ -30,7 +30,7 @@ int launchError(const Task& task) {
   if (!isUtf8Only) return EILSEQ;
   if (!task.folder.empty() && ::access(task.folder.c_str(), X_OK) != 0) return errno;
   if (::access(task.program.c_str(), X_OK) != 0) return errno;
-  return kindOf(task.program) == FileKind::folder ? EACCES : ENOEXEC;
+  return kindOf(task.program) == FileKind::kFolder ? EACCES : ENOEXEC;
 }
 
 NSTask* launchWithOptions(NSString* program, NSArray* arguments, NSString* folder, bool silent) {

@@ -20,9 +20,9 @@ using support::writeFile;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-bool noFolderCanBeMade = false;
+bool failsMkdir = false;
 
-constexpr const char* undecodable = "INFO Failed to decode from base 64.";
+constexpr const char* kNotBase64 = "INFO Failed to decode from base 64.";
 
 bool isUuid(const std::string& text) {
   if (text.size() != 36 || text.find_first_not_of("0123456789ABCDEF-") != std::string::npos) return false;
@@ -31,9 +31,9 @@ bool isUuid(const std::string& text) {
 
 }  // namespace
 
-// This takes the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int mkdir(const char* path, mode_t mode) noexcept {
-  if (!noFolderCanBeMade) return ::mkdirat(AT_FDCWD, path, mode);
+  if (!failsMkdir) return ::mkdirat(AT_FDCWD, path, mode);
   errno = EROFS;
   return -1;
 }
@@ -44,30 +44,30 @@ class DataFilesTest : public nativeutils_test::LoggedTest {
  protected:
   const support::TemporaryFolder folder;
   const std::string path = folder / "file";
-  std::string out = "former";
+  std::string out = "unchanged";
 };
 
-TEST_F(DataFilesTest, AFileIsMadeOfExactlyTheGivenBytes) {
+TEST_F(DataFilesTest, WritesExactlyTheGivenBytes) {
   EXPECT_TRUE(utilCreateFileWithData("a\0bc", 3, path));
   EXPECT_EQ(contentsOf(path), std::string("a\0b", 3));
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(DataFilesTest, AFileThatExistsIsReplacedAndNoOtherIsLeft) {
+TEST_F(DataFilesTest, ReplacesAFileAndLeavesNoOther) {
   writeFile(path, "something longer");
   EXPECT_TRUE(utilCreateFileWithData("new", 3, path));
   EXPECT_EQ(contentsOf(path), "new");
   EXPECT_THAT(namesIn(folder.path()), ElementsAre("file"));
 }
 
-TEST_F(DataFilesTest, ALengthOfZeroMakesAnEmptyFileWithOrWithoutData) {
+TEST_F(DataFilesTest, WritesAnEmptyFileForLengthZero) {
   EXPECT_TRUE(utilCreateFileWithData("abc", 0, path));
   EXPECT_TRUE(utilCreateFileWithData(nullptr, 0, folder / "null"));
   EXPECT_EQ(contentsOf(path), "");
   EXPECT_THAT(namesIn(folder.path()), ElementsAre("file", "null"));
 }
 
-TEST_F(DataFilesTest, ThereIsNoFileWithoutAPathAFolderOrData) {
+TEST_F(DataFilesTest, FailsWithoutAPathAFolderOrData) {
   EXPECT_FALSE(utilCreateFileWithData("abc", 3, ""));
   EXPECT_FALSE(utilCreateFileWithData("abc", 3, folder / "missing/file"));
   EXPECT_FALSE(utilCreateFileWithData("abc", 3, folder.path()));
@@ -77,7 +77,7 @@ TEST_F(DataFilesTest, ThereIsNoFileWithoutAPathAFolderOrData) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(DataFilesTest, AnEmptyPathWritesNothingIntoTheWorkingFolder) {
+TEST_F(DataFilesTest, WritesNothingForAnEmptyPath) {
   support::Child inFolder(
       [&] { return ::chdir(folder.path().c_str()) == 0 && !utilCreateFileWithData("abc", 3, "") ? 0 : 1; });
   EXPECT_EQ(inFolder.wait(), 0);
@@ -91,7 +91,7 @@ TEST_F(DataFilesTest, FlushingAlwaysSucceeds) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(DataFilesTest, ADecodedFileIsMadeWhateverTheLengthSays) {
+TEST_F(DataFilesTest, DecodesAFileIgnoringTheLength) {
   for (const int length : {-1, 0, 4, 100}) {
     EXPECT_TRUE(utilDecodeBase64AndCreateFileWithData("Zm9v\nAAE=", length, path));
     EXPECT_EQ(contentsOf(path), std::string("foo\0\1", 5));
@@ -100,27 +100,27 @@ TEST_F(DataFilesTest, ADecodedFileIsMadeWhateverTheLengthSays) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(DataFilesTest, ATextOfNoGroupsMakesAnEmptyFile) {
+TEST_F(DataFilesTest, DecodesAnEmptyTextToAnEmptyFile) {
   EXPECT_TRUE(utilDecodeBase64AndCreateFileWithData("", 0, path));
   EXPECT_TRUE(utilDecodeBase64AndCreateFileWithData(" \n", 0, folder / "blank"));
   EXPECT_EQ(contentsOf(path), "");
   EXPECT_THAT(namesIn(folder.path()), ElementsAre("blank", "file"));
 }
 
-TEST_F(DataFilesTest, ATextThatIsNotBase64MakesNoFileAndIsLogged) {
+TEST_F(DataFilesTest, LogsATextThatIsNotBase64) {
   EXPECT_FALSE(utilDecodeBase64AndCreateFileWithData("Zm9vZm9", 7, path));
   EXPECT_FALSE(utilDecodeBase64AndCreateFileWithData(nullptr, 0, path));
   EXPECT_THAT(namesIn(folder.path()), IsEmpty());
-  EXPECT_THAT(logged(), ElementsAre(undecodable, undecodable));
+  EXPECT_THAT(logged(), ElementsAre(kNotBase64, kNotBase64));
 }
 
-TEST_F(DataFilesTest, ADecodedFileNeedsAPathAndAFolder) {
+TEST_F(DataFilesTest, DecodingNeedsAPathAndAFolder) {
   EXPECT_FALSE(utilDecodeBase64AndCreateFileWithData("Zm9v", 4, ""));
   EXPECT_FALSE(utilDecodeBase64AndCreateFileWithData("Zm9v", 4, folder / "missing/file"));
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-class TempFileAtFolder : public DataFilesTest {
+class TempFileTest : public DataFilesTest {
  protected:
   bool create(const char* base64, const char* fileName) {
     return utilCreateTempFileAtFolderWithBase64Data(base64, 0, place, fileName, out);
@@ -129,7 +129,7 @@ class TempFileAtFolder : public DataFilesTest {
   std::string place = folder / "new/place";
 };
 
-TEST_F(TempFileAtFolder, IsMadeTogetherWithItsFolders) {
+TEST_F(TempFileTest, CreatesItsFolders) {
   const mode_t umask = ::umask(0);
   EXPECT_TRUE(create("Zm9v", "name.txt"));
   ::umask(umask);
@@ -140,7 +140,7 @@ TEST_F(TempFileAtFolder, IsMadeTogetherWithItsFolders) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(TempFileAtFolder, IsNamedAfterANewUuidWhenItHasNoName) {
+TEST_F(TempFileTest, UsesAUuidWithoutAName) {
   for (const char* noName : {static_cast<const char*>(nullptr), ""}) {
     ASSERT_TRUE(create("Zm9v", noName));
     ASSERT_EQ(out.rfind(place + "/", 0), 0u) << out;
@@ -150,139 +150,139 @@ TEST_F(TempFileAtFolder, IsNamedAfterANewUuidWhenItHasNoName) {
   EXPECT_EQ(namesIn(place).size(), 2u);
 }
 
-TEST_F(TempFileAtFolder, KeepsTheSlashesOfItsFolder) {
+TEST_F(TempFileTest, KeepsTheSlashesOfTheFolder) {
   place += "/";
   EXPECT_TRUE(create("Zm9v", "name"));
   EXPECT_EQ(out, folder / "new/place//name");
 }
 
-TEST_F(TempFileAtFolder, LiesWhereItsNameLeads) {
+TEST_F(TempFileTest, AcceptsANameWithFolders) {
   EXPECT_TRUE(create("Zm9v", "../name"));
   EXPECT_EQ(out, folder / "new/place/../name");
   EXPECT_EQ(contentsOf(folder / "new/name"), "foo");
 }
 
-TEST_F(TempFileAtFolder, ThatCannotBeDecodedLeavesTheFolderOnly) {
+TEST_F(TempFileTest, LeavesTheFolderIfTheTextIsInvalid) {
   EXPECT_FALSE(create("Zm9", "name"));
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "unchanged");
   EXPECT_THAT(namesIn(place), IsEmpty());
-  EXPECT_THAT(logged(), ElementsAre(undecodable));
+  EXPECT_THAT(logged(), ElementsAre(kNotBase64));
 }
 
-TEST_F(TempFileAtFolder, IsNotMadeWhereNoFolderCanBe) {
+TEST_F(TempFileTest, FailsWithoutAFolder) {
   writeFile(folder / "new", "a file");
   EXPECT_FALSE(create("Zm9v", "name"));
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "unchanged");
   EXPECT_THAT(namesIn(folder.path()), ElementsAre("new"));
 }
 
-TEST_F(TempFileAtFolder, MayGiveItsPathToTheStringOfItsFolder) {
+TEST_F(TempFileTest, AcceptsTheFolderStringAsOutput) {
   EXPECT_TRUE(utilCreateTempFileAtFolderWithBase64Data("Zm9v", 4, place, "name", place));
   EXPECT_EQ(place, folder / "new/place/name");
 }
 
-class FileToBase64 : public DataFilesTest {
+class FileToBase64Test : public DataFilesTest {
  protected:
   void expectReadError(const std::string& file, const std::string& error) {
     EXPECT_FALSE(utilGetDataFromFileAndEncodeBase64(file, out));
-    EXPECT_EQ(out, "former");
+    EXPECT_EQ(out, "unchanged");
     EXPECT_THAT(logged(), ElementsAre("FATAL GetDataFromFile. Get String error " + error + ". From file " + file));
     forget();
   }
 };
 
-TEST_F(FileToBase64, AppendsTheTextOfTheFile) {
+TEST_F(FileToBase64Test, AppendsTheTextOfTheFile) {
   writeFile(path, "f\xC3\xB6\n");
   ASSERT_EQ(::symlink("file", (folder / "link").c_str()), 0);
   EXPECT_TRUE(utilGetDataFromFileAndEncodeBase64(path, out));
-  EXPECT_EQ(out, "formerZsO2Cg==");
+  EXPECT_EQ(out, "unchangedZsO2Cg==");
   EXPECT_TRUE(utilGetDataFromFileAndEncodeBase64(folder / "link", out));
-  EXPECT_EQ(out, "formerZsO2Cg==ZsO2Cg==");
+  EXPECT_EQ(out, "unchangedZsO2Cg==ZsO2Cg==");
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(FileToBase64, EndsAtTheFirstZeroCharacter) {
+TEST_F(FileToBase64Test, EndsAtTheFirstZeroCharacter) {
   writeFile(path, std::string("A\0B", 3));
   EXPECT_TRUE(utilGetDataFromFileAndEncodeBase64(path, out));
-  EXPECT_EQ(out, "formerQQ==");
+  EXPECT_EQ(out, "unchangedQQ==");
 }
 
-TEST_F(FileToBase64, AppendsNothingForAnEmptyFile) {
+TEST_F(FileToBase64Test, AppendsNothingForAnEmptyFile) {
   writeFile(path, "");
   EXPECT_TRUE(utilGetDataFromFileAndEncodeBase64(path, out));
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "unchanged");
 }
 
-TEST_F(FileToBase64, ReadsFilesWhoseSizeIsNotKnown) {
+TEST_F(FileToBase64Test, ReadsAFileOfUnknownSize) {
   EXPECT_TRUE(utilGetDataFromFileAndEncodeBase64("/proc/self/status", out));
-  EXPECT_GT(out.size(), std::string("former").size());
+  EXPECT_GT(out.size(), std::string("unchanged").size());
 }
 
-TEST_F(FileToBase64, LogsAFileThatDoesNotExist) {
+TEST_F(FileToBase64Test, LogsAMissingFile) {
   ASSERT_EQ(::symlink("missing", path.c_str()), 0);
   for (const std::string& missing : {folder / "missing", path, std::string()}) {
     EXPECT_FALSE(utilGetDataFromFileAndEncodeBase64(missing, out));
-    EXPECT_EQ(out, "former");
+    EXPECT_EQ(out, "unchanged");
     EXPECT_THAT(logged(), ElementsAre("FATAL GetDataFromFile. File " + missing + " does not exist."));
     forget();
   }
 }
 
-TEST_F(FileToBase64, LogsAFileThatCannotBeReadToItsEnd) {
-  std::string out = "former";
+TEST_F(FileToBase64Test, LogsAReadError) {
+  std::string out = "unchanged";
   EXPECT_FALSE(utilGetDataFromFileAndEncodeBase64("/proc/self/mem", out));
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "unchanged");
   EXPECT_THAT(logged(), testing::ElementsAre("FATAL GetDataFromFile. Get String error Input/output error. From file "
                                              "/proc/self/mem"));
 }
 
-TEST_F(FileToBase64, LogsAFileThatIsNotUtf8Throughout) {
+TEST_F(FileToBase64Test, LogsAFileThatIsNotUtf8) {
   writeFile(path, std::string("fine\0\xFF", 6));
   expectReadError(path, "Invalid or incomplete multibyte or wide character");
   writeFile(path, "cut \xC3");
   expectReadError(path, "Invalid or incomplete multibyte or wide character");
 }
 
-TEST_F(FileToBase64, LogsWhatIsNoFileAndDoesNotWaitForIt) {
+TEST_F(FileToBase64Test, LogsAFolderOrPipeWithoutWaiting) {
   expectReadError(folder.path(), "Is a directory");
   ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
   expectReadError(path, "Invalid argument");
 }
 
-// Somebody without privileges in a folder, to the end of the scope. From inside, since not everybody may enter the
-// folders above.
+// Changes to the folder and drops the privileges of the super-user until the end of the scope. Paths must be relative,
+// because the other user may not enter the parent folders.
 class Powerless {
  public:
-  explicit Powerless(const std::string& folder) : former_(std::filesystem::current_path()) {
+  explicit Powerless(const std::string& folder) : previous_(std::filesystem::current_path()) {
     std::filesystem::permissions(folder, std::filesystem::perms{0755});
     std::filesystem::current_path(folder);
-    constexpr uid_t nobody = 65534;
-    if (isSuperUser_ && ::seteuid(nobody) != 0) throw std::runtime_error("the super-user cannot become nobody");
+    constexpr uid_t kOtherUser = 65534;
+    if (isSuperUser_ && ::seteuid(kOtherUser) != 0) throw std::runtime_error("the super-user cannot change the user");
   }
   Powerless(const Powerless&) = delete;
   Powerless& operator=(const Powerless&) = delete;
   ~Powerless() {
     if (isSuperUser_) (void)!::seteuid(0);
-    std::filesystem::current_path(former_);
+    std::filesystem::current_path(previous_);
   }
 
  private:
-  const std::filesystem::path former_;
+  const std::filesystem::path previous_;
   const bool isSuperUser_ = ::geteuid() == 0;
 };
 
-TEST_F(FileToBase64, LogsAFileThatMayNotBeRead) {
+TEST_F(FileToBase64Test, LogsAnUnreadableFile) {
   writeFile(path, "secret");
   ASSERT_EQ(::chmod(path.c_str(), 0), 0);
   {
     const Powerless powerless(folder.path());
     EXPECT_FALSE(utilGetDataFromFileAndEncodeBase64("file", out));
   }
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "unchanged");
   EXPECT_THAT(logged(), ElementsAre("FATAL GetDataFromFile. Get String error Permission denied. From file file"));
 }
 
-TEST_F(DataFilesTest, ATempFolderIsMadeUnderTmpAndNamedAfterANewUuid) {
+TEST_F(DataFilesTest, CreatesATemporaryFolderNamedByAUuid) {
   std::string other;
   const mode_t umask = ::umask(0);
   const bool made = utilCreateAndGetTempFolderPath(out) && utilCreateAndGetTempFolderPath(other);
@@ -298,12 +298,12 @@ TEST_F(DataFilesTest, ATempFolderIsMadeUnderTmpAndNamedAfterANewUuid) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(DataFilesTest, ATempFolderThatCannotBeMadeFailsQuietly) {
-  noFolderCanBeMade = true;
+TEST_F(DataFilesTest, LogsNothingWithoutATemporaryFolder) {
+  failsMkdir = true;
   const bool made = utilCreateAndGetTempFolderPath(out);
-  noFolderCanBeMade = false;
+  failsMkdir = false;
   EXPECT_FALSE(made);
-  EXPECT_EQ(out, "former");
+  EXPECT_EQ(out, "unchanged");
   EXPECT_THAT(logged(), IsEmpty());
 }
 

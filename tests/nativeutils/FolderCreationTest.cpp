@@ -15,13 +15,13 @@
 
 namespace {
 
-constexpr unsigned int asItIs = 0xFFFFFFFF;
-constexpr unsigned int somebody = 4711;
-constexpr unsigned int someGroup = 4712;
+constexpr unsigned int kUnchanged = 0xFFFFFFFF;
+constexpr unsigned int kOwner = 4711;
+constexpr unsigned int kGroup = 4712;
 
 class FolderCreationTest : public nativeutils_test::LoggedTest {
  protected:
-  // Logs nothing, whatever a test does with the two functions.
+  // The functions log nothing.
   void TearDown() override { EXPECT_TRUE(logged().empty()); }
 
   static struct stat statusOf(const std::string& path) {
@@ -35,13 +35,13 @@ class FolderCreationTest : public nativeutils_test::LoggedTest {
   const support::TemporaryFolder folder;
 };
 
-TEST_F(FolderCreationTest, MakesAllMissingParents) {
-  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b/c").c_str(), asItIs, asItIs, 0775));
+TEST_F(FolderCreationTest, CreatesMissingParents) {
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b/c").c_str(), kUnchanged, kUnchanged, 0775));
   EXPECT_TRUE(utilFolderExitsAtPath(folder / "a/b/c"));
-  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b/c").c_str(), asItIs, asItIs, 0775));
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b/c").c_str(), kUnchanged, kUnchanged, 0775));
 }
 
-TEST_F(FolderCreationTest, TheShortFormLeavesTheModeToTheUmask) {
+TEST_F(FolderCreationTest, AppliesTheUmaskInTheShortForm) {
   const mode_t former = ::umask(027);
   EXPECT_TRUE(utilCreateDirectoryPath(folder / "a/b", false));
   ::umask(former);
@@ -49,15 +49,15 @@ TEST_F(FolderCreationTest, TheShortFormLeavesTheModeToTheUmask) {
   EXPECT_EQ(support::modeOf(folder / "a/b"), 0750u);
 }
 
-TEST_F(FolderCreationTest, ANullPathIsNoFolder) {
-  EXPECT_FALSE(utilCreateDirectoryPathWithAttributes(nullptr, asItIs, asItIs, 0775));
+TEST_F(FolderCreationTest, FailsForNull) {
+  EXPECT_FALSE(utilCreateDirectoryPathWithAttributes(nullptr, kUnchanged, kUnchanged, 0775));
 }
 
-TEST_F(FolderCreationTest, AnEmptyPathIsNoFolder) {
+TEST_F(FolderCreationTest, FailsForAnEmptyPath) {
   EXPECT_FALSE(utilCreateDirectoryPath("", true));
 }
 
-TEST_F(FolderCreationTest, WhateverStandsThereCountsAsTheFolder) {
+TEST_F(FolderCreationTest, AcceptsAnyExistingObject) {
   support::writeFile(folder / "file", "text");
   ASSERT_EQ(::symlink("nowhere", (folder / "link").c_str()), 0);
   EXPECT_TRUE(utilCreateDirectoryPath(folder / "file", false));
@@ -66,7 +66,7 @@ TEST_F(FolderCreationTest, WhateverStandsThereCountsAsTheFolder) {
   EXPECT_EQ(support::namesIn(folder.path()), (std::vector<std::string>{"file", "link"}));
 }
 
-TEST_F(FolderCreationTest, ASlashAtTheEndAsksForAFolder) {
+TEST_F(FolderCreationTest, NeedsAFolderForATrailingSlash) {
   support::writeFile(folder / "file", "text");
   ASSERT_EQ(::symlink("nowhere", (folder / "dangling").c_str()), 0);
   ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
@@ -80,12 +80,12 @@ TEST_F(FolderCreationTest, ASlashAtTheEndAsksForAFolder) {
   EXPECT_FALSE(utilPathExists(folder / "nowhere"));
 }
 
-TEST_F(FolderCreationTest, NothingIsMadeBelowAFile) {
+TEST_F(FolderCreationTest, FailsBelowAFile) {
   support::writeFile(folder / "file", "text");
   EXPECT_FALSE(utilCreateDirectoryPath(folder / "file/a/b", false));
 }
 
-TEST_F(FolderCreationTest, TheModeIsSetExactlyTogetherWithOwnerAndGroup) {
+TEST_F(FolderCreationTest, SetsTheExactModeWithOwnerAndGroup) {
   const mode_t former = ::umask(077);
   EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b").c_str(), ::geteuid(), ::getegid(), 02775));
   ::umask(former);
@@ -93,39 +93,39 @@ TEST_F(FolderCreationTest, TheModeIsSetExactlyTogetherWithOwnerAndGroup) {
   EXPECT_EQ(support::modeOf(folder / "a") & 0777u, 0700u) << "a parent keeps what mkdir gave it";
 }
 
-TEST_F(FolderCreationTest, AnExistingFolderGetsOwnerGroupAndModeToo) {
+TEST_F(FolderCreationTest, ChangesAnExistingFolder) {
   ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
   EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), ::geteuid(), ::getegid(), 0755));
   EXPECT_EQ(support::modeOf(folder / "a"), 0755u);
 }
 
-TEST_F(FolderCreationTest, WithoutAnOwnerOrAGroupAnExistingFolderKeepsItsMode) {
+TEST_F(FolderCreationTest, KeepsTheModeWithoutOwnerOrGroup) {
   ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
-  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), asItIs, ::getegid(), 0755));
-  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), ::geteuid(), asItIs, 0755));
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), kUnchanged, ::getegid(), 0755));
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), ::geteuid(), kUnchanged, 0755));
   EXPECT_EQ(support::modeOf(folder / "a"), 0700u);
 }
 
-TEST_F(FolderCreationTest, OwnerAndGroupAreGivenToTheLastFolderOnly) {
-  if (!asRoot()) GTEST_SKIP() << "only the super-user gives files away";
-  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b").c_str(), somebody, someGroup, 0775));
-  EXPECT_EQ(statusOf(folder / "a/b").st_uid, somebody);
-  EXPECT_EQ(statusOf(folder / "a/b").st_gid, someGroup);
+TEST_F(FolderCreationTest, KeepsOwnerAndGroupOfParents) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user may change owners";
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b").c_str(), kOwner, kGroup, 0775));
+  EXPECT_EQ(statusOf(folder / "a/b").st_uid, kOwner);
+  EXPECT_EQ(statusOf(folder / "a/b").st_gid, kGroup);
   EXPECT_EQ(statusOf(folder / "a").st_uid, ::geteuid());
   EXPECT_EQ(statusOf(folder / "a").st_gid, statusOf(folder.path()).st_gid);
 }
 
-TEST_F(FolderCreationTest, AFileAtThePathGetsOwnerGroupAndMode) {
-  if (!asRoot()) GTEST_SKIP() << "only the super-user gives files away";
+TEST_F(FolderCreationTest, ChangesAnExistingFile) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user may change owners";
   support::writeFile(folder / "file", "text");
-  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "file").c_str(), somebody, someGroup, 0640));
-  EXPECT_EQ(statusOf(folder / "file").st_uid, somebody);
-  EXPECT_EQ(statusOf(folder / "file").st_gid, someGroup);
+  EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "file").c_str(), kOwner, kGroup, 0640));
+  EXPECT_EQ(statusOf(folder / "file").st_uid, kOwner);
+  EXPECT_EQ(statusOf(folder / "file").st_gid, kGroup);
   EXPECT_EQ(support::modeOf(folder / "file"), 0640u);
 }
 
-TEST_F(FolderCreationTest, TheModeIsGivenAfterTheOwnerWhoCostsSomeOfItsBits) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user gives files away";
+TEST_F(FolderCreationTest, SetsTheModeAfterTheOwner) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change owners";
   for (const mode_t mode : {04755u, 06755u}) {
     support::writeFile(folder / "file", "");
     EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "file").c_str(), 4711, 4712,
@@ -134,8 +134,8 @@ TEST_F(FolderCreationTest, TheModeIsGivenAfterTheOwnerWhoCostsSomeOfItsBits) {
   }
 }
 
-TEST_F(FolderCreationTest, WhatALinkLeadsToGetsOwnerGroupAndMode) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user gives files away";
+TEST_F(FolderCreationTest, ChangesTheTargetOfALink) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change owners";
   ASSERT_EQ(::mkdir((folder / "t").c_str(), 0700), 0);
   ASSERT_EQ(::symlink("t", (folder / "link").c_str()), 0);
   EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "link").c_str(), 4711, 4712, 0750));
@@ -148,16 +148,16 @@ TEST_F(FolderCreationTest, WhatALinkLeadsToGetsOwnerGroupAndMode) {
   EXPECT_EQ(object.st_uid, 0u);
 }
 
-TEST_F(FolderCreationTest, FailsWhenTheFolderCannotBeGivenAwayAndLeavesItThere) {
+TEST_F(FolderCreationTest, KeepsAFolderWhoseOwnerCannotBeChanged) {
   support::Child powerless([&] {
     if (asRoot() && !support::giveUpPowers()) return 1;
-    return utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), somebody, someGroup, 0775) ? 2 : 0;
+    return utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), kOwner, kGroup, 0775) ? 2 : 0;
   });
   EXPECT_EQ(powerless.wait(), 0);
   EXPECT_TRUE(utilFolderExitsAtPath(folder / "a"));
 }
 
-TEST_F(FolderCreationTest, FailsInAFolderThatMayNotBeWritten) {
+TEST_F(FolderCreationTest, FailsInAReadOnlyFolder) {
   ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0500), 0);
   support::Child powerless([&] {
     if (asRoot() && !support::giveUpPowers()) return 1;
@@ -166,7 +166,7 @@ TEST_F(FolderCreationTest, FailsInAFolderThatMayNotBeWritten) {
   EXPECT_EQ(powerless.wait(), 0);
 }
 
-TEST_F(FolderCreationTest, EndsWhereNotEvenTheWorkingFolderCanBeSeen) {
+TEST_F(FolderCreationTest, FailsInAnUnreadableWorkingFolder) {
   ASSERT_EQ(::mkdir((folder / "blind").c_str(), 0700), 0);
   support::Child powerless([&] {
     if (::chdir((folder / "blind").c_str()) != 0 || ::chmod(".", 0) != 0) return 1;
@@ -176,30 +176,30 @@ TEST_F(FolderCreationTest, EndsWhereNotEvenTheWorkingFolderCanBeSeen) {
   EXPECT_EQ(powerless.wait(), 0);
 }
 
-TEST_F(FolderCreationTest, SurvivesAHundredThousandComponents) {
+TEST_F(FolderCreationTest, AcceptsAHundredThousandComponents) {
   std::string path = folder.path();
   for (int i = 0; i < 100000; ++i)
     path += "/a";
   EXPECT_FALSE(utilCreateDirectoryPath(path, false));
 }
 
-TEST_F(FolderCreationTest, ALongPathCannotLeadPastTheLimitOfTheSystem) {
+TEST_F(FolderCreationTest, FailsForATooLongName) {
   EXPECT_FALSE(utilCreateDirectoryPath(folder / std::string(256, 'n'), false));
   EXPECT_TRUE(utilCreateDirectoryPath(folder / std::string(255, 'n'), false));
 }
 
-TEST_F(FolderCreationTest, ExtraSlashesMakeNoFolders) {
+TEST_F(FolderCreationTest, IgnoresExtraSlashes) {
   EXPECT_TRUE(utilCreateDirectoryPath(folder / "/a//b///", false));
   EXPECT_TRUE(utilFolderExitsAtPath(folder / "a/b"));
 }
 
-TEST_F(FolderCreationTest, TakesTheBytesOfANameAsTheyAre) {
+TEST_F(FolderCreationTest, AcceptsAnyBytesInNames) {
   const std::string odd = folder / "line\nbreak/\xff\xfe";
   EXPECT_TRUE(utilCreateDirectoryPath(odd, false));
   EXPECT_TRUE(utilFolderExitsAtPath(odd));
 }
 
-TEST_F(FolderCreationTest, ProcessesThatMakeTheSameFoldersAtOnceAllSucceed) {
+TEST_F(FolderCreationTest, SucceedsInSeveralProcessesAtOnce) {
   for (int round = 0; round < 50; ++round) {
     const std::string path = folder / (std::to_string(round) + "/a/b/c/d/e/f");
     const auto make = [&] { return utilCreateDirectoryPath(path, false) ? 0 : 1; };

@@ -27,11 +27,11 @@ using platform::writeFileAtomically;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr uid_t nobody = 65534;
+constexpr uid_t kOtherUser = 65534;
 
-class AtomicFile : public testing::Test {
+class AtomicFileTest : public testing::Test {
  protected:
-  AtomicFile() { ::umask(022); }
+  AtomicFileTest() { ::umask(022); }
 
   const support::TemporaryFolder folder;
   const std::string path = folder / "file";
@@ -42,7 +42,7 @@ ino_t numberOf(const std::string& path) {
   return ::stat(path.c_str(), &item) == 0 ? item.st_ino : 0;
 }
 
-TEST_F(AtomicFile, HoldsExactlyTheBytes) {
+TEST_F(AtomicFileTest, HoldsExactlyTheBytes) {
   const std::string bytes("\0a\n\xFF", 4);
   EXPECT_TRUE(writeFileAtomically(path, bytes));
   EXPECT_EQ(support::contentsOf(path), bytes);
@@ -51,18 +51,18 @@ TEST_F(AtomicFile, HoldsExactlyTheBytes) {
   EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file"));
 }
 
-TEST_F(AtomicFile, LeavesWhoHasTheOldFileOpenWithItsBytes) {
+TEST_F(AtomicFileTest, KeepsTheBytesForAnOpenReader) {
   support::writeFile(path, "old");
   std::ifstream reader(path);
-  const ino_t former = numberOf(path);
+  const ino_t previous = numberOf(path);
   ASSERT_TRUE(writeFileAtomically(path, "new"));
-  EXPECT_NE(numberOf(path), former);
+  EXPECT_NE(numberOf(path), previous);
   std::string seen;
   reader >> seen;
   EXPECT_EQ(seen, "old");
 }
 
-TEST_F(AtomicFile, IsAlwaysSeenWhole) {
+TEST_F(AtomicFileTest, IsNeverReadPartially) {
   const std::string contents[] = {std::string(300000, 'a'), std::string(200000, 'b')};
   support::writeFile(path, contents[0]);
   const support::Child writer([&] {
@@ -76,7 +76,7 @@ TEST_F(AtomicFile, IsAlwaysSeenWhole) {
   }
 }
 
-TEST_F(AtomicFile, HasTheModeThatTheUmaskLeaves) {
+TEST_F(AtomicFileTest, AppliesTheUmaskToANewFile) {
   ASSERT_TRUE(writeFileAtomically(path, "x"));
   EXPECT_EQ(support::modeOf(path), 0644u);
   ::umask(0);
@@ -84,7 +84,7 @@ TEST_F(AtomicFile, HasTheModeThatTheUmaskLeaves) {
   EXPECT_EQ(support::modeOf(folder / "open"), 0666u);
 }
 
-TEST_F(AtomicFile, HandsOnThePermissionsOfTheFileThatItReplaces) {
+TEST_F(AtomicFileTest, KeepsThePermissionsOfTheReplacedFile) {
   for (const mode_t mode : {0600u, 0400u, 0755u, 0666u}) {
     support::writeFile(path, "x");
     ASSERT_EQ(::chmod(path.c_str(), mode), 0);
@@ -94,25 +94,25 @@ TEST_F(AtomicFile, HandsOnThePermissionsOfTheFileThatItReplaces) {
   }
 }
 
-TEST_F(AtomicFile, HandsOnNoRightToActAsItsOwner) {
+TEST_F(AtomicFileTest, ClearsTheSetUserIdBit) {
   support::writeFile(path, "x");
   ASSERT_EQ(::chmod(path.c_str(), 06755), 0);
   ASSERT_TRUE(writeFileAtomically(path, "y"));
   EXPECT_EQ(support::modeOf(path), 0755u);
 }
 
-TEST_F(AtomicFile, HandsOnTheOwnerWhereTheSuperUserReplacesIt) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can give files away";
+TEST_F(AtomicFileTest, KeepsTheOwnerForTheSuperUser) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change owners";
   support::writeFile(path, "x");
-  ASSERT_EQ(::chown(path.c_str(), nobody, nobody), 0);
+  ASSERT_EQ(::chown(path.c_str(), kOtherUser, kOtherUser), 0);
   ASSERT_TRUE(writeFileAtomically(path, "y"));
   struct stat item {};
   ASSERT_EQ(::stat(path.c_str(), &item), 0);
-  EXPECT_EQ(item.st_uid, nobody);
-  EXPECT_EQ(item.st_gid, nobody);
+  EXPECT_EQ(item.st_uid, kOtherUser);
+  EXPECT_EQ(item.st_gid, kOtherUser);
 }
 
-TEST_F(AtomicFile, TakesThePlaceOfALinkAndNotOfWhatItLeadsTo) {
+TEST_F(AtomicFileTest, ReplacesALinkAndKeepsItsTarget) {
   support::writeFile(folder / "target", "target");
   ASSERT_EQ(::symlink("target", path.c_str()), 0);
   ASSERT_TRUE(writeFileAtomically(path, "new"));
@@ -122,13 +122,13 @@ TEST_F(AtomicFile, TakesThePlaceOfALinkAndNotOfWhatItLeadsTo) {
   EXPECT_EQ(support::modeOf(path), 0644u);
 }
 
-TEST_F(AtomicFile, TakesThePlaceOfAPipeWithoutWaiting) {
+TEST_F(AtomicFileTest, ReplacesAPipeWithoutWaiting) {
   ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
   ASSERT_TRUE(writeFileAtomically(path, "new"));
   EXPECT_EQ(support::contentsOf(path), "new");
 }
 
-TEST_F(AtomicFile, DoesNotTakeThePlaceOfAFolder) {
+TEST_F(AtomicFileTest, DoesNotReplaceAFolder) {
   ASSERT_EQ(::mkdir(path.c_str(), 0777), 0);
   EXPECT_FALSE(writeFileAtomically(path, "new"));
   EXPECT_FALSE(writeFileAtomically(path + "/", "new"));
@@ -138,12 +138,12 @@ TEST_F(AtomicFile, DoesNotTakeThePlaceOfAFolder) {
   EXPECT_THAT(support::namesIn(path), IsEmpty());
 }
 
-TEST_F(AtomicFile, MakesNoFolder) {
+TEST_F(AtomicFileTest, CreatesNoFolder) {
   EXPECT_FALSE(writeFileAtomically(folder / "missing/file", "x"));
   EXPECT_THAT(support::namesIn(folder.path()), IsEmpty());
 }
 
-TEST_F(AtomicFile, MayHaveTheLongestNameAndAnyBytesInIt) {
+TEST_F(AtomicFileTest, AcceptsTheLongestNameAndAnyBytes) {
   const std::string longest = folder / std::string(NAME_MAX, 'n');
   EXPECT_TRUE(writeFileAtomically(longest, "x"));
   EXPECT_EQ(support::contentsOf(longest), "x");
@@ -153,7 +153,7 @@ TEST_F(AtomicFile, MayHaveTheLongestNameAndAnyBytesInIt) {
   EXPECT_EQ(support::namesIn(folder.path()).size(), 2u);
 }
 
-TEST_F(AtomicFile, MayHaveTheLongestPathThatTheSystemTakes) {
+TEST_F(AtomicFileTest, AcceptsTheLongestPath) {
   std::string longest = folder / "d";
   ASSERT_TRUE(support::makeDeepFolder(longest, static_cast<int>(4088 - longest.size()) / 2));
   while (longest.size() < 4088)
@@ -168,7 +168,7 @@ TEST_F(AtomicFile, MayHaveTheLongestPathThatTheSystemTakes) {
   EXPECT_EQ(platform::removeTree(folder / "d"), std::nullopt);
 }
 
-TEST_F(AtomicFile, NeedsToSearchItsFolderAndNotToReadIt) {
+TEST_F(AtomicFileTest, NeedsNoReadAccessToTheFolder) {
   ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0300), 0);
   support::Child powerless(
       [&] { return support::giveUpPowers() && writeFileAtomically(folder / "closed/file", "x") ? 0 : 1; });
@@ -176,24 +176,24 @@ TEST_F(AtomicFile, NeedsToSearchItsFolderAndNotToReadIt) {
   EXPECT_EQ(support::contentsOf(folder / "closed/file"), "x");
 }
 
-TEST_F(AtomicFile, EndsItsPathAtTheFirstNul) {
+TEST_F(AtomicFileTest, EndsThePathAtTheFirstNul) {
   EXPECT_TRUE(writeFileAtomically(path + std::string("\0/other", 7), "x"));
   EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file"));
 }
 
-TEST_F(AtomicFile, IsMadeInTheWorkingFolderWhenItsPathIsANameAlone) {
+TEST_F(AtomicFileTest, UsesTheWorkingFolderForABareName) {
   support::Child inFolder(
       [&] { return ::chdir(folder.path().c_str()) == 0 && writeFileAtomically("file", "x") ? 0 : 1; });
   EXPECT_EQ(inFolder.wait(), 0);
   EXPECT_EQ(support::contentsOf(path), "x");
 }
 
-TEST_F(AtomicFile, StaysWholeInAFolderThatMayNotBeWritten) {
+TEST_F(AtomicFileTest, KeepsTheFileInAReadOnlyFolder) {
   support::writeFile(path, "old");
   support::Child powerless([&] {
-    // From inside, since not everybody may enter the folders above.
+    // Relative, because the other user may not enter the parent folders.
     if (::chmod(folder.path().c_str(), 0555) != 0 || ::chdir(folder.path().c_str()) != 0) return 1;
-    if (::geteuid() == 0 && ::setresuid(nobody, nobody, nobody) != 0) return 2;
+    if (::geteuid() == 0 && ::setresuid(kOtherUser, kOtherUser, kOtherUser) != 0) return 2;
     if (support::contentsOf("file") != "old") return 3;
     return writeFileAtomically("file", "new") ? 4 : 0;
   });
@@ -203,7 +203,7 @@ TEST_F(AtomicFile, StaysWholeInAFolderThatMayNotBeWritten) {
   EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file"));
 }
 
-TEST_F(AtomicFile, StaysWholeAndAloneWhenAFileMayNotGrowSoLarge) {
+TEST_F(AtomicFileTest, KeepsTheFileAtTheFileSizeLimit) {
   support::writeFile(path, "old");
   support::Child limited([&] {
     ::signal(SIGXFSZ, SIG_IGN);
@@ -217,7 +217,7 @@ TEST_F(AtomicFile, StaysWholeAndAloneWhenAFileMayNotGrowSoLarge) {
   EXPECT_THAT(support::namesIn(folder.path()), ElementsAre("file", "fits"));
 }
 
-TEST_F(AtomicFile, StaysWholeAndAloneOnAFullDisk) {
+TEST_F(AtomicFileTest, KeepsTheFileOnAFullDisk) {
   const int result = support::withOwnMounts([&] {
     if (!support::mountMemory(folder.path(), 64 << 10)) return support::kImpossible;
     if (!writeFileAtomically(path, std::string(20000, 'o'))) return 1;
@@ -226,7 +226,7 @@ TEST_F(AtomicFile, StaysWholeAndAloneOnAFullDisk) {
       return ::statvfs(folder.path().c_str(), &disk) == 0 ? disk.f_bfree : 0;
     };
     const auto before = freeBlocks();
-    // There is room for a part of it, and then for nothing at all.
+    // First the disk has space for a part of the bytes, then for none.
     if (writeFileAtomically(path, std::string(60000, 'n'))) return 2;
     if (support::contentsOf(path) != std::string(20000, 'o')) return 3;
     if (support::namesIn(folder.path()).size() != 1 || freeBlocks() != before) return 4;
@@ -235,12 +235,11 @@ TEST_F(AtomicFile, StaysWholeAndAloneOnAFullDisk) {
     if (support::contentsOf(path) != std::string(20000, 'o')) return 6;
     return support::namesIn(folder.path()).size() == 2 ? 0 : 7;
   });
-  if (result == support::kImpossible)
-    GTEST_SKIP() << "this user may not mount a disk of its own, not even in a namespace";
+  if (result == support::kImpossible) GTEST_SKIP() << "mounts are not allowed here";
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(AtomicFile, KeepsNoDescriptorOpen) {
+TEST_F(AtomicFileTest, LeavesNoDescriptorOpen) {
   const auto open = [] { return support::namesIn("/proc/self/fd").size(); };
   const std::size_t before = open();
   for (int i = 0; i < 10; ++i) {

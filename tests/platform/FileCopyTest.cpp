@@ -45,7 +45,7 @@ class AttributeCopyTest : public testing::Test {
  protected:
   AttributeCopyTest() { support::writeFile(from, "text"); }
 
-  // "" when it succeeded.
+  // "" on success.
   std::string copied() const { return platform::copyFile(from, to).value_or(""); }
 
   const support::TemporaryFolder folder;
@@ -66,7 +66,7 @@ TEST_F(AttributeCopyTest, KeepsBytesModeAndTimes) {
   EXPECT_EQ(support::contentsOf(to), "text");
 }
 
-TEST_F(AttributeCopyTest, KeepsExtendedAttributesWhereThereAreAny) {
+TEST_F(AttributeCopyTest, KeepsExtendedAttributes) {
   if (::setxattr(from.c_str(), "user.colour", "green", 5, 0) != 0) GTEST_SKIP() << "no extended attributes here";
   ASSERT_EQ(::setxattr(from.c_str(), "user.empty", "", 0, 0), 0);
   EXPECT_EQ(copied(), "");
@@ -86,8 +86,8 @@ TEST_F(AttributeCopyTest, KeepsTheAccessList) {
   EXPECT_EQ(support::modeOf(to), support::modeOf(from));
 }
 
-TEST_F(AttributeCopyTest, KeepsOwnerAndGroupWhenTheSuperUserCopies) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user gives files away";
+TEST_F(AttributeCopyTest, KeepsOwnerAndGroupForTheSuperUser) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change owners";
   ASSERT_EQ(::chown(from.c_str(), 4711, 4712), 0);
   ASSERT_EQ(::chmod(from.c_str(), 06755), 0);
   EXPECT_EQ(copied(), "");
@@ -96,8 +96,8 @@ TEST_F(AttributeCopyTest, KeepsOwnerAndGroupWhenTheSuperUserCopies) {
   EXPECT_EQ(support::modeOf(to), 06755u);
 }
 
-TEST_F(AttributeCopyTest, WithoutTheOwnerTheSpecialBitsGo) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user has a file of somebody else's";
+TEST_F(AttributeCopyTest, ClearsTheSpecialBitsWithoutTheOwner) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the super-user may change owners";
   ASSERT_EQ(::chown(from.c_str(), 4711, 4712), 0);
   ASSERT_EQ(::chmod(from.c_str(), 06755), 0);
   support::Child powerless([&] {
@@ -121,7 +121,7 @@ TEST_F(AttributeCopyTest, KeepsTheHolesOfAFile) {
   EXPECT_EQ(support::contentsOf(to), support::contentsOf(from));
 }
 
-TEST_F(AttributeCopyTest, CopiesNothingButAHole) {
+TEST_F(AttributeCopyTest, CopiesAFileWithoutData) {
   ASSERT_EQ(::truncate(from.c_str(), 0), 0);
   ASSERT_EQ(::truncate(from.c_str(), 1 << 20), 0);
   EXPECT_EQ(copied(), "");
@@ -134,26 +134,26 @@ TEST_F(AttributeCopyTest, CopiesAnEmptyFile) {
   EXPECT_EQ(statusOf(to).st_size, 0);
 }
 
-TEST_F(AttributeCopyTest, CopiesAFileThatDoesNotTellItsSize) {
+TEST_F(AttributeCopyTest, CopiesAFileOfUnknownSize) {
   EXPECT_EQ(platform::copyFile("/proc/self/status", to), std::nullopt);
   EXPECT_NE(support::contentsOf(to).find("Name:"), std::string::npos);
 }
 
-TEST_F(AttributeCopyTest, LeavesNothingOfAFileThatCannotBeRead) {
+TEST_F(AttributeCopyTest, RemovesTheCopyAfterAReadError) {
   EXPECT_EQ(platform::copyFile("/proc/self/mem", to), "Input/output error: " + to);
-  EXPECT_FALSE(platform::isSomethingAt(to));
+  EXPECT_FALSE(platform::exists(to));
   EXPECT_FALSE(platform::copyFileContents("/proc/self/mem", to));
-  EXPECT_FALSE(platform::isSomethingAt(to));
+  EXPECT_FALSE(platform::exists(to));
 }
 
-TEST_F(AttributeCopyTest, DoesNotRunAfterAFileThatGrows) {
+TEST_F(AttributeCopyTest, OmitsBytesAppendedDuringTheCopy) {
   const std::string bytes(300000, 'x');
   support::writeFile(from, bytes);
   ASSERT_EQ(::mkfifo(to.c_str(), 0600), 0);
   support::Child copier([&] { return platform::copyFileContents(from, to) ? 0 : 1; });
   std::ifstream pipe(to, std::ios::binary);
   std::string read(1, '\0');
-  ASSERT_TRUE(pipe.get(read[0]));  // the size has been looked at
+  ASSERT_TRUE(pipe.get(read[0]));  // the copier has read the size
   support::writeFile(from, bytes + std::string(300000, 'y'));
   read.append(std::istreambuf_iterator<char>(pipe), {});
   EXPECT_EQ(copier.wait(), 0);
@@ -174,7 +174,7 @@ TEST_F(AttributeCopyTest, CopiesToAnotherFileSystem) {
   EXPECT_EQ(status, 0);
 }
 
-TEST_F(AttributeCopyTest, LeavesNothingOnAFullDisk) {
+TEST_F(AttributeCopyTest, RemovesTheCopyOnAFullDisk) {
   support::writeFile(from, std::string(3000000, 'x'));
   const int status = support::withOwnMounts([&] {
     if (::mkdir((folder / "mount").c_str(), 0700) != 0) return 1;
@@ -186,7 +186,7 @@ TEST_F(AttributeCopyTest, LeavesNothingOnAFullDisk) {
   EXPECT_EQ(status, 0);
 }
 
-TEST_F(AttributeCopyTest, LeavesNothingWhenTheFileMayNotGrow) {
+TEST_F(AttributeCopyTest, RemovesTheCopyAtTheFileSizeLimit) {
   support::writeFile(from, std::string(300000, 'x'));
   support::Child limited([&] {
     ::signal(SIGXFSZ, SIG_IGN);
@@ -195,7 +195,7 @@ TEST_F(AttributeCopyTest, LeavesNothingWhenTheFileMayNotGrow) {
     return copied() == "File too large: " + to ? 0 : 1;
   });
   EXPECT_EQ(limited.wait(), 0);
-  EXPECT_FALSE(platform::isSomethingAt(to));
+  EXPECT_FALSE(platform::exists(to));
 }
 
 TEST_F(AttributeCopyTest, CopiesALinkAsALink) {
@@ -208,26 +208,26 @@ TEST_F(AttributeCopyTest, CopiesALinkAsALink) {
   EXPECT_TRUE(isSameTime(statusOf(to).st_mtim, times[1]));
 }
 
-TEST_F(AttributeCopyTest, TouchesNothingThatIsThereAlready) {
+TEST_F(AttributeCopyTest, KeepsAnExistingFile) {
   support::writeFile(to, "old");
   EXPECT_EQ(copied(), "File exists: " + to);
   EXPECT_EQ(support::contentsOf(to), "old");
   ASSERT_EQ(::symlink("nowhere", (folder / "dangling").c_str()), 0);
   EXPECT_EQ(platform::copyFile(from, folder / "dangling"), "File exists: " + folder / "dangling");
-  EXPECT_FALSE(platform::isSomethingAt(folder / "nowhere"));
+  EXPECT_FALSE(platform::exists(folder / "nowhere"));
 }
 
-TEST_F(AttributeCopyTest, CopiesNoFileThatMayNotBeRead) {
+TEST_F(AttributeCopyTest, FailsForAnUnreadableFile) {
   ASSERT_EQ(::chmod(from.c_str(), 0), 0);
   support::Child powerless([&] {
     if (!support::giveUpPowers()) return 1;
     return copied() == "Permission denied: " + from ? 0 : 2;
   });
   EXPECT_EQ(powerless.wait(), 0);
-  EXPECT_FALSE(platform::isSomethingAt(to));
+  EXPECT_FALSE(platform::exists(to));
 }
 
-TEST_F(AttributeCopyTest, RefusesSpecialFilesWithoutWaitingForThem) {
+TEST_F(AttributeCopyTest, RefusesSpecialFilesWithoutWaiting) {
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
   const platform::UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM, 0));
   support::Child binding([&] {
@@ -240,15 +240,15 @@ TEST_F(AttributeCopyTest, RefusesSpecialFilesWithoutWaitingForThem) {
   ASSERT_EQ(binding.wait(), 0);
   for (const std::string& special : {folder / "pipe", folder / "socket", std::string("/dev/null"), folder.path()})
     EXPECT_EQ(platform::copyFile(special, to), "Operation not supported: " + special);
-  EXPECT_FALSE(platform::isSomethingAt(to));
+  EXPECT_FALSE(platform::exists(to));
 }
 
-TEST_F(AttributeCopyTest, SaysWhatIsMissing) {
+TEST_F(AttributeCopyTest, NamesTheMissingPath) {
   EXPECT_EQ(platform::copyFile(folder / "missing", to), "No such file or directory: " + folder / "missing");
   EXPECT_EQ(platform::copyFile(from, folder / "missing/to"), "No such file or directory: " + folder / "missing/to");
 }
 
-TEST_F(AttributeCopyTest, LosesNoByteToSignals) {
+TEST_F(AttributeCopyTest, CopiesEveryByteDespiteSignals) {
   std::string bytes(60000000, '\0');
   for (std::size_t i = 0; i < bytes.size(); ++i)
     bytes[i] = static_cast<char>(i * 7 + i / 251);

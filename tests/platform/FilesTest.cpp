@@ -26,7 +26,7 @@ bool isOpen(int fd) {
   return ::fcntl(fd, F_GETFD) != -1;
 }
 
-TEST(UniqueFd, ClosesItsDescriptorOnce) {
+TEST(UniqueFdTest, ClosesItsDescriptorOnce) {
   int number = -1;
   {
     UniqueFd first(::open("/dev/null", O_RDONLY));
@@ -39,60 +39,60 @@ TEST(UniqueFd, ClosesItsDescriptorOnce) {
   EXPECT_FALSE(isOpen(number));
 }
 
-TEST(UniqueFd, ClosesTheFormerDescriptorWhenItGetsAnother) {
+TEST(UniqueFdTest, ClosesTheDescriptorThatItReplaces) {
   UniqueFd fd(::open("/dev/null", O_RDONLY));
-  const int former = fd.get();
+  const int previous = fd.get();
   fd = UniqueFd(::open("/dev/zero", O_RDONLY));
-  EXPECT_FALSE(isOpen(former) && former != fd.get());
+  EXPECT_FALSE(isOpen(previous) && previous != fd.get());
   EXPECT_TRUE(fd);
 }
 
-bool turnIsTaken(const std::string& path) {
+bool isLocked(const std::string& path) {
   const UniqueFd fd(::open(path.c_str(), O_RDONLY));
   return ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0;
 }
 
-TEST(PathLock, IsHeldForTheLengthOfAScope) {
+TEST(PathLockTest, IsHeldUntilTheEndOfTheScope) {
   const support::TemporaryFolder folder;
   {
-    const PathLock turn(folder.path());
-    EXPECT_TRUE(turnIsTaken(folder.path()));
+    const PathLock lock(folder.path());
+    EXPECT_TRUE(isLocked(folder.path()));
   }
-  EXPECT_FALSE(turnIsTaken(folder.path()));
+  EXPECT_FALSE(isLocked(folder.path()));
 }
 
-TEST(PathLock, IsGivenBackByAKilledHolder) {
+TEST(PathLockTest, IsReleasedByAKilledHolder) {
   const support::TemporaryFolder folder;
   support::Child holder([&] {
-    const PathLock turn(folder.path());
+    const PathLock lock(folder.path());
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return turnIsTaken(folder.path()); }));
+  ASSERT_TRUE(support::comesTrue([&] { return isLocked(folder.path()); }));
   holder.kill();
   holder.wait();
-  EXPECT_FALSE(turnIsTaken(folder.path()));
+  EXPECT_FALSE(isLocked(folder.path()));
 }
 
-TEST(PathLock, DoesNotWaitForeverForSomebodyWhoKeepsTheTurn) {
+TEST(PathLockTest, StopsWaitingForALockThatRemainsHeld) {
   const support::TemporaryFolder folder;
-  const PathLock keeper(folder.path());
+  const PathLock held(folder.path());
   const auto before = std::chrono::steady_clock::now();
-  { const PathLock turn(folder.path()); }
+  { const PathLock lock(folder.path()); }
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
 }
 
-TEST(PathLock, DoesNotMindAPathThatCannotBeOpened) {
+TEST(PathLockTest, IgnoresAMissingPath) {
   const support::TemporaryFolder folder;
   const PathLock missing(folder / "missing");
 }
 
-TEST(PathLock, DoesNotWaitForTheWriterOfAPipe) {
+TEST(PathLockTest, DoesNotWaitForAPipe) {
   const support::TemporaryFolder folder;
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
   const PathLock pipe(folder / "pipe");
 }
 
-TEST(FileCopy, HoldsExactlyTheBytesOfTheOriginal) {
+TEST(FileContentsTest, CopiesEveryByte) {
   const support::TemporaryFolder folder;
   std::string bytes(1000003, '\0');
   for (std::size_t i = 0; i < bytes.size(); ++i)
@@ -102,7 +102,7 @@ TEST(FileCopy, HoldsExactlyTheBytesOfTheOriginal) {
   EXPECT_EQ(support::contentsOf(folder / "to"), bytes);
 }
 
-TEST(FileCopy, ReplacesWhatStoodThere) {
+TEST(FileContentsTest, ReplacesTheContents) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "from", "new");
   support::writeFile(folder / "to", "old and longer");
@@ -110,7 +110,7 @@ TEST(FileCopy, ReplacesWhatStoodThere) {
   EXPECT_EQ(support::contentsOf(folder / "to"), "new");
 }
 
-TEST(FileCopy, DoesNotEmptyAFileThatIsToBeCopiedOverItself) {
+TEST(FileContentsTest, KeepsAFileCopiedOverItself) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "from", "text");
   ASSERT_EQ(::link((folder / "from").c_str(), (folder / "hard").c_str()), 0);
@@ -121,26 +121,26 @@ TEST(FileCopy, DoesNotEmptyAFileThatIsToBeCopiedOverItself) {
   }
 }
 
-TEST(FileCopy, WritesIntoWhatIsNoRegularFile) {
+TEST(FileContentsTest, WritesToADevice) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "from", "text");
   EXPECT_TRUE(platform::copyFileContents(folder / "from", "/dev/null"));
 }
 
-TEST(FileCopy, FailsWithoutAnOriginalAndLeavesTheOtherFileAlone) {
+TEST(FileContentsTest, KeepsTheTargetWithoutASource) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "to", "old");
   EXPECT_FALSE(platform::copyFileContents(folder / "missing", folder / "to"));
   EXPECT_EQ(support::contentsOf(folder / "to"), "old");
 }
 
-TEST(FileCopy, FailsWhereNoFileCanBeMade) {
+TEST(FileContentsTest, FailsWithoutAFolder) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "from", "text");
   EXPECT_FALSE(platform::copyFileContents(folder / "from", folder / "missing/to"));
 }
 
-// Copies 300,000 bytes where a file may have 150,000.
+// Copies 300,000 bytes where the limit is 150,000.
 void failHalfway(const support::TemporaryFolder& folder, const std::string& to) {
   support::writeFile(folder / "from", std::string(300000, 'x'));
   const int copied = support::inChild([&] {
@@ -152,13 +152,13 @@ void failHalfway(const support::TemporaryFolder& folder, const std::string& to) 
   EXPECT_EQ(copied, 0);
 }
 
-TEST(FileCopy, RemovesAnUnfinishedCopy) {
+TEST(FileContentsTest, RemovesAnIncompleteCopy) {
   const support::TemporaryFolder folder;
   failHalfway(folder, folder / "to");
   EXPECT_FALSE(std::filesystem::exists(folder / "to"));
 }
 
-TEST(FileCopy, EmptiesAFormerFileAfterAFailure) {
+TEST(FileContentsTest, EmptiesAnExistingFileAfterAFailure) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "to", "old");
   ASSERT_EQ(::symlink("to", (folder / "link").c_str()), 0);
@@ -167,7 +167,7 @@ TEST(FileCopy, EmptiesAFormerFileAfterAFailure) {
   EXPECT_EQ(support::contentsOf(folder / "to"), "");
 }
 
-TEST(FileCopy, LeavesALinkToAFullDevice) {
+TEST(FileContentsTest, KeepsALinkToAFullDevice) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "from", "text");
   ASSERT_EQ(::symlink("/dev/full", (folder / "link").c_str()), 0);
@@ -175,11 +175,11 @@ TEST(FileCopy, LeavesALinkToAFullDevice) {
   EXPECT_EQ(std::filesystem::read_symlink(folder / "link"), "/dev/full");
 }
 
-TEST(FileCopy, LeavesADeviceThatIsFull) {
+TEST(FileContentsTest, KeepsAFullDevice) {
   const support::TemporaryFolder folder;
   support::writeFile(folder / "from", "text");
   const dev_t full = makedev(1, 7);
-  if (::mknod((folder / "full").c_str(), S_IFCHR | 0600, full) != 0) GTEST_SKIP() << "no devices can be made here";
+  if (::mknod((folder / "full").c_str(), S_IFCHR | 0600, full) != 0) GTEST_SKIP() << "devices cannot be created here";
   if (::access("/dev/full", W_OK) != 0 || !platform::UniqueFd(::open((folder / "full").c_str(), O_WRONLY | O_CLOEXEC)))
     GTEST_SKIP() << "devices cannot be opened here";
   EXPECT_FALSE(platform::copyFileContents(folder / "from", folder / "full"));

@@ -10,7 +10,7 @@
 
 namespace {
 
-// On a file system whose files can share their blocks: a file that does has, in an instant, all that the other has.
+// Simulates a file system whose files can share blocks.
 class SharedBlocksTest : public testing::Test {
  protected:
   SharedBlocksTest() {
@@ -39,11 +39,11 @@ class SharedBlocksTest : public testing::Test {
   const std::string to = folder / "to";
 };
 
-TEST_F(SharedBlocksTest, ACopyThatSharesItsBlocksIsWhole) {
+TEST_F(SharedBlocksTest, ACopyHasAllBytes) {
   EXPECT_EQ(copied(), "twenty bytes of text");
 }
 
-TEST_F(SharedBlocksTest, AFileThatShrinksMeanwhileIsNotFilledUpWithZeros) {
+TEST_F(SharedBlocksTest, AFileThatShrinksIsNotPadded) {
   platform_test::fakeSharing = [this](int source, int copy) {
     ASSERT_EQ(::truncate(from.c_str(), 6), 0);
     share(source, copy);
@@ -51,7 +51,7 @@ TEST_F(SharedBlocksTest, AFileThatShrinksMeanwhileIsNotFilledUpWithZeros) {
   EXPECT_EQ(copied(), "twenty");
 }
 
-TEST_F(SharedBlocksTest, AFileThatGrowsMeanwhileIsCopiedAsItWasMeasured) {
+TEST_F(SharedBlocksTest, AppendedBytesAreOmitted) {
   platform_test::fakeSharing = [this](int source, int copy) {
     support::writeFile(from, "twenty bytes of text and more");
     share(source, copy);

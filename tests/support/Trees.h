@@ -1,4 +1,4 @@
-// Deep folders, descriptor limits, and a process that exchanges two paths.
+// Folder trees for tests, and conditions under which they are walked and removed.
 
 #pragma once
 
@@ -7,13 +7,41 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
+#include <system_error>
 
 #include "platform/UniqueFd.h"
 #include "tests/support/Child.h"
+#include "tests/support/Files.h"
 
 namespace support {
+
+inline void require(bool condition, const std::string& path) {
+  if (!condition) throw std::system_error(errno, std::generic_category(), path);
+}
+
+inline void makeFolder(const std::string& path) {
+  require(::mkdir(path.c_str(), 0700) == 0, path);
+}
+
+inline void makeLink(const std::string& target, const std::string& path) {
+  require(::symlink(target.c_str(), path.c_str()) == 0, path);
+}
+
+// A folder with every kind of entry and unusual names.
+inline void makeSmallTree(const std::string& top) {
+  for (const char* folder : {"", "/a", "/a/empty", "/.hidden"})
+    makeFolder(top + folder);
+  for (const char* file : {"/a/file", "/.hidden/line\nbreak", "/\xff\xfe"})
+    writeFile(top + file, "");
+  makeLink("a", top + "/to a");
+  makeLink("nowhere", top + "/dangling");
+  makeLink("loop", top + "/loop");
+  makeLink("..", top + "/a/up");
+  require(::mkfifo((top + "/pipe").c_str(), 0600) == 0, top);
+}
 
 // Creates the folder `top` and below it `depth` nested folders "d".
 inline bool makeDeepFolder(const std::string& top, int depth) {

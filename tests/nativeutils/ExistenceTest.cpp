@@ -11,24 +11,24 @@
 
 namespace {
 
-class FileTestsTest : public nativeutils_test::LoggedTest {
+class ExistenceTest : public nativeutils_test::LoggedTest {
  protected:
   void TearDown() override { EXPECT_TRUE(logged().empty()); }
 
   static bool asRoot() { return ::geteuid() == 0; }
 
-  // "" when nothing can be made there.
+  // "" if nothing can be created.
   static std::string nearest(const std::string& path) {
-    std::string found = "former";
+    std::string found = "unchanged";
     if (utilIsCreatableWritablePath(path.c_str(), found)) return found;
-    EXPECT_EQ(found, "former");
+    EXPECT_EQ(found, "unchanged");
     return "";
   }
 
   const support::TemporaryFolder folder;
 };
 
-TEST_F(FileTestsTest, AFileIsNoFolderAndAFolderNoFile) {
+TEST_F(ExistenceTest, DistinguishesFilesAndFolders) {
   support::writeFile(folder / "file", "");
   EXPECT_TRUE(utilFileExitsAtPath(folder / "file"));
   EXPECT_FALSE(utilFolderExitsAtPath(folder / "file"));
@@ -36,14 +36,14 @@ TEST_F(FileTestsTest, AFileIsNoFolderAndAFolderNoFile) {
   EXPECT_FALSE(utilFileExitsAtPath(folder.path()));
 }
 
-TEST_F(FileTestsTest, WhatIsNotThereIsNeither) {
+TEST_F(ExistenceTest, IsFalseForAMissingPath) {
   for (const std::string& path : {folder / "missing", folder / "missing/x", std::string()}) {
     EXPECT_FALSE(utilFileExitsAtPath(path));
     EXPECT_FALSE(utilFolderExitsAtPath(path));
   }
 }
 
-TEST_F(FileTestsTest, ALinkCountsAsWhatItLeadsTo) {
+TEST_F(ExistenceTest, FollowsLinks) {
   support::writeFile(folder / "file", "");
   ASSERT_EQ(::symlink(".", (folder / "to folder").c_str()), 0);
   ASSERT_EQ(::symlink("file", (folder / "to file").c_str()), 0);
@@ -57,33 +57,35 @@ TEST_F(FileTestsTest, ALinkCountsAsWhatItLeadsTo) {
   }
 }
 
-TEST_F(FileTestsTest, APipeIsAFileThatIsNotWaitedFor) {
+TEST_F(ExistenceTest, DoesNotWaitForAPipe) {
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_TRUE(utilFileExitsAtPath(folder / "pipe"));
 }
 
-TEST_F(FileTestsTest, SomethingCanBeMadeInAnExistingFolder) {
+using NearestExistingTest = ExistenceTest;
+
+TEST_F(NearestExistingTest, IsTheParentOfAMissingPath) {
   EXPECT_EQ(nearest(folder / "new"), folder.path());
   EXPECT_EQ(nearest(folder / "new/deeper/and deeper"), folder.path());
 }
 
-TEST_F(FileTestsTest, AnExistingFolderIsItselfTheNearest) {
+TEST_F(NearestExistingTest, IsAnExistingFolderItself) {
   EXPECT_EQ(nearest(folder.path()), folder.path());
 }
 
-TEST_F(FileTestsTest, NothingCanBeMadeAtNoPath) {
-  std::string found = "former";
+TEST_F(NearestExistingTest, IsMissingForAnEmptyPath) {
+  std::string found = "unchanged";
   EXPECT_FALSE(utilIsCreatableWritablePath(nullptr, found));
-  EXPECT_EQ(found, "former");
+  EXPECT_EQ(found, "unchanged");
   EXPECT_EQ(nearest(""), "");
 }
 
-TEST_F(FileTestsTest, ARelativePathMayRunOutOfComponents) {
+TEST_F(NearestExistingTest, IsMissingForAMissingRelativePath) {
   EXPECT_EQ(nearest("no such thing/here"), "");
   EXPECT_EQ(nearest("no such thing"), "");
 }
 
-TEST_F(FileTestsTest, ARelativePathMayMeetSomething) {
+TEST_F(NearestExistingTest, IsFoundForARelativePath) {
   support::Child inside([&] {
     if (::chdir(folder.path().c_str()) != 0 || ::mkdir("here", 0700) != 0) return 1;
     return nearest("here/new") == "here" && nearest("./new") == "." ? 0 : 2;
@@ -91,24 +93,24 @@ TEST_F(FileTestsTest, ARelativePathMayMeetSomething) {
   EXPECT_EQ(inside.wait(), 0);
 }
 
-TEST_F(FileTestsTest, ATildeStandsForTheHomeFolder) {
+TEST_F(NearestExistingTest, ExpandsATilde) {
   EXPECT_EQ(nearest("~/new/deeper"), support::ownHome());
   EXPECT_EQ(nearest("~"), support::ownHome());
   EXPECT_EQ(nearest("~tester/new"), support::ownHome());
 }
 
-TEST_F(FileTestsTest, AnUnknownUsersTildeIsAnOrdinaryName) {
+TEST_F(NearestExistingTest, DoesNotExpandTheTildeOfUnknownUsers) {
   EXPECT_EQ(nearest("~no-such-user/new"), "");
 }
 
-TEST_F(FileTestsTest, TheRootMayBeTheNearest) {
-  if (!asRoot()) GTEST_SKIP() << "only the super-user can make something there";
+TEST_F(NearestExistingTest, MayBeTheRoot) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user may write there";
   EXPECT_EQ(nearest("/"), "/");
   EXPECT_EQ(nearest("/no-such-folder/x/y"), "/");
 }
 
-TEST_F(FileTestsTest, TheRealUserCountsAndNotTheEffectiveOne) {
-  if (!asRoot()) GTEST_SKIP() << "only the super-user can act as somebody else";
+TEST_F(NearestExistingTest, UsesThePermissionsOfTheRealUser) {
+  if (!asRoot()) GTEST_SKIP() << "only the super-user may change the user";
   ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
   ASSERT_EQ(::mkdir((folder / "mine").c_str(), 0700), 0);
   support::Child other([&] {
@@ -120,12 +122,12 @@ TEST_F(FileTestsTest, TheRealUserCountsAndNotTheEffectiveOne) {
   EXPECT_EQ(other.wait(), 0);
 }
 
-TEST_F(FileTestsTest, ADanglingLinkIsPassedOver) {
+TEST_F(NearestExistingTest, IgnoresADanglingLink) {
   ASSERT_EQ(::symlink("missing", (folder / "dangling").c_str()), 0);
   EXPECT_EQ(nearest(folder / "dangling/x"), folder.path());
 }
 
-TEST_F(FileTestsTest, APlainFileOnTheWayCountsByItsPermissionsAlone) {
+TEST_F(NearestExistingTest, MayBeAnExecutableFile) {
   support::writeFile(folder / "file", "");
   EXPECT_EQ(nearest(folder / "file/x"), "");
   EXPECT_EQ(nearest(folder / "file/"), folder.path());
@@ -133,7 +135,7 @@ TEST_F(FileTestsTest, APlainFileOnTheWayCountsByItsPermissionsAlone) {
   EXPECT_EQ(nearest(folder / "file/x"), folder / "file");
 }
 
-TEST_F(FileTestsTest, TheNearestMustBeReadableWritableAndSearchable) {
+TEST_F(NearestExistingTest, MustBeReadableWritableAndSearchable) {
   for (const mode_t mode : {0300u, 0500u, 0600u}) {
     const std::string closed = folder / std::to_string(mode);
     ASSERT_EQ(::mkdir(closed.c_str(), mode), 0);
@@ -145,7 +147,7 @@ TEST_F(FileTestsTest, TheNearestMustBeReadableWritableAndSearchable) {
   }
 }
 
-TEST_F(FileTestsTest, SurvivesAHundredThousandComponents) {
+TEST_F(NearestExistingTest, AcceptsAHundredThousandComponents) {
   std::string path = folder.path();
   for (int i = 0; i < 100000; ++i)
     path += "/a";
