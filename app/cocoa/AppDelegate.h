@@ -12,7 +12,7 @@
 
 struct SignIn;
 
-// The legacy web view is deprecated, including its name.
+// The classes of the legacy web view are deprecated.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 

@@ -33,7 +33,7 @@ NSURL* requestedURL(WebFrame* frame) {
   return [[[frame dataSource] request] URL];
 }
 
-// The hash of the domain's name is the same number in every run.
+// The hash of a domain is the same in every run.
 LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool provisional) {
   return {std::move(address), static_cast<int>([error code]), static_cast<int>([[error domain] hash]), provisional};
 }
@@ -49,7 +49,7 @@ LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool p
 }
 
 - (void)dealloc {
-  const std::unique_ptr<SignIn> gone(_signIn);
+  const std::unique_ptr<SignIn> owner(_signIn);
   [_window release];
   [_webView release];
   [super dealloc];

@@ -1,4 +1,4 @@
-// The sign-in window on Cocoa: applies the flow's requests to the delegate's window and web view.
+// The sign-in window on Cocoa. Applies the requests of the flow to the window and the web view of the delegate.
 
 #pragma once
 
@@ -16,8 +16,8 @@ class CocoaSignInWindow : public SignInWindow {
   // Each call uses the current window and web view of `delegate`, which must outlive this object.
   explicit CocoaSignInWindow(AppDelegate* delegate) : delegate_(delegate) {}
 
-  // Returns the text of an address that the web view reports, `spinnerHTMLBaseURL` for the spinner page. Missing if
-  // there is no address or it has no UTF-8 form.
+  // Returns the text of an address that the web view reports; `spinnerHTMLBaseURL` for the spinner page. No value if
+  // `url` is nil or has no UTF-8 form.
   std::optional<std::string> addressOf(NSURL* url) const;
 
   // Sets the URL that `openInBrowser` opens. The text of the address is not enough: it may contain characters that
@@ -43,5 +43,5 @@ class CocoaSignInWindow : public SignInWindow {
   std::optional<std::string> reportedSpinnerAddress_;
 };
 
-// Returns the UTF-8 form of a string. Missing if `text` is nil or has no such form.
+// Returns the UTF-8 form of a string. No value if `text` is nil or has no UTF-8 form.
 std::optional<std::string> textOf(NSString* text);

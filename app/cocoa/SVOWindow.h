@@ -1,4 +1,5 @@
-// The window. Can always become the key window, and adds the usual editing shortcuts without a menu bar.
+// The sign-in window. Can always become the key window and the main window. Handles the usual editing shortcuts, which
+// have no menu items.
 
 #pragma once
 
@@ -10,8 +11,8 @@
 - (BOOL)canBecomeMainWindow;
 - (BOOL)acceptsFirstResponder;
 
-// Gets the keys that the page has not used; `decideKey` maps them to commands. The first responder must support the
-// command; the content view performs it.
+// Receives the keys that the page does not handle. `decideKey` maps them to commands. The first responder must support
+// the command; the content view performs it.
 - (void)keyDown:(NSEvent*)event;
 
 @end

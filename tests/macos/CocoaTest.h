@@ -1,5 +1,5 @@
-// The fixture of the Cocoa tests: the delegate with a real window on a virtual screen, a double of the web view, and
-// the launcher's pipe.
+// The fixture of the Cocoa tests: the delegate, a real window on a virtual display, a double of the web view, and the
+// launcher's pipe.
 
 #pragma once
 
@@ -15,13 +15,14 @@
 #include "app/cocoa/AppDelegate.h"
 #include "tests/endtoend/MessagePipe.h"
 #include "tests/macos/doubles/Application.h"
-#include "tests/macos/doubles/Journal.h"
+#include "tests/macos/doubles/CallLog.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 #include "tests/macos/doubles/WebView.h"
 #include "tests/tools/hand/VirtualDisplay.h"
 
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
-using Asked = std::vector<std::string>;
+using Calls = std::vector<std::string>;
 
 NSString* string(const std::string& text);
 NSURLRequest* requestFor(const std::string& address);
@@ -33,18 +34,18 @@ class CocoaTest : public testing::Test {
 
   static CommandLine& options() { return *CommandLine::GetInstance(); }
 
-  // Calls the launch callback. Returns the recorded calls.
-  Asked launch();
+  // Calls `applicationDidFinishLaunching:`. Returns the recorded calls.
+  Calls launch();
 
-  // Brings the run to the point where the sign-in page is requested.
+  // Launches and finishes the spinner page, so that the sign-in page is requested.
   void signIn();
 
   // Reports that the main frame has finished. Returns the recorded calls.
-  Asked finish(const std::string& address) { return finish(requestFor(address)); }
-  Asked finish(NSURLRequest* request);
+  Calls finish(const std::string& address) { return finish(requestFor(address)); }
+  Calls finish(NSURLRequest* request);
 
   // Reports that a load of the frame has failed. Returns the recorded calls, then the logged messages.
-  Asked fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional = false);
+  Calls fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional = false);
 
   WebFrame* mainFrame() const { return [[delegate webView] mainFrame]; }
   std::string message() { return pipe.text(); }
@@ -52,7 +53,7 @@ class CocoaTest : public testing::Test {
   const tools::VirtualDisplay display;
   NSAutoreleasePool* const pool;
   endtoend::MessagePipe pipe;
-  JournalWindow* window = nil;
+  RecordingWindow* window = nil;
   WebView* webView = nil;
   AppDelegate* delegate = nil;
 };

@@ -5,20 +5,20 @@
 
 #include "applog/Logger.h"
 #include "tests/endtoend/Home.h"
-#include "tests/macos/doubles/Uncounted.h"
+#include "tests/macos/doubles/DisabledLeakCheck.h"
 
 namespace {
 
 constexpr NSUInteger kStyle = NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask;
 
-// The application reads its display from the environment, and draws the frames of its windows: there is no window
+// The application reads the display from the environment. It draws the window frames, because there is no window
 // manager.
 void openApplication(const std::string& display) {
-  const doubles::Uncounted uncounted;
+  const doubles::DisabledLeakCheck scope;
   ::setenv("DISPLAY", display.c_str(), 1);
   [[NSUserDefaults standardUserDefaults]
       registerDefaults:[NSDictionary dictionaryWithObject:@"NO" forKey:@"GSBackHandlesWindowDecorations"]];
-  [JournalApplication sharedApplication];
+  [RecordingApplication sharedApplication];
 }
 
 }  // namespace
@@ -33,8 +33,8 @@ NSURLRequest* requestFor(const std::string& address) {
 
 CocoaTest::CocoaTest() : pool([[NSAutoreleasePool alloc] init]), pipe(endtoend::homeFolder() / "pipe") {
   openApplication(display.name());
-  [NSWorkspace watch];
-  [JournalWindow watchSuperclass];
+  doubles::replaceDesktopMethods();
+  doubles::reset();
 
   options() = CommandLine();
   options().zel_url = "cb:/Host/Login";
@@ -43,10 +43,10 @@ CocoaTest::CocoaTest() : pool([[NSAutoreleasePool alloc] init]), pipe(endtoend::
   options().pipe_name = pipe.path().string();
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
 
-  window = [[JournalWindow alloc] initWithContentRect:NSMakeRect(100, 200, 600, 400)
-                                            styleMask:kStyle
-                                              backing:NSBackingStoreBuffered
-                                                defer:NO];
+  window = [[RecordingWindow alloc] initWithContentRect:NSMakeRect(100, 200, 600, 400)
+                                              styleMask:kStyle
+                                                backing:NSBackingStoreBuffered
+                                                  defer:NO];
   [window setReleasedWhenClosed:NO];
   webView = [[WebView alloc] initWithFrame:NSMakeRect(0, 0, 600, 400)];
   [[window contentView] addSubview:webView];
@@ -55,7 +55,7 @@ CocoaTest::CocoaTest() : pool([[NSAutoreleasePool alloc] init]), pipe(endtoend::
   [delegate setWebView:webView];
   [window setTitle:@"From the interface file"];
   [window orderFront:nil];
-  (void)doubles::taken();
+  (void)doubles::takeCalls();
 }
 
 CocoaTest::~CocoaTest() {
@@ -67,9 +67,9 @@ CocoaTest::~CocoaTest() {
   [pool release];
 }
 
-Asked CocoaTest::launch() {
+Calls CocoaTest::launch() {
   [delegate applicationDidFinishLaunching:nil];
-  return doubles::taken();
+  return doubles::takeCalls();
 }
 
 void CocoaTest::signIn() {
@@ -77,13 +77,13 @@ void CocoaTest::signIn() {
   (void)finish(spinnerHTMLBaseURL);
 }
 
-Asked CocoaTest::finish(NSURLRequest* request) {
+Calls CocoaTest::finish(NSURLRequest* request) {
   [mainFrame() showRequest:request];
   [delegate webView:webView didFinishLoadForFrame:mainFrame()];
-  return doubles::taken();
+  return doubles::takeCalls();
 }
 
-Asked CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional) {
+Calls CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional) {
   const std::size_t before = endtoend::logMessages().size();
   [frame showRequest:requestFor(address)];
   NSError* const error = [NSError errorWithDomain:@"NSURLErrorDomain" code:code userInfo:nil];
@@ -92,8 +92,8 @@ Asked CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger cod
   } else {
     [delegate webView:webView didFailLoadWithError:error forFrame:frame];
   }
-  Asked all = doubles::taken();
-  const Asked logged = endtoend::logMessages();
+  Calls all = doubles::takeCalls();
+  const Calls logged = endtoend::logMessages();
   all.insert(all.end(), logged.begin() + static_cast<std::ptrdiff_t>(before), logged.end());
   return all;
 }

@@ -10,21 +10,21 @@ class EnterpriseTest : public CocoaTest {
  protected:
   EnterpriseTest() { signIn(); }
 
-  // The recorded calls after the address is known.
-  Asked callsAfterAddress(const std::string& address) {
-    Asked asked = finish(address);
-    asked.erase(asked.begin(), asked.begin() + 3);
-    return asked;
+  // Finishes a page. Returns the calls after the address is known.
+  Calls callsAfterAddress(const std::string& address) {
+    Calls calls = finish(address);
+    calls.erase(calls.begin(), calls.begin() + 3);
+    return calls;
   }
 };
 
-TEST_F(EnterpriseTest, TheFirstPageMakesTheseCallsInOrder) {
+TEST_F(EnterpriseTest, TheFirstPageChangesTheLayoutInSequence) {
   options().type3_window_title = "My Company";
   [window setFrame:NSMakeRect(100, 300, 680, 570) display:NO];
   const std::string resizable = std::to_string([window styleMask] | NSWindowStyleMaskResizable);
-  (void)doubles::taken();
+  (void)doubles::takeCalls();
   EXPECT_EQ(callsAfterAddress("t3:/start?redirect_uri=next:/x&y=1"),
-            (Asked{"setTitle My Company", "webView frame", "window frame", "webView setFrame 1,1 800x600",
+            (Calls{"setTitle My Company", "webView frame", "window frame", "webView setFrame 1,1 800x600",
                    "window setFrame 100,270 800x620 display YES animate YES", "setMinSize 800x620",
                    "standardWindowButton zoom", "styleMask", "setStyleMask " + resizable, "loadRequest next:/x&y=1"}));
 }
@@ -105,7 +105,7 @@ TEST_F(EnterpriseTest, ClosingTheWindowSends1) {
   finish("t3:/start");
   EXPECT_TRUE([delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]);
   EXPECT_EQ(message(), "<errorNo><error>1</error></errorNo>");
-  EXPECT_EQ(doubles::taken(), Asked{});
+  EXPECT_EQ(doubles::takeCalls(), Calls{});
 }
 
 }  // namespace

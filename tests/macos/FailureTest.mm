@@ -28,7 +28,7 @@ TEST_F(FailureTest, AProvisionalFailureHasItsOwnLogLines) {
 
 TEST_F(FailureTest, ACancelledLoadDoesNotEndTheRun) {
   for (const bool provisional : {false, true}) {
-    const Asked all = fail(mainFrame(), "http://host/", -999, provisional);
+    const Calls all = fail(mainFrame(), "http://host/", -999, provisional);
     EXPECT_EQ(all.size(), 5u);
     EXPECT_THAT(all, testing::Not(testing::Contains("terminate")));
   }
@@ -37,7 +37,7 @@ TEST_F(FailureTest, ACancelledLoadDoesNotEndTheRun) {
 
 TEST_F(FailureTest, ALostConnectionDoesNotEndTheRun) {
   for (const bool provisional : {false, true}) {
-    const Asked all = fail(mainFrame(), "http://host/", -1005, provisional);
+    const Calls all = fail(mainFrame(), "http://host/", -1005, provisional);
     EXPECT_EQ(all.size(), 5u);
     EXPECT_THAT(all, testing::Not(testing::Contains("terminate")));
   }
@@ -50,7 +50,7 @@ TEST_F(FailureTest, EveryOtherCodeEndsTheRun) {
     [other webView:webView
         didFailLoadWithError:[NSError errorWithDomain:@"Other" code:code userInfo:nil]
                     forFrame:mainFrame()];
-    EXPECT_THAT(doubles::taken(), testing::Contains("terminate")) << code;
+    EXPECT_THAT(doubles::takeCalls(), testing::Contains("terminate")) << code;
     [other release];
   }
 }
@@ -70,7 +70,7 @@ TEST_F(FailureTest, AFailedSubFrameEndsTheRun) {
 }
 
 TEST_F(FailureTest, AFailureWithoutAddressLogsCodeAndDomain) {
-  doubles::fail("request");
+  doubles::failCall("request");
   EXPECT_THAT(fail(mainFrame(), "http://host/", 102),
               ElementsAre("dataSource", "request", "terminate", "didFailLoadWithError Error code 102",
                           MatchesRegex("didFailLoadWithError Error domain -?[0-9]+")));
@@ -78,19 +78,19 @@ TEST_F(FailureTest, AFailureWithoutAddressLogsCodeAndDomain) {
 
 TEST_F(FailureTest, AFailureWithoutAnErrorIsAFailure) {
   [delegate webView:webView didFailLoadWithError:nil forFrame:nil];
-  EXPECT_EQ(doubles::taken(), Asked{"terminate"});
+  EXPECT_EQ(doubles::takeCalls(), Calls{"terminate"});
 }
 
 TEST_F(FailureTest, OneFailureEndsTheRunOnce) {
   fail(mainFrame(), "http://host/", -1003);
-  EXPECT_EQ(fail(mainFrame(), "http://host/", -1003), (Asked{"dataSource", "request"}));
+  EXPECT_EQ(fail(mainFrame(), "http://host/", -1003), (Calls{"dataSource", "request"}));
   EXPECT_EQ(message(), "<errorNo><error>2</error></errorNo>");
 }
 
 TEST_F(FailureTest, ClosingTheWindowReports1) {
   EXPECT_TRUE([delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]);
   EXPECT_EQ(message(), "<errorNo><error>1</error></errorNo>");
-  EXPECT_EQ(doubles::taken(), Asked{});
+  EXPECT_EQ(doubles::takeCalls(), Calls{});
 }
 
 TEST_F(FailureTest, ClosingTheWindowTerminatesWithoutAReader) {

@@ -4,12 +4,12 @@
 
 #include <string>
 
-#include "tests/macos/doubles/Uncounted.h"
+#include "tests/macos/doubles/DisabledLeakCheck.h"
 
 namespace {
 
 AppDelegate* loadInterfaceFile() {
-  const doubles::Uncounted uncounted;
+  const doubles::DisabledLeakCheck scope;
   [NSBundle loadNibFile:@SVO_INTERFACE_FILE
       externalNameTable:[NSDictionary dictionaryWithObject:NSApp forKey:NSNibOwner]
                withZone:NSDefaultMallocZone()];

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "tests/macos/doubles/Editing.h"
-#include "tests/macos/doubles/Poor.h"
+#include "tests/macos/doubles/FailingUrl.h"
 
 namespace {
 
@@ -18,7 +18,7 @@ class KeysTest : public CocoaTest {
     [window setContentView:content];
     [content addSubview:responder];
     [window makeFirstResponder:responder];
-    (void)doubles::taken();
+    (void)doubles::takeCalls();
   }
   ~KeysTest() override {
     [window makeFirstResponder:nil];
@@ -27,9 +27,9 @@ class KeysTest : public CocoaTest {
     [content release];
   }
 
-  Asked press(NSString* key, NSUInteger modifiers) {
+  Calls press(NSString* key, NSUInteger modifiers) {
     [window keyDown:keyPress(key, modifiers)];
-    return doubles::taken();
+    return doubles::takeCalls();
   }
 
   static std::string toContent(const char* command) {
@@ -58,7 +58,7 @@ TEST_P(ShortcutTest, IsCaseInsensitive) {
 }
 
 TEST_P(ShortcutTest, IsDroppedIfNotSupported) {
-  [responder forget];
+  [responder disableCommands];
   EXPECT_THAT(press(string(GetParam().key), kCommand), ElementsAre());
 }
 
@@ -80,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ShortcutTest,
                          [](const auto& test) { return test.param.command; });
 
 TEST_F(KeysTest, UndoAlwaysGoesToTheContent) {
-  [responder forget];
+  [responder disableCommands];
   EXPECT_THAT(press(@"z", kCommand), ElementsAre("EditingView undo"));
   EXPECT_THAT(press(@"Z", kCommand), ElementsAre("EditingView undo"));
 }
@@ -102,14 +102,14 @@ TEST_F(KeysTest, AKeyWithoutCharactersIsDropped) {
 }
 
 TEST_F(KeysTest, CharactersWithoutUtf8FormAreNotMissing) {
-  doubles::fail("UTF8String");
-  EXPECT_THAT(press([PoorText textWithString:@"a"], kCommand), ElementsAre());
-  EXPECT_THAT(press([PoorText textWithString:@"a"], 0), ElementsAre("super keyDown without a UTF-8 form"));
+  doubles::failCall("UTF8String");
+  EXPECT_THAT(press([FailingString stringWithText:@"a"], kCommand), ElementsAre());
+  EXPECT_THAT(press([FailingString stringWithText:@"a"], 0), ElementsAre("super keyDown without a UTF-8 form"));
 }
 
 TEST_F(KeysTest, AnUnusedKeyReachesTheWindow) {
   [window sendEvent:keyPress(@"a", kCommand)];
-  EXPECT_THAT(doubles::taken(), ElementsAre(toContent("selectAll")));
+  EXPECT_THAT(doubles::takeCalls(), ElementsAre(toContent("selectAll")));
 }
 
 TEST_F(KeysTest, TheWindowAcceptsTheKeyboardFocus) {

@@ -12,11 +12,11 @@ class LaunchTest : public CocoaTest {
   static std::string bundlePath() { return doubles::text([[NSBundle mainBundle] bundlePath]); }
 };
 
-TEST_F(LaunchTest, MakesTheseCallsInOrder) {
+TEST_F(LaunchTest, FollowsTheLaunchSequence) {
   options().app_name = "Kelvo";
-  const Asked asked = launch();
-  EXPECT_EQ(asked,
-            (Asked{"preferences", "setJavaEnabled NO", "setPlugInsEnabled NO", "setJavaScriptEnabled YES",
+  const Calls calls = launch();
+  EXPECT_EQ(calls,
+            (Calls{"preferences", "setJavaEnabled NO", "setPlugInsEnabled NO", "setJavaScriptEnabled YES",
                    "setLoadsImagesAutomatically YES", "setTabsToLinks YES",
                    "setJavaScriptCanOpenWindowsAutomatically YES", "setFrameLoadDelegate AppDelegate",
                    "setContentView WebView", "setPolicyDelegate AppDelegate", "application setDelegate AppDelegate",
@@ -46,15 +46,15 @@ TEST_F(LaunchTest, SetsTheDelegates) {
 }
 
 TEST_F(LaunchTest, WithoutPreferencesTheWindowIsUnchanged) {
-  doubles::fail("preferences");
+  doubles::failCall("preferences");
   options().app_name = "Kelvo";
-  EXPECT_EQ(launch(), Asked{"preferences"});
+  EXPECT_EQ(launch(), Calls{"preferences"});
   EXPECT_EQ(spinnerHTMLBaseURL, "");
   EXPECT_EQ(message(), "");
 }
 
 TEST_F(LaunchTest, WithoutPreferencesResizingDoneIsReset) {
-  doubles::fail("preferences");
+  doubles::failCall("preferences");
   [delegate setResizingDone:YES];
   launch();
   EXPECT_FALSE([delegate resizingDone]);
@@ -92,7 +92,7 @@ TEST_F(LaunchTest, KeepsTheStyleOfTheWindow) {
 TEST_F(LaunchTest, AStartedProvisionalLoadIsIgnored) {
   signIn();
   [delegate webView:webView didStartProvisionalLoadForFrame:mainFrame()];
-  EXPECT_EQ(doubles::taken(), Asked{});
+  EXPECT_EQ(doubles::takeCalls(), Calls{});
 }
 
 }  // namespace

@@ -1,20 +1,21 @@
 #include "tests/macos/CocoaTest.h"
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 
-#include "tests/macos/doubles/Poor.h"
+#include "tests/macos/doubles/FailingUrl.h"
 
 namespace {
 
 using testing::Contains;
 using testing::HasSubstr;
 
-// The calls for every finished main frame, before the decision.
-const Asked kAddressCalls = {"setAllowsScrolling NO", "dataSource", "request"};
+// The calls for every finished main frame, before the flow decides.
+const Calls kAddressCalls = {"setAllowsScrolling NO", "dataSource", "request"};
 
-Asked addressCallsAnd(const Asked& rest) {
-  Asked all = kAddressCalls;
+Calls addressCallsAnd(const Calls& rest) {
+  Calls all = kAddressCalls;
   all.insert(all.end(), rest.begin(), rest.end());
   return all;
 }
@@ -78,7 +79,7 @@ TEST_F(NavigationTest, ASubFrameIsIgnored) {
   WebFrame* const frame = [[WebFrame alloc] initWithWebView:webView];
   [frame showRequest:requestFor("cb:/done?code=1")];
   [delegate webView:webView didFinishLoadForFrame:frame];
-  EXPECT_EQ(doubles::taken(), Asked{});
+  EXPECT_EQ(doubles::takeCalls(), Calls{});
   EXPECT_EQ(message(), "");
   [frame release];
 }
@@ -92,7 +93,7 @@ TEST_F(NavigationTest, AnUnreadResultEndsTheRun) {
 TEST_F(NavigationTest, NothingFollowsTheMessageOfTheRun) {
   signIn();
   finish("cb:/done?1");
-  EXPECT_EQ(finish("cb:/done?2"), Asked{});
+  EXPECT_EQ(finish("cb:/done?2"), Calls{});
   EXPECT_TRUE([delegate applicationShouldTerminateAfterLastWindowClosed:NSApp]);
   EXPECT_EQ(message(), "<result><URL>cb:/done?1</URL></result>");
 }
@@ -101,11 +102,11 @@ class NoAddressTest : public NavigationTest, public testing::WithParamInterface<
 
 TEST_P(NoAddressTest, APageWithoutAnAddressIsIgnored) {
   signIn();
-  doubles::fail(GetParam());
-  NSURL* const address = [[[PoorURL alloc] initWithString:@"cb:/done"] autorelease];
-  const Asked asked = finish([NSURLRequest requestWithURL:address]);
-  EXPECT_EQ(asked.front(), "setAllowsScrolling NO");
-  EXPECT_EQ(Asked(kAddressCalls.begin(), kAddressCalls.begin() + static_cast<std::ptrdiff_t>(asked.size())), asked);
+  doubles::failCall(GetParam());
+  NSURL* const address = [[[FailingURL alloc] initWithString:@"cb:/done"] autorelease];
+  const Calls calls = finish([NSURLRequest requestWithURL:address]);
+  EXPECT_EQ(calls.front(), "setAllowsScrolling NO");
+  EXPECT_EQ(Calls(kAddressCalls.begin(), kAddressCalls.begin() + static_cast<std::ptrdiff_t>(calls.size())), calls);
   EXPECT_EQ(message(), "");
 }
 
@@ -136,19 +137,19 @@ TEST_F(NavigationTest, ANewWindowOpensInTheBrowser) {
                              request:requestFor("http://host/help?a=1&b=2")
                         newFrameName:@"_blank"
                     decisionListener:[PolicyListener listener]];
-  EXPECT_EQ(doubles::taken(), (Asked{"ignore", "openURL http://host/help?a=1&b=2"}));
+  EXPECT_EQ(doubles::takeCalls(), (Calls{"ignore", "openURL http://host/help?a=1&b=2"}));
 }
 
 TEST_F(NavigationTest, ANewWindowsUrlIsPassedOnUnchanged) {
   signIn();
-  NSURL* const address = [[[PoorURL alloc] initWithString:@"http://host/help"] autorelease];
-  doubles::fail("absoluteString");
+  NSURL* const address = [[[FailingURL alloc] initWithString:@"http://host/help"] autorelease];
+  doubles::failCall("absoluteString");
   [delegate webView:webView
       decidePolicyForNewWindowAction:nil
                              request:[NSURLRequest requestWithURL:address]
                         newFrameName:nil
                     decisionListener:[PolicyListener listener]];
-  EXPECT_EQ(doubles::lastOpened(), address);
+  EXPECT_EQ(doubles::lastOpenedUrl(), address);
 }
 
 TEST_F(NavigationTest, ANewWindowWithoutAddressIsIgnored) {
@@ -158,7 +159,7 @@ TEST_F(NavigationTest, ANewWindowWithoutAddressIsIgnored) {
                              request:nil
                         newFrameName:nil
                     decisionListener:[PolicyListener listener]];
-  EXPECT_EQ(doubles::taken(), (Asked{"ignore", "openURL nil"}));
+  EXPECT_EQ(doubles::takeCalls(), (Calls{"ignore", "openURL nil"}));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ namespace {
 
 class SpinnerAddressTest : public CocoaTest {
  protected:
-  // The address that the flow gets when the page at this path has finished.
+  // Returns the address that the flow receives when the page at this path has finished.
   std::optional<std::string> reported(const std::string& path) {
     bridge.loadHTML("<html></html>", path);
     return bridge.addressOf([NSURL fileURLWithPath:string(path)]);
@@ -42,7 +42,7 @@ TEST_F(SpinnerAddressTest, IsReportedForAFolder) {
   EXPECT_EQ(spinnerHTMLBaseURL, "file:///usr");
 }
 
-// Foundation has two forms for a path that differ.
+// The URL's form of this path differs from the string's form.
 TEST_F(SpinnerAddressTest, IsTheStringsFormIfTheUrlsDiffers) {
   EXPECT_EQ(reported("/a;b?c"), "file:///a;b?c");
   EXPECT_EQ(bridge.addressOf([NSURL URLWithString:@"file:///a;b?c"]), "file:///a;b?c");

@@ -1,4 +1,4 @@
-// The application, the window and the desktop, real but for what the journal must see or the test must outlive.
+// Subclasses of the application and the window that record their calls.
 
 #pragma once
 
@@ -6,30 +6,23 @@
 
 #include "app/cocoa/SVOWindow.h"
 
-// Does not terminate.
-@interface JournalApplication : NSApplication
+// `terminate:` does not terminate.
+@interface RecordingApplication : NSApplication
 @end
 
-// Has a zoom button of its own, since a window manager draws the real one.
-@interface JournalWindow : SVOWindow {
+// Has its own zoom button: on Linux the window manager draws it.
+@interface RecordingWindow : SVOWindow {
  @private
   NSButton* _zoomButton;
 }
 @end
 
-// What `keyDown:` of the superclass gets is written down.
-@interface JournalWindow (Keys)
-+ (void)watchSuperclass;
-@end
-
-@interface NSWorkspace (Journal)
-// No browser is started from now on.
-+ (void)watch;
-@end
-
 namespace doubles {
 
-// The address that the browser was to open last.
-NSURL* lastOpened();
+// Replaces `keyDown:` of NSWindow and `openURL:` of NSWorkspace by methods that only record.
+void replaceDesktopMethods();
+
+// The URL of the last `openURL:`.
+NSURL* lastOpenedUrl();
 
 }  // namespace doubles

@@ -1,74 +1,74 @@
 #include "tests/macos/doubles/Application.h"
 
-#import <objc/runtime.h>
-
 #include <string>
 
-#include "tests/macos/doubles/Journal.h"
+#include "tests/macos/doubles/CallLog.h"
+#include "tests/macos/doubles/Methods.h"
 
-using doubles::Inside;
-using doubles::note;
+using doubles::record;
+using doubles::RecordingPaused;
 using doubles::text;
 
 namespace doubles {
 namespace {
 
-NSURL* opened = nil;
+NSURL* openedUrl = nil;
+
+void keyDown(NSWindow*, SEL, NSEvent* event) {
+  record("super keyDown " + text([event charactersIgnoringModifiers]));
+}
+
+BOOL openUrl(NSWorkspace*, SEL, NSURL* url) {
+  record("openURL " + text(url));
+  [openedUrl release];
+  openedUrl = [url retain];
+  return YES;
+}
 
 }  // namespace
 
-NSURL* lastOpened() {
-  return opened;
+void replaceDesktopMethods() {
+  replaceMethod([NSWindow class], @selector(keyDown:), keyDown, "v@:@");
+  replaceMethod([NSWorkspace class], @selector(openURL:), openUrl, "c@:@");
+}
+
+NSURL* lastOpenedUrl() {
+  return openedUrl;
 }
 
 }  // namespace doubles
 
-// Methods that take the place of the framework's own.
-@interface Replacements : NSObject
-@end
-
-@implementation Replacements
-
-- (void)keyDown:(NSEvent*)event {
-  note("super keyDown " + text([event charactersIgnoringModifiers]));
-}
-
-- (BOOL)openURL:(NSURL*)url {
-  note("openURL " + text(url));
-  [doubles::opened release];
-  doubles::opened = [url retain];
-  return YES;
-}
-
-+ (void)replace:(SEL)method of:(Class)owner {
-  const Method mine = class_getInstanceMethod(self, method);
-  class_replaceMethod(owner, method, method_getImplementation(mine), method_getTypeEncoding(mine));
-}
-
-@end
-
-@implementation JournalApplication
+@implementation RecordingApplication
 
 - (void)setDelegate:(id)delegate {
-  note(std::string("application setDelegate ") + (delegate == nil ? "nil" : object_getClassName(delegate)));
-  const Inside inside;
+  record(std::string("application setDelegate ") + (delegate == nil ? "nil" : object_getClassName(delegate)));
+  const RecordingPaused pause;
   [super setDelegate:delegate];
 }
 
 - (void)activateIgnoringOtherApps:(BOOL)flag {
-  note("activateIgnoringOtherApps " + text(flag));
-  const Inside inside;
+  record("activateIgnoringOtherApps " + text(flag));
+  const RecordingPaused pause;
   [super activateIgnoringOtherApps:flag];
 }
 
 - (void)terminate:(id)sender {
   (void)sender;
-  note("terminate");
+  record("terminate");
 }
 
 @end
 
-@implementation JournalWindow
+@implementation NSWindow (StyleMask)
+
+// GNUstep lacks this method. The drawn decoration does not change.
+- (void)setStyleMask:(NSUInteger)mask {
+  _styleMask = mask;
+}
+
+@end
+
+@implementation RecordingWindow
 
 - (void)dealloc {
   [_zoomButton release];
@@ -76,43 +76,43 @@ NSURL* lastOpened() {
 }
 
 - (NSRect)frame {
-  note("window frame");
+  record("window frame");
   return [super frame];
 }
 
-// Returns, as on a Mac, once the frame has been reached; the free implementation moves on while the program does.
+// Sets the frame before it returns, as on macOS. GNUstep animates it while the event loop runs.
 - (void)setFrame:(NSRect)frame display:(BOOL)display animate:(BOOL)animate {
-  note("window setFrame " + text(frame) + " display " + text(display) + " animate " + text(animate));
-  const Inside inside;
+  record("window setFrame " + text(frame) + " display " + text(display) + " animate " + text(animate));
+  const RecordingPaused pause;
   [super setFrame:frame display:display];
 }
 
 - (void)setContentView:(NSView*)view {
-  note(std::string("setContentView ") + object_getClassName(view));
-  const Inside inside;
+  record(std::string("setContentView ") + object_getClassName(view));
+  const RecordingPaused pause;
   [super setContentView:view];
 }
 
 - (BOOL)makeFirstResponder:(NSResponder*)responder {
-  note(std::string("makeFirstResponder ") + object_getClassName(responder));
-  const Inside inside;
+  record(std::string("makeFirstResponder ") + object_getClassName(responder));
+  const RecordingPaused pause;
   return [super makeFirstResponder:responder];
 }
 
 - (void)setTitle:(NSString*)title {
-  note("setTitle " + text(title));
-  const Inside inside;
+  record("setTitle " + text(title));
+  const RecordingPaused pause;
   [super setTitle:title];
 }
 
 - (void)setMinSize:(NSSize)size {
-  note("setMinSize " + text(size));
-  const Inside inside;
+  record("setMinSize " + text(size));
+  const RecordingPaused pause;
   [super setMinSize:size];
 }
 
 - (NSButton*)standardWindowButton:(NSWindowButton)kind {
-  note(kind == NSWindowZoomButton ? "standardWindowButton zoom" : "standardWindowButton other");
+  record(kind == NSWindowZoomButton ? "standardWindowButton zoom" : "standardWindowButton other");
   if (_zoomButton == nil) {
     _zoomButton = [[NSButton alloc] initWithFrame:NSMakeRect(0, 0, 10, 10)];
     [_zoomButton setEnabled:NO];
@@ -121,30 +121,14 @@ NSURL* lastOpened() {
 }
 
 - (NSUInteger)styleMask {
-  note("styleMask");
+  record("styleMask");
   return [super styleMask];
 }
 
 - (void)setStyleMask:(NSUInteger)mask {
-  note("setStyleMask " + std::to_string(mask));
-  const Inside inside;
+  record("setStyleMask " + std::to_string(mask));
+  const RecordingPaused pause;
   [super setStyleMask:mask];
-}
-
-@end
-
-@implementation JournalWindow (Keys)
-
-+ (void)watchSuperclass {
-  [Replacements replace:@selector(keyDown:) of:[NSWindow class]];
-}
-
-@end
-
-@implementation NSWorkspace (Journal)
-
-+ (void)watch {
-  [Replacements replace:@selector(openURL:) of:[NSWorkspace class]];
 }
 
 @end

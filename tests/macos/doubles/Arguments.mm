@@ -1,12 +1,13 @@
-// What the process is told of its arguments, when the environment asks for something else than the truth.
-//   SVO_TEST_ARGUMENTS=none     nothing at all
-//   SVO_TEST_ARGUMENTS=endless  more than there is memory for
+// Replaces the arguments of the process, as the environment variable SVO_TEST_ARGUMENTS says.
+//   none     no array
+//   endless  more arguments than memory can hold
 
 #import <Foundation/Foundation.h>
-#import <objc/runtime.h>
 
 #include <cstdlib>
 #include <string_view>
+
+#include "tests/macos/doubles/Methods.h"
 
 @interface EndlessArray : NSArray
 @end
@@ -24,27 +25,28 @@
 
 @end
 
-@interface Arguments : NSObject
-@end
+namespace {
 
-@implementation Arguments
-
-- (NSArray*)none {
+NSArray* noArguments(NSProcessInfo*, SEL) {
   return nil;
 }
 
-- (NSArray*)endless {
+NSArray* endlessArguments(NSProcessInfo*, SEL) {
   return [[[EndlessArray alloc] init] autorelease];
 }
 
+}  // namespace
+
+@interface ArgumentsReplacement : NSObject
+@end
+
+@implementation ArgumentsReplacement
+
 + (void)load {
-  const char* const wish = std::getenv("SVO_TEST_ARGUMENTS");
-  const bool none = wish != nullptr && std::string_view(wish) == "none";
-  const bool endless = wish != nullptr && std::string_view(wish) == "endless";
-  if (!none && !endless) return;
-  const Method mine = class_getInstanceMethod(self, none ? @selector(none) : @selector(endless));
-  class_replaceMethod([NSProcessInfo class], @selector(arguments), method_getImplementation(mine),
-                      method_getTypeEncoding(mine));
+  const char* const value = std::getenv("SVO_TEST_ARGUMENTS");
+  const std::string_view kind = value == nullptr ? "" : value;
+  if (kind == "none") doubles::replaceMethod([NSProcessInfo class], @selector(arguments), noArguments, "@@:");
+  if (kind == "endless") doubles::replaceMethod([NSProcessInfo class], @selector(arguments), endlessArguments, "@@:");
 }
 
 @end

@@ -1,4 +1,4 @@
-// Core Foundation's objects are Foundation's here, and each is counted until it is given back. Thread-safe.
+// Core Foundation on the objects of Foundation. Counts the objects that the caller must release. Thread-safe.
 
 #pragma once
 
@@ -8,10 +8,10 @@
 
 namespace doubles {
 
-// Counts an object that a function gives away for its caller to release.
-CFTypeRef handedOut(CFTypeRef object, const std::string& type);
+// Counts an object that the caller must release. Returns the object.
+CFTypeRef createdObject(CFTypeRef object, const std::string& type);
 
-// Such a string; null when the text is not UTF-8.
-CFStringRef newString(const std::string& text);
+// Returns a string that the caller must release; null if `text` is not UTF-8.
+CFStringRef createString(const std::string& text);
 
 }  // namespace doubles

@@ -7,18 +7,18 @@
 #include <map>
 #include <mutex>
 
-#include "tests/macos/doubles/SystemCalls.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
 namespace doubles {
 namespace {
 
-std::mutex turn;
-std::multimap<CFTypeRef, std::string> types;  // of the objects that are out
+std::mutex mutex;
+std::multimap<CFTypeRef, std::string> types;  // of the unreleased objects
 
-std::string typeOnReturn(CFTypeRef object) {
-  const std::lock_guard<std::mutex> held(turn);
+std::string removeType(CFTypeRef object) {
+  const std::lock_guard<std::mutex> lock(mutex);
   const auto entry = types.find(object);
-  if (entry == types.end()) return "nobody's object";
+  if (entry == types.end()) return "object that is not owned";
   std::string type = entry->second;
   types.erase(entry);
   return type;
@@ -26,16 +26,16 @@ std::string typeOnReturn(CFTypeRef object) {
 
 }  // namespace
 
-CFTypeRef handedOut(CFTypeRef object, const std::string& type) {
-  made(type);
-  const std::lock_guard<std::mutex> held(turn);
+CFTypeRef createdObject(CFTypeRef object, const std::string& type) {
+  objectCreated(type);
+  const std::lock_guard<std::mutex> lock(mutex);
   types.emplace(object, type);
   return object;
 }
 
-CFStringRef newString(const std::string& text) {
+CFStringRef createString(const std::string& text) {
   NSString* const string = [[NSString alloc] initWithUTF8String:text.c_str()];
-  return string == nil ? nullptr : static_cast<CFStringRef>(handedOut(string, "CFString"));
+  return string == nil ? nullptr : static_cast<CFStringRef>(createdObject(string, "CFString"));
 }
 
 }  // namespace doubles
@@ -44,12 +44,12 @@ const CFAllocatorRef kCFAllocatorDefault = nullptr;
 
 namespace {
 
-// Core Foundation ends a process that hands it nothing.
-void mustBe(CFTypeRef object) {
+// Core Foundation aborts if an argument is null.
+void requireObject(CFTypeRef object) {
   if (object == nullptr) std::abort();
 }
 
-// The implementation's own random ones are of no version.
+// GNUstep's own random UUIDs have no version number.
 NSUUID* randomUuid() {
   unsigned char bytes[16];
   if (::getentropy(bytes, sizeof bytes) != 0) return nil;
@@ -61,31 +61,29 @@ NSUUID* randomUuid() {
 }  // namespace
 
 void CFRelease(CFTypeRef object) {
-  mustBe(object);
-  doubles::givenBack(doubles::typeOnReturn(object));
+  requireObject(object);
+  doubles::objectReleased(doubles::removeType(object));
   [static_cast<id>(const_cast<void*>(object)) release];
 }
 
 Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
-  mustBe(string);
+  requireObject(string);
   if (encoding != kCFStringEncodingUTF8) return 0;
   NSString* const text = static_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(string)));
   return [text getCString:buffer maxLength:static_cast<NSUInteger>(bufferSize) encoding:NSUTF8StringEncoding] ? 1 : 0;
 }
 
 CFUUIDRef CFUUIDCreate(CFAllocatorRef) {
-  doubles::noteCall("CFUUIDCreate");
   if (doubles::statusOf("CFUUIDCreate") != 0) return nullptr;
-  return static_cast<CFUUIDRef>(doubles::handedOut(randomUuid(), "CFUUID"));
+  return static_cast<CFUUIDRef>(doubles::createdObject(randomUuid(), "CFUUID"));
 }
 
 CFStringRef CFUUIDCreateString(CFAllocatorRef, CFUUIDRef uuid) {
-  mustBe(uuid);
-  doubles::noteCall("CFUUIDCreateString");
+  requireObject(uuid);
   if (doubles::statusOf("CFUUIDCreateString") != 0) return nullptr;
   NSUUID* const object = static_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(uuid)));
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   NSString* const text = [[object UUIDString] retain];
   [pool release];
-  return static_cast<CFStringRef>(doubles::handedOut(text, "CFString"));
+  return static_cast<CFStringRef>(doubles::createdObject(text, "CFString"));
 }

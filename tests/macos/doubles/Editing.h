@@ -1,4 +1,4 @@
-// What keys are pressed on, and what is then asked to edit.
+// Key events, and views that receive editing commands.
 
 #pragma once
 
@@ -6,15 +6,15 @@
 
 NSEvent* keyPress(NSString* characters, NSUInteger modifiers);
 
-// Writes down the editing commands that it gets, and from whom.
+// Records the editing commands and whether the window sent them.
 @interface EditingView : NSView
 - (void)undo;
 @end
 
-// Knows the same commands until it forgets them.
+// Supports the same commands until they are disabled.
 @interface EditingResponder : EditingView {
  @private
-  BOOL _forgetful;
+  BOOL _isDisabled;
 }
-- (void)forget;
+- (void)disableCommands;
 @end

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tests/macos/doubles/Journal.h"
+#include "tests/macos/doubles/CallLog.h"
 
 NSEvent* keyPress(NSString* characters, NSUInteger modifiers) {
   return [NSEvent keyEventWithType:NSKeyDown
@@ -23,43 +23,43 @@ NSEvent* keyPress(NSString* characters, NSUInteger modifiers) {
   return YES;
 }
 
-- (void)note:(const char*)command from:(id)sender {
-  doubles::note(std::string(object_getClassName(self)) + " " + command +
-                (sender == [self window] ? " from the window" : ""));
+- (void)record:(const char*)command from:(id)sender {
+  doubles::record(std::string(object_getClassName(self)) + " " + command +
+                  (sender == [self window] ? " from the window" : ""));
 }
 
 - (void)selectAll:(id)sender {
-  [self note:"selectAll" from:sender];
+  [self record:"selectAll" from:sender];
 }
 
 - (void)copy:(id)sender {
-  [self note:"copy" from:sender];
+  [self record:"copy" from:sender];
 }
 
 - (void)paste:(id)sender {
-  [self note:"paste" from:sender];
+  [self record:"paste" from:sender];
 }
 
 - (void)cut:(id)sender {
-  [self note:"cut" from:sender];
+  [self record:"cut" from:sender];
 }
 
 - (void)undo {
-  [self note:"undo" from:nil];
+  [self record:"undo" from:nil];
 }
 
 @end
 
 @implementation EditingResponder
 
-- (void)forget {
-  _forgetful = YES;
+- (void)disableCommands {
+  _isDisabled = YES;
 }
 
 - (BOOL)respondsToSelector:(SEL)selector {
   static const SEL kCommands[] = {@selector(selectAll:), @selector(copy:), @selector(paste:), @selector(cut:)};
   for (const SEL command : kCommands) {
-    if (_forgetful && sel_isEqual(selector, command)) return NO;
+    if (_isDisabled && sel_isEqual(selector, command)) return NO;
   }
   return [super respondsToSelector:selector];
 }

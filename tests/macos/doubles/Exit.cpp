@@ -1,7 +1,7 @@
-// Ends the process after its own exit handlers, before the libraries' ones.
+// Ends the process after its own exit handlers and before those of the libraries.
 //
-// The free implementation saves its defaults when it is unloaded, and asks for the user's home to do so. By then
-// nss_wrapper, which the tests run under, has freed its tables: the process would crash.
+// GNUstep saves its defaults when it is unloaded, and looks up the home folder for that. At that time nss_wrapper,
+// which the tests use, has freed its tables: the process would crash.
 
 #include <unistd.h>
 
@@ -10,12 +10,12 @@
 
 namespace {
 
-void endNow(int status, void*) {
+void exitNow(int status, void*) {
   (void)std::fflush(nullptr);
   ::_exit(status);
 }
 
-// Registered first, so run last.
-const int registered = ::on_exit(endNow, nullptr);
+// Registered first, therefore called last.
+const int registered = ::on_exit(exitNow, nullptr);
 
 }  // namespace

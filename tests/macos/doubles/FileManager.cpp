@@ -11,13 +11,13 @@
 #include <mutex>
 #include <vector>
 
-#include "tests/macos/doubles/SystemCalls.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
 namespace doubles {
 namespace {
 
-std::mutex turn;
-std::vector<std::string> paths;  // a reference holds the number of its path, counted from 1: nobody's holds none
+std::mutex mutex;
+std::vector<std::string> paths;  // numbered from 1: a zeroed reference is invalid
 
 OSStatus statusOfError(int error) {
   switch (error) {
@@ -37,17 +37,17 @@ OSStatus statusOfError(int error) {
 }  // namespace
 
 FSRef referenceTo(const std::string& path) {
-  const std::lock_guard<std::mutex> held(turn);
-  const auto known = std::find(paths.begin(), paths.end(), path);
-  const auto number = static_cast<std::size_t>(known - paths.begin()) + 1;
-  if (known == paths.end()) paths.push_back(path);
+  const std::lock_guard<std::mutex> lock(mutex);
+  const auto entry = std::find(paths.begin(), paths.end(), path);
+  const auto number = static_cast<std::size_t>(entry - paths.begin()) + 1;
+  if (entry == paths.end()) paths.push_back(path);
   FSRef reference = {};
   std::memcpy(reference.hidden, &number, sizeof number);
   return reference;
 }
 
 std::string pathOf(const FSRef& reference) {
-  const std::lock_guard<std::mutex> held(turn);
+  const std::lock_guard<std::mutex> lock(mutex);
   std::size_t number = 0;
   std::memcpy(&number, reference.hidden, sizeof number);
   return number == 0 || number > paths.size() ? std::string() : paths[number - 1];
@@ -56,9 +56,8 @@ std::string pathOf(const FSRef& reference) {
 }  // namespace doubles
 
 OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
-  const auto* const text = reinterpret_cast<const char*>(path);
-  doubles::noteCall("FSPathMakeRef " + std::string(text));
   if (const int status = doubles::statusOf("FSPathMakeRef")) return status;
+  const auto* const text = reinterpret_cast<const char*>(path);
   const std::unique_ptr<char, void (*)(void*)> real(::realpath(text, nullptr), std::free);
   struct stat item {};
   if (!real || ::stat(real.get(), &item) != 0) return doubles::statusOfError(errno);
@@ -68,9 +67,8 @@ OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
 }
 
 OSStatus FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 pathBufferSize) {
-  const std::string text = doubles::pathOf(*ref);
-  doubles::noteCall("FSRefMakePath " + text + ' ' + std::to_string(pathBufferSize));
   if (const int status = doubles::statusOf("FSRefMakePath")) return status;
+  const std::string text = doubles::pathOf(*ref);
   if (text.empty()) return fnfErr;
   if (text.size() >= pathBufferSize) return pathTooLongErr;
   std::memcpy(path, text.c_str(), text.size() + 1);

@@ -1,5 +1,4 @@
-// References to files as the File Manager hands them out: each stands for a path that really exists here.
-// Thread-safe.
+// File references of the File Manager. A reference contains the number of a path. Thread-safe.
 
 #pragma once
 
@@ -9,10 +8,10 @@
 
 namespace doubles {
 
-// What `FSPathMakeRef` gives for this path, which need not exist.
+// Returns the reference to a path. The path need not exist.
 FSRef referenceTo(const std::string& path);
 
-// What the reference was made for; "" when it was not made here.
+// Returns the path of a reference; "" if `referenceTo` did not create it.
 std::string pathOf(const FSRef& reference);
 
 }  // namespace doubles

@@ -1,4 +1,4 @@
-// The main bundle as a Mac tells it: the folder of a plain program, or the one whose name ends in ".app".
+// The main bundle, as macOS reports it.
 
 #pragma once
 
@@ -9,8 +9,8 @@
 namespace doubles {
 
 struct MainBundle {
-  std::optional<std::string> path;        // the folder that holds the executable
-  std::optional<std::string> executable;  // the true one
+  std::optional<std::string> path;        // default: the folder of the executable
+  std::optional<std::string> executable;  // default: the running executable
   std::vector<long> architectures = {0x01000007};
 };
 

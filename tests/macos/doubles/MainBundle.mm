@@ -4,38 +4,38 @@
 
 #include <filesystem>
 
+#include "tests/macos/doubles/DisabledLeakCheck.h"
 #include "tests/macos/doubles/Methods.h"
-#include "tests/macos/doubles/SystemCalls.h"
-#include "tests/macos/doubles/Uncounted.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
 namespace {
 
-NSString* (*theirPath)(NSBundle*, SEL);
-NSString* (*theirExecutable)(NSBundle*, SEL);
-NSArray* (*theirArchitectures)(NSBundle*, SEL);
+NSString* (*originalPath)(NSBundle*, SEL);
+NSString* (*originalExecutable)(NSBundle*, SEL);
+NSArray* (*originalArchitectures)(NSBundle*, SEL);
 
 NSString* string(const std::string& text) {
   return [NSString stringWithUTF8String:text.c_str()];
 }
 
-std::string running() {
+std::string runningExecutable() {
   return std::filesystem::read_symlink("/proc/self/exe").string();
 }
 
 NSString* path(NSBundle* self, SEL method) {
-  if (self != [NSBundle mainBundle]) return theirPath(self, method);
+  if (self != [NSBundle mainBundle]) return originalPath(self, method);
   if (doubles::statusOf("bundlePath") != 0) return nil;
-  return string(doubles::mainBundle.path.value_or(std::filesystem::path(running()).parent_path().string()));
+  return string(doubles::mainBundle.path.value_or(std::filesystem::path(runningExecutable()).parent_path().string()));
 }
 
 NSString* executable(NSBundle* self, SEL method) {
-  if (self != [NSBundle mainBundle]) return theirExecutable(self, method);
+  if (self != [NSBundle mainBundle]) return originalExecutable(self, method);
   if (doubles::statusOf("executablePath") != 0) return nil;
-  return string(doubles::mainBundle.executable.value_or(running()));
+  return string(doubles::mainBundle.executable.value_or(runningExecutable()));
 }
 
 NSArray* architectures(NSBundle* self, SEL method) {
-  if (self != [NSBundle mainBundle]) return theirArchitectures(self, method);
+  if (self != [NSBundle mainBundle]) return originalArchitectures(self, method);
   if (doubles::statusOf("executableArchitectures") != 0) return nil;
   NSMutableArray* const numbers = [NSMutableArray array];
   for (const long number : doubles::mainBundle.architectures)
@@ -45,19 +45,20 @@ NSArray* architectures(NSBundle* self, SEL method) {
 
 }  // namespace
 
-@interface BundleAsOnAMac : NSObject
+@interface MainBundleReplacement : NSObject
 @end
 
-@implementation BundleAsOnAMac
+@implementation MainBundleReplacement
 
 + (void)load {
-  const doubles::Uncounted uncounted;
+  const doubles::DisabledLeakCheck scope;
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   const Class bundle = [NSBundle class];
-  (void)[NSBundle mainBundle];  // made of its own path, which a test may withhold later
-  theirPath = doubles::replaceIn(bundle, @selector(bundlePath), path, "@@:");
-  theirExecutable = doubles::replaceIn(bundle, @selector(executablePath), executable, "@@:");
-  theirArchitectures = doubles::replaceIn(bundle, @selector(executableArchitectures), architectures, "@@:");
+  // GNUstep creates the main bundle from its path, so it must exist before a test makes the path fail.
+  (void)[NSBundle mainBundle];
+  originalPath = doubles::replaceMethod(bundle, @selector(bundlePath), path, "@@:");
+  originalExecutable = doubles::replaceMethod(bundle, @selector(executablePath), executable, "@@:");
+  originalArchitectures = doubles::replaceMethod(bundle, @selector(executableArchitectures), architectures, "@@:");
   [pool release];
 }
 

@@ -1,7 +1,7 @@
-// Puts functions in the place of methods, before the program begins.
+// Replaces methods of Objective-C classes by functions.
 //
-// The class has to be set up by then: the method of one that is not would be replaced for every class that is not.
-// Classes below it that have been set up keep the former method.
+// - The class must be initialized: before that, the method would be replaced for every class that is not initialized.
+// - Subclasses that are already initialized keep the old method.
 
 #pragma once
 
@@ -9,21 +9,21 @@
 
 namespace doubles {
 
-// The method that was called until now, the class's own or that of one above it.
+// Replaces an instance method. Returns the old method, which a superclass may have implemented.
 template <typename Function>
-Function* replaceIn(Class owner, SEL method, Function* mine, const char* types) {
+Function* replaceMethod(Class owner, SEL method, Function* replacement, const char* types) {
   using Any = void (*)();
-  const IMP implementation = reinterpret_cast<IMP>(reinterpret_cast<Any>(mine));
+  const IMP implementation = reinterpret_cast<IMP>(reinterpret_cast<Any>(replacement));
   const IMP former = class_getMethodImplementation(owner, method);
-  // What a class above has is not to be replaced there.
+  // Adding the method first keeps that of a superclass.
   if (!class_addMethod(owner, method, implementation, types)) class_replaceMethod(owner, method, implementation, types);
   return reinterpret_cast<Function*>(reinterpret_cast<Any>(former));
 }
 
-// The same of a method of the class itself.
+// Replaces a class method.
 template <typename Function>
-Function* replaceOf(Class owner, SEL method, Function* mine, const char* types) {
-  return replaceIn(object_getClass(owner), method, mine, types);
+Function* replaceClassMethod(Class owner, SEL method, Function* replacement, const char* types) {
+  return replaceMethod(object_getClass(owner), method, replacement, types);
 }
 
 }  // namespace doubles

@@ -1,34 +1,36 @@
-// A run loop that returns at once, as on a Mac when there is nothing that it could wait for. The implementation's own
-// then waits in vain, so a test has to ask for it: `failCall("runUntilDate:", 1)`. It keeps to itself what a handler
-// throws, too; with 2 a handler's exception comes out.
+// `runUntilDate:` as on macOS.
+//
+// - `failCall("runUntilDate:", 1)`: returns at once, as on macOS if the run loop has no source and no timer. GNUstep
+//   waits until the date.
+// - `failCall("runUntilDate:", 2)`: throws, as on macOS if an event handler throws. GNUstep catches the exception.
 
 #import <Foundation/Foundation.h>
 
+#include "tests/macos/doubles/DisabledLeakCheck.h"
 #include "tests/macos/doubles/Methods.h"
-#include "tests/macos/doubles/SystemCalls.h"
-#include "tests/macos/doubles/Uncounted.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
 namespace {
 
-void (*theirRun)(NSRunLoop*, SEL, NSDate*);
+void (*originalRun)(NSRunLoop*, SEL, NSDate*);
 
 void run(NSRunLoop* self, SEL method, NSDate* end) {
   const int status = doubles::statusOf("runUntilDate:");
-  if (status == 0) theirRun(self, method, end);
-  if (status == 2) [NSException raise:NSGenericException format:@"of a handler"];
+  if (status == 0) originalRun(self, method, end);
+  if (status == 2) [NSException raise:NSGenericException format:@"thrown by an event handler"];
 }
 
 }  // namespace
 
-@interface RunLoopAsOnAMac : NSObject
+@interface RunLoopReplacement : NSObject
 @end
 
-@implementation RunLoopAsOnAMac
+@implementation RunLoopReplacement
 
 + (void)load {
-  const doubles::Uncounted uncounted;
+  const doubles::DisabledLeakCheck scope;
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
-  theirRun = doubles::replaceIn([NSRunLoop class], @selector(runUntilDate:), run, "v@:@");
+  originalRun = doubles::replaceMethod([NSRunLoop class], @selector(runUntilDate:), run, "v@:@");
   [pool release];
 }
 

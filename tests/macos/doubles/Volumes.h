@@ -1,4 +1,4 @@
-// The volumes as the File Manager knows them; a test decides.
+// The volume that the File Manager reports for every path.
 
 #pragma once
 
@@ -11,9 +11,6 @@ struct Volume {
   int recordVersion = 4;  // of its parameters
   int extendedAttributes = 0;
 };
-
-// The number by which every item's volume is known.
-constexpr int volumeNumber = -100;
 
 inline Volume volume;
 

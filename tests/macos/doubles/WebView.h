@@ -1,4 +1,4 @@
-// What a test does with the doubles of the web view.
+// The legacy web view. Records its calls and loads nothing by itself.
 
 #pragma once
 
@@ -14,22 +14,22 @@
 @end
 
 @interface WebFrame (Double)
-// A frame in a page, or the main frame.
+// Creates a main frame or a sub-frame.
 - (id)initWithWebView:(WebView*)webView;
 
-// The frame shows the page that the request asked for from now on; nil is none.
+// Sets the request of the shown page; nil: no page.
 - (void)showRequest:(NSURLRequest*)request;
 @end
 
-// Writes down what it is told.
+// Records the decision.
 @interface PolicyListener : NSObject <WebPolicyDecisionListener>
 + (PolicyListener*)listener;
 @end
 
 namespace doubles {
 
-// What happens once a frame has been asked to load; nothing unless a test says so.
-extern std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
+// Called for each load that a frame is asked for. Empty: nothing happens.
+extern std::function<void(WebView*, WebFrame*, NSURLRequest*)> onLoadRequest;
 
 }  // namespace doubles
 

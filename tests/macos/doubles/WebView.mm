@@ -2,10 +2,11 @@
 
 #include <string>
 
-#include "tests/macos/doubles/Journal.h"
+#include "tests/macos/doubles/CallLog.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
-using doubles::fails;
-using doubles::note;
+using doubles::record;
+using doubles::statusOf;
 using doubles::text;
 
 #pragma GCC diagnostic push
@@ -13,34 +14,34 @@ using doubles::text;
 
 namespace doubles {
 
-std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
+std::function<void(WebView*, WebFrame*, NSURLRequest*)> onLoadRequest;
 
 }  // namespace doubles
 
 @implementation WebPreferences
 
 - (void)setJavaEnabled:(BOOL)flag {
-  note("setJavaEnabled " + text(flag));
+  record("setJavaEnabled " + text(flag));
 }
 
 - (void)setPlugInsEnabled:(BOOL)flag {
-  note("setPlugInsEnabled " + text(flag));
+  record("setPlugInsEnabled " + text(flag));
 }
 
 - (void)setJavaScriptEnabled:(BOOL)flag {
-  note("setJavaScriptEnabled " + text(flag));
+  record("setJavaScriptEnabled " + text(flag));
 }
 
 - (void)setLoadsImagesAutomatically:(BOOL)flag {
-  note("setLoadsImagesAutomatically " + text(flag));
+  record("setLoadsImagesAutomatically " + text(flag));
 }
 
 - (void)setTabsToLinks:(BOOL)flag {
-  note("setTabsToLinks " + text(flag));
+  record("setTabsToLinks " + text(flag));
 }
 
 - (void)setJavaScriptCanOpenWindowsAutomatically:(BOOL)flag {
-  note("setJavaScriptCanOpenWindowsAutomatically " + text(flag));
+  record("setJavaScriptCanOpenWindowsAutomatically " + text(flag));
 }
 
 @end
@@ -59,8 +60,8 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
 }
 
 - (NSMutableURLRequest*)request {
-  note("request");
-  return fails("request") ? nil : (NSMutableURLRequest*)_request;
+  record("request");
+  return statusOf("request") == 0 ? (NSMutableURLRequest*)_request : nil;
 }
 
 @end
@@ -68,7 +69,7 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
 @implementation WebFrameView
 
 - (void)setAllowsScrolling:(BOOL)flag {
-  note("setAllowsScrolling " + text(flag));
+  record("setAllowsScrolling " + text(flag));
 }
 
 @end
@@ -99,18 +100,18 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
 }
 
 - (WebDataSource*)dataSource {
-  note("dataSource");
-  return fails("dataSource") ? nil : _dataSource;
+  record("dataSource");
+  return statusOf("dataSource") == 0 ? _dataSource : nil;
 }
 
 - (void)loadRequest:(NSURLRequest*)request {
-  note("loadRequest " + text([request URL]));
-  if (doubles::whenAskedToLoad) doubles::whenAskedToLoad(_webView, self, request);
+  record("loadRequest " + text([request URL]));
+  if (doubles::onLoadRequest) doubles::onLoadRequest(_webView, self, request);
 }
 
 - (void)loadHTMLString:(NSString*)string baseURL:(NSURL*)URL {
-  note("loadHTMLString " + text(string) + " base " + text(URL));
-  if (doubles::whenAskedToLoad) doubles::whenAskedToLoad(_webView, self, [NSURLRequest requestWithURL:URL]);
+  record("loadHTMLString " + text(string) + " base " + text(URL));
+  if (doubles::onLoadRequest) doubles::onLoadRequest(_webView, self, [NSURLRequest requestWithURL:URL]);
 }
 
 @end
@@ -136,19 +137,19 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
 }
 
 - (NSRect)frame {
-  note("webView frame");
+  record("webView frame");
   return [super frame];
 }
 
 - (void)setFrame:(NSRect)frame {
-  note("webView setFrame " + text(frame));
-  const doubles::Inside inside;
+  record("webView setFrame " + text(frame));
+  const doubles::RecordingPaused pause;
   [super setFrame:frame];
 }
 
 - (WebPreferences*)preferences {
-  note("preferences");
-  return fails("preferences") ? nil : _preferences;
+  record("preferences");
+  return statusOf("preferences") == 0 ? _preferences : nil;
 }
 
 - (WebFrame*)mainFrame {
@@ -156,7 +157,7 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
 }
 
 - (void)setFrameLoadDelegate:(id<WebFrameLoadDelegate>)delegate {
-  note(std::string("setFrameLoadDelegate ") + object_getClassName(delegate));
+  record(std::string("setFrameLoadDelegate ") + object_getClassName(delegate));
   _frameLoadDelegate = delegate;
 }
 
@@ -165,7 +166,7 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
 }
 
 - (void)setPolicyDelegate:(id<WebPolicyDelegate>)delegate {
-  note(std::string("setPolicyDelegate ") + object_getClassName(delegate));
+  record(std::string("setPolicyDelegate ") + object_getClassName(delegate));
   _policyDelegate = delegate;
 }
 
@@ -182,15 +183,15 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> whenAskedToLoad;
 }
 
 - (void)use {
-  note("use");
+  record("use");
 }
 
 - (void)download {
-  note("download");
+  record("download");
 }
 
 - (void)ignore {
-  note("ignore");
+  record("ignore");
 }
 
 @end

@@ -1,5 +1,3 @@
-#include "tests/macos/doubles/ConsoleUser.h"
-
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -7,12 +5,12 @@
 
 #include "logging/Helpers.h"
 #include "platform/Users.h"
-#include "tests/macos/platform/SystemTest.h"
+#include "tests/macos/doubles/Users.h"
+#include "tests/macos/platform/PlatformTest.h"
 #include "tests/support/Home.h"
 
-// Takes the place of the C library's.
+// Replaces the function of the C library.
 extern "C" int seteuid(uid_t user) noexcept {
-  doubles::noteCall("seteuid " + std::to_string(user));
   if (const int error = doubles::statusOf("seteuid")) {
     errno = error;
     return -1;
@@ -22,29 +20,26 @@ extern "C" int seteuid(uid_t user) noexcept {
 
 namespace {
 
-using testing::ElementsAre;
+constexpr uid_t kOtherUser = 4711;
 
-constexpr uid_t somebodyElse = 4711;
-const doubles::ConsoleUser ann{"ann", somebodyElse};
-
-class ConsoleUserTest : public macos_test::SystemTest {
+class ConsoleUserTest : public macos_test::PlatformTest {
  protected:
   ConsoleUserTest() { doubles::consoleUser.reset(); }
 };
 
-TEST_F(ConsoleUserTest, IsNobodyWhenTheSystemNamesNobody) {
+TEST_F(ConsoleUserTest, IsMissingIfTheSystemReportsNone) {
   EXPECT_EQ(platform::consoleUser(), std::nullopt);
 }
 
-TEST_F(ConsoleUserTest, IsNobodyAtTheLoginWindow) {
+TEST_F(ConsoleUserTest, IsMissingAtTheLoginWindow) {
   doubles::consoleUser = {"loginwindow", 0};
   EXPECT_EQ(platform::consoleUser(), std::nullopt);
 }
 
-TEST_F(ConsoleUserTest, IsKnownByTheNumber) {
+TEST_F(ConsoleUserTest, IsReportedByUserIdWhateverTheName) {
   for (const char* name : {"ann", "", "loginwindows", "loginwindo", "Jos\xc3\xa9"}) {
-    doubles::consoleUser = {name, somebodyElse};
-    EXPECT_EQ(platform::consoleUser(), somebodyElse) << name;
+    doubles::consoleUser = {name, kOtherUser};
+    EXPECT_EQ(platform::consoleUser(), kOtherUser) << name;
   }
 }
 
@@ -53,87 +48,72 @@ bool getHomeFolder(std::string& path) {
   return true;
 }
 
-// The library's own look-up and the logging library's, which have the same rules.
+// The two functions that look up the home folder of the console user.
 class ConsoleFolderTest : public ConsoleUserTest, public testing::WithParamInterface<bool (*)(std::string&)> {
  protected:
-  // Also sees to it that the database of users has been opened by somebody who may.
-  std::string lookedUp() const {
+  static std::string lookUp() {
     std::string path = "former";
     EXPECT_TRUE(GetParam()(path));
     return path;
   }
 
-  // What follows is done in another's name, if this process may have one.
-  bool goesToSomebodyElse() {
-    lookedUp();
-    (void)doubles::takenCalls();
-    doubles::consoleUser = ann;
+  // Sets another console user. Returns false if this process may not become that user.
+  static bool setOtherConsoleUser() {
+    lookUp();  // opens the user database, which the other user may not be allowed to open
+    doubles::consoleUser = {"ann", kOtherUser};
     return ::geteuid() == 0;
   }
 
   const support::PasswordDatabase users{support::passwordEntry(::geteuid(), "/home/self") +
-                                        support::passwordEntry(somebodyElse, "/home/console")};
+                                        support::passwordEntry(kOtherUser, "/home/console")};
 };
 
 INSTANTIATE_TEST_SUITE_P(Both, ConsoleFolderTest, testing::Values(getHomeFolder, tarn::getUserFolder));
 
-TEST_P(ConsoleFolderTest, WithNobodyAtTheConsoleNobodyIsSwitchedTo) {
-  EXPECT_EQ(lookedUp(), "/home/self");
-  EXPECT_THAT(doubles::takenCalls(), ElementsAre("SCDynamicStoreCopyConsoleUser", "FSFindFolder -32763 root create",
-                                                 "FSRefMakePath /home/self 1024"));
+// A failing `seteuid` shows that the user is not switched.
+TEST_P(ConsoleFolderTest, WithoutAConsoleUserIsTheOwnFolder) {
+  doubles::failCall("seteuid", EPERM);
+  EXPECT_EQ(lookUp(), "/home/self");
 }
 
-TEST_P(ConsoleFolderTest, ForTheEffectiveUserAtTheConsoleNobodyIsSwitchedTo) {
+TEST_P(ConsoleFolderTest, OfTheEffectiveUserNeedsNoSwitch) {
+  doubles::failCall("seteuid", EPERM);
   doubles::consoleUser = {"self", ::geteuid()};
-  EXPECT_EQ(lookedUp(), "/home/self");
-  EXPECT_THAT(doubles::takenCalls(), ElementsAre("SCDynamicStoreCopyConsoleUser", "FSFindFolder -32763 root create",
-                                                 "FSRefMakePath /home/self 1024"));
+  EXPECT_EQ(lookUp(), "/home/self");
 }
 
-TEST_P(ConsoleFolderTest, IsFoundInTheNameOfTheUserAtTheConsole) {
-  if (!goesToSomebodyElse()) GTEST_SKIP() << "only the super-user may become another user";
-  EXPECT_EQ(lookedUp(), "/home/console");
-  EXPECT_THAT(doubles::takenCalls(),
-              ElementsAre("SCDynamicStoreCopyConsoleUser", "seteuid 4711", "FSFindFolder -32763 root create",
-                          "FSRefMakePath /home/console 1024", "seteuid 0"));
+TEST_P(ConsoleFolderTest, IsThatOfTheConsoleUser) {
+  if (!setOtherConsoleUser()) GTEST_SKIP() << "only the super-user may become another user";
+  EXPECT_EQ(lookUp(), "/home/console");
   EXPECT_EQ(::geteuid(), 0u);
 }
 
-TEST_P(ConsoleFolderTest, TheProcessIsItselfAgainWhenNoFolderIsFound) {
-  if (!goesToSomebodyElse()) GTEST_SKIP() << "only the super-user may become another user";
+TEST_P(ConsoleFolderTest, RestoresTheUserIfNoFolderIsFound) {
+  if (!setOtherConsoleUser()) GTEST_SKIP() << "only the super-user may become another user";
   doubles::failCall("FSFindFolder", -43);
-  EXPECT_EQ(lookedUp(), "");
-  EXPECT_THAT(doubles::takenCalls(), ElementsAre("SCDynamicStoreCopyConsoleUser", "seteuid 4711",
-                                                 "FSFindFolder -32763 root create", "seteuid 0"));
+  EXPECT_EQ(lookUp(), "");
   EXPECT_EQ(::geteuid(), 0u);
 }
 
-TEST_P(ConsoleFolderTest, TheProcessIsItselfAgainWhenNoPathIsMade) {
-  if (!goesToSomebodyElse()) GTEST_SKIP() << "only the super-user may become another user";
+TEST_P(ConsoleFolderTest, RestoresTheUserIfNoPathIsMade) {
+  if (!setOtherConsoleUser()) GTEST_SKIP() << "only the super-user may become another user";
   doubles::failCall("FSRefMakePath", -2110);
-  EXPECT_EQ(lookedUp(), "");
-  EXPECT_THAT(doubles::takenCalls(), testing::Contains("seteuid 0"));
+  EXPECT_EQ(lookUp(), "");
   EXPECT_EQ(::geteuid(), 0u);
 }
 
-TEST_F(ConsoleUserTest, WhoMayNotSwitchGetsNoFolderFromTheLoggingLibrary) {
+TEST_F(ConsoleUserTest, LoggingLibraryFailsIfTheSwitchFails) {
   doubles::consoleUser = {"ann", ::geteuid() + 1};
   doubles::failCall("seteuid", EPERM);
   std::string path = "former";
   EXPECT_FALSE(tarn::getUserFolder(path));
   EXPECT_EQ(path, "former");
-  EXPECT_THAT(doubles::takenCalls(),
-              ElementsAre("SCDynamicStoreCopyConsoleUser", "seteuid " + std::to_string(::geteuid() + 1)));
 }
 
-TEST_F(ConsoleUserTest, WhoMayNotSwitchGetsTheOwnFolderFromTheOther) {
-  const uid_t self = ::geteuid();
-  doubles::consoleUser = {"ann", self + 1};
+TEST_F(ConsoleUserTest, PlatformUsesOwnFolderIfTheSwitchFails) {
+  doubles::consoleUser = {"ann", ::geteuid() + 1};
   doubles::failCall("seteuid", EPERM);
-  const std::string path = platform::homeFolderOfConsoleUser();
-  EXPECT_EQ(path, support::ownHome());
-  EXPECT_THAT(doubles::takenCalls(), ElementsAre("SCDynamicStoreCopyConsoleUser", "seteuid " + std::to_string(self + 1),
-                                                 "FSFindFolder -32763 root create", "FSRefMakePath " + path + " 1024"));
+  EXPECT_EQ(platform::homeFolderOfConsoleUser(), support::ownHome());
 }
 
 }  // namespace

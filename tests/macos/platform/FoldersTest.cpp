@@ -1,10 +1,9 @@
-#include "platform/Users.h"
-
 #include <unistd.h>
 
 #include <filesystem>
 
-#include "tests/macos/platform/SystemTest.h"
+#include "platform/Users.h"
+#include "tests/macos/platform/PlatformTest.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"
 
@@ -14,49 +13,45 @@ using platform::findFolder;
 using platform::FolderDomain;
 using platform::FolderKind;
 using platform::FolderSearch;
-using testing::ElementsAre;
 
-using FoldersTest = macos_test::SystemTest;
+using FoldersTest = macos_test::PlatformTest;
 
-TEST_F(FoldersTest, AreAskedForByDomainAndKind) {
-  const auto asked = [](FolderDomain domain, FolderKind kind) {
-    EXPECT_EQ(findFolder(domain, kind).failure, FolderSearch::Failure::kNone);
-    return doubles::takenCalls().front();
+TEST_F(FoldersTest, AreFoundByDomainAndKind) {
+  const auto pathOf = [](FolderDomain domain, FolderKind kind) {
+    const FolderSearch search = findFolder(domain, kind);
+    EXPECT_EQ(search.failure, FolderSearch::Failure::kNone);
+    return search.path;
   };
-  EXPECT_EQ(asked(FolderDomain::kUser, FolderKind::kApplicationSupport), "FSFindFolder -32763 asup create");
-  EXPECT_EQ(asked(FolderDomain::kSystem, FolderKind::kApplicationSupport), "FSFindFolder -32768 asup create");
-  EXPECT_EQ(asked(FolderDomain::kLocal, FolderKind::kApplicationSupport), "FSFindFolder -32765 asup create");
-  EXPECT_EQ(asked(FolderDomain::kLocal, FolderKind::kApplications), "FSFindFolder -32765 apps create");
-  EXPECT_EQ(asked(FolderDomain::kLocal, FolderKind::kUtilities), "FSFindFolder -32765 uti? create");
+  EXPECT_EQ(pathOf(FolderDomain::kSystem, FolderKind::kApplicationSupport), "/System/Library/Application Support");
+  EXPECT_EQ(pathOf(FolderDomain::kLocal, FolderKind::kApplicationSupport), "/Library/Application Support");
+  EXPECT_EQ(pathOf(FolderDomain::kLocal, FolderKind::kApplications), "/Applications");
+  EXPECT_EQ(pathOf(FolderDomain::kLocal, FolderKind::kUtilities), "/Applications/Utilities");
 }
 
-TEST_F(FoldersTest, OfTheUserAreMadeWhenTheyAreMissing) {
+TEST_F(FoldersTest, OfTheUserAreCreatedIfMissing) {
   const std::string home = support::freshHome();
   const FolderSearch search = findFolder(FolderDomain::kUser, FolderKind::kApplicationSupport);
   EXPECT_EQ(search.path, home + "/Library/Application Support");
   EXPECT_TRUE(std::filesystem::is_directory(search.path));
 }
 
-TEST_F(FoldersTest, ThatAreNotFoundHaveTheSystemsNumberAndNoPath) {
+TEST_F(FoldersTest, ReportTheStatusOfAFailedSearch) {
   doubles::failCall("FSFindFolder", -43);
   const FolderSearch search = findFolder(FolderDomain::kLocal, FolderKind::kUtilities);
   EXPECT_EQ(search.failure, FolderSearch::Failure::kFind);
   EXPECT_EQ(search.status, -43);
   EXPECT_EQ(search.path, "");
-  EXPECT_THAT(doubles::takenCalls(), ElementsAre("FSFindFolder -32765 uti? create"));
 }
 
-TEST_F(FoldersTest, WithoutAPathHaveTheSystemsNumber) {
+TEST_F(FoldersTest, ReportTheStatusOfAFailedConversion) {
   doubles::failCall("FSRefMakePath", -2110);
   const FolderSearch search = findFolder(FolderDomain::kLocal, FolderKind::kApplications);
   EXPECT_EQ(search.failure, FolderSearch::Failure::kPath);
   EXPECT_EQ(search.status, -2110);
   EXPECT_EQ(search.path, "");
-  EXPECT_THAT(doubles::takenCalls(),
-              ElementsAre("FSFindFolder -32765 apps create", "FSRefMakePath /Applications 1024"));
 }
 
-TEST_F(FoldersTest, WhosePathIsNoTextAreNotGiven) {
+TEST_F(FoldersTest, MustHaveAUtf8Path) {
   const support::TemporaryFolder place;
   const std::string home = place / "\xff";
   std::filesystem::create_directory(home);
@@ -67,15 +62,15 @@ TEST_F(FoldersTest, WhosePathIsNoTextAreNotGiven) {
   EXPECT_EQ(search.path, "");
 }
 
-TEST_F(FoldersTest, OfMoreThan1023BytesHaveNoPath) {
+TEST_F(FoldersTest, HavePathsOfAtMost1023Bytes) {
   const support::PasswordDatabase longest(support::passwordEntry(::geteuid(), "/" + std::string(1022, 'h')));
   EXPECT_EQ(platform::homeFolder().size(), 1023u);
   const support::PasswordDatabase longer(support::passwordEntry(::geteuid(), "/" + std::string(1023, 'h')));
   EXPECT_EQ(platform::homeFolder(), "");
 }
 
-TEST_F(FoldersTest, WithoutAHomeFolderThereIsNone) {
-  const support::PasswordDatabase nobody("");
+TEST_F(FoldersTest, OfAUserNeedAHomeFolder) {
+  const support::PasswordDatabase empty("");
   EXPECT_EQ(platform::homeFolder(), "");
   EXPECT_EQ(findFolder(FolderDomain::kUser, FolderKind::kApplicationSupport).failure, FolderSearch::Failure::kFind);
 }

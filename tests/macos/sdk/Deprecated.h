@@ -1,4 +1,4 @@
-// Marks what newer systems warn of, as their own headers do.
+// Marks the declarations that are deprecated on macOS.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// The system's own copy of files, as far as the program uses it.
+// `fcopyfile` with the flags of macOS.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Threads, with what only macOS tells of them.
+// POSIX threads with the extension of macOS.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// The running applications as the documentation of their C interface describes them, as far as the program uses them.
+// The functions of the Process Manager that the program uses, as documented.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Cocoa as the program uses it, over a free implementation that lacks some of it.
+// GNUstep's Cocoa and the declarations that it lacks.
 
 #pragma once
 

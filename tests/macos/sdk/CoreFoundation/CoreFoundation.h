@@ -1,5 +1,4 @@
-// Core Foundation's objects, as far as the program uses them. Its strings and arrays are Foundation's under another
-// name.
+// The functions of Core Foundation that the program uses. Its strings and arrays are Foundation objects.
 
 #pragma once
 

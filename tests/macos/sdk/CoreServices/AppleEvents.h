@@ -1,4 +1,4 @@
-// The descriptors of Apple events.
+// Apple events and their descriptors.
 
 #pragma once
 

@@ -1,5 +1,5 @@
-// The system's C interfaces to files, applications and the machine as their documentation describes them, as far as
-// the program uses them. What stands behind them are doubles.
+// The C interfaces to files, applications and the machine that the program uses, as documented. tests/macos/doubles
+// implements them.
 
 #pragma once
 

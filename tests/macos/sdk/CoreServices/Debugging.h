@@ -1,4 +1,4 @@
-// What the numbers of the system's C interfaces mean.
+// Texts for status codes.
 
 #pragma once
 

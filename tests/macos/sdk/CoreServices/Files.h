@@ -14,7 +14,7 @@ enum { bIsCaseSensitive = 22 };
 
 #pragma pack(push, 2)
 
-// Names a file or a folder, whatever its path is meanwhile.
+// A reference to a file or folder. It stays valid if the path changes.
 struct FSRef {
   UInt8 hidden[80];
 };

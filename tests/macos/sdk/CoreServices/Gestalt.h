@@ -1,4 +1,4 @@
-// What the machine is, by number.
+// System information by selector.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// The application launcher.
+// Launch Services: starts applications.
 
 #pragma once
 

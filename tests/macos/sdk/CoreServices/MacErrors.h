@@ -1,4 +1,4 @@
-// The numbers that the system's C interfaces answer with.
+// Status codes of the C interfaces.
 
 #pragma once
 

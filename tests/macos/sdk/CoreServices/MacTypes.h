@@ -1,4 +1,4 @@
-// The plain types of the system's C interfaces.
+// The basic types of the C interfaces.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Foundation as the program uses it, over a free implementation that lacks some of it.
+// GNUstep's Foundation and the declarations that it lacks.
 
 #pragma once
 

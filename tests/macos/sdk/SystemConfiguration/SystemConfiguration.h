@@ -1,4 +1,4 @@
-// The system's settings as their documentation describes them, as far as the program uses them.
+// The functions of SystemConfiguration that the program uses, as documented.
 
 #pragma once
 

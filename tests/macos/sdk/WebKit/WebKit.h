@@ -1,5 +1,5 @@
-// The legacy web view as its documentation describes it, as far as the program uses it. What stands behind it are
-// doubles that write down what they are asked.
+// The classes and methods of the legacy web view that the program uses, as documented. tests/macos/doubles implements
+// them.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Mounted file systems, with what macOS tells of them as far as the program uses it.
+// `statfs` of macOS with the members that the program uses.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// The status of a file with the names that its times have on macOS.
+// The file status with the member names of macOS.
 
 #pragma once
 

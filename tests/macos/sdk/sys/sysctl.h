@@ -1,4 +1,4 @@
-// What the kernel tells about itself, as far as the program uses it.
+// `sysctl` with the names and structures that the program uses.
 
 #pragma once
 

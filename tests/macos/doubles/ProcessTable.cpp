@@ -1,4 +1,4 @@
-#include "tests/macos/doubles/KernelTables.h"
+#include "tests/macos/doubles/ProcessTable.h"
 
 #include <sys/sysctl.h>
 
@@ -14,7 +14,7 @@
 #include <system_error>
 #include <vector>
 
-#include "tests/macos/doubles/SystemCalls.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ std::string processTable() {
   return table;
 }
 
-// The program's path, then what it was started with. Nothing for a process that has none to show.
+// Returns the program's path and its arguments; no value for a process without a program.
 std::optional<std::string> argumentAreaOf(int process) {
   if (doubles::argumentArea) return doubles::argumentArea;
   const fs::path folder = "/proc/" + std::to_string(process);
@@ -59,20 +59,16 @@ int failed(int error) {
 
 int sysctl(int* name, u_int namelen, void* oldp, std::size_t* oldlenp, void*, std::size_t) {
   const std::string call = oldp == nullptr ? "sysctl size" : "sysctl";
-  std::string line = call;
-  for (u_int i = 0; i < namelen; ++i)
-    line += ' ' + std::to_string(name[i]);
-  doubles::noteCall(line);
   if (const int error = doubles::statusOf(call)) return failed(error);
 
   const std::optional<std::string> table = tableOf({name, name + namelen});
   if (!table) return failed(EINVAL);
   if (oldp == nullptr) {
-    *oldlenp = table->size() + 4096;  // as the kernel does, for those that come meanwhile
+    *oldlenp = table->size() + 4096;  // the kernel also adds space for new processes
     return 0;
   }
-  if (doubles::growths > 0) {
-    --doubles::growths;
+  if (doubles::tableGrowths > 0) {
+    --doubles::tableGrowths;
     return failed(ENOMEM);
   }
   if (table->size() > *oldlenp) return failed(ENOMEM);

@@ -1,7 +1,6 @@
-// The system's own copy of files, of which the access list and the extended attributes are one thing here.
+#include "tests/macos/doubles/FileCopy.h"
 
 #include <copyfile.h>
-#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include <cerrno>
@@ -9,21 +8,14 @@
 #include <cstring>
 #include <string>
 
-#include "tests/macos/doubles/SystemCalls.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
-namespace {
-
-// A list may forbid its owner to set times and bits.
-std::string whatIsSet(int fd) {
-  struct stat item {};
-  (void)::fstat(fd, &item);
-  return " after mode " + std::to_string(item.st_mode & 07777) + " and time " + std::to_string(item.st_mtime);
-}
-
-}  // namespace
-
+// Copies all extended attributes, which include the access list on Linux.
 int fcopyfile(int from_fd, int to_fd, copyfile_state_t, copyfile_flags_t flags) {
-  doubles::noteCall("fcopyfile " + std::to_string(flags) + (flags == COPYFILE_ACL ? whatIsSet(to_fd) : ""));
+  if (flags == COPYFILE_ACL) {
+    struct stat target {};
+    if (::fstat(to_fd, &target) == 0) doubles::accessListTarget = target;
+  }
   if (const int error = doubles::statusOf("fcopyfile")) {
     errno = error;
     return -1;

@@ -1,29 +1,29 @@
-// A web view that loads: every address has a page, and some have pages on which something happens.
-//   "then:/ADDRESS"  the person goes on to ADDRESS
-//   "close:/"        the person closes the window
-//   "quit:/"         the person quits by the keyboard
-//   "gone:/"         fails before its first byte
+// Lets the web view's double load pages. Every address has a page; some addresses have an effect.
+//   "then:/ADDRESS"  loads ADDRESS next
+//   "close:/"        closes the window
+//   "quit:/"         presses the shortcut that quits
+//   "gone:/"         fails before the first byte
 
 #include "tests/macos/doubles/Editing.h"
 #include "tests/macos/doubles/WebView.h"
 
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
-// One load, told step by step from the event loop.
-@interface Load : NSObject {
+// One load. Each step is an event of the run loop.
+@interface PageLoad : NSObject {
  @private
   WebView* _webView;
   WebFrame* _frame;
   NSURLRequest* _request;
 }
-- (id)initIn:(WebFrame*)frame of:(WebView*)webView request:(NSURLRequest*)request;
+- (id)initWithFrame:(WebFrame*)frame webView:(WebView*)webView request:(NSURLRequest*)request;
 - (void)start;
-- (void)end;
+- (void)finish;
 @end
 
-@implementation Load
+@implementation PageLoad
 
-- (id)initIn:(WebFrame*)frame of:(WebView*)webView request:(NSURLRequest*)request {
+- (id)initWithFrame:(WebFrame*)frame webView:(WebView*)webView request:(NSURLRequest*)request {
   self = [super init];
   if (self == nil) return nil;
   _webView = webView;
@@ -39,10 +39,10 @@
 
 - (void)start {
   [[_webView frameLoadDelegate] webView:_webView didStartProvisionalLoadForFrame:_frame];
-  [self performSelector:@selector(end) withObject:nil afterDelay:0];
+  [self performSelector:@selector(finish) withObject:nil afterDelay:0];
 }
 
-- (void)end {
+- (void)finish {
   NSString* const address = [[_request URL] absoluteString];
   [_frame showRequest:_request];
   if ([address hasPrefix:@"gone:"]) {
@@ -61,14 +61,14 @@
 
 @end
 
-@interface Browsing : NSObject
+@interface PageLoadsSetup : NSObject
 @end
 
-@implementation Browsing
+@implementation PageLoadsSetup
 
 + (void)load {
-  doubles::whenAskedToLoad = [](WebView* webView, WebFrame* frame, NSURLRequest* request) {
-    Load* const load = [[[Load alloc] initIn:frame of:webView request:request] autorelease];
+  doubles::onLoadRequest = [](WebView* webView, WebFrame* frame, NSURLRequest* request) {
+    PageLoad* const load = [[[PageLoad alloc] initWithFrame:frame webView:webView request:request] autorelease];
     [load performSelector:@selector(start) withObject:nil afterDelay:0];
   };
 }

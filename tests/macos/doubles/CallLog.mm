@@ -1,6 +1,5 @@
-#include "tests/macos/doubles/Journal.h"
+#include "tests/macos/doubles/CallLog.h"
 
-#include <set>
 #include <sstream>
 #include <utility>
 
@@ -8,33 +7,24 @@ namespace doubles {
 namespace {
 
 std::vector<std::string> lines;
-std::set<std::string> failing;
-int depth = 0;
+int pauses = 0;
 
 }  // namespace
 
-void note(const std::string& line) {
-  if (depth == 0) lines.push_back(line);
+void record(const std::string& line) {
+  if (pauses == 0) lines.push_back(line);
 }
 
-std::vector<std::string> taken() {
+std::vector<std::string> takeCalls() {
   return std::exchange(lines, {});
 }
 
-void fail(const std::string& call) {
-  failing.insert(call);
+RecordingPaused::RecordingPaused() {
+  ++pauses;
 }
 
-bool fails(const std::string& call) {
-  return failing.count(call) != 0;
-}
-
-Inside::Inside() {
-  ++depth;
-}
-
-Inside::~Inside() {
-  --depth;
+RecordingPaused::~RecordingPaused() {
+  --pauses;
 }
 
 std::string text(BOOL flag) {

@@ -1,7 +1,12 @@
-// The system's finder of well-known folders. Those of the user are in the home folder that the password database has;
-// the others need not be there, and nothing is made of them.
+// The console user and the well-known folders.
+//
+// - The user's folders are in the home folder from the password database.
+// - The folders of the other domains are only names: they need not exist and are not created.
+
+#include "tests/macos/doubles/Users.h"
 
 #include <CoreServices/CoreServices.h>
+#include <SystemConfiguration/SystemConfiguration.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,20 +14,11 @@
 #include <cerrno>
 #include <string>
 
+#include "tests/macos/doubles/CoreFoundation.h"
 #include "tests/macos/doubles/FileManager.h"
-#include "tests/macos/doubles/SystemCalls.h"
+#include "tests/macos/doubles/SystemDoubles.h"
 
 namespace {
-
-// "root" for the number that stands for these four letters; one that is no ASCII letter is shown as "?".
-std::string lettersOf(OSType type) {
-  std::string letters;
-  for (int shift = 24; shift >= 0; shift -= 8) {
-    const auto letter = static_cast<unsigned char>(type >> shift);
-    letters.push_back(letter < 0x80 ? static_cast<char>(letter) : '?');
-  }
-  return letters;
-}
 
 std::string homeOfEffectiveUser() {
   const passwd* const user = ::getpwuid(::geteuid());
@@ -33,18 +29,18 @@ bool makeFolder(const std::string& path) {
   return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
-// "" when there is none.
-std::string userFolder(OSType type, bool make) {
+// Returns "" if the folder does not exist.
+std::string userFolder(OSType type, bool create) {
   const std::string home = homeOfEffectiveUser();
   if (home.empty() || type == kVolumeRootFolderType) return home;
   if (type != kApplicationSupportFolderType) return "";
   const std::string library = home + "/Library";
   const std::string folder = library + "/Application Support";
-  if (make && (!makeFolder(library) || !makeFolder(folder))) return "";
+  if (create && (!makeFolder(library) || !makeFolder(folder))) return "";
   return folder;
 }
 
-std::string sharedFolder(OSType type) {
+std::string localFolder(OSType type) {
   switch (type) {
     case kApplicationSupportFolderType:
       return "/Library/Application Support";
@@ -57,14 +53,30 @@ std::string sharedFolder(OSType type) {
   }
 }
 
+std::string folderOf(FSVolumeRefNum domain, OSType type, bool create) {
+  switch (domain) {
+    case kUserDomain:
+      return userFolder(type, create);
+    case kLocalDomain:
+      return localFolder(type);
+    case kOnSystemDisk:
+      return "/System" + localFolder(type);
+    default:
+      return "";
+  }
+}
+
 }  // namespace
 
+CFStringRef SCDynamicStoreCopyConsoleUser(SCDynamicStoreRef, uid_t* uid, gid_t*) {
+  if (!doubles::consoleUser) return nullptr;
+  if (uid != nullptr) *uid = doubles::consoleUser->id;
+  return doubles::createString(doubles::consoleUser->name);
+}
+
 OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFolder, FSRef* foundRef) {
-  doubles::noteCall("FSFindFolder " + std::to_string(vRefNum) + ' ' + lettersOf(folderType) +
-                    (createFolder != 0 ? " create" : ""));
   if (const int status = doubles::statusOf("FSFindFolder")) return static_cast<OSErr>(status);
-  const std::string path =
-      vRefNum == kUserDomain ? userFolder(folderType, createFolder != 0) : sharedFolder(folderType);
+  const std::string path = folderOf(vRefNum, folderType, createFolder != 0);
   if (path.empty()) return fnfErr;
   *foundRef = doubles::referenceTo(path);
   return noErr;

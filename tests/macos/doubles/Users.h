@@ -1,4 +1,4 @@
-// Who sits at the machine, as the system's settings tell; a test decides.
+// The console user.
 
 #pragma once
 
@@ -14,7 +14,6 @@ struct ConsoleUser {
   uid_t id = 0;
 };
 
-// Nobody at first.
 inline std::optional<ConsoleUser> consoleUser;
 
 }  // namespace doubles
