@@ -112,31 +112,31 @@ bool utilCreateSymlinkFromPathToPath(const std::string& target, const std::strin
 ///
 /// | message | level | reason |
 /// |---|---|---|
-/// | `utilBackupFolderIfExits pathToBkp %s` | info | start |
-/// | `NOTE trying to backup ... Source path does not exits. So Success.` | info | nothing to back up |
-/// | `Backup parent folder path '%s' is not present` | info | the rename then fails |
-/// | `Backup folder path '%s'` | info | the new path |
-/// | `Tring to backup folder, old backup folder already exits, trying to delete folder %s.` | warning | path in use |
-/// | `Failed to delete backup folder %s.` | warning | the object at that path remains |
-/// | `Error Failed to rename the directory.` | fatal | result false |
-/// | `Trying to delete other backup paths` | info | there are other backups |
-/// | `Failed to delete back up folder '%s'` | error | another backup remains |
+/// | "utilBackupFolderIfExits pathToBkp %s" | info | start |
+/// | "NOTE trying to backup ... Source path does not exits. So Success." | info | nothing to back up |
+/// | "Backup parent folder path '%s' is not present" | info | the rename then fails |
+/// | "Backup folder path '%s'" | info | the new path |
+/// | "Tring to backup folder, old backup folder already exits, trying to delete folder %s." | warning | path in use |
+/// | "Failed to delete backup folder %s." | warning | the object at that path remains |
+/// | "Error Failed to rename the directory." | fatal | result false |
+/// | "Trying to delete other backup paths" | info | there are other backups |
+/// | "Failed to delete back up folder '%s'" | error | another backup remains |
 ///
 /// `util_renameFolderToFolder`:
 ///
 /// | message | level | reason |
 /// |---|---|---|
-/// | `NOTE trying to backup ... backup already exists. trying to remove...` | info | an object is at `to` |
-/// | `Failed to delete the backup file: %s` | error | it cannot be removed; result false |
-/// | `Failed to rename Error code (%d:%s) the directory from %s to %s.` | fatal | `errno` and its text; result false |
+/// | "NOTE trying to backup ... backup already exists. trying to remove..." | info | an object is at `to` |
+/// | "Failed to delete the backup file: %s" | error | it cannot be removed; result false |
+/// | "Failed to rename Error code (%d:%s) the directory from %s to %s." | fatal | `errno` and its text; result false |
 ///
 /// `utilCreateSymlinkFromPathToPath`:
 ///
 /// | message | level | reason |
 /// |---|---|---|
-/// | `Error creating directory %s` | error | result false |
-/// | `Failed in backing up folder %s to folder %s` | error | result false |
-/// | `Creating symbolic link of %s to folder %s` | info | before the link is created |
-/// | `Error Creating symbolic link for path (%s) to path (%s), Errorno: %d, error msg: %s` | error | result false |
-/// | `Error in restoring backedup folder %s to %s` | error | the backup remains, or there was none |
-/// | `Could not delete the backedup folder %s` | error | the backup remains; result true |
+/// | "Error creating directory %s" | error | result false |
+/// | "Failed in backing up folder %s to folder %s" | error | result false |
+/// | "Creating symbolic link of %s to folder %s" | info | before the link is created |
+/// | "Error Creating symbolic link for path (%s) to path (%s), Errorno: %d, error msg: %s" | error | result false |
+/// | "Error in restoring backedup folder %s to %s" | error | the backup remains, or there was none |
+/// | "Could not delete the backedup folder %s" | error | the backup remains; result true |

@@ -154,15 +154,15 @@ bool utilIsCreatableWritablePath(const char* path, std::string& existingPath);
 ///
 /// | message | level | function |
 /// |---|---|---|
-/// | `Failed to rename. Error code (%d:%s). Directory from %s to %s.` | fatal | `utilRenamePathToPath` |
-/// | `NOTE Could not remove existing backup path. Error %s.` | info | `utilDeleteFolder`, for every path |
-/// | `utilDeleteFolderIfEmpty.Not a directory: %s.` | warning | `utilDeleteFolderIfEmpty` |
-/// | `utilDeleteFolderIfEmpty.Files exist at path. %s.` | info | `utilDeleteFolderIfEmpty` |
-/// | `utilDeleteFolderIfEmpty.Could not remove path:%s Error:%s.` | warning | `utilDeleteFolderIfEmpty` |
-/// | `Error in utilDeleteFileIfExitsAtPath %s. error %s` | fatal | `utilDeleteFileIfExitsAtPath` |
-/// | `Error Src file (%s) does not exits.` | fatal | `utilCopySrcFileToDstFolder` |
-/// | `Error Failed to copy src file to dst (%s) ... either dst does not exits or not a folder.` | fatal | the same |
-/// | `unable to delete dst file (%s).` | fatal | the same |
-/// | `Error Failed to copy. Error(%s). Src file (%s) to dst file(%s).` | fatal | the same |
-/// | `Failed to open fts stream. %s.` | warning | `utilChown`, for an empty path |
-/// | `Failed to change owner and group. Errorno (%d) error msg(%s) for ptah %s.` | warning | `utilChown`, per entry |
+/// | "Failed to rename. Error code (%d:%s). Directory from %s to %s." | fatal | `utilRenamePathToPath` |
+/// | "NOTE Could not remove existing backup path. Error %s." | info | `utilDeleteFolder`, for every path |
+/// | "utilDeleteFolderIfEmpty.Not a directory: %s." | warning | `utilDeleteFolderIfEmpty` |
+/// | "utilDeleteFolderIfEmpty.Files exist at path. %s." | info | `utilDeleteFolderIfEmpty` |
+/// | "utilDeleteFolderIfEmpty.Could not remove path:%s Error:%s." | warning | `utilDeleteFolderIfEmpty` |
+/// | "Error in utilDeleteFileIfExitsAtPath %s. error %s" | fatal | `utilDeleteFileIfExitsAtPath` |
+/// | "Error Src file (%s) does not exits." | fatal | `utilCopySrcFileToDstFolder` |
+/// | "Error Failed to copy src file to dst (%s) ... either dst does not exits or not a folder." | fatal | the same |
+/// | "unable to delete dst file (%s)." | fatal | the same |
+/// | "Error Failed to copy. Error(%s). Src file (%s) to dst file(%s)." | fatal | the same |
+/// | "Failed to open fts stream. %s." | warning | `utilChown`, for an empty path |
+/// | "Failed to change owner and group. Errorno (%d) error msg(%s) for ptah %s." | warning | `utilChown`, per entry |
