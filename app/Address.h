@@ -24,10 +24,10 @@ bool isContactAddress(const std::string& address);
 // program.
 bool mayOpenOutside(const std::string& address);
 
-// Whether an enterprise page may send the main frame to `address`. Refused is what runs or is read inside the web engine:
-// script, inline documents, the engine's own pages and, unless `page` is a file itself, files. An address of any other
-// scheme is a request to another place, even if it fails. Control characters and spaces that the engine would remove
-// (URL Standard, section 4.4) do not hide a scheme.
+// Whether an enterprise page may send the main frame to `address`. Refused is what runs or is read inside the web
+// engine: script, inline documents, the engine's own pages and, unless `page` is a file itself, files. An address of
+// any other scheme is a request to another place, even if it fails. Control characters and spaces that the engine would
+// remove (URL Standard, section 4.4) do not hide a scheme.
 //   "https://host/", "https://host/start"           => true
 //   "corp:/host", "https://host/start"              => true
 //   "java\tscript:alert(1)", "https://host/start"   => false

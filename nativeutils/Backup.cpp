@@ -7,6 +7,8 @@
 #include <climits>
 #include <cstdlib>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "applog/Logger.h"

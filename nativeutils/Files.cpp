@@ -8,7 +8,9 @@
 #include <climits>
 #include <cstddef>
 #include <iterator>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "applog/Logger.h"
 #include "nativeutils/Component.h"

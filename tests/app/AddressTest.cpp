@@ -36,7 +36,7 @@ TEST(MayFollow, AcceptsRequestsToOtherPlaces) {
     EXPECT_TRUE(mayFollow(address, "https://host/start")) << address;
 }
 
-TEST(MayFollow, RefusesWhatRunsOrIsReadInTheEngine) {
+TEST(MayFollow, RefusesWhatRunsInTheEngine) {
   for (const char* address :
        {"javascript:alert(1)", "data:text/html,x", "blob:https://host/1", "about:blank", "webkit://gpu",
         "resource:///org/x", "inspector-resource:///Main.html", "file:///etc/hosts", "FILE:/etc/hosts"})

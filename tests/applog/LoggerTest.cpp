@@ -261,14 +261,14 @@ TEST_F(LoggerTest, FinalizesTheMutexBeforeTheTarget) {
   support::Child child(
       [&] {
         Logger::getInstance();
-        return support::comesTrue([&] { return mayEnd->load(); }) ? 0 : 1;
+        return support::becomesTrue([&] { return mayEnd->load(); }) ? 0 : 1;
       },
       support::Child::Ending::kOrderly);
-  ASSERT_TRUE(support::comesTrue([&] { return support::valueOf(support::setOf(file, 11), 1) == 1; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return support::valueOf(support::setOf(file, 11), 1) == 1; }));
   const int mutex = support::setOf(home, kFlagNumber);
   support::setValueOf(mutex, 0, 0);
   *mayEnd = true;
-  EXPECT_TRUE(support::comesTrue([&] { return support::waitersOn(mutex, 0) == 1; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::waitersOn(mutex, 0) == 1; }));
   EXPECT_EQ(support::valueOf(support::setOf(file, 11), 0), 1);
   support::setValueOf(mutex, 0, 1);
   EXPECT_EQ(child.wait(), 0);
@@ -287,7 +287,7 @@ TEST_F(LoggerTest, WritesWhileHoldingTheUserMutex) {
         return 0;
       },
       support::Child::Ending::kOrderly);
-  EXPECT_TRUE(support::comesTrue([&] { return support::waitersOn(flag.semid, 1) == 1; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::waitersOn(flag.semid, 1) == 1; }));
   EXPECT_THAT(support::linesOf(file), IsEmpty());
   flag.endFileOperation();
   EXPECT_EQ(writer.wait(), 0);

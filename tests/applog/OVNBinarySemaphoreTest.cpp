@@ -143,9 +143,9 @@ TEST_F(OVNBinarySemaphoreTest, TryWaitWaitsForReleaseDespiteSignals) {
     return create(theirs) && theirs.tryWait() && theirs.release() && theirs.finalize() ? 0 : 1;
   });
   for (int signals = 0; signals < 3; ++signals) {
-    ASSERT_TRUE(support::comesTrue([&] { return support::waitersOn(one.semid, kMutex) == 1; }));
+    ASSERT_TRUE(support::becomesTrue([&] { return support::waitersOn(one.semid, kMutex) == 1; }));
     waiting.send(SIGUSR1);
-    ASSERT_TRUE(support::comesTrue([&] { return *caught == signals + 1; }));
+    ASSERT_TRUE(support::becomesTrue([&] { return *caught == signals + 1; }));
   }
   one.release();
   EXPECT_EQ(waiting.wait(), 0);
@@ -184,7 +184,7 @@ TEST_F(OVNBinarySemaphoreTest, KilledHolderIsDetachedAndReleases) {
     theirs.tryWait();
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return one.getCount() == 0; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return one.getCount() == 0; }));
   EXPECT_EQ(support::valueOf(one.semid, kAttached), 2);
   holder.kill();
   EXPECT_TRUE(one.tryWait());

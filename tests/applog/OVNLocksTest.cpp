@@ -6,9 +6,9 @@
 
 #include "applog/OVNSemaphoreLock.h"
 #include "applog/OVNSystemLevelDeploymentLock.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Home.h"
-#include "tests/support/Powers.h"
 #include "tests/support/SemaphoreOperations.h"
 #include "tests/support/Semaphores.h"
 
@@ -92,7 +92,7 @@ TEST_F(DeploymentLockTest, IsLockedReleasesTheCallersOwnLock) {
 TEST_F(DeploymentLockTest, SetWithoutWritePermissionIsNoLock) {
   ASSERT_NE(::semget(::ftok("/tmp", kNumber), 1, IPC_CREAT | 0400), -1);
   EXPECT_EQ(support::inChild([&] {
-              if (!support::giveUpPowers()) return 2;
+              if (!support::dropCapabilities()) return 2;
               return lock.waitUntilReleased() && !lock.AcquireLock() ? 0 : 1;
             }),
             0);
@@ -118,7 +118,7 @@ TEST_F(DeploymentLockTest, WaitEndsAtReleaseAndTakesNothing) {
     OVNSystemLevelDeploymentLock theirs(kNumber);
     return theirs.waitUntilReleased() ? 0 : 1;
   });
-  ASSERT_TRUE(support::comesTrue([] { return support::waitersOn(set(), 0) == 1; }));
+  ASSERT_TRUE(support::becomesTrue([] { return support::waitersOn(set(), 0) == 1; }));
   lock.releaseLock();
   EXPECT_EQ(other.wait(), 0);
   EXPECT_EQ(support::valueOf(set(), 0), 1);
@@ -132,7 +132,7 @@ TEST_F(DeploymentLockTest, KilledHolderReleasesTheLock) {
     *holds = theirs.AcquireLock();
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return holds->load(); }));
+  ASSERT_TRUE(support::becomesTrue([&] { return holds->load(); }));
   holder.kill();
   EXPECT_TRUE(lock.waitUntilReleased());
 }
@@ -216,7 +216,7 @@ TEST_F(SemaphoreLockTest, KilledProcessReturnsItsSlots) {
     theirs.AcquireLock();
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return lock.getCurrentLockCount() == 253; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return lock.getCurrentLockCount() == 253; }));
   holder.kill();
   holder.wait();
   EXPECT_FALSE(lock.isLocked());

@@ -44,7 +44,7 @@ class NotifierTest : public nativeutils_test::LoggedTest {
     ChildProcess::Setup setup;
     setup.command = {SVO_TEST_NOTIFIER, address, folder / "ready"};
     ChildProcess notifier(setup);
-    ASSERT_TRUE(support::comesTrue([&] { return std::filesystem::exists(folder / "ready"); }));
+    ASSERT_TRUE(support::becomesTrue([&] { return std::filesystem::exists(folder / "ready"); }));
     EXPECT_TRUE(utilCloseAllNotificationWorkflows());
     ASSERT_TRUE(waitUntil([&] { return notifier.ended(); }, kTimeout));
     EXPECT_EQ(notifier.exitStatus(), 0);

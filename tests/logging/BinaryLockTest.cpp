@@ -84,9 +84,9 @@ TEST_F(BinaryLockTest, LastFinalizeRemovesTheSharedSet) {
   support::Child other([&] {
     BinaryLock theirs;
     if (!theirs.create(folder.path(), kProject)) return 1;
-    return support::comesTrue([&] { return mayFinalize->load(); }) && theirs.finalize() ? 0 : 2;
+    return support::becomesTrue([&] { return mayFinalize->load(); }) && theirs.finalize() ? 0 : 2;
   });
-  EXPECT_TRUE(support::comesTrue([&] { return lock.getReferenceCount() == 2; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return lock.getReferenceCount() == 2; }));
   *mayFinalize = true;
   EXPECT_EQ(other.wait(), 0);
   EXPECT_EQ(lock.getReferenceCount(), 1);
@@ -130,7 +130,7 @@ TEST_F(BinaryLockTest, WaitReturnsWhenTheHolderReleases) {
     theirs.finalize();
     return taken ? 0 : 1;
   });
-  ASSERT_TRUE(support::comesTrue([&] { return support::waitersOn(set(), kMutex) == 1; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return support::waitersOn(set(), kMutex) == 1; }));
   lock.release();
   EXPECT_EQ(other.wait(), 0);
   lock.finalize();
@@ -144,7 +144,7 @@ TEST_F(BinaryLockTest, KilledHolderReleasesAndStaysCounted) {
     theirs.wait();
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return support::valueOf(set(), kMutex) == 0; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return support::valueOf(set(), kMutex) == 0; }));
   holder.kill();
   EXPECT_TRUE(lock.wait());
   lock.release();
@@ -161,7 +161,7 @@ TEST_F(BinaryLockTest, KilledHolderReleasesAfterSignal) {
     theirs.signal();
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return support::valueOf(set(), kMutex) == 0; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return support::valueOf(set(), kMutex) == 0; }));
   holder.kill();
   EXPECT_TRUE(lock.wait());
   lock.release();

@@ -287,7 +287,7 @@ TEST_F(WritingTest, WaitingWriterWritesAfterTheRelease) {
   ASSERT_TRUE(holder.create(file, 11));
   ASSERT_TRUE(holder.wait());
   std::thread writer([&] { log(tarn::INFO, "text"); });
-  EXPECT_TRUE(support::comesTrue([&] { return support::waitersOn(set, 1) == 1; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::waitersOn(set, 1) == 1; }));
   EXPECT_EQ(support::contentsOf(file), "");
   holder.release();
   writer.join();

@@ -47,7 +47,7 @@ class CreateProcessTest : public nativeutils_test::LoggedTest {
   }
 
   void TearDown() override {
-    EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); })) << "a child or a zombie remains";
+    EXPECT_TRUE(support::becomesTrue([] { return !support::hasChildren(); })) << "a child or a zombie remains";
   }
 
   // Creates an executable shell script.
@@ -67,7 +67,7 @@ class CreateProcessTest : public nativeutils_test::LoggedTest {
   }
 
   bool becomesDone() const {
-    return support::comesTrue([&] { return std::filesystem::exists(folder / "done"); });
+    return support::becomesTrue([&] { return std::filesystem::exists(folder / "done"); });
   }
 
   unsigned long status = 4711;
@@ -169,7 +169,7 @@ TEST_F(CreateProcessTest, BothFunctionsPassStandardInput) {
   ASSERT_EQ(::write(in.get(), "7\n9\n", 4), 4);
   EXPECT_EQ(statusOf(program("read number; exit $number")), 7);
   EXPECT_TRUE(utilCreateProcess(program("read number; echo $number >'" + (folder / "done") + "'"), {}, false, nullptr));
-  EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "done") == "9\n"; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::contentsOf(folder / "done") == "9\n"; }));
   ::dup2(previous.get(), STDIN_FILENO);
 }
 
@@ -195,7 +195,7 @@ TEST_F(CreateProcessTest, CreateFailsForAFolder) {
 
 TEST_F(CreateProcessTest, OnlyTheWatcherWaitsForTheProcess) {
   EXPECT_TRUE(utilCreateProcess(program("exit 6"), {}, false, watch));
-  EXPECT_TRUE(support::comesTrue([] { return watchedProcess != 0; }));
+  EXPECT_TRUE(support::becomesTrue([] { return watchedProcess != 0; }));
   EXPECT_EQ(watchedStatus, 6);
 }
 
@@ -212,7 +212,7 @@ TEST_F(CreateProcessTest, WarnsAtOnceWithoutADisplay) {
 
 TEST_F(CreateProcessTest, LaunchPassesNoArgumentsAndLogsNothing) {
   EXPECT_TRUE(utilLaunchApplication(program("echo $# >'" + (folder / "done") + "'")));
-  EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "done") == "0\n"; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::contentsOf(folder / "done") == "0\n"; }));
   EXPECT_EQ(logged(), Lines{});
 }
 
@@ -241,7 +241,7 @@ TEST_F(CreateProcessTest, OpensAUrlInItsDefaultProgram) {
   support::writeFile(folder / "applications/mimeapps.list",
                      "[Default Applications]\nx-scheme-handler/svo=handler.desktop\n");
   EXPECT_TRUE(utilOpenURL("svo:a%20b"));
-  EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "done") == "svo:a%20b"; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::contentsOf(folder / "done") == "svo:a%20b"; }));
   EXPECT_EQ(logged(), Lines{});
 }
 

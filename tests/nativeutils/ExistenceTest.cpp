@@ -4,10 +4,10 @@
 
 #include "nativeutils/Files.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"
-#include "tests/support/Powers.h"
 
 namespace {
 
@@ -140,7 +140,7 @@ TEST_F(NearestExistingTest, MustBeReadableWritableAndSearchable) {
     const std::string closed = folder / std::to_string(mode);
     ASSERT_EQ(::mkdir(closed.c_str(), mode), 0);
     support::Child powerless([&] {
-      if (asRoot() && !support::giveUpPowers()) return 1;
+      if (asRoot() && !support::dropCapabilities()) return 1;
       return nearest(closed + (mode == 0600u ? "" : "/new")).empty() ? 0 : 2;
     });
     EXPECT_EQ(powerless.wait(), 0) << std::oct << mode;

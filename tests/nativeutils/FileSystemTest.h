@@ -9,9 +9,9 @@
 
 #include "nativeutils/Backup.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
-#include "tests/support/Powers.h"
 #include "tests/support/Trees.h"
 
 namespace nativeutils_test {
@@ -22,7 +22,7 @@ class FileSystemTest : public LoggedTest {
 
   // Runs `body` in a process to which permission bits apply, also if it is run by the super-user.
   static bool withoutPowers(const std::function<bool()>& body) {
-    support::Child powerless([&] { return support::giveUpPowers() && body() ? 0 : 1; });
+    support::Child powerless([&] { return support::dropCapabilities() && body() ? 0 : 1; });
     return powerless.wait() == 0;
   }
 

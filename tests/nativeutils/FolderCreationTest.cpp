@@ -9,9 +9,9 @@
 #include "nativeutils/Files.h"
 #include "nativeutils/Strings.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
-#include "tests/support/Powers.h"
 
 namespace {
 
@@ -150,7 +150,7 @@ TEST_F(FolderCreationTest, ChangesTheTargetOfALink) {
 
 TEST_F(FolderCreationTest, KeepsAFolderWhoseOwnerCannotBeChanged) {
   support::Child powerless([&] {
-    if (asRoot() && !support::giveUpPowers()) return 1;
+    if (asRoot() && !support::dropCapabilities()) return 1;
     return utilCreateDirectoryPathWithAttributes((folder / "a").c_str(), kOwner, kGroup, 0775) ? 2 : 0;
   });
   EXPECT_EQ(powerless.wait(), 0);
@@ -160,7 +160,7 @@ TEST_F(FolderCreationTest, KeepsAFolderWhoseOwnerCannotBeChanged) {
 TEST_F(FolderCreationTest, FailsInAReadOnlyFolder) {
   ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0500), 0);
   support::Child powerless([&] {
-    if (asRoot() && !support::giveUpPowers()) return 1;
+    if (asRoot() && !support::dropCapabilities()) return 1;
     return utilCreateDirectoryPath(folder / "closed/a/b", false) ? 2 : 0;
   });
   EXPECT_EQ(powerless.wait(), 0);
@@ -170,7 +170,7 @@ TEST_F(FolderCreationTest, FailsInAnUnreadableWorkingFolder) {
   ASSERT_EQ(::mkdir((folder / "blind").c_str(), 0700), 0);
   support::Child powerless([&] {
     if (::chdir((folder / "blind").c_str()) != 0 || ::chmod(".", 0) != 0) return 1;
-    if (asRoot() && !support::giveUpPowers()) return 2;
+    if (asRoot() && !support::dropCapabilities()) return 2;
     return utilCreateDirectoryPath("a/b", false) ? 3 : 0;
   });
   EXPECT_EQ(powerless.wait(), 0);

@@ -7,10 +7,10 @@
 
 #include "nativeutils/Files.h"
 #include "tests/nativeutils/FileSystemTest.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
-#include "tests/support/Powers.h"
 #include "tests/support/Trees.h"
 
 namespace {
@@ -60,7 +60,7 @@ TEST_F(OwnerTest, LogsEveryFailureAndFoldersTwice) {
     giveAway(folder / "t");
     giveAway(folder / "t/file");
     if (::chmod((folder / "t").c_str(), 0755) != 0) return 2;
-    return support::giveUpPowers() && utilChown(folder / "t/") ? 0 : 3;
+    return support::dropCapabilities() && utilChown(folder / "t/") ? 0 : 3;
   });
   EXPECT_EQ(powerless.wait(), 0);
   EXPECT_THAT(logged(), ElementsAre(couldNotChange(folder / "t/", kNotPermitted),

@@ -24,7 +24,7 @@ class RaiseWindowTest : public nativeutils_test::LoggedTest {
   RaiseWindowTest() { fakeDesktop = FakeDesktop{}; }
 
   void TearDown() override {
-    EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); }));
+    EXPECT_TRUE(support::becomesTrue([] { return !support::hasChildren(); }));
   }
 
   static void* mustNotRun(void*) {

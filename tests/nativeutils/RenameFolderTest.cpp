@@ -234,7 +234,7 @@ TEST_F(RenameFolderTest, KeepsBothObjectsIfTheTargetIsUndeletable) {
               ElementsAre(replacing, denied(app + "/closed/file"), "ERROR Failed to delete the backup file: " + app));
 }
 
-TEST_F(RenameFolderTest, KeepsTheTargetIfTheSourceIsReadOnly) {
+TEST_F(RenameFolderTest, KeepsTheTargetOfAReadOnlySource) {
   makeApp(app, "current");
   makeFolder(t + "/closed");
   makeApp(t + "/closed/new", "new");

@@ -14,13 +14,13 @@
 
 #include "nativeutils/NativeUtils.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Environment.h"
 #include "tests/support/FakeConsoleUser.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"
 #include "tests/support/Mounts.h"
-#include "tests/support/Powers.h"
 
 namespace {
 
@@ -157,7 +157,7 @@ class SharedFolderTest : public SystemFoldersTest {
   std::optional<std::string> sharedFolder(TmpFolder tmp = TmpFolder::kWritable) const {
     const support::Shared<std::array<char, 200>> shared;
     const auto query = [&] {
-      if (!support::giveUpPowers()) return 1;
+      if (!support::dropCapabilities()) return 1;
       std::string path = "previous";
       const bool found = utilGetUSFPath(path);
       ((found ? "" : "(false) ") + path).copy(shared->data(), shared->size() - 1);

@@ -10,10 +10,10 @@
 #include "nativeutils/NativeUtils.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
 #include "tests/platform/FakeFileSystem.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
-#include "tests/support/Powers.h"
 
 namespace {
 
@@ -95,7 +95,7 @@ TEST_F(SystemVolumesTest, RejectsALoopOfLinks) {
 TEST_F(SystemVolumesTest, RejectsAFolderWithoutSearchPermission) {
   ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0), 0);
   support::Child child([&] {
-    if (!support::giveUpPowers()) return 2;
+    if (!support::dropCapabilities()) return 2;
     return volumeOf(folder / "closed/file") == "(false) previous" ? 0 : 1;
   });
   EXPECT_EQ(child.wait(), 0);

@@ -15,10 +15,10 @@
 #include <string>
 
 #include "platform/TreeRemoval.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
-#include "tests/support/Powers.h"
 #include "tests/support/Trees.h"
 
 namespace {
@@ -171,7 +171,7 @@ TEST_F(AtomicFileTest, AcceptsTheLongestPath) {
 TEST_F(AtomicFileTest, NeedsNoReadAccessToTheFolder) {
   ASSERT_EQ(::mkdir((folder / "closed").c_str(), 0300), 0);
   support::Child powerless(
-      [&] { return support::giveUpPowers() && writeFileAtomically(folder / "closed/file", "x") ? 0 : 1; });
+      [&] { return support::dropCapabilities() && writeFileAtomically(folder / "closed/file", "x") ? 0 : 1; });
   EXPECT_EQ(powerless.wait(), 0);
   EXPECT_EQ(support::contentsOf(folder / "closed/file"), "x");
 }

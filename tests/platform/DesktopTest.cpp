@@ -163,7 +163,7 @@ class Listener {
   Listener& operator=(const Listener&) = delete;
 
   bool hasReceived() const {
-    return support::comesTrue([this] {
+    return support::becomesTrue([this] {
       g_main_context_iteration(nullptr, FALSE);
       return received_;
     });
@@ -297,9 +297,9 @@ class OpenUrlTest : public testing::Test {
 TEST_F(OpenUrlTest, StartsTheHandlerOfTheScheme) {
   const Variable display("DISPLAY", ":98");
   EXPECT_TRUE(platform::openUrl("svotest:a%20b?c"));
-  EXPECT_TRUE(support::comesTrue([&] { return std::filesystem::exists(opened); }));
+  EXPECT_TRUE(support::becomesTrue([&] { return std::filesystem::exists(opened); }));
   EXPECT_EQ(support::contentsOf(opened), "svotest:a%20b?c");
-  EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); }));
+  EXPECT_TRUE(support::becomesTrue([] { return !support::hasChildren(); }));
   std::filesystem::remove(opened);
 }
 
@@ -310,7 +310,7 @@ TEST_F(OpenUrlTest, StartsTheHandlerDespiteASilentBus) {
   const auto start = std::chrono::steady_clock::now();
   EXPECT_TRUE(platform::openUrl("svotest:late"));
   EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
-  EXPECT_TRUE(support::comesTrue([&] { return std::filesystem::exists(opened); }));
+  EXPECT_TRUE(support::becomesTrue([&] { return std::filesystem::exists(opened); }));
   EXPECT_EQ(support::contentsOf(opened), "svotest:late");
   std::filesystem::remove(opened);
 }

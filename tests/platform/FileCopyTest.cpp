@@ -17,11 +17,11 @@
 #include "platform/FileCopy.h"
 #include "platform/FileKind.h"
 #include "platform/UniqueFd.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Interruptions.h"
 #include "tests/support/Mounts.h"
-#include "tests/support/Powers.h"
 
 namespace {
 
@@ -101,7 +101,7 @@ TEST_F(AttributeCopyTest, ClearsTheSpecialBitsWithoutTheOwner) {
   ASSERT_EQ(::chown(from.c_str(), 4711, 4712), 0);
   ASSERT_EQ(::chmod(from.c_str(), 06755), 0);
   support::Child powerless([&] {
-    if (!support::giveUpPowers()) return 1;
+    if (!support::dropCapabilities()) return 1;
     return copied().empty() ? 0 : 2;
   });
   EXPECT_EQ(powerless.wait(), 0);
@@ -220,7 +220,7 @@ TEST_F(AttributeCopyTest, KeepsAnExistingFile) {
 TEST_F(AttributeCopyTest, FailsForAnUnreadableFile) {
   ASSERT_EQ(::chmod(from.c_str(), 0), 0);
   support::Child powerless([&] {
-    if (!support::giveUpPowers()) return 1;
+    if (!support::dropCapabilities()) return 1;
     return copied() == "Permission denied: " + from ? 0 : 2;
   });
   EXPECT_EQ(powerless.wait(), 0);

@@ -15,10 +15,10 @@
 #include <vector>
 
 #include "platform/Path.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
-#include "tests/support/Powers.h"
 #include "tests/support/Trees.h"
 
 namespace {
@@ -125,7 +125,7 @@ TEST_F(FileTreeTest, VisitsAnUnreadableFolderAsFtsDoes) {
   makeFolder(folder / "t/closed");
   ASSERT_EQ(::chmod((folder / "t/closed").c_str(), 0), 0);
   support::Child powerless([&] {
-    if (!support::giveUpPowers()) return 1;
+    if (!support::dropCapabilities()) return 1;
     return pathsByWalk(folder / "t") == pathsByFts(folder / "t") && pathsByWalk(folder / "t").size() == 4 ? 0 : 2;
   });
   EXPECT_EQ(powerless.wait(), 0);

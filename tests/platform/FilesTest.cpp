@@ -67,7 +67,7 @@ TEST(PathLockTest, IsReleasedByAKilledHolder) {
     const PathLock lock(folder.path());
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return isLocked(folder.path()); }));
+  ASSERT_TRUE(support::becomesTrue([&] { return isLocked(folder.path()); }));
   holder.kill();
   holder.wait();
   EXPECT_FALSE(isLocked(folder.path()));

@@ -15,9 +15,9 @@
 #include <thread>
 
 #include "platform/UniqueFd.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
-#include "tests/support/Powers.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ class ProcessesTest : public testing::Test {
  protected:
   // No child process is left after the background waits.
   void TearDown() override {
-    EXPECT_TRUE(support::comesTrue([] { return !support::hasChildren(); }));
+    EXPECT_TRUE(support::becomesTrue([] { return !support::hasChildren(); }));
   }
 
   static Task shell(const std::string& script) {
@@ -182,7 +182,7 @@ TEST_F(ProcessesTest, BackgroundWaitKeepsOtherChildren) {
     ASSERT_TRUE(process);
     platform::waitForTaskInBackground(*process);
   }
-  EXPECT_TRUE(support::comesTrue([&] {
+  EXPECT_TRUE(support::becomesTrue([&] {
     siginfo_t ended{};
     return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == own.id();
   }));
@@ -221,7 +221,7 @@ TEST(ProcessListTest, AnEndedProcessHasNoProgram) {
 // Waits until the arguments of a process begin with a text: they are empty until its program runs.
 bool hasArguments(pid_t process, const std::string& beginning) {
   const std::string arguments = "/proc/" + std::to_string(process) + "/cmdline";
-  return support::comesTrue([&] { return support::contentsOf(arguments).rfind(beginning, 0) == 0; });
+  return support::becomesTrue([&] { return support::contentsOf(arguments).rfind(beginning, 0) == 0; });
 }
 
 TEST(ProcessListTest, ReturnsTheFirstArgumentOfAnUnreadableProgram) {
@@ -249,7 +249,7 @@ TEST(ProcessListTest, DoesNotTrustArgumentsWhenRoot) {
   });
   ASSERT_TRUE(hasArguments(pretender.id(), "pretended"));
   support::Child child([&] {
-    if (!support::giveUpPowers()) return 2;
+    if (!support::dropCapabilities()) return 2;
     return platform::programOf(pretender.id()).empty() ? 0 : 1;
   });
   EXPECT_EQ(child.wait(), 0);

@@ -69,7 +69,7 @@ TEST_F(SemaphoreSetTest, TakeReportsARemovedSet) {
 
 TEST_F(SemaphoreSetTest, RemovalEndsABlockedTake) {
   support::Child waiting([&] { return set.take(0) ? 1 : SemaphoreSet::wasRemoved(errno) ? 0 : 2; });
-  ASSERT_TRUE(support::comesTrue([&] { return support::waitersOn(id, 0) == 1; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return support::waitersOn(id, 0) == 1; }));
   set.remove();
   EXPECT_EQ(waiting.wait(), 0);
 }
@@ -82,9 +82,9 @@ TEST_F(SemaphoreSetTest, ASignalDoesNotEndABlockedTake) {
     return set.take(0) ? 0 : 1;
   });
   for (int signals = 0; signals < 5; ++signals) {
-    ASSERT_TRUE(support::comesTrue([&] { return support::waitersOn(id, 0) == 1; }));
+    ASSERT_TRUE(support::becomesTrue([&] { return support::waitersOn(id, 0) == 1; }));
     waiting.send(SIGUSR1);
-    ASSERT_TRUE(support::comesTrue([&] { return *caught == signals + 1; }));
+    ASSERT_TRUE(support::becomesTrue([&] { return *caught == signals + 1; }));
   }
   set.change(0, +1, 0);
   EXPECT_EQ(waiting.wait(), 0);
@@ -96,7 +96,7 @@ TEST_F(SemaphoreSetTest, AKilledHolderReleasesItsTake) {
     set.take(0);
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return set.value(0) == 0; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return set.value(0) == 0; }));
   holder.kill();
   EXPECT_TRUE(set.take(0));
 }
@@ -106,7 +106,7 @@ TEST_F(SemaphoreSetTest, AKilledHolderReleasesABlockedTake) {
     set.take(0);
     return ::pause();
   });
-  ASSERT_TRUE(support::comesTrue([&] { return support::waitersOn(id, 0) == 1; }));
+  ASSERT_TRUE(support::becomesTrue([&] { return support::waitersOn(id, 0) == 1; }));
   set.change(0, +1, 0);
   ASSERT_EQ(set.value(0), 0);
   holder.kill();

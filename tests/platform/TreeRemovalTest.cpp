@@ -15,10 +15,10 @@
 #include "platform/Failure.h"
 #include "platform/FileKind.h"
 #include "platform/UniqueFd.h"
+#include "tests/support/Capabilities.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
 #include "tests/support/Mounts.h"
-#include "tests/support/Powers.h"
 #include "tests/support/Trees.h"
 
 namespace {
@@ -100,7 +100,7 @@ TEST_F(TreeRemovalTest, ContinuesAfterAFailureAndReturnsTheFirst) {
   }
   ASSERT_EQ(::chmod((folder / "t/b").c_str(), 0500), 0);
   support::Child powerless([&] {
-    if (!support::giveUpPowers()) return 1;
+    if (!support::dropCapabilities()) return 1;
     return platform::removeTree(folder / "t") == "Permission denied: " + folder / "t/b/file" ? 0 : 2;
   });
   EXPECT_EQ(powerless.wait(), 0);
@@ -114,7 +114,7 @@ TEST_F(TreeRemovalTest, RemovesAnUnreadableFolderOnlyIfEmpty) {
   ASSERT_EQ(::chmod((folder / "empty").c_str(), 0), 0);
   ASSERT_EQ(::chmod((folder / "full").c_str(), 0), 0);
   support::Child powerless([&] {
-    if (!support::giveUpPowers()) return 1;
+    if (!support::dropCapabilities()) return 1;
     if (platform::removeTree(folder / "empty")) return 2;
     return platform::removeTree(folder / "full") == "Permission denied: " + folder / "full" ? 0 : 3;
   });
@@ -128,7 +128,7 @@ TEST_F(TreeRemovalTest, KeepsTheContentsOfAnUndeletableFolder) {
   support::writeFile(folder / "closed/t/file", "");
   ASSERT_EQ(::chmod((folder / "closed").c_str(), 0500), 0);
   support::Child powerless([&] {
-    if (!support::giveUpPowers()) return 1;
+    if (!support::dropCapabilities()) return 1;
     return platform::removeTree(folder / "closed/t") == "Permission denied: " + folder / "closed/t" ? 0 : 2;
   });
   EXPECT_EQ(powerless.wait(), 0);

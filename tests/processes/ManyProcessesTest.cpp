@@ -20,8 +20,8 @@ using processes::KilledWriters;
 using processes::LogLines;
 using processes::Rotator;
 using processes::Writers;
+using support::becomesTrue;
 using support::Child;
-using support::comesTrue;
 
 constexpr int kFileFlagNumber = 2147483547;
 constexpr int kFileLockNumber = 11;
@@ -35,7 +35,7 @@ class ManyProcessesTest : public testing::Test {
   }
 
   bool logReachesMaxSize() const {
-    return comesTrue([&] { return std::filesystem::file_size(file) >= kMaxLogSize; });
+    return becomesTrue([&] { return std::filesystem::file_size(file) >= kMaxLogSize; });
   }
 
   // Returns how many more lines each of four writers must write so that the file exceeds the size by a quarter.
@@ -105,7 +105,7 @@ void killDuringRotation(const std::string& logs, std::chrono::microseconds later
     const Rotator rotator(logs);
     return ::pause();
   });
-  ASSERT_TRUE(comesTrue([&] { return support::namesIn(logs).size() > before; }));
+  ASSERT_TRUE(becomesTrue([&] { return support::namesIn(logs).size() > before; }));
   const auto moment = std::chrono::steady_clock::now() + later;
   while (std::chrono::steady_clock::now() < moment)
     ::sched_yield();
@@ -150,7 +150,7 @@ class KilledHolderTest : public ManyProcessesTest {
       *holds = flag.startFileOperation() && lock.wait();
       return ::pause();
     });
-    EXPECT_TRUE(comesTrue([this] { return holds->load(); }));
+    EXPECT_TRUE(becomesTrue([this] { return holds->load(); }));
     return process;
   }
 
@@ -176,7 +176,7 @@ TEST_F(KilledHolderTest, DeathOfTheHolderWakesAWaiter) {
   for (int round = 0; round < 5; ++round) {
     Child killed = holder();
     Child waiter([this] { return flag.startFileOperation() && lock.wait() ? 0 : 1; });
-    ASSERT_TRUE(comesTrue([this] { return support::waitersOn(flag.semid, 1) == 1; }));
+    ASSERT_TRUE(becomesTrue([this] { return support::waitersOn(flag.semid, 1) == 1; }));
     killed.kill();
     EXPECT_EQ(waiter.wait(), 0);
   }

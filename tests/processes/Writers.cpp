@@ -10,8 +10,8 @@
 namespace processes {
 namespace {
 
+using support::becomesTrue;
 using support::Child;
-using support::comesTrue;
 
 // `logInfo` cuts a message after 1022 characters, `sendMessageToTARNLogger` does not.
 void writeLine(const std::string& message) {
@@ -27,7 +27,7 @@ void writeLines(const std::string& writer, int lines, Acknowledged& acknowledged
                 const std::function<bool(int)>& mayWrite) {
   Logger::getInstance()->setLogLevel(Log_Level_Info, nullptr, nullptr);
   for (int sequence = 1; sequence <= lines; ++sequence) {
-    if (!comesTrue([&] { return mayWrite(sequence); })) return;
+    if (!becomesTrue([&] { return mayWrite(sequence); })) return;
     writeLine(messageOf(writer, sequence));
     acknowledged = sequence;
   }
@@ -56,7 +56,7 @@ Writers::Writers(int count, int linesEach) : linesEach_(linesEach) {
 
 bool Writers::waitUntilDone() const {
   const int expected = std::min(allowed(), linesEach_);
-  return comesTrue([&] {
+  return becomesTrue([&] {
     for (std::size_t writer = 0; writer < processes_.size(); ++writer) {
       if ((*acknowledged_)[writer] < expected) return false;
     }
@@ -89,13 +89,14 @@ void KilledWriters::add() {
     writeLines(nameOfKilledWriter(writer), kLinesEach, acknowledgedBy(writer), [](int) { return true; });
     return ::pause();
   });
-  EXPECT_TRUE(comesTrue([&] { return acknowledgedBy(writer) > 0; })) << nameOfKilledWriter(writer) << " is stuck";
+  EXPECT_TRUE(becomesTrue([&] { return acknowledgedBy(writer) > 0; })) << nameOfKilledWriter(writer) << " is stuck";
 }
 
 void KilledWriters::killOne() {
   const int writer = killed_++;
   const int enough = std::uniform_int_distribution<int>(1, kLinesEach)(random_);
-  EXPECT_TRUE(comesTrue([&] { return acknowledgedBy(writer) >= enough; })) << nameOfKilledWriter(writer) << " is stuck";
+  EXPECT_TRUE(becomesTrue([&] { return acknowledgedBy(writer) >= enough; }))
+      << nameOfKilledWriter(writer) << " is stuck";
   Child& process = processes_[static_cast<std::size_t>(writer)];
   process.kill();
   process.wait();

@@ -88,7 +88,7 @@ class Run : public PromptTest {
     bus_.reset();
     while (!lastProcesses().empty()) {
       const pid_t last = lastProcesses().front();
-      if (!outlive(last)) return run->standardError() + "soak: process " + std::to_string(last) + " does not end\n";
+      if (!waitForExit(last)) return run->standardError() + "soak: process " + std::to_string(last) + " does not end\n";
     }
     return run->standardError() + unchecked_;
   }
@@ -220,15 +220,15 @@ class Run : public PromptTest {
   std::string passwordPrompt() {
     site.serve("/signin", tools::Answer{401, "", {{"WWW-Authenticate", "Basic realm=\"staff\""}}});
     start();
-    untilSheetHangs();
+    untilPromptIsShown();
     screen.close(window().id);
     return kWindowClosed;
   }
 
   std::string openDialog() {
-    startOn("<script>onload = async () => { await frames(3); await tell('asking'); prompt('Your code?') }</script>");
-    untilTold("asking");
-    untilSheetHangs();
+    startOn("<script>onload = async () => { await frames(3); await report('asking'); prompt('Your code?') }</script>");
+    untilReported("asking");
+    untilPromptIsShown();
     screen.close(window().id);
     return kWindowClosed;
   }

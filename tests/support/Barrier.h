@@ -25,7 +25,7 @@ class Barrier {
   // Returns false if the other processes have not arrived after 30 seconds.
   bool wait() {
     arrive();
-    return comesTrue([this] { return isComplete(); });
+    return becomesTrue([this] { return isComplete(); });
   }
 
  private:

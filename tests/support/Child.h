@@ -97,7 +97,7 @@ inline bool hasChildren() {
 }
 
 // Waits until the condition is true. Returns false after 30 seconds.
-inline bool comesTrue(const std::function<bool()>& condition) {
+inline bool becomesTrue(const std::function<bool()>& condition) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (!condition()) {
     if (std::chrono::steady_clock::now() > deadline) return false;

@@ -106,7 +106,7 @@ TEST_F(LauncherTest, StartsTheProgramWithItsArguments) {
   const LaunchResult launch = launchInForeground(path, {"a b", "", "\xC3\xA4\""});
   EXPECT_TRUE(launch.launched);
   EXPECT_FALSE(launch.failure);
-  EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "done") == "a b||\xC3\xA4\"|"; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::contentsOf(folder / "done") == "a b||\xC3\xA4\"|"; }));
 }
 
 TEST_F(LauncherTest, FailsWithoutAnActivationEvent) {

@@ -19,7 +19,7 @@ class PlatformTest : public testing::Test {
 
 // Waits until all children have ended and all task objects are released. Returns false after a timeout.
 inline bool waitForTasks() {
-  return support::comesTrue([] { return !support::hasChildren() && doubles::unreleasedObjects().empty(); });
+  return support::becomesTrue([] { return !support::hasChildren() && doubles::unreleasedObjects().empty(); });
 }
 
 }  // namespace macos_test

@@ -93,7 +93,7 @@ TEST_F(ProgramsTest, TheWatcherReceivesTheProcessId) {
   };
   EXPECT_TRUE(utilCreateProcess("/bin/sh", {"-c", "echo $$ >\"$0\"", folder / "number"}, false, watcher));
   const std::string number = std::to_string(received.get_future().get());
-  EXPECT_TRUE(support::comesTrue([&] { return support::contentsOf(folder / "number") == number + "\n"; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return support::contentsOf(folder / "number") == number + "\n"; }));
 }
 
 TEST_F(ProgramsTest, FailsIfOutOfMemoryForATask) {

@@ -142,7 +142,7 @@ TEST_F(TasksTest, ManyTasksLeaveNoProcessesOrDescriptors) {
     platform::waitForTaskInBackground(*process);
   }
   EXPECT_TRUE(macos_test::waitForTasks());
-  EXPECT_TRUE(support::comesTrue([&] { return openFiles() <= before; }));
+  EXPECT_TRUE(support::becomesTrue([&] { return openFiles() <= before; }));
 }
 
 TEST_F(TasksTest, ConcurrentTasksReportTheirOwnExitStatus) {
