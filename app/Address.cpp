@@ -21,8 +21,8 @@ constexpr std::string_view kCredentials[] = {
     "passwd",      "pwd",          "pin",      "otp",           "key",   "sig",       "signature",
 };
 
-template <std::size_t N>
-bool hasOneOf(const std::string_view (&schemes)[N], const std::string& address) {
+template <std::size_t size>
+bool hasOneOf(const std::string_view (&schemes)[size], const std::string& address) {
   return std::any_of(std::begin(schemes), std::end(schemes), [&](auto scheme) { return hasScheme(address, scheme); });
 }
 

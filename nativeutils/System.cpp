@@ -106,5 +106,5 @@ bool utilIs64Bit() {
   using platform::Architecture;
   const std::vector<Architecture> all = platform::executableArchitectures();
   return std::any_of(all.begin(), all.end(),
-                     [](Architecture item) { return item == Architecture::kX86_64 || item == Architecture::kPpc64; });
+                     [](Architecture item) { return item == Architecture::kX64 || item == Architecture::kPpc64; });
 }

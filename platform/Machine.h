@@ -10,7 +10,7 @@
 
 namespace platform {
 
-enum class Architecture { kX86, kX86_64, kPpc, kPpc64, kOther };
+enum class Architecture { kX86, kX64, kPpc, kPpc64, kOther };
 
 // Returns the folder of the running executable, or on macOS the ".app" folder of an application; "" if it is unknown.
 // Does not depend on the working folder.

@@ -29,7 +29,7 @@ Architecture architectureOf(unsigned machine, unsigned char elfClass) {
     case EM_386:
       return Architecture::kX86;
     case EM_X86_64:
-      return elfClass == ELFCLASS64 ? Architecture::kX86_64 : Architecture::kOther;
+      return elfClass == ELFCLASS64 ? Architecture::kX64 : Architecture::kOther;
     case EM_PPC:
       return Architecture::kPpc;
     case EM_PPC64:

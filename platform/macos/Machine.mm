@@ -15,7 +15,7 @@ Architecture architectureOf(NSInteger number) {
     case NSBundleExecutableArchitectureI386:
       return Architecture::kX86;
     case NSBundleExecutableArchitectureX86_64:
-      return Architecture::kX86_64;
+      return Architecture::kX64;
     case NSBundleExecutableArchitecturePPC:
       return Architecture::kPpc;
     case NSBundleExecutableArchitecturePPC64:

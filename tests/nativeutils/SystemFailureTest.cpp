@@ -125,7 +125,7 @@ TEST_F(SystemFailureTest, SelfPathFailsWithoutABundle) {
 }
 
 TEST_F(SystemFailureTest, ReportsTwoArchitecturesAs64Bit) {
-  EXPECT_TRUE(is64Bit({Architecture::kX86, Architecture::kX86_64}));
+  EXPECT_TRUE(is64Bit({Architecture::kX86, Architecture::kX64}));
   EXPECT_TRUE(is64Bit({Architecture::kPpc64}));
   EXPECT_FALSE(is64Bit({Architecture::kX86, Architecture::kPpc, Architecture::kOther}));
   EXPECT_FALSE(is64Bit({}));

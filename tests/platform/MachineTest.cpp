@@ -108,7 +108,7 @@ TEST(BundleTest, ReadsTheArchitectureFromTheElfHeader) {
     support::writeFile(folder / "program", header);
     return platform::architecturesOf(folder / "program");
   };
-  EXPECT_EQ(architecture(2, 1, 62), std::vector{Architecture::kX86_64});
+  EXPECT_EQ(architecture(2, 1, 62), std::vector{Architecture::kX64});
   EXPECT_EQ(architecture(1, 1, 62), std::vector{Architecture::kOther}) << "x32";
   EXPECT_EQ(architecture(1, 1, 3), std::vector{Architecture::kX86});
   EXPECT_EQ(architecture(1, 2, 20), std::vector{Architecture::kPpc});

@@ -30,7 +30,7 @@ TEST_F(BundleTest, OfAnApplicationIsItsAppFolder) {
 TEST_F(BundleTest, ReportsTheArchitecturesOfTheExecutable) {
   doubles::mainBundle.architectures = {0x7, 0x1000007, 0x12, 0x1000012, 0x100000C};
   EXPECT_EQ(platform::executableArchitectures(),
-            (std::vector{Architecture::kX86, Architecture::kX86_64, Architecture::kPpc, Architecture::kPpc64,
+            (std::vector{Architecture::kX86, Architecture::kX64, Architecture::kPpc, Architecture::kPpc64,
                          Architecture::kOther}));
 }
 
