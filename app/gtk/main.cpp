@@ -8,6 +8,7 @@
 #include "app/ResultChannel.h"
 #include "app/gtk/Application.h"
 #include "app/gtk/DisplayWatch.h"
+#include "app/gtk/Environment.h"
 #include "app/gtk/Sandbox.h"
 #include "app/gtk/StartUp.h"
 #include "applog/Logger.h"
@@ -46,7 +47,8 @@ void setIcon() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  prepareStandardStreams();
+  prepareEnvironment();
+  prepareDescriptors();
 
   // Before the log: a process that a signal ends leaves its user count in the log's locks.
   static TerminationSignals signals;
@@ -54,7 +56,7 @@ int main(int argc, char** argv) {
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
-  configureLibraries();
+  prepareLocale();
   SandboxTrial sandbox;
 
   // GTK would parse the program's arguments, so it gets none.
