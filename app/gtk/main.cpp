@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "app/AbnormalEnd.h"
 #include "app/CommandLine.h"
 #include "app/ResultChannel.h"
 #include "app/gtk/Application.h"
@@ -21,7 +22,9 @@ constexpr char kProgramName[] = "svo-signin";
 // The launcher gets the same message as for missing options.
 int reportMissingDisplay() {
   std::string none;
-  (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(kOptionsMissing, none));
+  if (claimMessage()) {
+    (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(kOptionsMissing, none));
+  }
   std::fprintf(stderr, "%s: cannot open a display; set DISPLAY or WAYLAND_DISPLAY\n", kProgramName);
   return 1;
 }
@@ -49,12 +52,15 @@ void setIcon() {
 int main(int argc, char** argv) {
   prepareEnvironment();
   prepareDescriptors();
+  forbidCoreFiles();
 
   // Before the log: a process that a signal ends leaves its user count in the log's locks.
   static TerminationSignals signals;
 
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
+
+  reportAbnormalEnd(CommandLine::GetInstance()->pipe_name, removeSandboxFiles);
 
   prepareLocale();
   SandboxTrial sandbox;

@@ -1,4 +1,4 @@
-// What WebKit's child processes inherit from the window: no descriptor, no debugging variable.
+// What WebKit's child processes inherit from the window: no descriptor, no debugging variable, no core file.
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <sstream>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -87,6 +88,20 @@ TEST_P(ChildrenTest, InheritNoDebuggingVariable) {
     for (const char* const variable : kDebuggingVariables)
       EXPECT_EQ(environment.find('\0' + std::string(variable) + '='), std::string::npos) << variable;
     EXPECT_EQ(environment.find('\0' + std::string(kEngineOptionPrefix)), std::string::npos);
+  }
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_P(ChildrenTest, WriteNoCoreFile) {
+  options.wrapper = {"/bin/sh", "-c", "ulimit -c unlimited; exec \"$@\"", "sh"};
+  startWithChildren();
+  children_["the window"] = run->pid();
+  for (const auto& [name, process] : children_) {
+    std::istringstream limits(textOf(folderOf(process) / "limits"));
+    std::string line;
+    while (std::getline(limits, line) && line.rfind("Max core file size", 0) != 0) {
+    }
+    EXPECT_THAT(line, testing::MatchesRegex("Max core file size +0 +0 +bytes *")) << name;
   }
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
