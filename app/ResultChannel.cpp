@@ -23,6 +23,12 @@ const char* entityFor(char c) {
   }
 }
 
+// A device is never changed: if the super-user names /dev/null, a new mode of it would break every user's programs.
+bool isPipeOrFile(const std::string& path) {
+  struct stat item {};
+  return ::stat(path.c_str(), &item) == 0 && (S_ISFIFO(item.st_mode) || S_ISREG(item.st_mode));
+}
+
 }  // namespace
 
 void EncodeXMLData(std::string& text) {
@@ -47,7 +53,7 @@ std::string ConstructOutputString(int code, std::string& url) {
 }
 
 bool WriteFIFO(const std::string& pipePath, const std::string& message) {
-  if (::chmod(pipePath.c_str(), 0644) != 0) return false;
+  if (!isPipeOrFile(pipePath) || ::chmod(pipePath.c_str(), 0644) != 0) return false;
 
   const int pipe = ::open(pipePath.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
   if (pipe < 0) return false;

@@ -35,4 +35,7 @@ std::string ConstructOutputString(int code, std::string& url);
 // - Returns true if every byte was written. A message longer than the pipe's buffer (64 KiB on Linux) is cut;
 //   the result is then false.
 // - The message is lost when no process has the pipe open: the launcher opens its end before it starts the window.
+// - A regular file is written at its start and not truncated. For anything else, such as a device or a folder, returns
+//   false and changes nothing.
+// - Async-signal-safe.
 bool WriteFIFO(const std::string& pipePath, const std::string& message);

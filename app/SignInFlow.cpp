@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "app/AbnormalEnd.h"
 #include "app/Address.h"
 #include "app/CommandLine.h"
 #include "app/SpinnerPage.h"
@@ -134,7 +135,7 @@ void SignInFlow::applyEnterpriseLayout() {
 bool SignInFlow::report(ResultCode code, std::string address) {
   if (ended_) return false;
   ended_ = true;
-  (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(code, address));
+  if (claimMessage()) (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(code, address));
   return true;
 }
 

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "logging/Helpers.h"
+#include "platform/CloseOnExec.h"
 #include "platform/Machine.h"
 #include "platform/PathLock.h"
 
@@ -70,6 +71,7 @@ bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
   handle.clear();
   handle.open(filePath, std::ios::out | std::ios::app);
   if (!handle.is_open()) return false;
+  platform::closeFileOnExec(filePath);
 
   if (!existed && ::chmod(filePath.c_str(), 0666) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));

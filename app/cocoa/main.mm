@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "app/AbnormalEnd.h"
 #include "app/CommandLine.h"
 #include "applog/Logger.h"
 
@@ -35,12 +36,14 @@ bool parseOptions() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  forbidCoreFiles();
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
 
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   const bool parsed = parseOptions();
   [pool release];
   if (!parsed) return 0;
+  reportAbnormalEnd(CommandLine::GetInstance()->pipe_name);
 
   return NSApplicationMain(argc, const_cast<const char**>(argv));
 }

@@ -1,15 +1,17 @@
 #include "app/gtk/Sandbox.h"
 
+#include <dirent.h>
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
+#include <cstring>
 #include <initializer_list>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "app/gtk/Glib.h"
@@ -18,6 +20,14 @@ namespace {
 
 constexpr int kFirstTimeoutSeconds = 2;
 constexpr int kSecondTimeoutSeconds = 4;
+constexpr char kSandboxFile[] = "/bwrapinfo.json";
+
+struct SandboxFiles {
+  std::string folder;
+  std::string prefix;  // of the subfolders of this process
+};
+
+SandboxFiles sandboxFiles;
 
 bool isInstalled(const char* program) {
   return Owned<char, g_free>(g_find_program_in_path(program)) != nullptr;
@@ -65,21 +75,30 @@ GPid start(const std::vector<std::string>& command, int* output) {
 
 }  // namespace
 
+// Makes system calls only.
 void removeSandboxFiles() {
-  const std::string folder = std::string(g_get_user_runtime_dir()) + "/.flatpak";
-  const std::string prefix = "webkit-" + std::to_string(::getpid()) + "-";
-  std::error_code error;
-  std::filesystem::directory_iterator entry(folder, error);
-  for (; entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    if (entry->path().filename().string().rfind(prefix, 0) != 0) continue;
-    (void)std::filesystem::remove(entry->path() / "bwrapinfo.json", error);
-    (void)std::filesystem::remove(entry->path(), error);
+  const int folder = ::open(sandboxFiles.folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder == -1) return;
+  alignas(dirent64) char entries[4096];
+  for (ssize_t size = 0; (size = ::getdents64(folder, entries, sizeof entries)) > 0;) {
+    for (ssize_t at = 0; at < size;) {
+      const auto* const entry = reinterpret_cast<const dirent64*>(entries + at);
+      at += entry->d_reclen;
+      const std::string& prefix = sandboxFiles.prefix;
+      if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) != 0) continue;
+      char file[sizeof entry->d_name + sizeof kSandboxFile];
+      (void)::stpcpy(::stpcpy(file, entry->d_name), kSandboxFile);
+      (void)::unlinkat(folder, file, 0);
+      (void)::unlinkat(folder, entry->d_name, AT_REMOVEDIR);
+    }
   }
+  (void)::close(folder);
 }
 
 // WebKit also needs xdg-dbus-proxy for the session bus. It does not make a compositor's socket outside the runtime
 // folder available in the sandbox.
 SandboxTrial::SandboxTrial() {
+  sandboxFiles = {std::string(g_get_user_runtime_dir()) + "/.flatpak", "webkit-" + std::to_string(::getpid()) + "-"};
   const char* const compositor = g_getenv("WAYLAND_DISPLAY");
   if (compositor != nullptr && g_path_is_absolute(compositor)) {
     failure_ = "WAYLAND_DISPLAY names a socket outside the runtime folder";

@@ -11,7 +11,8 @@
 #include <optional>
 #include <string>
 
-// Removes the files that WebKit leaves in the user's runtime folder, one for each sandboxed process. For atexit().
+// Removes the files that WebKit leaves in the user's runtime folder, one for each sandboxed process. Does nothing
+// before the first `SandboxTrial`. Async-signal-safe.
 void removeSandboxFiles();
 
 class SandboxTrial {

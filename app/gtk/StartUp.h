@@ -1,5 +1,5 @@
-// What the program does before it opens a display, in this order: `prepareStandardStreams`, `TerminationSignals`,
-// `configureLibraries`. Main thread.
+// What the program does before it opens a display, in this order: `prepareDescriptors`, `TerminationSignals`,
+// `prepareLocale`. Main thread.
 
 #pragma once
 
@@ -9,12 +9,13 @@
 #include <functional>
 
 // Opens /dev/null for each closed standard descriptor, so that no file opened later receives what a library prints.
-// Ignores SIGPIPE, so that printing to a closed pipe does not end the program.
-void prepareStandardStreams();
+// Child processes inherit no other descriptor of the launcher. Ignores SIGPIPE, so that printing to a closed pipe does
+// not end the program.
+void prepareDescriptors();
 
-// Keeps libraries from leaving files behind and from giving others access to the pages. Sets the user's locale for
-// characters and messages only: numbers and times in the shared log file must not depend on it.
-void configureLibraries();
+// Sets the user's locale for characters and messages only: numbers and times in the shared log file must not depend on
+// it.
+void prepareLocale();
 
 // Turns SIGTERM, SIGINT and SIGHUP into a call on the GLib main loop.
 //

@@ -4,10 +4,12 @@
 #include <cstdlib>
 #include <string>
 
+#include "app/AbnormalEnd.h"
 #include "app/CommandLine.h"
 #include "app/ResultChannel.h"
 #include "app/gtk/Application.h"
 #include "app/gtk/DisplayWatch.h"
+#include "app/gtk/Environment.h"
 #include "app/gtk/Sandbox.h"
 #include "app/gtk/StartUp.h"
 #include "applog/Logger.h"
@@ -20,7 +22,9 @@ constexpr char kProgramName[] = "svo-signin";
 // The launcher gets the same message as for missing options.
 int reportMissingDisplay() {
   std::string none;
-  (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(kOptionsMissing, none));
+  if (claimMessage()) {
+    (void)WriteFIFO(CommandLine::GetInstance()->pipe_name, ConstructOutputString(kOptionsMissing, none));
+  }
   std::fprintf(stderr, "%s: cannot open a display; set DISPLAY or WAYLAND_DISPLAY\n", kProgramName);
   return 1;
 }
@@ -46,7 +50,9 @@ void setIcon() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  prepareStandardStreams();
+  prepareEnvironment();
+  prepareDescriptors();
+  forbidCoreFiles();
 
   // Before the log: a process that a signal ends leaves its user count in the log's locks.
   static TerminationSignals signals;
@@ -54,7 +60,9 @@ int main(int argc, char** argv) {
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
-  configureLibraries();
+  reportAbnormalEnd(CommandLine::GetInstance()->pipe_name, removeSandboxFiles);
+
+  prepareLocale();
   SandboxTrial sandbox;
 
   // GTK would parse the program's arguments, so it gets none.

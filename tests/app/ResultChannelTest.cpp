@@ -10,6 +10,9 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/UniqueFd.h"
+#include "tests/support/Files.h"
+
 namespace {
 
 // The runtime of UBSan, built with ASan here, writes to pipes of its own to test addresses.
@@ -147,10 +150,29 @@ TEST_F(ResultPipe, OverwritesTheStartOfARegularFile) {
   EXPECT_EQ(mode(), 0644u);
 }
 
-TEST_F(ResultPipe, FailsForAFolder) {
+TEST_F(ResultPipe, DoesNotTouchAFolder) {
   ASSERT_EQ(::mkdir(path_.c_str(), 0700), 0);
   EXPECT_FALSE(WriteFIFO(path_, "x"));
+  EXPECT_EQ(mode(), 0700u);
   ASSERT_EQ(::rmdir(path_.c_str()), 0);
+}
+
+// A terminal is a device that every user may create.
+TEST_F(ResultPipe, DoesNotTouchADevice) {
+  const platform::UniqueFd terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  ASSERT_TRUE(terminal);
+  ASSERT_EQ(::grantpt(terminal.get()), 0);
+  ASSERT_EQ(::unlockpt(terminal.get()), 0);
+  const std::string device = ::ptsname(terminal.get());
+  ASSERT_EQ(::chmod(device.c_str(), 0620), 0);
+
+  EXPECT_FALSE(WriteFIFO(device, "x"));
+  ASSERT_EQ(::symlink(device.c_str(), path_.c_str()), 0);
+  EXPECT_FALSE(WriteFIFO(path_, "x"));
+
+  EXPECT_EQ(support::modeOf(device), 0620u);
+  char byte = 0;
+  EXPECT_EQ(::read(terminal.get(), &byte, 1), -1);
 }
 
 TEST_F(ResultPipe, TakesAnAddressOf60Kilobytes) {

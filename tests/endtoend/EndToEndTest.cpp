@@ -1,6 +1,7 @@
 #include "tests/endtoend/EndToEndTest.h"
 
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -96,6 +97,13 @@ std::string EndToEndTest::messageOfARun() {
 std::string EndToEndTest::messageAfterClosing() {
   screen.close(window().id);
   return message();
+}
+
+void EndToEndTest::replaceBwrap(const std::string& script) {
+  std::filesystem::create_directory(temporary("bin"));
+  std::ofstream(temporary("bin/bwrap")) << "#!/bin/sh\n" << script << "\n";
+  std::filesystem::permissions(temporary("bin/bwrap"), std::filesystem::perms::owner_all);
+  options.environment["PATH"] = temporary("bin").string() + ":" + std::getenv("PATH");
 }
 
 ScreenWindow EndToEndTest::window() {

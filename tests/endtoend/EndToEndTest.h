@@ -73,6 +73,9 @@ class EndToEndTest : public testing::Test {
   // Closes the window and returns the message: kWindowClosed, unless the run had already ended.
   std::string messageAfterClosing();
 
+  // The program finds this shell script first in its search path for bwrap.
+  void replaceBwrap(const std::string& script);
+
   ScreenWindow window();
   void click();  // at the center of the window
 

@@ -25,6 +25,16 @@ std::string messageOf(const std::string& line) {
   return line.substr(at);
 }
 
+std::vector<std::string> filesIn(const std::filesystem::path& folder) {
+  std::vector<std::string> files;
+  if (!std::filesystem::exists(folder)) return files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    files.push_back(entry.path().lexically_relative(folder));
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
 }  // namespace
 
 std::filesystem::path homeFolder() {
@@ -34,13 +44,11 @@ std::filesystem::path homeFolder() {
 }
 
 std::vector<std::string> filesInHome() {
-  const std::filesystem::path home = homeFolder();
-  std::vector<std::string> files;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(home)) {
-    files.push_back(entry.path().lexically_relative(home));
-  }
-  std::sort(files.begin(), files.end());
-  return files;
+  return filesIn(homeFolder());
+}
+
+std::vector<std::string> sandboxFiles() {
+  return filesIn(std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / ".flatpak");
 }
 
 std::filesystem::path logFile() {

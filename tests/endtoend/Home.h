@@ -16,6 +16,9 @@ std::filesystem::path homeFolder();
 //   {"Library", "Library/Logs", "Library/Logs/Kelvo.log"}
 std::vector<std::string> filesInHome();
 
+// Returns the files and folders in which WebKit describes its sandboxed processes.
+std::vector<std::string> sandboxFiles();
+
 std::filesystem::path logFile();
 std::vector<std::string> logLines();
 

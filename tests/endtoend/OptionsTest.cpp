@@ -1,14 +1,18 @@
 // The window's input at its start: the six options, the pipe, unknown arguments, and the locale.
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <ostream>
 #include <string>
 
+#include "platform/UniqueFd.h"
 #include "tests/endtoend/EndToEndTest.h"
 
 namespace endtoend {
@@ -96,6 +100,20 @@ TEST_F(OptionsTest, AFolderAsPipeEndsTheSignIn) {
   std::filesystem::create_directory(temporary("folder"));
   options.pipe = temporary("folder");
   EXPECT_EQ(messageOfARun(), "");
+}
+
+// A terminal is a device that every user may create.
+TEST_F(OptionsTest, ADeviceAsPipeIsNotTouched) {
+  const platform::UniqueFd terminal(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  ASSERT_EQ(grantpt(terminal.get()), 0);
+  ASSERT_EQ(unlockpt(terminal.get()), 0);
+  options.pipe = ptsname(terminal.get());
+  std::filesystem::permissions(*options.pipe, std::filesystem::perms::owner_all);
+  EXPECT_EQ(messageOfARun(), "");
+  EXPECT_TRUE(site.wasAsked("GET /done"));
+  EXPECT_EQ(modeOf(*options.pipe), 0700u);
+  char byte = 0;
+  EXPECT_EQ(read(terminal.get(), &byte, 1), -1);
 }
 
 TEST_F(OptionsTest, ToolkitArgumentsAreIgnored) {

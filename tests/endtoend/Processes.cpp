@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/sem.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -80,6 +81,11 @@ std::vector<int> semaphoreSets() {
     if (id != -1) sets.push_back(id);
   }
   return sets;
+}
+
+void removeSemaphoreSets() {
+  for (const int id : semaphoreSets())
+    semctl(id, 0, IPC_RMID);
 }
 
 }  // namespace endtoend

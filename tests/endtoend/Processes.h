@@ -24,4 +24,7 @@ bool waitForExit(pid_t orphan);
 // Returns the existing System V semaphore sets of this home's log. Sets of other programs are ignored.
 std::vector<int> semaphoreSets();
 
+// Removes these sets. For processes that end without releasing them.
+void removeSemaphoreSets();
+
 }  // namespace endtoend

@@ -1,5 +1,7 @@
 // Sites with certificates of a private authority, reached through the system's proxy.
 
+#include <filesystem>
+
 #include "tests/endtoend/Certificate.h"
 #include "tests/endtoend/EndToEndTest.h"
 #include "tests/endtoend/Proxy.h"
@@ -47,6 +49,13 @@ TEST_F(TrustedTest, ATrustedSiteLoads) {
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
   EXPECT_THAT(secure.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
   EXPECT_THAT(proxy.asked(), testing::Each("CONNECT signin.example:443"));
+}
+
+TEST_F(TrustedTest, NoTlsKeyIsWrittenToDisk) {
+  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  options.environment["SSLKEYLOGFILE"] = temporary("keys");
+  EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
+  EXPECT_FALSE(std::filesystem::exists(temporary("keys")));
 }
 
 TEST_F(TrustedTest, AnUntrustedSiteDoesNotLoad) {

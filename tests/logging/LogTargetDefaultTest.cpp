@@ -52,9 +52,29 @@ bool isOpen(const std::string& path) {
   return false;
 }
 
+// Returns the number of this process's descriptors of the file that a started program would inherit.
+int inheritable(const std::string& path) {
+  int count = 0;
+  std::error_code ignored;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    if (std::filesystem::read_symlink(entry, ignored) != path) continue;
+    const int flags = ::fcntl(std::stoi(entry.path().filename()), F_GETFD);
+    count += (flags & FD_CLOEXEC) == 0 ? 1 : 0;
+  }
+  return count;
+}
+
 TEST_F(FileTargetTest, UnregisteredTargetDoesNotWrite) {
   log(tarn::FATAL, "text");
   EXPECT_EQ(support::contentsOf(file), "");
+}
+
+TEST_F(WritingTest, StartedProgramsDoNotInheritTheFile) {
+  ASSERT_TRUE(isOpen(file));
+  EXPECT_EQ(inheritable(file), 0);
+  ASSERT_TRUE(target.setLogFile("Other.log", folder.path().c_str()));
+  ASSERT_TRUE(isOpen(folder / "Other.log"));
+  EXPECT_EQ(inheritable(folder / "Other.log"), 0);
 }
 
 TEST_F(FileTargetTest, TargetWithoutPathUsesLogFolder) {

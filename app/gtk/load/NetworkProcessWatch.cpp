@@ -15,6 +15,9 @@
 
 namespace {
 
+constexpr guint kRetryMilliseconds = 20;
+constexpr int kMaxTries = 3000;
+
 bool isNetworkProcess(pid_t process) {
   return std::filesystem::path(platform::programOf(process)).filename() == "WebKitNetworkProcess";
 }
@@ -35,12 +38,26 @@ std::optional<pid_t> findNetworkProcess() {
 }  // namespace
 
 void NetworkProcessWatch::start() {
-  if (process_ != -1) return;
+  tries_ = 0;
+  if (source_ == 0) watch();
+}
+
+void NetworkProcessWatch::watch() {
   const std::optional<pid_t> process = findNetworkProcess();
-  if (!process) return;
+  if (!process) {
+    if (++tries_ < kMaxTries) source_ = g_timeout_add(kRetryMilliseconds, onRetry, this);
+    return;
+  }
   // Several releases of glibc declare pidfd_open without C linkage.
   process_ = static_cast<int>(::syscall(SYS_pidfd_open, *process, 0));
   if (process_ != -1) source_ = g_unix_fd_add(process_, G_IO_IN, onReadable, this);
+}
+
+gboolean NetworkProcessWatch::onRetry(gpointer self) {
+  auto* const watch = static_cast<NetworkProcessWatch*>(self);
+  watch->source_ = 0;
+  watch->watch();
+  return G_SOURCE_REMOVE;
 }
 
 // A pidfd is readable once its process has ended.

@@ -146,6 +146,7 @@ void Page::connectSignals() {
 
 void Page::loadHTML(const std::string& html) {
   webkit_web_view_load_html(view_, html.c_str(), spinnerHTMLBaseURL.c_str());
+  networkProcess_.start();
 }
 
 // The sign-in page follows the program's own page. WebKit ignores an address that is not UTF-8; its text is not logged.
@@ -214,7 +215,6 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
     self->updateSite(event.address);
     self->prompts_.declineAll();
   }
-  if (event.kind == Kind::kFinished) self->networkProcess_.start();  // a page has been loaded, so the process exists
   self->report(event);
 }
 

@@ -1,0 +1,115 @@
+// Abnormal ends of the window: crashes, child processes that die while they start, and exhausted limits. Each writes
+// one message.
+
+#include <signal.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/Processes.h"
+#include "tests/support/Child.h"
+
+namespace endtoend {
+namespace {
+
+using testing::AnyOf;
+
+class CrashTest : public EndToEndTest {
+ protected:
+  // A page that does not arrive, so that nothing else ends the run.
+  CrashTest() { site.hold("/signin"); }
+  ~CrashTest() override { removeSemaphoreSets(); }
+
+  std::string messageOfTheEnd() {
+    until("the end", [this] { return run->ended(); });
+    return pipe.text();
+  }
+
+  void limit(const std::string& what) {
+    options.wrapper = {"/bin/sh", "-c", "ulimit " + what + " && exec \"$@\"", "sh"};
+  }
+};
+
+class CrashSignalTest : public CrashTest, public testing::WithParamInterface<int> {};
+
+TEST_P(CrashSignalTest, WritesOneMessage) {
+  start();
+  untilRequested("/signin");
+  run->signal(GetParam());
+  EXPECT_EQ(messageOfTheEnd(), kLoadFailed);
+  EXPECT_EQ(run->exitStatus(), std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, CrashSignalTest,
+                         testing::Values(SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGQUIT, SIGSEGV, SIGSYS, SIGTRAP),
+                         [](const auto& each) { return std::string("SIG") + sigabbrev_np(each.param); });
+
+TEST_F(CrashTest, LeavesNoFileAndNoProcess) {
+  adoptOrphans();
+  const std::vector<pid_t> before = childrenOfThisProcess();
+  start();
+  untilRequested("/signin");
+  run->signal(SIGSEGV);
+  EXPECT_EQ(messageOfTheEnd(), kLoadFailed);
+  for (const pid_t child : childrenOfThisProcess()) {
+    const bool isOurs = std::find(before.begin(), before.end(), child) != before.end();
+    EXPECT_TRUE(isOurs || waitForExit(child)) << child;
+  }
+  EXPECT_THAT(filesInHome(), testing::ElementsAre("Library", "Library/Logs", "Library/Logs/Kelvo.log"));
+  EXPECT_THAT(sandboxFiles(), testing::IsEmpty());
+}
+
+class DyingChildTest : public CrashTest, public testing::WithParamInterface<std::tuple<const char*, int>> {};
+
+// In the sandbox the library cannot be loaded.
+TEST_P(DyingChildTest, EndsTheRunWithOneMessage) {
+  const auto& [program, milliseconds] = GetParam();
+  replaceBwrap("exit 1");
+  options.environment["LD_PRELOAD"] = std::string(std::getenv("LD_PRELOAD")) + ":" + SVO_DYING_CHILD;
+  options.environment["SVO_DYING_CHILD"] = program;
+  options.environment["SVO_DYING_AFTER"] = std::to_string(milliseconds);
+  start();
+  EXPECT_EQ(messageOfTheEnd(), kLoadFailed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Processes, DyingChildTest,
+                         testing::Combine(testing::Values("WebKitNetworkProcess", "WebKitWebProcess"),
+                                          testing::Values(0, 5, 10, 20, 50, 100, 150, 200)),
+                         [](const auto& each) {
+                           return std::get<0>(each.param) + std::string("After") +
+                                  std::to_string(std::get<1>(each.param)) + "ms";
+                         });
+
+TEST_F(CrashTest, ADyingSandboxedProcessEndsTheRun) {
+  start();
+  std::optional<pid_t> process;
+  ASSERT_TRUE(
+      support::comesTrue([&] { return (process = descendantNamed(run->pid(), "WebKitWebProces")).has_value(); }));
+  kill(*process, SIGKILL);
+  EXPECT_EQ(messageOfTheEnd(), kLoadFailed);
+}
+
+class FewDescriptorsTest : public CrashTest, public testing::WithParamInterface<int> {};
+
+// Without a descriptor for the display, the display is missing.
+TEST_P(FewDescriptorsTest, EndTheRunWithOneMessage) {
+  limit("-n " + std::to_string(GetParam()));
+  start();
+  EXPECT_THAT(messageOfTheEnd(), AnyOf(kLoadFailed, kOptionsMissing)) << run->standardError();
+}
+
+INSTANTIATE_TEST_SUITE_P(Limits, FewDescriptorsTest, testing::Range(16, 25));
+
+TEST_F(CrashTest, LittleAddressSpaceEndsTheRunWithOneMessage) {
+  limit("-v 4194304");
+  start();
+  EXPECT_EQ(messageOfTheEnd(), kLoadFailed) << run->standardError();
+}
+
+}  // namespace
+}  // namespace endtoend
