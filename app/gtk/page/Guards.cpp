@@ -58,11 +58,17 @@ gboolean onQueryTooltip(GtkWidget* view, gint, gint, gboolean, GtkTooltip*, gpoi
   return FALSE;
 }
 
-// The list of a field above the page's area would cover the strip.
-gboolean onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, GdkRectangle* field, gpointer) {
-  if (field->y >= 0) return FALSE;
-  webkit_option_menu_close(menu);
-  return TRUE;
+gboolean cancelDrag(gpointer drag) {
+  gtk_drag_cancel(GDK_DRAG_CONTEXT(drag));
+  return G_SOURCE_REMOVE;
+}
+
+// A page chooses the image that follows the pointer, and what another program gets. GTK is still starting the drag:
+// it can be cancelled only afterward, before anything is drawn. Until then its window has no area.
+void onDragBegin(GtkWidget*, GdkDragContext* drag, gpointer) {
+  const Owned<cairo_region_t, cairo_region_destroy> nothing(cairo_region_create());
+  gdk_window_shape_combine_region(gdk_drag_context_get_drag_window(drag), nothing.get(), 0, 0);
+  g_idle_add_full(G_PRIORITY_HIGH, cancelDrag, g_object_ref(drag), g_object_unref);
 }
 
 // A page's own cursor image may be 128 pixels high and cover the strip while the pointer is in the page. A theme's
@@ -147,6 +153,7 @@ void connectGuards(WebKitWebView* view) {
   g_signal_connect(view, "enter-fullscreen", G_CALLBACK(gtk_true), nullptr);
   g_signal_connect(view, "context-menu", G_CALLBACK(onContextMenu), nullptr);
   g_signal_connect(view, "query-tooltip", G_CALLBACK(onQueryTooltip), nullptr);
-  g_signal_connect(view, "show-option-menu", G_CALLBACK(onOptionMenu), nullptr);
+  g_signal_connect(view, "drag-begin", G_CALLBACK(onDragBegin), nullptr);
+  g_signal_connect(view, "drag-failed", G_CALLBACK(gtk_true), nullptr);  // otherwise the image returns to its start
   g_signal_connect(view, "realize", G_CALLBACK(onRealize), nullptr);
 }

@@ -67,6 +67,19 @@ bool isDeliberate(const GdkEvent* event) {
   return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
 }
 
+// A press of the mouse, or a key that opens the list of a select field.
+bool opensList(const GdkEvent* event) {
+  guint key = 0;
+  (void)gdk_event_get_keyval(event, &key);
+  return isDeliberate(event) || key == GDK_KEY_Up || key == GDK_KEY_KP_Up || key == GDK_KEY_Down ||
+         key == GDK_KEY_KP_Down;
+}
+
+gboolean closeMenu(gpointer menu) {
+  webkit_option_menu_close(WEBKIT_OPTION_MENU(menu));
+  return G_SOURCE_REMOVE;
+}
+
 const char* nameOf(EditingCommand command) {
   switch (command) {
     case EditingCommand::kSelectAll:
@@ -97,6 +110,8 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
       context_(newContext(sandboxed)),
       content_(webkit_user_content_manager_new()),
       view_(newWebView(context_.get(), content_.get())),
+      cover_(view_, content_.get()),
+      options_(cover_.area(), widget()),
       idleTimer_([this] { tracker_.timedOut(); }),
       tracker_(flow, idleTimer_),
       networkProcess_([this] {
@@ -113,7 +128,8 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
 Page::~Page() {
   webkit_web_view_terminate_web_process(view_);
   prompts_.close();
-  gtk_widget_destroy(widget());
+  options_.close();
+  gtk_widget_destroy(area());
 }
 
 void Page::connectSignals() {
@@ -131,6 +147,7 @@ void Page::connectSignals() {
 
   g_signal_connect(view_, "script-dialog", G_CALLBACK(onScriptDialog), this);
   g_signal_connect(view_, "authenticate", G_CALLBACK(onAuthenticate), this);
+  g_signal_connect(view_, "show-option-menu", G_CALLBACK(onOptionMenu), this);
 
   for (const char* const input : {"key-press-event", "button-press-event", "touch-event"})
     g_signal_connect(view_, input, G_CALLBACK(onUserInput), this);
@@ -157,7 +174,8 @@ void Page::forbidScrolling() {
 }
 
 void Page::edit(EditingCommand command) {
-  if (gtk_widget_is_sensitive(widget())) webkit_web_view_execute_editing_command(view_, nameOf(command));
+  if (!gtk_widget_is_sensitive(widget())) return;
+  webkit_web_view_execute_editing_command(view_, nameOf(command));
 }
 
 void Page::zoomBy(double factor) {
@@ -204,6 +222,7 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
   const LoadEvent event{kindOf(step), addressOf(view), 0, {}};
   if (event.kind == Kind::kCommitted) {
     self->updateSite(event.address);
+    self->cover_.committed(event.address, self->site_.kind == Site::Kind::kNone);
     self->prompts_.declineAll();
   }
   if (event.kind == Kind::kFinished) self->networkProcess_.start();  // a page has been loaded, so the process exists
@@ -311,7 +330,18 @@ gboolean Page::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* reque
   return TRUE;
 }
 
+// A refused menu is closed later: WebKit does not yet wait for its end.
+gboolean Page::onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, GdkRectangle* field, Page* self) {
+  if (self->listPress_.take(g_get_monotonic_time())) {
+    self->options_.show(menu, *field);
+  } else {
+    g_idle_add_full(G_PRIORITY_DEFAULT, closeMenu, g_object_ref(menu), g_object_unref);
+  }
+  return TRUE;
+}
+
 gboolean Page::onUserInput(GtkWidget*, GdkEvent* event, Page* self) {
+  if (opensList(event)) self->listPress_.pressed(g_get_monotonic_time());
   if (isDeliberate(event)) {
     self->opened_.reset();
     self->prompts_.resetLimit();
