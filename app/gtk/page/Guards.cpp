@@ -4,11 +4,13 @@
 #include <string>
 
 #include "app/gtk/Glib.h"
+#include "app/gtk/page/ClipboardGuard.h"
 
 namespace {
 
 constexpr double kMaxAboveHotSpot = 16;
 constexpr int kMaxBubbleLines = 4;
+constexpr char kCopyingItems[] = "svo-copying-items";
 
 gboolean onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request, gpointer) {
   webkit_permission_request_deny(request);
@@ -30,6 +32,11 @@ gboolean onColorChooser(WebKitWebView*, WebKitColorChooserRequest* request, gpoi
   return TRUE;
 }
 
+bool copies(WebKitContextMenuItem* item) {
+  const WebKitContextMenuAction action = webkit_context_menu_item_get_stock_action(item);
+  return action == WEBKIT_CONTEXT_MENU_ACTION_COPY || action == WEBKIT_CONTEXT_MENU_ACTION_CUT;
+}
+
 bool isEditingItem(WebKitContextMenuItem* item) {
   switch (webkit_context_menu_item_get_stock_action(item)) {
     case WEBKIT_CONTEXT_MENU_ACTION_COPY:
@@ -45,12 +52,27 @@ bool isEditingItem(WebKitContextMenuItem* item) {
 }
 
 // Returning TRUE suppresses the menu.
-gboolean onContextMenu(WebKitWebView*, WebKitContextMenu* menu, GdkEvent*, WebKitHitTestResult*, gpointer) {
+gboolean onContextMenu(WebKitWebView* view, WebKitContextMenu* menu, GdkEvent*, WebKitHitTestResult*, gpointer) {
+  guint copying = 0;  // one bit for each remaining item
   for (guint i = webkit_context_menu_get_n_items(menu); i > 0; --i) {
     WebKitContextMenuItem* const item = webkit_context_menu_get_item_at_position(menu, i - 1);
-    if (!isEditingItem(item)) webkit_context_menu_remove(menu, item);
+    if (isEditingItem(item)) {
+      copying = copying << 1 | (copies(item) ? 1U : 0U);
+    } else {
+      webkit_context_menu_remove(menu, item);
+    }
   }
+  g_object_set_data(G_OBJECT(view), kCopyingItems, GUINT_TO_POINTER(copying));
   return webkit_context_menu_get_n_items(menu) == 0;
+}
+
+// WebKit offers no signal for the choice of an item in every version: its menu is a GTK menu with the same items.
+void watchCopying(GtkMenu* menu, GObject* view) {
+  const Owned<GList, g_list_free> items(gtk_container_get_children(GTK_CONTAINER(menu)));
+  guint copying = GPOINTER_TO_UINT(g_object_get_data(view, kCopyingItems));
+  for (const GList* item = items.get(); item != nullptr; item = item->next, copying >>= 1) {
+    if ((copying & 1) != 0) g_signal_connect(item->data, "activate", G_CALLBACK(permitCopy), nullptr);
+  }
 }
 
 gboolean onQueryTooltip(GtkWidget* view, gint, gint, gboolean, GtkTooltip*, gpointer) {
@@ -122,6 +144,9 @@ gboolean popDown(gpointer bubble) {
 // that does not fit into the page's area is hidden.
 gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer page) {
   GObject* const widget = G_OBJECT(g_value_get_object(values));
+  if (GTK_IS_MENU(widget) && gtk_menu_get_attach_widget(GTK_MENU(widget)) == page) {
+    watchCopying(GTK_MENU(widget), G_OBJECT(page));
+  }
   if (!GTK_IS_POPOVER(widget) || gtk_popover_get_relative_to(GTK_POPOVER(widget)) != page) return TRUE;
 
   shorten(GTK_WIDGET(widget), nullptr);

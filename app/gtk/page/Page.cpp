@@ -5,6 +5,8 @@
 
 #include "app/Address.h"
 #include "app/SpinnerPage.h"
+#include "app/gtk/KeyEvents.h"
+#include "app/gtk/page/ClipboardGuard.h"
 #include "app/gtk/page/Guards.h"
 #include "app/gtk/page/Settings.h"
 
@@ -175,6 +177,7 @@ void Page::forbidScrolling() {
 
 void Page::edit(EditingCommand command) {
   if (!gtk_widget_is_sensitive(widget())) return;
+  if (command == EditingCommand::kCopy || command == EditingCommand::kCut) permitCopy();
   webkit_web_view_execute_editing_command(view_, nameOf(command));
 }
 
@@ -342,6 +345,7 @@ gboolean Page::onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, G
 
 gboolean Page::onUserInput(GtkWidget*, GdkEvent* event, Page* self) {
   if (opensList(event)) self->listPress_.pressed(g_get_monotonic_time());
+  if (gdk_event_get_event_type(event) == GDK_KEY_PRESS && copies(event->key)) permitCopy();
   if (isDeliberate(event)) {
     self->opened_.reset();
     self->prompts_.resetLimit();
