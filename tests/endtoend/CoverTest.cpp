@@ -6,6 +6,7 @@
 
 #include "tests/endtoend/PageTest.h"
 #include "tests/endtoend/Proxy.h"
+#include "tests/endtoend/RawServer.h"
 
 namespace endtoend {
 namespace {
@@ -64,7 +65,12 @@ TEST_F(CoverTest, HidesThePageBeforeUntilTheNextPaints) {
   EXPECT_FALSE(showsThePageBefore());
 
   site.release("/style");
-  until("the other page", [&] { return picture().find(kOtherColor).has_value(); });
+  bool flashed = false;
+  until("the other page", [&] {
+    flashed = flashed || showsThePageBefore();
+    return picture().find(kOtherColor).has_value();
+  });
+  EXPECT_FALSE(flashed);
   screen.press(XK_y);
   untilReported("key y");
   EXPECT_THAT(reports(), Not(Contains("key x")));
@@ -87,6 +93,27 @@ TEST_F(CoverTest, EndsForAPageWithoutScripts) {
   leaveFor(kOtherAddress);
   until("the other page", [&] { return picture().find(kOtherColor).has_value(); });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+class IncompletePageTest : public PageTest {};
+
+TEST_F(IncompletePageTest, IsCoveredWithoutInput) {
+  const std::string padding(2000, ' ');  // the first kilobyte waits for more
+  const RawServer slow(
+      "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: 99999\r\n\r\n<script>"
+      "const tell = (what) => fetch('" +
+          site.address("/") +
+          "' + what, { mode: 'no-cors' }); onkeydown = () => tell('typed'); tell('begun')</script>" + padding,
+      false);
+  startOn("<body style='height: 550px'><script>onclick = () => { location.href = '" + slow.address() + "' }</script>");
+  untilPainted();
+  click();
+  untilRequested("/begun");
+  until("the cover", [&] { return !picture().find(kPageColor, 1).has_value(); });
+  screen.press(XK_x);
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+  EXPECT_FALSE(site.wasAsked("GET /typed"));
 }
 
 class DocumentTest : public CoverTest, public testing::WithParamInterface<Named> {};

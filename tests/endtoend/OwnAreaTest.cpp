@@ -134,7 +134,9 @@ TEST_P(DragTest, ShowsNoImage) {
     image.width = image.height = 600;
     image.getContext('2d').fillStyle = '#804020';
     image.getContext('2d').fillRect(0, 0, 600, 600);
-    ondragstart = (event) => event.dataTransfer.setDragImage(image, 300, 300);
+    ondragstart = (event) => {
+      event.dataTransfer.setData('text/plain', 'words');
+      event.dataTransfer.setDragImage(image, 300, 300) };
     ondragend = async () => { await frames(5); report('ended') };
   </script>)");
   untilPainted();
