@@ -226,6 +226,8 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
   if (event.kind == Kind::kCommitted) {
     self->updateSite(event.address);
     self->cover_.committed(event.address, self->site_.kind == Site::Kind::kNone);
+    self->options_.close();
+    self->listPress_ = {};  // it was meant for the page before
     self->prompts_.declineAll();
   }
   if (event.kind == Kind::kFinished) self->networkProcess_.start();  // a page has been loaded, so the process exists
