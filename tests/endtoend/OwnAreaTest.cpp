@@ -125,6 +125,17 @@ TEST_F(OwnAreaTest, ACalendarOpensInsideThePage) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+TEST_F(OwnAreaTest, ControlWClosesAWindowWithACalendar) {
+  startOn(
+      "<input type='date' style='position: fixed; top: 60px; left: 0; width: 200px; height: 40px'>"
+      "<script>onkeydown = () => document.querySelector('input').showPicker()</script>");
+  screen.press(XK_g);
+  until("the calendar", [&] { return picture().colourAt(100, kStripHeight + 180) != kPageColor; });
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
 class DragTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
 
 // While the button is down, the image that the page has chosen would follow the pointer over the strip and the screen.
