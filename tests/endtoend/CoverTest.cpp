@@ -141,5 +141,28 @@ INSTANTIATE_TEST_SUITE_P(
               "document.documentElement.replaceWith(it) }</script>"}),
     nameOf);
 
+class EmptyPageTest : public CoverTest, public testing::WithParamInterface<Named> {};
+
+// The page gets the focus when the cover is removed.
+TEST_P(EmptyPageTest, ReplacesThePageBefore) {
+  site.serve("/other", page("<script>onfocus = () => fetch('/focused')</script>" + std::string(GetParam().script)));
+  leaveFor(kOtherAddress);
+  untilRequested("/focused");
+  EXPECT_FALSE(showsThePageBefore());
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, EmptyPageTest,
+    testing::Values(Named{"NoContent", ""}, Named{"HiddenContent", "<style>html { display: none }</style>words"},
+                    Named{"TransparentContent",
+                          "<style>html, body { background: transparent; opacity: 0 }</style>words"},
+                    Named{"NoFrames", "<script>requestAnimationFrame = () => 0</script>"},
+                    Named{"ABusyScript",
+                          "words<script>requestAnimationFrame(() => {"
+                          "for (const end = Date.now() + 500; Date.now() < end;); })</script>"},
+                    Named{"ALayer", "<p style='will-change: transform; transform: rotate3d(1, 1, 1, 9deg)'>words"}),
+    nameOf);
+
 }  // namespace
 }  // namespace endtoend
