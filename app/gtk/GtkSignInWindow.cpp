@@ -27,11 +27,25 @@ void setFunctions(GtkWindow* window, GdkWMFunction functions) {
   gdk_window_set_functions(gtk_widget_get_window(GTK_WIDGET(window)), functions);
 }
 
+bool closesWindow(const GdkEvent* event) {
+  return event->type == GDK_DELETE ||
+         (event->type == GDK_KEY_PRESS && windowCommandOf(event->key) == WindowCommand::kClose);
+}
+
+// An open menu takes every key, and GTK drops requests to close a window behind it.
+void handleEvent(GdkEvent* event, gpointer window) {
+  GtkWidget* const grabber = gtk_grab_get_current();
+  if (!GTK_IS_MENU_SHELL(grabber) || !closesWindow(event)) return gtk_main_do_event(event);
+  gtk_menu_shell_cancel(GTK_MENU_SHELL(grabber));
+  gtk_window_close(GTK_WINDOW(window));
+}
+
 }  // namespace
 
 GtkSignInWindow::GtkSignInWindow() : window_(GTK_WINDOW(gtk_window_new(GTK_WINDOW_TOPLEVEL))) {}
 
 GtkSignInWindow::~GtkSignInWindow() {
+  gdk_event_handler_set([](GdkEvent* event, gpointer) { gtk_main_do_event(event); }, nullptr, nullptr);
   page_.reset();
   gtk_widget_destroy(GTK_WIDGET(window_));
 }
@@ -42,12 +56,13 @@ void GtkSignInWindow::open(SignInFlow& flow, bool sandboxed) {
 
   GtkWidget* const content = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_box_pack_start(GTK_BOX(content), strip_.widget(), FALSE, FALSE, 0);
-  gtk_box_pack_start(GTK_BOX(content), page_->widget(), TRUE, TRUE, 0);
+  gtk_box_pack_start(GTK_BOX(content), page_->area(), TRUE, TRUE, 0);
   gtk_container_add(GTK_CONTAINER(overlay), content);
   gtk_container_add(GTK_CONTAINER(window_), GTK_WIDGET(overlay));
   gtk_widget_set_size_request(page_->widget(), kInitialWidth, kInitialWebViewHeight);
 
   g_signal_connect(window_, "key-press-event", G_CALLBACK(onKeyPress), this);
+  gdk_event_handler_set(handleEvent, window_, nullptr);
 
   gtk_window_set_title(window_, kInitialTitle);
   gtk_window_set_position(window_, GTK_WIN_POS_CENTER);

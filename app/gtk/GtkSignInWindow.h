@@ -2,6 +2,7 @@
 //
 // - Keys go to the window's own commands first, then to the page, then to the editing commands: Ctrl+W and Alt+F4 close
 //   the window, Ctrl with +, - and 0 zooms the page.
+// - A menu that is open does not keep the window from being closed.
 // - Frames have their origin at the bottom left; GTK's have it at the top left.
 // - On Wayland, which does not report window positions, the origin is always 0, 0 and moving does nothing.
 // Main thread only; needs an open display.

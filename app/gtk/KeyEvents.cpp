@@ -8,6 +8,7 @@
 namespace {
 
 constexpr char kBackTab[] = "\x19";  // the character of Shift+Tab on macOS
+constexpr unsigned long kIgnoredModifiers = kKeyCapsLock | kKeyNumericPad | kKeyFunction;
 
 bool isAsciiLetter(guint key) {
   return (key >= GDK_KEY_a && key <= GDK_KEY_z) || (key >= GDK_KEY_A && key <= GDK_KEY_Z);
@@ -79,8 +80,7 @@ unsigned long modifiersOf(const GdkEventKey& event) {
 }
 
 std::optional<WindowCommand> windowCommandOf(const GdkEventKey& event) {
-  constexpr unsigned long kIgnored = kKeyCapsLock | kKeyNumericPad | kKeyFunction;
-  const unsigned long modifiers = modifiersOf(event) & ~kIgnored;
+  const unsigned long modifiers = modifiersOf(event) & ~kIgnoredModifiers;
   if (modifiers == kKeyOption && event.keyval == GDK_KEY_F4) return WindowCommand::kClose;
   const bool isZoomIn = event.keyval == GDK_KEY_plus || event.keyval == GDK_KEY_KP_Add || event.keyval == GDK_KEY_equal;
   if ((modifiers & ~kKeyShift) == kKeyCommand && isZoomIn) return WindowCommand::kZoomIn;
@@ -99,5 +99,23 @@ std::optional<WindowCommand> windowCommandOf(const GdkEventKey& event) {
       return WindowCommand::kZoomReset;
     default:
       return std::nullopt;
+  }
+}
+
+bool copies(const GdkEventKey& event) {
+  const unsigned long modifiers = modifiersOf(event) & ~kIgnoredModifiers;
+  switch (plainKeyOf(event)) {
+    case GDK_KEY_c:
+    case GDK_KEY_C:
+    case GDK_KEY_x:
+    case GDK_KEY_X:
+    case GDK_KEY_Insert:
+    case GDK_KEY_KP_Insert:
+      return modifiers == kKeyCommand;
+    case GDK_KEY_Delete:
+    case GDK_KEY_KP_Delete:
+      return modifiers == kKeyShift;
+    default:
+      return false;
   }
 }

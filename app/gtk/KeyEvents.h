@@ -20,3 +20,7 @@ unsigned long modifiersOf(const GdkEventKey& event);
 enum class WindowCommand { kClose, kZoomIn, kZoomOut, kZoomReset };
 
 std::optional<WindowCommand> windowCommandOf(const GdkEventKey& event);
+
+// Whether WebKit copies or cuts when the page does not use the key.
+//   Ctrl+C, Ctrl+X, Ctrl+Insert, Shift+Delete  => true
+bool copies(const GdkEventKey& event);

@@ -81,8 +81,7 @@ void Prompts::declineAll() {
 }
 
 std::deque<Prompts::Entry> Prompts::clear() {
-  entries_.clear();
-  if (frame_ != nullptr) gtk_widget_destroy(std::exchange(frame_, nullptr));
+  removeFrame();
   return std::exchange(queue_, {});
 }
 
@@ -173,10 +172,17 @@ GtkWidget* Prompts::addButtons(bool canBeDeclined) {
 // Shows the next prompt before the reply is sent: the receiver may request another one.
 void Prompts::removeFirst() {
   queue_.pop_front();
-  entries_.clear();
-  gtk_widget_destroy(std::exchange(frame_, nullptr));
+  removeFrame();
   if (!queue_.empty()) return build(queue_.front().prompt);
   enablePage();
+}
+
+// GTK redraws the place of the frame, but not that of its shadow.
+void Prompts::removeFrame() {
+  entries_.clear();
+  if (frame_ == nullptr) return;
+  gtk_widget_destroy(std::exchange(frame_, nullptr));
+  gtk_widget_queue_draw(GTK_WIDGET(overlay_));
 }
 
 void Prompts::enablePage() {

@@ -72,6 +72,7 @@ class Prompts {
   GtkWidget* addButtons(bool canBeDeclined);  // returns the accept button
   std::deque<Entry> clear();
   void removeFirst();
+  void removeFrame();
   void enablePage();
   void reply(bool accepted);
 

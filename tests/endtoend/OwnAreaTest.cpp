@@ -118,17 +118,6 @@ INSTANTIATE_TEST_SUITE_P(
                           "height: 100px'><datalist id='them'><option>a<option>b</datalist>"}),
     nameOf);
 
-TEST_F(OwnAreaTest, ASelectInThePageOpensItsList) {
-  startOn(
-      "<select style='position: fixed; left: 0; top: 60px; width: 200px; height: 40px'>"
-      "<option>a<option>b</select>");
-  clickAt(100, 80);
-  until("the list", [&] { return screen.windows().size() > 1; });
-  screen.press(XK_Escape);
-  until("the end of the list", [&] { return screen.windows().size() == 1; });
-  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-}
-
 TEST_F(OwnAreaTest, ACalendarOpensInsideThePage) {
   startOnAndRecordStrip(
       "<input type='date' style='position: fixed; top: -60px; left: 0; width: 200px; height: 40px'>"
@@ -139,9 +128,55 @@ TEST_F(OwnAreaTest, ACalendarOpensInsideThePage) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+TEST_F(OwnAreaTest, ControlWClosesAWindowWithACalendar) {
+  startOn(
+      "<input type='date' style='position: fixed; top: 60px; left: 0; width: 200px; height: 40px'>"
+      "<script>onkeydown = () => document.querySelector('input').showPicker()</script>");
+  screen.press(XK_g);
+  until("the calendar", [&] { return picture().colourAt(100, kStripHeight + 180) != kPageColor; });
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+class DragTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
+
+// While the button is down, the image that the page has chosen would follow the pointer over the strip and the screen.
+TEST_P(DragTest, ShowsNoImage) {
+  startOn(std::string("<body style='height: 550px'>") + GetParam().script + R"(<script>
+    const image = document.createElement('canvas');
+    image.width = image.height = 600;
+    image.getContext('2d').fillStyle = '#804020';
+    image.getContext('2d').fillRect(0, 0, 600, 600);
+    ondragstart = (event) => {
+      event.dataTransfer.setData('text/plain', 'words');
+      event.dataTransfer.setDragImage(image, 300, 300) };
+    ondragend = async () => { await frames(5); report('ended') };
+  </script>)");
+  untilPainted();
+  const Area frame = window().frame;
+  screen.drag(frame.x + 60, frame.y + kStripHeight + 40, frame.x + 60, frame.y + 8);
+  untilReported("ended");
+  EXPECT_FALSE(screen.picture({0, 0, 1280, 1024}).find(0x804020, 1));
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+  screen.releaseButton();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, DragTest,
+    testing::Values(
+        Named{"AnElement",
+              "<div draggable='true' style='position: fixed; inset: 0 0 300px 0; background: #206040'></div>"},
+        Named{"ALink", "<a href='/x' style='position: fixed; inset: 0; font: 80px monospace'>link</a>"},
+        Named{"SelectedText",
+              "<p style='margin: 0; font: 80px monospace'>words</p><script>"
+              "getSelection().selectAllChildren(document.querySelector('p'))</script>"}),
+    nameOf);
+
 class CursorTest : public OwnAreaTest, public testing::WithParamInterface<int> {};
 
-TEST_P(CursorTest, ALargeCursorImageIsNotShown) {
+TEST_P(CursorTest, ImagesOfAPageAreNotShown) {
   startOn("<body style='height: 550px'><script>const size = " + std::to_string(GetParam()) + R"(;
     const image = document.createElement('canvas');
     image.width = image.height = size;
@@ -158,7 +193,7 @@ TEST_P(CursorTest, ALargeCursorImageIsNotShown) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-INSTANTIATE_TEST_SUITE_P(Pixels, CursorTest, testing::Values(64, 128));
+INSTANTIATE_TEST_SUITE_P(Pixels, CursorTest, testing::Values(20, 64, 128));
 
 TEST_F(OwnAreaTest, NoTooltipsAreShown) {
   startOn(
@@ -170,6 +205,53 @@ TEST_F(OwnAreaTest, NoTooltipsAreShown) {
   untilReported("rested");
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OwnAreaTest, AClosedPromptLeavesNoTrace) {
+  startOnAndWatch("<script>onkeydown = () => { alert('Call us!'); frames(5).then(() => report('gone')) }</script>");
+  screen.press(XK_g);
+  until("the prompt", [&] { return picture().colourAt(340, 28) != kPageColor; });
+  screen.press(XK_Return);
+  untilReported("gone");
+  until("the page without a prompt", [&] { return picture().colourAt(340, 28) == kPageColor; });
+  expectTheStripAsItWas();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OwnAreaTest, NoScriptOpensAMenu) {
+  startOn(
+      "<input value='words' autofocus><script>const field = document.querySelector('input'); field.select();"
+      "let tries = 0; setInterval(() => {"
+      "  field.dispatchEvent(new MouseEvent('contextmenu', { bubbles: true, clientX: 20, clientY: 10, button: 2 }));"
+      "  if (++tries === 10) frames(5).then(() => report('tried')) }, 100)</script>");
+  untilReported("tried");
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+class MenuTest : public OwnAreaTest {
+ protected:
+  // Returns the window that the menu belongs to.
+  tools::WindowId openMenu() {
+    startOn("<input value='words' style='position: fixed; inset: 0; width: 680px; height: 550px'>");
+    const tools::WindowId id = window().id;
+    clickRightAt(100, 50);
+    until("the menu", [&] { return screen.windows().size() > 1; });
+    return id;
+  }
+};
+
+TEST_F(MenuTest, ControlWClosesAWindowWithAMenu) {
+  (void)openMenu();
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
+}
+
+TEST_F(MenuTest, TheButtonClosesAWindowWithAMenu) {
+  const auto id = openMenu();
+  screen.close(id);
+  EXPECT_EQ(message(), kWindowClosed);
 }
 
 TEST_F(OwnAreaTest, ThePageDoesNotSetTheWindowsTitle) {

@@ -1,5 +1,5 @@
-// A server on the loopback that sends fixed bytes in response to each connection's first request and closes the
-// connection. For malformed responses.
+// A server on the loopback that sends fixed bytes in response to each connection's first request. For malformed and
+// incomplete responses.
 
 #pragma once
 
@@ -13,8 +13,8 @@ namespace endtoend {
 
 class RawServer {
  public:
-  // Throws std::runtime_error if it cannot listen.
-  explicit RawServer(std::string answer);
+  // Throws std::runtime_error if it cannot listen. `closes`: closes the connection after the answer.
+  explicit RawServer(std::string answer, bool closes = true);
 
   RawServer(const RawServer&) = delete;
   RawServer& operator=(const RawServer&) = delete;
@@ -29,6 +29,7 @@ class RawServer {
   platform::Owned<GSocketService> service_;
   std::string base_;
   std::string answer_;
+  bool closes_;
 };
 
 }  // namespace endtoend

@@ -4,11 +4,13 @@
 #include <string>
 
 #include "app/gtk/Glib.h"
+#include "app/gtk/page/ClipboardGuard.h"
 
 namespace {
 
 constexpr double kMaxAboveHotSpot = 16;
 constexpr int kMaxBubbleLines = 4;
+constexpr char kCopyingItems[] = "svo-copying-items";
 
 gboolean onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request, gpointer) {
   webkit_permission_request_deny(request);
@@ -30,6 +32,11 @@ gboolean onColorChooser(WebKitWebView*, WebKitColorChooserRequest* request, gpoi
   return TRUE;
 }
 
+bool copies(WebKitContextMenuItem* item) {
+  const WebKitContextMenuAction action = webkit_context_menu_item_get_stock_action(item);
+  return action == WEBKIT_CONTEXT_MENU_ACTION_COPY || action == WEBKIT_CONTEXT_MENU_ACTION_CUT;
+}
+
 bool isEditingItem(WebKitContextMenuItem* item) {
   switch (webkit_context_menu_item_get_stock_action(item)) {
     case WEBKIT_CONTEXT_MENU_ACTION_COPY:
@@ -45,12 +52,27 @@ bool isEditingItem(WebKitContextMenuItem* item) {
 }
 
 // Returning TRUE suppresses the menu.
-gboolean onContextMenu(WebKitWebView*, WebKitContextMenu* menu, GdkEvent*, WebKitHitTestResult*, gpointer) {
+gboolean onContextMenu(WebKitWebView* view, WebKitContextMenu* menu, GdkEvent*, WebKitHitTestResult*, gpointer) {
+  guint copying = 0;  // one bit for each remaining item
   for (guint i = webkit_context_menu_get_n_items(menu); i > 0; --i) {
     WebKitContextMenuItem* const item = webkit_context_menu_get_item_at_position(menu, i - 1);
-    if (!isEditingItem(item)) webkit_context_menu_remove(menu, item);
+    if (isEditingItem(item)) {
+      copying = copying << 1 | (copies(item) ? 1U : 0U);
+    } else {
+      webkit_context_menu_remove(menu, item);
+    }
   }
+  g_object_set_data(G_OBJECT(view), kCopyingItems, GUINT_TO_POINTER(copying));
   return webkit_context_menu_get_n_items(menu) == 0;
+}
+
+// WebKit offers no signal for the choice of an item in every version: its menu is a GTK menu with the same items.
+void watchCopying(GtkMenu* menu, GObject* view) {
+  const Owned<GList, g_list_free> items(gtk_container_get_children(GTK_CONTAINER(menu)));
+  guint copying = GPOINTER_TO_UINT(g_object_get_data(view, kCopyingItems));
+  for (const GList* item = items.get(); item != nullptr; item = item->next, copying >>= 1) {
+    if ((copying & 1) != 0) g_signal_connect(item->data, "activate", G_CALLBACK(permitCopy), nullptr);
+  }
 }
 
 gboolean onQueryTooltip(GtkWidget* view, gint, gint, gboolean, GtkTooltip*, gpointer) {
@@ -58,11 +80,17 @@ gboolean onQueryTooltip(GtkWidget* view, gint, gint, gboolean, GtkTooltip*, gpoi
   return FALSE;
 }
 
-// The list of a field above the page's area would cover the strip.
-gboolean onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, GdkRectangle* field, gpointer) {
-  if (field->y >= 0) return FALSE;
-  webkit_option_menu_close(menu);
-  return TRUE;
+gboolean cancelDrag(gpointer drag) {
+  gtk_drag_cancel(GDK_DRAG_CONTEXT(drag));
+  return G_SOURCE_REMOVE;
+}
+
+// A page chooses the image that follows the pointer, and what another program gets. GTK is still starting the drag:
+// it can be cancelled only afterward, before anything is drawn. Until then its window has no area.
+void onDragBegin(GtkWidget*, GdkDragContext* drag, gpointer) {
+  const Owned<cairo_region_t, cairo_region_destroy> nothing(cairo_region_create());
+  gdk_window_shape_combine_region(gdk_drag_context_get_drag_window(drag), nothing.get(), 0, 0);
+  g_idle_add_full(G_PRIORITY_HIGH, cancelDrag, g_object_ref(drag), g_object_unref);
 }
 
 // A page's own cursor image may be 128 pixels high and cover the strip while the pointer is in the page. A theme's
@@ -116,6 +144,9 @@ gboolean popDown(gpointer bubble) {
 // that does not fit into the page's area is hidden.
 gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer page) {
   GObject* const widget = G_OBJECT(g_value_get_object(values));
+  if (GTK_IS_MENU(widget) && gtk_menu_get_attach_widget(GTK_MENU(widget)) == page) {
+    watchCopying(GTK_MENU(widget), G_OBJECT(page));
+  }
   if (!GTK_IS_POPOVER(widget) || gtk_popover_get_relative_to(GTK_POPOVER(widget)) != page) return TRUE;
 
   shorten(GTK_WIDGET(widget), nullptr);
@@ -147,6 +178,7 @@ void connectGuards(WebKitWebView* view) {
   g_signal_connect(view, "enter-fullscreen", G_CALLBACK(gtk_true), nullptr);
   g_signal_connect(view, "context-menu", G_CALLBACK(onContextMenu), nullptr);
   g_signal_connect(view, "query-tooltip", G_CALLBACK(onQueryTooltip), nullptr);
-  g_signal_connect(view, "show-option-menu", G_CALLBACK(onOptionMenu), nullptr);
+  g_signal_connect(view, "drag-begin", G_CALLBACK(onDragBegin), nullptr);
+  g_signal_connect(view, "drag-failed", G_CALLBACK(gtk_true), nullptr);  // otherwise the image returns to its start
   g_signal_connect(view, "realize", G_CALLBACK(onRealize), nullptr);
 }

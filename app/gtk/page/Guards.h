@@ -3,9 +3,9 @@
 // - Denied without a prompt: every permission (location, camera, microphone, notifications and others), file and color
 //   choosers, full screen, and printing, whose dialog would outlive the run.
 // - The context menu has only editing commands.
-// - Nothing that WebKit draws for a page can cover the strip: no tooltips, no large cursors; bubbles and lists stay
-//   below the strip.
-// - Nothing can be dropped on a page.
+// - Nothing that WebKit draws for a page can cover the strip: no tooltips, no large cursors; bubbles stay below the
+//   strip.
+// - Nothing can be dragged out of a page or dropped on it.
 // Main thread.
 
 #pragma once

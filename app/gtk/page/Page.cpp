@@ -5,6 +5,8 @@
 
 #include "app/Address.h"
 #include "app/SpinnerPage.h"
+#include "app/gtk/KeyEvents.h"
+#include "app/gtk/page/ClipboardGuard.h"
 #include "app/gtk/page/Guards.h"
 #include "app/gtk/page/Settings.h"
 
@@ -67,6 +69,19 @@ bool isDeliberate(const GdkEvent* event) {
   return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
 }
 
+// A press of the mouse, or a key that opens the list of a select field.
+bool opensList(const GdkEvent* event) {
+  guint key = 0;
+  (void)gdk_event_get_keyval(event, &key);
+  return isDeliberate(event) || key == GDK_KEY_Up || key == GDK_KEY_KP_Up || key == GDK_KEY_Down ||
+         key == GDK_KEY_KP_Down;
+}
+
+gboolean closeMenu(gpointer menu) {
+  webkit_option_menu_close(WEBKIT_OPTION_MENU(menu));
+  return G_SOURCE_REMOVE;
+}
+
 const char* nameOf(EditingCommand command) {
   switch (command) {
     case EditingCommand::kSelectAll:
@@ -104,6 +119,8 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
       context_(newContext(sandboxed)),
       content_(webkit_user_content_manager_new()),
       view_(newWebView(context_.get(), content_.get())),
+      cover_(view_, content_.get()),
+      options_(cover_.area(), widget()),
       idleTimer_([this] { tracker_.timedOut(); }),
       tracker_(flow, idleTimer_),
       networkProcess_([this] {
@@ -120,7 +137,8 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
 Page::~Page() {
   webkit_web_view_terminate_web_process(view_);
   prompts_.close();
-  gtk_widget_destroy(widget());
+  options_.close();
+  gtk_widget_destroy(area());
 }
 
 void Page::connectSignals() {
@@ -138,6 +156,7 @@ void Page::connectSignals() {
 
   g_signal_connect(view_, "script-dialog", G_CALLBACK(onScriptDialog), this);
   g_signal_connect(view_, "authenticate", G_CALLBACK(onAuthenticate), this);
+  g_signal_connect(view_, "show-option-menu", G_CALLBACK(onOptionMenu), this);
 
   for (const char* const input : {"key-press-event", "button-press-event", "touch-event"})
     g_signal_connect(view_, input, G_CALLBACK(onUserInput), this);
@@ -165,7 +184,9 @@ void Page::forbidScrolling() {
 }
 
 void Page::edit(EditingCommand command) {
-  if (gtk_widget_is_sensitive(widget())) webkit_web_view_execute_editing_command(view_, nameOf(command));
+  if (!gtk_widget_is_sensitive(widget())) return;
+  if (command == EditingCommand::kCopy || command == EditingCommand::kCut) permitCopy();
+  webkit_web_view_execute_editing_command(view_, nameOf(command));
 }
 
 void Page::zoomBy(double factor) {
@@ -213,6 +234,9 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
   const LoadEvent event{kindOf(step), addressOf(view), 0, {}};
   if (event.kind == Kind::kCommitted) {
     self->updateSite(event.address);
+    self->cover_.committed(event.address, self->site_.kind == Site::Kind::kNone);
+    self->options_.close();
+    self->listPress_ = {};  // it was meant for the page before
     self->prompts_.declineAll();
   }
   self->report(event);
@@ -323,7 +347,19 @@ gboolean Page::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* reque
   return TRUE;
 }
 
+// A refused menu is closed later: WebKit does not yet wait for its end.
+gboolean Page::onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, GdkRectangle* field, Page* self) {
+  if (self->listPress_.take(g_get_monotonic_time())) {
+    self->options_.show(menu, *field);
+  } else {
+    g_idle_add_full(G_PRIORITY_DEFAULT, closeMenu, g_object_ref(menu), g_object_unref);
+  }
+  return TRUE;
+}
+
 gboolean Page::onUserInput(GtkWidget*, GdkEvent* event, Page* self) {
+  if (opensList(event)) self->listPress_.pressed(g_get_monotonic_time());
+  if (gdk_event_get_event_type(event) == GDK_KEY_PRESS && copies(event->key)) permitCopy();
   if (isDeliberate(event)) {
     self->opened_.reset();
     self->prompts_.resetLimit();

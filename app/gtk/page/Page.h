@@ -6,6 +6,7 @@
 // - A page that came over the network cannot navigate to a file of this machine.
 // - A page may open three addresses outside and show five prompts, and as many again after each click, Return or Space.
 //   Further requests are dropped.
+// - The list of a select field opens once for each click, Return, Space, Up or Down, inside the page's area.
 // - While a page is zoomed in, its main frame can be scrolled; otherwise parts of it would be out of reach.
 // Main thread only; needs an open display.
 
@@ -26,6 +27,9 @@
 #include "app/gtk/load/LoadEvent.h"
 #include "app/gtk/load/LoadTracker.h"
 #include "app/gtk/load/NetworkProcessWatch.h"
+#include "app/gtk/page/Cover.h"
+#include "app/gtk/page/FreshPress.h"
+#include "app/gtk/page/OptionList.h"
 #include "app/gtk/page/PagePrompts.h"
 #include "app/gtk/page/RequestLimit.h"
 #include "app/gtk/page/Site.h"
@@ -40,8 +44,11 @@ class Page {
   Page(const Page&) = delete;
   Page& operator=(const Page&) = delete;
 
-  // The web view; the page destroys it.
+  // The web view.
   GtkWidget* widget() const { return GTK_WIDGET(view_); }
+
+  // The page's area of the window, which contains the web view; the page destroys it.
+  GtkWidget* area() const { return GTK_WIDGET(cover_.area()); }
 
   // Loads HTML text under `spinnerHTMLBaseURL`.
   void loadHTML(const std::string& html);
@@ -87,6 +94,8 @@ class Page {
 
   static gboolean onScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog, Page* self);
   static gboolean onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, Page* self);
+  static gboolean onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent* event, GdkRectangle* field,
+                               Page* self);
   static gboolean onUserInput(GtkWidget*, GdkEvent* event, Page* self);
 
   void connectSignals();
@@ -102,6 +111,9 @@ class Page {
   Owned<WebKitWebContext> context_;
   Owned<WebKitUserContentManager> content_;
   WebKitWebView* view_;
+  Cover cover_;
+  OptionList options_;
+  FreshPress listPress_;
   Site site_;  // of the page that is shown
   RequestLimit opened_{3};
   bool scrollingForbidden_ = false;

@@ -38,7 +38,8 @@ Owned<WebKitSettings> newSettings() {
   webkit_settings_set_enable_developer_extras(settings, FALSE);
   webkit_settings_set_enable_fullscreen(settings, FALSE);
   webkit_settings_set_enable_media_stream(settings, FALSE);
-  disableFeature(settings, "DataListElement");  // its list could cover the strip
+  webkit_settings_set_enable_page_cache(settings, FALSE);  // a page from it would not report that it has painted
+  disableFeature(settings, "DataListElement");             // its list could cover the strip
   return owned;
 }
 

@@ -116,4 +116,16 @@ TEST_F(KeyEventsTest, OtherModifiersMakeNoWindowCommand) {
   EXPECT_EQ(windowCommandOf(key(GDK_KEY_F4, GDK_MOD1_MASK | GDK_CONTROL_MASK)), std::nullopt);
 }
 
+TEST_F(KeyEventsTest, CopyKeysAreRecognizedOnEveryLayout) {
+  EXPECT_TRUE(copies(key(GDK_KEY_c, GDK_CONTROL_MASK)));
+  EXPECT_TRUE(copies(key(GDK_KEY_X, GDK_CONTROL_MASK | GDK_LOCK_MASK)));
+  EXPECT_TRUE(copies(key(GDK_KEY_Cyrillic_es, GDK_CONTROL_MASK, hardwareKeyOf(GDK_KEY_c))));
+  EXPECT_TRUE(copies(key(GDK_KEY_Insert, GDK_CONTROL_MASK)));
+  EXPECT_TRUE(copies(key(GDK_KEY_Delete, GDK_SHIFT_MASK)));
+  EXPECT_FALSE(copies(key(GDK_KEY_c)));
+  EXPECT_FALSE(copies(key(GDK_KEY_v, GDK_CONTROL_MASK)));
+  EXPECT_FALSE(copies(key(GDK_KEY_Insert, GDK_SHIFT_MASK)));
+  EXPECT_FALSE(copies(key(GDK_KEY_Delete)));
+}
+
 }  // namespace

@@ -184,6 +184,10 @@ SizeLimits Screen::sizeLimitsOf(Window window) const {
   return limits;
 }
 
+WindowId Screen::ownerOf(const char* selection) const {
+  return XGetSelectionOwner(display_.get(), XInternAtom(display_.get(), selection, False));
+}
+
 Picture Screen::picture(const Area& area) const {
   const int left = std::max(area.x, 0);
   const int top = std::max(area.y, 0);
@@ -234,6 +238,20 @@ void Screen::clickRight(int x, int y) {
   moveTo(x, y);
   XTestFakeButtonEvent(display_.get(), Button3, True, CurrentTime);
   XTestFakeButtonEvent(display_.get(), Button3, False, CurrentTime);
+  XFlush(display_.get());
+}
+
+// A program starts a drag when the pointer has moved some pixels.
+void Screen::drag(int fromX, int fromY, int toX, int toY) {
+  constexpr int kSteps = 8;
+  moveTo(fromX, fromY);
+  XTestFakeButtonEvent(display_.get(), Button1, True, CurrentTime);
+  for (int step = 1; step <= kSteps; ++step)
+    moveTo(fromX + (toX - fromX) * step / kSteps, fromY + (toY - fromY) * step / kSteps);
+}
+
+void Screen::releaseButton() {
+  XTestFakeButtonEvent(display_.get(), Button1, False, CurrentTime);
   XFlush(display_.get());
 }
 

@@ -63,6 +63,9 @@ class Screen {
   std::string textOf(WindowId window, const char* name) const;
   std::vector<std::string> namesOf(WindowId window, const char* name) const;
 
+  // Returns the window that owns a selection, such as "CLIPBOARD" or "PRIMARY"; 0 if there is none.
+  WindowId ownerOf(const char* selection) const;
+
   // Takes a screenshot. Parts outside the screen are left out.
   Picture picture(const Area& area) const;
 
@@ -74,6 +77,10 @@ class Screen {
   void doubleClick(int x, int y);
   void clickRight(int x, int y);
   void turnWheel(int clicks);  // toward the user
+
+  // Presses the button at one place and moves to another, in steps. The button stays down until releaseButton().
+  void drag(int fromX, int fromY, int toX, int toY);
+  void releaseButton();
 
   // Presses a key while `held` are down: press(XK_a, {XK_Control_L}). Adds a key that the keyboard does not have.
   void press(KeySymbol key, std::initializer_list<KeySymbol> held = {});
