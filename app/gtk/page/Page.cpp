@@ -102,7 +102,7 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
       networkProcess_([this] {
         report({Kind::kProcessEnded, {}, 0, {}});
       }),
-      prompts_(overlay, widget(), [this](bool shown) {
+      prompts_(overlay, widget(), content_.get(), [this](bool shown) {
         report({shown ? Kind::kPromptShown : Kind::kPromptClosed, {}, 0, {}});
       }) {
   connectSignals();
@@ -202,7 +202,9 @@ bool Page::mayNavigate(const std::string& address) const {
 
 void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) {
   const LoadEvent event{kindOf(step), addressOf(view), 0, {}};
+  if (event.kind == Kind::kRedirected) self->mainFrame_.requested(event.address);
   if (event.kind == Kind::kCommitted) {
+    self->mainFrame_.committed(event.address);
     self->updateSite(event.address);
     self->prompts_.declineAll();
   }
@@ -275,6 +277,7 @@ void Page::onResourceStarted(WebKitWebView* view, WebKitWebResource* resource, W
   g_signal_connect(resource, "failed", G_CALLBACK(onResourceFailed), self);
   g_signal_connect(resource, "failed-with-tls-errors", G_CALLBACK(onResourceFailedWithTlsErrors), self);
   const bool isMain = webkit_web_view_get_main_resource(view) == resource;
+  if (isMain) self->mainFrame_.requested(addressOf(request));
   self->report({isMain ? Kind::kMainResourceStarted : Kind::kResourceStarted, addressOf(request), lastNumber, {}});
 }
 
@@ -307,7 +310,7 @@ gboolean Page::onScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog, Page* 
 }
 
 gboolean Page::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, Page* self) {
-  self->prompts_.authenticate(request);
+  self->prompts_.authenticate(request, self->mainFrame_);
   return TRUE;
 }
 

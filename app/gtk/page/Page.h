@@ -26,6 +26,7 @@
 #include "app/gtk/load/LoadEvent.h"
 #include "app/gtk/load/LoadTracker.h"
 #include "app/gtk/load/NetworkProcessWatch.h"
+#include "app/gtk/page/MainFrame.h"
 #include "app/gtk/page/PagePrompts.h"
 #include "app/gtk/page/RequestLimit.h"
 #include "app/gtk/page/Site.h"
@@ -103,6 +104,7 @@ class Page {
   Owned<WebKitUserContentManager> content_;
   WebKitWebView* view_;
   Site site_;  // of the page that is shown
+  MainFrame mainFrame_;
   RequestLimit opened_{3};
   bool scrollingForbidden_ = false;
   GlibIdleTimer idleTimer_;
