@@ -14,6 +14,7 @@ constexpr int kMinWidthInCharacters = 12;
 constexpr int kMaxWidthInCharacters = 48;
 constexpr int kMaxLines = 12;
 constexpr glong kMaxCharacters = 600;
+constexpr guint kInputDelayMilliseconds = 700;
 
 constexpr char kStyle[] = R"(
 .prompt { padding: 18px; border: 1px solid @borders; border-radius: 0 0 8px 8px;
@@ -105,19 +106,42 @@ bool Prompts::cancel(Id id) {
 void Prompts::build(const Prompt& prompt) {
   frame_ = newFrame(prompt.heading);
   g_signal_connect(frame_, "key-press-event", G_CALLBACK(onKeyPress), this);
+  g_signal_connect(frame_, "draw", G_CALLBACK(onDraw), this);
 
   addText(prompt.heading, "heading");
   GtkWidget* const message = addMessage(prompt.message);
   addText(prompt.warning, "warning");
   for (const Prompt::Field& field : prompt.fields)
     addField(field, field.label.empty() ? message : addText(field.label, "label"));
-  GtkWidget* const accept = addButtons(prompt.canBeDeclined);
+  addButtons(prompt.canBeDeclined);
 
   gtk_widget_set_sensitive(page_, FALSE);
   gtk_overlay_add_overlay(overlay_, frame_);
   gtk_widget_show_all(frame_);
-  gtk_widget_grab_default(accept);
-  gtk_widget_grab_focus(entries_.empty() ? accept : GTK_WIDGET(entries_.front()));
+
+  // The frame has the focus until the prompt takes input, and drops every key.
+  gtk_widget_set_can_focus(frame_, TRUE);
+  gtk_widget_grab_focus(frame_);
+}
+
+// Key presses that have already arrived are handled first: they have the default priority.
+void Prompts::delayInput() {
+  cancelDelay();
+  delay_ = g_timeout_add_full(G_PRIORITY_DEFAULT + 10, kInputDelayMilliseconds, onDelayOver, this, nullptr);
+}
+
+void Prompts::cancelDelay() {
+  if (delay_ != 0) g_source_remove(std::exchange(delay_, 0));
+}
+
+void Prompts::takeInput() {
+  takesInput_ = true;
+  for (GtkEntry* const entry : entries_)
+    gtk_widget_set_sensitive(GTK_WIDGET(entry), TRUE);
+  gtk_widget_set_sensitive(buttons_, TRUE);
+  gtk_widget_set_can_focus(frame_, FALSE);
+  gtk_widget_grab_default(accept_);
+  gtk_widget_grab_focus(entries_.empty() ? accept_ : GTK_WIDGET(entries_.front()));
 }
 
 void Prompts::add(GtkWidget* part) {
@@ -148,25 +172,26 @@ void Prompts::addField(const Prompt::Field& field, GtkWidget* label) {
   GtkEntry* const entry = newEntry(field);
   gtk_label_set_mnemonic_widget(GTK_LABEL(label), GTK_WIDGET(entry));
   atk_object_set_name(gtk_widget_get_accessible(GTK_WIDGET(entry)), gtk_label_get_text(GTK_LABEL(label)));
+  gtk_widget_set_sensitive(GTK_WIDGET(entry), FALSE);
   add(GTK_WIDGET(entry));
   entries_.push_back(entry);
 }
 
-GtkWidget* Prompts::addButtons(bool canBeDeclined) {
-  GtkWidget* const buttons = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
-  gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons), GTK_BUTTONBOX_END);
-  gtk_box_set_spacing(GTK_BOX(buttons), 8);
-  add(buttons);
+void Prompts::addButtons(bool canBeDeclined) {
+  buttons_ = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
+  gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons_), GTK_BUTTONBOX_END);
+  gtk_box_set_spacing(GTK_BOX(buttons_), 8);
+  gtk_widget_set_sensitive(buttons_, FALSE);
+  add(buttons_);
   if (canBeDeclined) {
     GtkWidget* const decline = gtk_button_new_with_label("Cancel");
     g_signal_connect_swapped(decline, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(false); }), this);
-    gtk_container_add(GTK_CONTAINER(buttons), decline);
+    gtk_container_add(GTK_CONTAINER(buttons_), decline);
   }
-  GtkWidget* const accept = gtk_button_new_with_label("OK");
-  gtk_widget_set_can_default(accept, TRUE);
-  g_signal_connect_swapped(accept, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(true); }), this);
-  gtk_container_add(GTK_CONTAINER(buttons), accept);
-  return accept;
+  accept_ = gtk_button_new_with_label("OK");
+  gtk_widget_set_can_default(accept_, TRUE);
+  g_signal_connect_swapped(accept_, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(true); }), this);
+  gtk_container_add(GTK_CONTAINER(buttons_), accept_);
 }
 
 // Shows the next prompt before the reply is sent: the receiver may request another one.
@@ -179,6 +204,8 @@ void Prompts::removeFirst() {
 
 // GTK redraws the place of the frame, but not that of its shadow.
 void Prompts::removeFrame() {
+  cancelDelay();
+  takesInput_ = false;
   entries_.clear();
   if (frame_ == nullptr) return;
   gtk_widget_destroy(std::exchange(frame_, nullptr));
@@ -221,8 +248,25 @@ gboolean Prompts::onPosition(GtkOverlay* overlay, GtkWidget* child, GdkRectangle
   return TRUE;
 }
 
+// The delay starts when the prompt can be seen.
+gboolean Prompts::onDraw(GtkWidget*, cairo_t*, Prompts* self) {
+  if (!self->takesInput_ && self->delay_ == 0) self->delayInput();
+  return FALSE;
+}
+
 gboolean Prompts::onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self) {
+  if (!self->takesInput_) {
+    if (self->delay_ != 0) self->delayInput();
+    return TRUE;
+  }
   if (event->keyval != GDK_KEY_Escape) return FALSE;
   self->reply(false);
   return TRUE;
+}
+
+gboolean Prompts::onDelayOver(gpointer self) {
+  auto* const prompts = static_cast<Prompts*>(self);
+  prompts->delay_ = 0;
+  prompts->takeInput();
+  return G_SOURCE_REMOVE;
 }

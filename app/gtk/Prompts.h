@@ -3,6 +3,8 @@
 // - A prompt overlaps the strip, where no page can draw, and is part of the window: nothing can hide it, and the window
 //   can be closed while it is shown.
 // - The page gets no input while a prompt is shown.
+// - A prompt takes input only after it has been shown for 700 ms without a key press. Earlier keys and clicks are
+//   dropped: they were meant for the page, which decides when a prompt appears.
 // - Return accepts. Escape declines.
 // - Further prompts wait in a queue.
 // Main thread.
@@ -41,6 +43,7 @@ class Prompts {
 
   // Shows prompts in `overlay`, at the upper edge of `page`. Both must outlive this object.
   Prompts(GtkOverlay* overlay, GtkWidget* page);
+  ~Prompts() { cancelDelay(); }
 
   Prompts(const Prompts&) = delete;
   Prompts& operator=(const Prompts&) = delete;
@@ -69,7 +72,10 @@ class Prompts {
   GtkWidget* addText(const std::string& text, const char* styleClass);
   GtkWidget* addMessage(const std::string& message);
   void addField(const Prompt::Field& field, GtkWidget* label);
-  GtkWidget* addButtons(bool canBeDeclined);  // returns the accept button
+  void addButtons(bool canBeDeclined);
+  void delayInput();
+  void cancelDelay();
+  void takeInput();
   std::deque<Entry> clear();
   void removeFirst();
   void removeFrame();
@@ -77,12 +83,18 @@ class Prompts {
   void reply(bool accepted);
 
   static gboolean onPosition(GtkOverlay* overlay, GtkWidget* child, GdkRectangle* position, Prompts* self);
+  static gboolean onDraw(GtkWidget* frame, cairo_t*, Prompts* self);
   static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self);
+  static gboolean onDelayOver(gpointer self);
 
   GtkOverlay* overlay_;
   GtkWidget* page_;
   GtkWidget* frame_ = nullptr;      // of the prompt that is shown
   std::vector<GtkEntry*> entries_;  // of the prompt that is shown
-  std::deque<Entry> queue_;         // the first one is shown
+  GtkWidget* buttons_ = nullptr;    // of the prompt that is shown
+  GtkWidget* accept_ = nullptr;     // one of the buttons
+  bool takesInput_ = false;         // the prompt that is shown
+  guint delay_ = 0;
+  std::deque<Entry> queue_;  // the first one is shown
   Id lastId_ = 0;
 };

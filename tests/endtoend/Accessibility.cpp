@@ -100,6 +100,15 @@ AccessibleObject Accessibility::describe(const std::string& owner, const std::st
   return object;
 }
 
+bool Accessibility::isSensitive(const AccessibleObject& object) const {
+  g_autoptr(GVariant) answer = call(object, kAccessible, "GetState", nullptr);
+  if (answer == nullptr) return false;
+  g_autoptr(GVariant) states = g_variant_get_child_value(answer, 0);
+  guint32 first = 0;  // the states with the numbers 0 to 31
+  g_variant_get_child(states, 0, "u", &first);
+  return (first >> ATSPI_STATE_SENSITIVE & 1) != 0;
+}
+
 // One by one: GetChildren of GTK omits the page, which belongs to another process.
 std::vector<AccessibleObject> Accessibility::childrenOf(const AccessibleObject& object) const {
   std::vector<AccessibleObject> children;

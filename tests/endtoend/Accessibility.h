@@ -48,6 +48,9 @@ class Accessibility {
   std::optional<AccessibleObject> find(AtspiRole role, const std::string& name) const;
   std::optional<AccessibleObject> find(const AccessibleObject& above, AtspiRole role, const std::string& name) const;
 
+  // Whether an object takes input.
+  bool isSensitive(const AccessibleObject& object) const;
+
   // Returns all objects, or all below `above`.
   std::vector<AccessibleObject> below(const AccessibleObject& above) const;
   std::vector<AccessibleObject> all() const;

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "tests/endtoend/EndToEndTest.h"
+#include "tests/endtoend/Proxy.h"
 
 namespace endtoend {
 namespace {
@@ -47,6 +48,15 @@ TEST_F(AccessibilityTest, PageFieldsAreFoundByTheirLabels) {
 TEST_F(AccessibilityTest, TheStripNamesTheSite) {
   start();
   find(ATSPI_ROLE_STATUS_BAR, "Site: 127.0.0.1, this computer");
+}
+
+TEST_F(AccessibilityTest, TheStripNamesALookAlikeInAscii) {
+  const Proxy proxy(site);
+  options.environment.merge(proxy.environment());
+  options.signIn = "http://xn--paypa-o7a.example/signin";  // a stroke through the last letter
+  start();
+  find(ATSPI_ROLE_STATUS_BAR,
+       "Warning: the connection to xn--paypa-o7a.example is not encrypted: others can read what you type");
 }
 
 }  // namespace

@@ -2,11 +2,16 @@
 
 #include "tests/endtoend/PromptTest.h"
 
+#include <chrono>
 #include <string>
 #include <vector>
 
 namespace endtoend {
 namespace {
+
+using testing::AnyOf;
+using testing::Contains;
+using testing::Ge;
 
 class DialogTest : public PromptTest {
  protected:
@@ -34,7 +39,7 @@ TEST_F(DialogTest, EscapeDeclinesAConfirmation) {
 
 TEST_F(DialogTest, TypingReplacesTheDefaultText) {
   startOnDialog("prompt('Your code?', '1234')");
-  untilPromptIsShown();
+  untilPromptTakesInput();
   screen.type("code 7");
   screen.press(XK_Return);
   untilReported("code 7");
@@ -74,7 +79,7 @@ TEST_F(DialogTest, ThePageGetsNoClicksDuringAPrompt) {
       "<body style='height: 550px'><script>onclick = () => report('clicked');"
       "onload = async () => { await report('asking'); alert('Terms of use'); await report('read') }</script>");
   untilReported("asking");
-  untilPromptIsShown();
+  untilPromptTakesInput();
   clickAt(340, 500);
   screen.press(XK_Return);
   untilReported("read");
@@ -82,6 +87,77 @@ TEST_F(DialogTest, ThePageGetsNoClicksDuringAPrompt) {
   clickAt(340, 500);
   untilReported("clicked");
   EXPECT_THAT(reports(), testing::UnorderedElementsAre("loaded", "asking", "read", "clicked"));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// A reply before the delay is over would be a key that the user meant for the page.
+TEST_F(DialogTest, DropsKeysOfTheFirstMoments) {
+  startOn(
+      "<script>onload = async () => { await frames(3); const start = performance.now();"
+      "  const accepted = confirm('Really?');"
+      "  report(accepted && performance.now() - start < 700 ? 'at once' : 'later') }</script>");
+  untilPromptIsShown();
+  screen.press(XK_Return);
+  until("a reply", [this] {
+    if (promptTakesInput()) screen.press(XK_Escape);
+    return reports().size() > 1;
+  });
+  EXPECT_EQ(reports().back(), "later");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// Where the machine is so slow that the letter arrives after the delay, the prompt has the letter.
+TEST_F(DialogTest, WaitsForAPauseInTyping) {
+  startOnDialog("prompt('Your code?')");
+  untilPromptIsShown();
+  const auto typed = std::chrono::steady_clock::now();
+  screen.press(XK_x);
+  untilPromptTakesInput();
+  const auto pause = std::chrono::steady_clock::now() - typed;
+  screen.press(XK_y);
+  screen.press(XK_Return);
+  until("a reply", [this] { return reports().size() > 2; });
+  if (reports().back() != "xy") {
+    EXPECT_EQ(reports().back(), "y");
+    EXPECT_THAT(pause, Ge(std::chrono::milliseconds(700)));
+  }
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+class FrameDialogTest : public DialogTest, public testing::WithParamInterface<Named> {
+ protected:
+  LoopbackServer other;
+};
+
+TEST_P(FrameDialogTest, OfAnotherSiteGetsNoPrompt) {
+  other.serve("/frame", pageWith(std::string("<body><script>onload = async () => report('reply ' + await (") +
+                                 GetParam().script + ")())</script>"));
+  other.serve("/empty", pageWith(""));
+  startOn("<iframe src='" + other.address("/frame") + "'></iframe>");
+  until("the frame's report", [this] {
+    return testing::Matches(Contains(AnyOf("reply undefined", "reply false", "reply null")))(reportsTo(other));
+  });
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, FrameDialogTest,
+    testing::Values(Named{"Alert", "() => alert('Call us!')"}, Named{"Confirm", "() => confirm('Really?')"},
+                    Named{"Prompt", "() => prompt('Your code?', '1234')"},
+                    Named{"ConfirmOfAnEmptyFrame",
+                          "() => { const inner = document.createElement('iframe'); document.body.append(inner);"
+                          "  return inner.contentWindow.confirm('Really?') }"},
+                    Named{"ConfirmOfAnInnerFrame",
+                          "async () => { const inner = document.createElement('iframe'); inner.src = '/empty';"
+                          "  document.body.append(inner); await new Promise((done) => { inner.onload = done });"
+                          "  return inner.contentWindow.confirm('Really?') }"}),
+    nameOf);
+
+TEST_F(DialogTest, AFrameOfTheSameSiteGetsAPrompt) {
+  site.serve("/frame", pageWith("<script>onload = () => report('' + confirm('Really?'))</script>"));
+  startOn("<iframe src='/frame'></iframe>");
+  replyWith(XK_Return);
+  untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
@@ -140,7 +216,7 @@ TEST_P(LongTextTest, KeepsTheWindowsSizeAndTheButtons) {
     EXPECT_EQ(all.colourAt(x, 540), kPageColor) << x;
   EXPECT_EQ(all.colourAt(5, 100), kPageColor);
   EXPECT_EQ(all.colourAt(675, 100), kPageColor);
-  screen.press(XK_Return);
+  replyWith(XK_Return);
   untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
@@ -161,7 +237,7 @@ TEST_F(DialogTest, ALargePromptFitsIntoTheWindow) {
   for (const int x : {4, all.width() - 5})
     EXPECT_NE(all.colourAt(x, 200), promptColor) << x;
   EXPECT_NE(all.colourAt(all.width() / 2, all.height() - 4), promptColor);
-  screen.press(XK_Return);
+  replyWith(XK_Return);
   untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }

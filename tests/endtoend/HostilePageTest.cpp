@@ -3,7 +3,9 @@
 
 #include <signal.h>
 
+#include <algorithm>
 #include <fstream>
+#include <optional>
 #include <string>
 
 #include "tests/endtoend/Processes.h"
@@ -18,11 +20,17 @@ class HostilePageTest : public PromptTest {
  protected:
   // The peak memory of the window's own process, in megabytes.
   long megabytes() const {
+    const std::optional<long> figure = megabytesOfARunningProcess();
+    if (!figure) throw std::runtime_error("no figure of the process's memory");
+    return *figure;
+  }
+
+  std::optional<long> megabytesOfARunningProcess() const {
     std::ifstream status("/proc/" + std::to_string(run->pid()) + "/status");
     for (std::string line; std::getline(status, line);) {
       if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6)) / 1024;
     }
-    throw std::runtime_error("no figure of the process's memory");
+    return std::nullopt;
   }
 
   void killPageProcess(int signal) {
@@ -110,7 +118,17 @@ INSTANTIATE_TEST_SUITE_P(
     Of, StormTest,
     testing::Values(
         Named{"States", "try { history.pushState({}, '', '/signin?' + n) } catch {}"},
-        Named{"Fragments", "location.hash = n"}, Named{"Titles", "document.title = 'x'.repeat(100000) + n"},
+        Named{"Fragments", "location.hash = n"}, Named{"LongFragments", "location.hash = n + 'x'.repeat(2e6)"},
+        Named{"LongReplacedFragments", "location.replace('#' + n + 'x'.repeat(2e6))"},
+        Named{"LongStates", "try { history.pushState({}, '', '/signin?' + n + 'x'.repeat(2e6)) } catch {}"},
+        Named{"LongImages", "(new Image).src = '/image?' + n + 'x'.repeat(2e6)"},
+        Named{"LongFrames",
+              "const frame = document.createElement('iframe'); frame.src = '/file?' + n + 'x'.repeat(2e6);"
+              "document.body.append(frame)"},
+        Named{"LongTitles", "document.title = n + 'x'.repeat(2e6)"},
+        Named{"LongDialogs", "confirm(n + 'x'.repeat(2e6))"},
+        Named{"LongWindows", "open('/other?' + n + 'x'.repeat(2e6))"},
+        Named{"Titles", "document.title = 'x'.repeat(100000) + n"},
         Named{"Text", "document.write('<p>' + 'x'.repeat(1000))"}, Named{"Images", "(new Image).src = '/image?' + n"},
         Named{"Frames", "for (let i = 0; i < 20; ++i) document.body.append(document.createElement('iframe'))"},
         Named{"Downloads",
@@ -119,6 +137,41 @@ INSTANTIATE_TEST_SUITE_P(
         Named{"Permissions", "navigator.geolocation.getCurrentPosition(() => 0); Notification.requestPermission()"},
         Named{"Memory", "(window.all = window.all ?? []).push(new Uint8Array(2e6).fill(1))"},
         Named{"Workers", "if (n < 8) new Worker(URL.createObjectURL(new Blob(['for (;;);'])))"}),
+    nameOf);
+
+class LongTextsTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+
+// A page that is stopped ends the run.
+TEST_P(LongTextsTest, DoNotFillTheWindowsMemory) {
+  startOn(std::string("<body><script>let n = 0; const long = 'x'.repeat(2e6); const step = () => { ") +
+          GetParam().script +
+          " };"
+          "onkeydown = () => { setInterval(() => { step(); if (++n % 50 === 0) report('step ' + n) }) }</script>");
+  screen.press(XK_g);
+  long peak = 0;
+  until("the storm", [&] {
+    peak = std::max(peak, megabytesOfARunningProcess().value_or(0));
+    return run->ended() || reports().size() > 4;
+  });
+  EXPECT_LE(peak, 300);
+  if (const auto open = screen.windowOf(run->pid())) screen.close(open->id);
+  EXPECT_THAT(message(), testing::AnyOf(kWindowClosed, kLoadFailed));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, LongTextsTest,
+    testing::Values(Named{"Fragments", "location.hash = n + long"},
+                    Named{"ReplacedFragments", "location.replace('#' + n + long)"},
+                    Named{"ShorterFragments", "location.replace('#' + n + long.slice(0, 60000))"},
+                    Named{"States", "try { history.pushState({}, '', '/signin?' + n + long) } catch {}"},
+                    Named{"Images", "(new Image).src = '/image?' + n + long"},
+                    Named{"Frames",
+                          "const frame = document.createElement('iframe'); frame.src = '/file?' + n + long;"
+                          "document.body.append(frame)"},
+                    Named{"FramesWithData",
+                          "const frame = document.createElement('iframe'); frame.src = 'data:text/html,' + n + long;"
+                          "document.body.append(frame)"},
+                    Named{"Titles", "document.title = n + long"}),
     nameOf);
 
 class EndlessNavigationTest : public HostilePageTest, public testing::WithParamInterface<Named> {};

@@ -38,9 +38,9 @@ void PageTest::untilPainted() {
   until("the page's colour", [&] { return picture().find(kPageColor).has_value(); });
 }
 
-std::vector<std::string> PageTest::reports() const {
+std::vector<std::string> PageTest::reportsTo(const LoopbackServer& server) {
   std::vector<std::string> texts;
-  for (const Request& request : site.requests()) {
+  for (const Request& request : server.requests()) {
     const auto text = request.query.find("what");
     if (request.target.rfind("/report?", 0) == 0 && text != request.query.end()) texts.push_back(text->second);
   }

@@ -38,7 +38,8 @@ class PageTest : public EndToEndTest {
   // Waits until the page is painted. A page that is busy afterward paints nothing more.
   void untilPainted();
 
-  std::vector<std::string> reports() const;
+  std::vector<std::string> reports() const { return reportsTo(site); }
+  static std::vector<std::string> reportsTo(const LoopbackServer& server);
   void untilReported(const std::string& text);
 
   Picture picture() { return screen.picture(window().frame); }

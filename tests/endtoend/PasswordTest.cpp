@@ -30,8 +30,10 @@ class PasswordTest : public PromptTest {
  protected:
   // Serves a page at `path` that reports "in <path>" for `nameAndPassword`, otherwise one that reports "refused
   // <path>".
-  void protect(const std::string& path, const std::string& nameAndPassword) {
-    site.serve(path, [this, path, nameAndPassword](const Request& request) {
+  void protect(const std::string& path, const std::string& nameAndPassword) { protect(site, path, nameAndPassword); }
+
+  void protect(LoopbackServer& server, const std::string& path, const std::string& nameAndPassword) {
+    server.serve(path, [this, path, nameAndPassword](const Request& request) {
       shown_.push_back(request.authorization);
       if (request.authorization == basic(nameAndPassword))
         return pageWith("<script>report('in " + path + "')</script>");
@@ -58,7 +60,7 @@ class PasswordTest : public PromptTest {
   }
 
   void enter(const std::string& name, const std::string& password) {
-    untilPromptIsShown();
+    untilPromptTakesInput();
     screen.type(name);
     screen.press(XK_Tab);
     screen.type(password);
@@ -95,8 +97,10 @@ TEST_F(PasswordTest, CorrectCredentialsContinue) {
 
 TEST_F(PasswordTest, WrongCredentialsShowThePromptAgain) {
   startOnProtected("ada:right");
+  const int end = untilPromptEndsBelow(0);
   enter("ada", "wrong");
   untilShown(2);
+  (void)untilPromptEndsBelow(end);
   enter("ada", "right");
   untilReported("in /signin");
   EXPECT_THAT(shown(), ElementsAre("", basic("ada:wrong"), basic("ada:right")));
@@ -105,7 +109,7 @@ TEST_F(PasswordTest, WrongCredentialsShowThePromptAgain) {
 
 TEST_F(PasswordTest, ShiftTabReturnsToTheName) {
   startOnProtected("bob:pw");
-  untilPromptIsShown();
+  untilPromptTakesInput();
   screen.type("ada");
   screen.press(XK_Tab);
   screen.type("pw");
@@ -119,7 +123,7 @@ TEST_F(PasswordTest, ShiftTabReturnsToTheName) {
 
 TEST_F(PasswordTest, CredentialsAreSentAsUtf8) {
   startOnProtected("\u0444\u00fc:\u03bb");
-  untilPromptIsShown();
+  untilPromptTakesInput();
   screen.press(XK_Cyrillic_ef);
   screen.press(XK_udiaeresis);
   screen.press(XK_Tab);
@@ -131,7 +135,7 @@ TEST_F(PasswordTest, CredentialsAreSentAsUtf8) {
 
 TEST_F(PasswordTest, DecliningShowsTheServersPage) {
   startOnProtected("ada:pw");
-  untilPromptIsShown();
+  untilPromptTakesInput();
   screen.press(XK_Escape);
   untilReported("refused /signin");
   untilPromptIsClosed();
@@ -204,6 +208,52 @@ TEST_F(PasswordTest, ANewPageClosesThePromptsOfFrames) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+class OtherSiteTest : public PasswordTest {
+ protected:
+  void protectOther(const std::string& path) { protect(other, path, "ada:pw"); }
+
+  void untilReportedToOther(const std::string& text) {
+    until("the report " + text, [&] { return testing::Matches(testing::Contains(text))(reportsTo(other)); });
+  }
+
+  LoopbackServer other;
+};
+
+TEST_F(OtherSiteTest, AFrameGetsNoPrompt) {
+  protectOther("/frame");
+  startOn("<iframe src='" + other.address("/frame") + "'></iframe>");
+  untilReportedToOther("refused /frame");
+  EXPECT_THAT(shown(), ElementsAre(""));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OtherSiteTest, AnImageGetsNoPrompt) {
+  protectOther("/image");
+  startOn("<img src='" + other.address("/image") + "' onerror='report(`no image`)'>");
+  untilReported("no image");
+  EXPECT_THAT(shown(), ElementsAre(""));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OtherSiteTest, APageGetsItsPrompt) {
+  protectOther("/staff");
+  startOn("<script>onkeydown = () => { location.href = '" + other.address("/staff") + "' }</script>");
+  screen.press(XK_g);
+  enter("ada", "pw");
+  untilReportedToOther("in /staff");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(OtherSiteTest, ARedirectedPageGetsItsPrompt) {
+  protectOther("/staff");
+  site.serve("/signin", redirectTo(other.address("/staff")));
+  start();
+  screen.focus(window().id);
+  enter("ada", "pw");
+  untilReportedToOther("in /staff");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(PasswordTest, AnOpenPromptDoesNotBlockClosing) {
   startOnProtected("ada:pw");
   untilPromptIsShown();
@@ -212,7 +262,7 @@ TEST_F(PasswordTest, AnOpenPromptDoesNotBlockClosing) {
 
 TEST_F(PasswordTest, AnOpenPromptDoesNotBlockControlW) {
   startOnProtected("ada:pw");
-  untilPromptIsShown();
+  untilPromptTakesInput();
   screen.type("ada");
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <string>
 
 #include "tests/endtoend/PageTest.h"
@@ -17,39 +18,67 @@ class PromptTest : public PageTest {
     until("the page without a prompt", [this] { return !promptIsShown(); });
   }
 
-  // Waits for a prompt that ends below a row of the window, and returns its last row. Distinguishes prompts with
-  // increasing numbers of lines.
+  // A prompt drops input for a short time after it is shown.
+  void untilPromptTakesInput() {
+    until("the prompt's buttons", [this] { return promptTakesInput(); });
+  }
+
+  // Waits for a prompt that takes input and ends below a row of the window, and returns its last row. Distinguishes
+  // prompts with increasing numbers of lines.
   int untilPromptEndsBelow(int row) {
     int end = 0;
-    until("a longer prompt", [&] { return promptIsShown() && pageShowsBelow() && (end = promptEnd()) > row; });
+    until("a longer prompt", [&] { return promptTakesInput() && (end = promptIn(picture()).end) > row; });
     return end;
   }
 
   // Waits for the prompt, then presses the key.
   void replyWith(KeySymbol key) {
-    untilPromptIsShown();
+    untilPromptTakesInput();
     screen.press(key);
   }
 
+  bool promptTakesInput() { return promptIsShown() && buttonsAreDark(); }
+
  private:
-  // A prompt has the color of the strip and overlaps the page's area.
+  // A prompt has the color of the strip, overlaps the page's area, and is narrower than the window.
   bool promptIsShown() {
     const Picture all = picture();
-    return all.colourAt(all.width() / 2, 28) == all.colourAt(all.width() - 10, 3);
+    return promptIn(all).left > 0 && all.colourAt(all.width() / 2, kInPadding) == all.colourAt(all.width() - 10, 3);
   }
 
-  bool pageShowsBelow() {
-    const Picture all = picture();
-    return all.colourAt(all.width() / 2, all.height() - 1) == kPageColor;
+  struct Frame {
+    int left = 0, right = 0, end = 0;
+  };
+
+  // The inside of the prompt's padding, below the strip.
+  static Frame promptIn(const Picture& all) {
+    const unsigned color = all.colourAt(all.width() / 2, kInPadding);
+    Frame frame{all.width() / 2, all.width() / 2, kInPadding};
+    while (frame.left > 0 && all.colourAt(frame.left - 1, kInPadding) == color)
+      --frame.left;
+    while (frame.right < all.width() - 1 && all.colourAt(frame.right + 1, kInPadding) == color)
+      ++frame.right;
+    while (frame.end < all.height() - 1 && all.colourAt(frame.left + 4, frame.end + 1) == color)
+      ++frame.end;
+    return frame;
   }
 
-  int promptEnd() {
+  // The buttons are the last row of the prompt. Their text is gray while they take no input.
+  bool buttonsAreDark() {
+    constexpr int kButtons = 58;  // with the padding below them
+    constexpr unsigned kDark = 0x50;
     const Picture all = picture();
-    int row = all.height() - 1;
-    while (row > 0 && all.colourAt(all.width() / 2, row) == kPageColor)
-      --row;
-    return row;
+    const Frame frame = promptIn(all);
+    for (int y = std::max(frame.end - kButtons, kInPadding); y < frame.end; ++y) {
+      for (int x = frame.left; x < frame.right; ++x) {
+        const unsigned colour = all.colourAt(x, y);
+        if ((colour >> 16 & 0xff) < kDark && (colour >> 8 & 0xff) < kDark && (colour & 0xff) < kDark) return true;
+      }
+    }
+    return false;
   }
+
+  static constexpr int kInPadding = 28;  // a row above the prompt's text
 };
 
 }  // namespace endtoend

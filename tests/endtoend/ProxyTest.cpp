@@ -98,7 +98,10 @@ TEST_F(ProxyTest, TheUserEntersTheProxysPassword) {
   proxy.requireCredentials("ada", "Correct-Horse-7");
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
   start();
-  until("the question", [&] { return accessibility.find(ATSPI_ROLE_PUSH_BUTTON, "OK").has_value(); });
+  until("the question", [&] {
+    const auto accept = accessibility.find(ATSPI_ROLE_PUSH_BUTTON, "OK");
+    return accept && accessibility.isSensitive(*accept);
+  });
   screen.focus(window().id);
   screen.type("ada");
   screen.press(XK_Tab);

@@ -146,6 +146,12 @@ TEST_F(ProxiedStripTest, WarnsOfAnUnencryptedPage) {
   EXPECT_GE(contrastOf(strip()), 7);
 }
 
+TEST_F(ProxiedStripTest, WarnsOfALocalNameThroughAProxy) {
+  show("http://app.localhost/signin");
+  EXPECT_TRUE(isDark(strip()));
+  EXPECT_GE(contrastOf(strip()), 7);
+}
+
 TEST_F(ProxiedStripTest, UserInfoAndPortAreNotShown) {
   show("http://shop.example/signin");
   const auto plain = coloursOf(strip());

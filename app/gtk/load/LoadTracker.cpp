@@ -1,5 +1,7 @@
 #include "app/gtk/load/LoadTracker.h"
 
+#include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "app/gtk/load/LoadErrors.h"
@@ -11,6 +13,7 @@ using Kind = LoadEvent::Kind;
 constexpr char kBlankPage[] = "about:blank";
 constexpr char kCocoaDomain[] = "NSURLErrorDomain";
 constexpr char kPolicyDomain[] = "WebKitPolicyError";
+constexpr std::size_t kMaxNavigations = 1000;
 
 std::optional<std::string> nonEmpty(const std::string& address) {
   if (address.empty()) return std::nullopt;
@@ -39,9 +42,7 @@ void LoadTracker::handle(const LoadEvent& event) {
       return failMainFrame(event.kind == Kind::kProvisionalFailed, event.address,
                            cocoaErrorCode(event.error, event.address), event.error.domain);
     case Kind::kNavigation:
-      lastNavigation_ = event.address;
-      navigations_.insert(event.address);
-      return;
+      return addNavigation(event.address);
     case Kind::kMainResourceStarted:
       mainResource_ = event.resource;
       return;
@@ -151,8 +152,15 @@ void LoadTracker::beginLoad(const std::string& address) {
   updateTimer();
 }
 
+// Addresses may be megabytes long.
+void LoadTracker::addNavigation(const std::string& address) {
+  lastNavigation_ = address;
+  navigations_.push_back(std::hash<std::string>()(address));
+  if (navigations_.size() > kMaxNavigations) navigations_.pop_front();
+}
+
 bool LoadTracker::removeNavigation(const std::string& address) {
-  const auto navigation = navigations_.find(address);
+  const auto navigation = std::find(navigations_.begin(), navigations_.end(), std::hash<std::string>()(address));
   if (navigation == navigations_.end()) return false;
   navigations_.erase(navigation);
   return true;

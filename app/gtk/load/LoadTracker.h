@@ -10,13 +10,15 @@
 // - An address that makes no request, and a redirect without a target, cause no event. The timer also runs while a page
 //   is awaited.
 // - An ended process is reported as a failure.
+// - A page cannot make the tracker keep more than 1000 navigations that load nothing, such as those to a fragment.
 // Plain C++, main thread.
 
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "app/SignInFlow.h"
@@ -67,6 +69,7 @@ class LoadTracker {
   bool isWaiting() const { return state_ != State::kIdle || !subFrames_.empty() || awaitedPage_.has_value(); }
   void beginLoad(const std::string& address);
   void updateTimer();
+  void addNavigation(const std::string& address);
   bool removeNavigation(const std::string& address);
   void removeSubFrame(unsigned id);
   void reportPendingFinish();
@@ -87,6 +90,6 @@ class LoadTracker {
   int openPrompts_ = 0;
 
   std::string lastNavigation_;
-  std::multiset<std::string> navigations_;  // that no load has taken yet
+  std::deque<std::size_t> navigations_;     // hashes of the addresses that no load has taken yet
   std::map<unsigned, SubFrame> subFrames_;  // by the resource of their document
 };

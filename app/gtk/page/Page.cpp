@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "app/Address.h"
 #include "app/SpinnerPage.h"
@@ -9,6 +10,7 @@
 #include "app/gtk/page/ClipboardGuard.h"
 #include "app/gtk/page/Guards.h"
 #include "app/gtk/page/Settings.h"
+#include "applog/Logger.h"
 
 namespace {
 
@@ -16,6 +18,7 @@ using Kind = LoadEvent::Kind;
 
 constexpr double kMinZoom = 0.5;
 constexpr double kMaxZoom = 3.0;
+constexpr std::size_t kMaxAddressLength = 64 << 10;
 constexpr char kResourceNumber[] = "svo-resource-number";
 
 std::string addressOf(WebKitWebView* view) {
@@ -50,6 +53,11 @@ Kind kindOf(WebKitLoadEvent step) {
       break;
   }
   return Kind::kFinished;
+}
+
+// Addresses with other schemes may contain a whole document.
+bool isTooLong(const std::string& address) {
+  return address.size() > kMaxAddressLength && isWebAddress(address);
 }
 
 unsigned numberOf(WebKitWebResource* resource) {
@@ -126,7 +134,8 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
       networkProcess_([this] {
         report({Kind::kProcessEnded, {}, 0, {}});
       }),
-      prompts_(overlay, widget(), [this](bool shown) {
+      memory_([this] { stopPage(); }),
+      prompts_(overlay, widget(), content_.get(), [this](bool shown) {
         report({shown ? Kind::kPromptShown : Kind::kPromptClosed, {}, 0, {}});
       }) {
   connectSignals();
@@ -147,6 +156,7 @@ void Page::connectSignals() {
   g_signal_connect(view_, "load-failed-with-tls-errors", G_CALLBACK(onLoadFailedWithTlsErrors), this);
   g_signal_connect(view_, "notify::is-loading", G_CALLBACK(onIsLoading), this);
   g_signal_connect(view_, "notify::estimated-load-progress", G_CALLBACK(onProgress), this);
+  g_signal_connect(view_, "notify::uri", G_CALLBACK(onAddress), this);
   g_signal_connect(view_, "web-process-terminated", G_CALLBACK(onProcessEnded), this);
   g_signal_connect(view_, "resource-load-started", G_CALLBACK(onResourceStarted), this);
   g_signal_connect(context_.get(), "download-started", G_CALLBACK(onDownloadStarted), this);
@@ -224,15 +234,28 @@ void Page::showProgress() {
   strip_.showProgress(webkit_web_view_get_estimated_load_progress(view_));
 }
 
+void Page::stopPage() {
+  if (std::exchange(stopped_, true)) return;
+  Logger::getInstance()->logWarn("SVO", "The page was stopped: it needed too much memory of the window");
+  webkit_web_view_terminate_web_process(view_);
+}
+
+// WebKit keeps several copies of each address.
+void Page::limitLength(const std::string& address) {
+  if (isTooLong(address) && !longAddresses_.take()) stopPage();
+}
+
 // The launcher may name a file, and a file may link to another file. The engine's own resources have its privileges.
 bool Page::mayNavigate(const std::string& address) const {
-  if (isEngineAddress(address)) return false;
+  if (isTooLong(address) || isEngineAddress(address)) return false;
   return !hasScheme(address, "file") || site_.kind == Site::Kind::kNone || site_.kind == Site::Kind::kFile;
 }
 
 void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) {
   const LoadEvent event{kindOf(step), addressOf(view), 0, {}};
+  if (event.kind == Kind::kRedirected) self->mainFrame_.requested(event.address);
   if (event.kind == Kind::kCommitted) {
+    self->mainFrame_.committed(event.address);
     self->updateSite(event.address);
     self->cover_.committed(event.address, self->site_.kind == Site::Kind::kNone);
     self->options_.close();
@@ -265,6 +288,11 @@ void Page::onProgress(WebKitWebView*, GParamSpec*, Page* self) {
   self->report({Kind::kProgress, {}, 0, {}});
 }
 
+// A page may change its address without a navigation (history.pushState).
+void Page::onAddress(WebKitWebView* view, GParamSpec*, Page* self) {
+  self->limitLength(addressOf(view));
+}
+
 void Page::onProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, Page* self) {
   self->report({Kind::kProcessEnded, {}, 0, {}});
 }
@@ -279,6 +307,7 @@ gboolean Page::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, We
   WebKitNavigationAction* const action =
       webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
   const std::string address = addressOf(webkit_navigation_action_get_request(action));
+  self->limitLength(address);
   const bool isClick = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED &&
                        webkit_navigation_action_is_user_gesture(action);
 
@@ -310,7 +339,9 @@ void Page::onResourceStarted(WebKitWebView* view, WebKitWebResource* resource, W
   g_signal_connect(resource, "finished", G_CALLBACK(onResourceFinished), self);
   g_signal_connect(resource, "failed", G_CALLBACK(onResourceFailed), self);
   g_signal_connect(resource, "failed-with-tls-errors", G_CALLBACK(onResourceFailedWithTlsErrors), self);
+  self->limitLength(addressOf(request));
   const bool isMain = webkit_web_view_get_main_resource(view) == resource;
+  if (isMain) self->mainFrame_.requested(addressOf(request));
   self->report({isMain ? Kind::kMainResourceStarted : Kind::kResourceStarted, addressOf(request), lastNumber, {}});
 }
 
@@ -343,7 +374,7 @@ gboolean Page::onScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog, Page* 
 }
 
 gboolean Page::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest* request, Page* self) {
-  self->prompts_.authenticate(request);
+  self->prompts_.authenticate(request, self->mainFrame_);
   return TRUE;
 }
 

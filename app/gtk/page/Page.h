@@ -7,6 +7,9 @@
 // - A page may open three addresses outside and show five prompts, and as many again after each click, Return or Space.
 //   Further requests are dropped.
 // - The list of a select field opens once for each click, Return, Space, Up or Down, inside the page's area.
+// - A page cannot navigate to a web address of more than 64 KiB, which is more than the launcher's pipe holds.
+// - A page that uses more than five such addresses, or makes this process need too much memory, is stopped. That is a
+//   failed load.
 // - While a page is zoomed in, its main frame can be scrolled; otherwise parts of it would be out of reach.
 // Main thread only; needs an open display.
 
@@ -22,6 +25,7 @@
 #include "app/SignInFlow.h"
 #include "app/WindowKeys.h"
 #include "app/gtk/Glib.h"
+#include "app/gtk/MemoryWatch.h"
 #include "app/gtk/Strip.h"
 #include "app/gtk/load/GlibIdleTimer.h"
 #include "app/gtk/load/LoadEvent.h"
@@ -29,6 +33,7 @@
 #include "app/gtk/load/NetworkProcessWatch.h"
 #include "app/gtk/page/Cover.h"
 #include "app/gtk/page/FreshPress.h"
+#include "app/gtk/page/MainFrame.h"
 #include "app/gtk/page/OptionList.h"
 #include "app/gtk/page/PagePrompts.h"
 #include "app/gtk/page/RequestLimit.h"
@@ -77,6 +82,7 @@ class Page {
                                             Page* self);
   static void onIsLoading(WebKitWebView*, GParamSpec*, Page* self);
   static void onProgress(WebKitWebView*, GParamSpec*, Page* self);
+  static void onAddress(WebKitWebView*, GParamSpec*, Page* self);
   static void onProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, Page* self);
   static gboolean onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                  Page* self);
@@ -103,6 +109,8 @@ class Page {
   void updateSite(const std::string& address);
   void showProgress();
   bool mayNavigate(const std::string& address) const;
+  void stopPage();
+  void limitLength(const std::string& address);
   void setZoom(double level);
   void updateScrolling();
 
@@ -115,11 +123,15 @@ class Page {
   OptionList options_;
   FreshPress listPress_;
   Site site_;  // of the page that is shown
+  MainFrame mainFrame_;
   RequestLimit opened_{3};
+  RequestLimit longAddresses_{5};
+  bool stopped_ = false;
   bool scrollingForbidden_ = false;
   GlibIdleTimer idleTimer_;
   LoadTracker tracker_;
   NetworkProcessWatch networkProcess_;
+  MemoryWatch memory_;
   PagePrompts prompts_;
   std::function<void(const LoadEvent&)> observer_;
 };

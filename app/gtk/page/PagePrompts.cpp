@@ -1,6 +1,7 @@
 #include "app/gtk/page/PagePrompts.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -22,10 +23,10 @@ std::string nameOf(const Site& site) {
   return site.kind == Site::Kind::kFile ? "A page on this computer" : "A page that does not say whose it is";
 }
 
-Prompt promptFor(WebKitScriptDialog* dialog, const Site& site) {
+Prompt promptFor(WebKitScriptDialog* dialog, const std::string& message, const Site& site) {
   Prompt prompt;
-  prompt.heading = nameOf(site) + ", or a page embedded in it, says:";
-  prompt.message = textOf(webkit_script_dialog_get_message(dialog));
+  prompt.heading = nameOf(site) + " says:";
+  prompt.message = message;
   const WebKitScriptDialogType type = webkit_script_dialog_get_dialog_type(dialog);
   prompt.canBeDeclined = type != WEBKIT_SCRIPT_DIALOG_ALERT;
   if (type == WEBKIT_SCRIPT_DIALOG_PROMPT) {
@@ -56,10 +57,19 @@ bool asksForPassword(WebKitAuthenticationRequest* request) {
   }
 }
 
+using Origin = Owned<WebKitSecurityOrigin, webkit_security_origin_unref>;
+
+Origin originOf(WebKitAuthenticationRequest* request) {
+  return Origin(webkit_authentication_request_get_security_origin(request));
+}
+
 bool isEncrypted(WebKitAuthenticationRequest* request) {
-  const Owned<WebKitSecurityOrigin, webkit_security_origin_unref> origin(
-      webkit_authentication_request_get_security_origin(request));
-  return g_strcmp0(webkit_security_origin_get_protocol(origin.get()), "https") == 0;
+  return g_strcmp0(webkit_security_origin_get_protocol(originOf(request).get()), "https") == 0;
+}
+
+bool isForUser(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
+  if (!asksForPassword(request)) return false;
+  return webkit_authentication_request_is_for_proxy(request) || mainFrame.isAt(originOf(request).get());
 }
 
 Prompt promptFor(WebKitAuthenticationRequest* request) {
@@ -71,7 +81,9 @@ Prompt promptFor(WebKitAuthenticationRequest* request) {
   prompt.heading = (isProxy ? "The proxy " : "") + leftToRight(displayHost(host)) + " asks for your name and password";
   if (!realm.empty()) prompt.message = "It says: \u201C" + realm + "\u201D";
   if (webkit_authentication_request_is_retry(request)) prompt.warning = "That name or password was not right.";
-  const Site::Kind kind = siteOf("http://" + host + "/", isEncrypted(request)).kind;
+  const std::string address =
+      "http://" + host + ":" + std::to_string(webkit_authentication_request_get_port(request)) + "/";
+  const Site::Kind kind = siteOf(address, isEncrypted(request)).kind;
   if (!isProxy && kind != Site::Kind::kEncrypted && kind != Site::Kind::kLoopback) {
     prompt.warning += std::string(prompt.warning.empty() ? "" : " ") +
                       "The connection is not encrypted: others can read what you type.";
@@ -89,21 +101,23 @@ void sendReply(WebKitAuthenticationRequest* request, const PromptReply& reply) {
 
 }  // namespace
 
-PagePrompts::PagePrompts(GtkOverlay* overlay, GtkWidget* page, std::function<void(bool)> onShown)
-    : prompts_(overlay, page), onShown_(std::move(onShown)) {}
+PagePrompts::PagePrompts(GtkOverlay* overlay, GtkWidget* page, WebKitUserContentManager* content,
+                         std::function<void(bool)> onShown)
+    : prompts_(overlay, page), mark_(content), onShown_(std::move(onShown)) {}
 
 void PagePrompts::showDialog(WebKitScriptDialog* dialog, const Site& site) {
   if (webkit_script_dialog_get_dialog_type(dialog) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
     return webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
   }
-  if (!limit_.take()) return;
+  const std::optional<std::string> message = mark_.unmarked(textOf(webkit_script_dialog_get_message(dialog)));
+  if (!message || !limit_.take()) return;
 
   const DialogRef kept(webkit_script_dialog_ref(dialog), webkit_script_dialog_unref);
-  (void)show(promptFor(dialog, site), [kept](const PromptReply& reply) { sendReply(kept.get(), reply); });
+  (void)show(promptFor(dialog, *message, site), [kept](const PromptReply& reply) { sendReply(kept.get(), reply); });
 }
 
-void PagePrompts::authenticate(WebKitAuthenticationRequest* request) {
-  if (!asksForPassword(request) || !limit_.take()) {
+void PagePrompts::authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
+  if (!isForUser(request, mainFrame) || !limit_.take()) {
     return webkit_authentication_request_authenticate(request, nullptr);
   }
   const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);

@@ -1,7 +1,8 @@
 // The prompts of a page: script dialogs, and name and password of HTTP authentication (RFC 9110, section 11).
 //
-// - Each prompt names the site. WebKit does not report which frame shows a dialog, so the heading names the page and
-//   what is embedded in it.
+// - Each prompt names the site.
+// - A frame of another origin gets no prompt: its dialogs and its servers' requests for a password are declined. A
+//   proxy's request is always shown.
 // - A page may show five prompts without user input. Further dialogs are declined.
 // - A dialog that a page shows before it is left is confirmed without a prompt.
 // - Names and passwords are kept in memory for this run.
@@ -15,14 +16,17 @@
 #include <functional>
 
 #include "app/gtk/Prompts.h"
+#include "app/gtk/page/DialogMark.h"
+#include "app/gtk/page/MainFrame.h"
 #include "app/gtk/page/RequestLimit.h"
 #include "app/gtk/page/Site.h"
 
 class PagePrompts {
  public:
-  // Shows prompts in `overlay` over `page`; both must outlive this object. Calls `onShown` with true for each prompt
-  // requested, and with false when it has been closed.
-  PagePrompts(GtkOverlay* overlay, GtkWidget* page, std::function<void(bool shown)> onShown);
+  // Shows prompts in `overlay` over `page`; both must outlive this object. `content` belongs to `page`. Calls `onShown`
+  // with true for each prompt requested, and with false when it has been closed.
+  PagePrompts(GtkOverlay* overlay, GtkWidget* page, WebKitUserContentManager* content,
+              std::function<void(bool shown)> onShown);
 
   PagePrompts(const PagePrompts&) = delete;
   PagePrompts& operator=(const PagePrompts&) = delete;
@@ -30,7 +34,7 @@ class PagePrompts {
   // `site` is the site of the page that is shown.
   void showDialog(WebKitScriptDialog* dialog, const Site& site);
 
-  void authenticate(WebKitAuthenticationRequest* request);
+  void authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame);
 
   // Declines every prompt: another page has been committed. WebKit cancels the requests of the main frame, but not
   // those of sub-frames and images.
@@ -47,6 +51,7 @@ class PagePrompts {
   Prompts::Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
   Prompts prompts_;
+  DialogMark mark_;
   RequestLimit limit_{5};
   std::function<void(bool)> onShown_;
 };

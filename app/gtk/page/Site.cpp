@@ -1,5 +1,7 @@
 #include "app/gtk/page/Site.h"
 
+#include <gio/gio.h>
+#include <unicode/uchar.h>
 #include <unicode/uscript.h>
 #include <unicode/uspoof.h>
 #include <webkit2/webkit2.h>
@@ -29,32 +31,66 @@ const USpoofChecker* spoofChecker() {
     USpoofChecker* const made = uspoof_open(&error);
     if (U_FAILURE(error)) return static_cast<USpoofChecker*>(nullptr);
     uspoof_setRestrictionLevel(made, USPOOF_SINGLE_SCRIPT_RESTRICTIVE);
-    uspoof_setChecks(made, USPOOF_RESTRICTION_LEVEL | USPOOF_INVISIBLE | USPOOF_MIXED_NUMBERS, &error);
-    return made;
+    uspoof_setAllowedChars(made, uspoof_getRecommendedSet(&error), &error);
+    uspoof_setChecks(made, USPOOF_CHAR_LIMIT | USPOOF_RESTRICTION_LEVEL | USPOOF_INVISIBLE | USPOOF_MIXED_NUMBERS,
+                     &error);
+    return U_SUCCESS(error) ? made : nullptr;
   }();
   return checker;
+}
+
+UScriptCode scriptOf(gunichar character) {
+  UErrorCode error = U_ZERO_ERROR;
+  const UScriptCode script = uscript_getScript(static_cast<UChar32>(character), &error);
+  return U_SUCCESS(error) ? script : USCRIPT_COMMON;
 }
 
 // Marks that belong to no script look like dots, dashes and underlines. The Japanese long vowel mark is part of kana.
 bool isMarkOfNoScript(gunichar character) {
   constexpr gunichar kLongVowel = 0x30FC;
   if (character < 0x80 || character == kLongVowel) return false;
-  UErrorCode error = U_ZERO_ERROR;
-  const UScriptCode script = uscript_getScript(static_cast<UChar32>(character), &error);
-  return U_FAILURE(error) || script == USCRIPT_COMMON || script == USCRIPT_INHERITED;
+  const UScriptCode script = scriptOf(character);
+  return script == USCRIPT_COMMON || script == USCRIPT_INHERITED;
 }
 
-bool hasMarkOfNoScript(const std::string& label) {
-  for (const char* at = label.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
-    if (isMarkOfNoScript(g_utf8_get_char(at))) return true;
+bool isLatin(gunichar character) {
+  return scriptOf(character) == USCRIPT_LATIN;
+}
+
+// The combining class (Unicode Standard, section 4.3) is 1 for a stroke through the letter and at least 200 for a mark
+// around it; 230 is above it.
+bool isEasilyMissed(gunichar character) {
+  constexpr gunichar kDotAbove = 0x307;
+  constexpr int kOverlay = 1;
+  constexpr int kFirstAround = 200;
+  constexpr int kAbove = 230;
+  const int place = u_getCombiningClass(static_cast<UChar32>(character));
+  return character == kDotAbove || place == kOverlay || (place >= kFirstAround && place != kAbove);
+}
+
+bool hasAny(const std::string& text, bool (*predicate)(gunichar)) {
+  for (const char* at = text.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+    if (predicate(g_utf8_get_char(at))) return true;
   }
   return false;
 }
 
-// All letters belong to one writing system, and the label does not look like an ASCII word.
+// Returns the skeleton of UTS #39: equal for labels that look alike. Its letters are separate from their marks, and a
+// stroke through a letter is a mark. Empty on failure.
+//   "paypał"  => "paypal\u0338"
+std::string skeletonOf(const std::string& label) {
+  char skeleton[1024];
+  UErrorCode error = U_ZERO_ERROR;
+  const std::int32_t length = uspoof_getSkeletonUTF8(
+      spoofChecker(), 0, label.c_str(), static_cast<std::int32_t>(label.size()), skeleton, sizeof skeleton, &error);
+  if (U_FAILURE(error) || length > static_cast<std::int32_t>(sizeof skeleton)) return {};
+  return {skeleton, static_cast<std::size_t>(length)};
+}
+
+// Whether a label cannot be taken for another one; Site.h has the conditions.
 bool isUnambiguous(const std::string& label) {
   if (isAscii(label)) return true;
-  if (hasMarkOfNoScript(label)) return false;
+  if (hasAny(label, isMarkOfNoScript)) return false;
   const USpoofChecker* const checker = spoofChecker();
   if (checker == nullptr) return false;
 
@@ -62,10 +98,8 @@ bool isUnambiguous(const std::string& label) {
   const auto size = static_cast<std::int32_t>(label.size());
   if (uspoof_check2UTF8(checker, label.c_str(), size, nullptr, &error) != 0 || U_FAILURE(error)) return false;
 
-  char skeleton[1024];
-  const std::int32_t length =
-      uspoof_getSkeletonUTF8(checker, 0, label.c_str(), size, skeleton, sizeof skeleton, &error);
-  return U_SUCCESS(error) && !isAscii({skeleton, static_cast<std::size_t>(length)});
+  const std::string skeleton = skeletonOf(label);
+  return !isAscii(skeleton) && !(hasAny(label, isLatin) && hasAny(skeleton, isEasilyMissed));
 }
 
 template <typename Visit>
@@ -84,6 +118,14 @@ bool isLoopback(const std::string& host) {
   if (host == "localhost" || host == "[::1]") return true;
   if (host.size() > kLocal.size() && host.compare(host.size() - kLocal.size(), kLocal.size(), kLocal) == 0) return true;
   return host.rfind("127.", 0) == 0 && g_hostname_is_ip_address(host.c_str());
+}
+
+// The default resolver is the one that WebKit's network process uses. Without an answer the page is treated as one that
+// others can read.
+bool goesThroughProxy(const std::string& address) {
+  const Owned<char*, g_strfreev> proxies(
+      g_proxy_resolver_lookup(g_proxy_resolver_get_default(), address.c_str(), nullptr, nullptr));
+  return !proxies || !g_strv_contains(proxies.get(), "direct://") || g_strv_length(proxies.get()) != 1;
 }
 
 // Parsed by WebKit, so that the host shown is the host that WebKit connected to.
@@ -108,7 +150,8 @@ Site siteOf(const std::string& address, bool overTls) {
   const std::string host = hostOf(address);
   if (host.empty()) return {Site::Kind::kNowhere, {}};
   if (overTls) return {Site::Kind::kEncrypted, displayHost(host)};
-  return {isLoopback(host) ? Site::Kind::kLoopback : Site::Kind::kPlain, displayHost(host)};
+  const bool isHere = isLoopback(host) && !goesThroughProxy(address);
+  return {isHere ? Site::Kind::kLoopback : Site::Kind::kPlain, displayHost(host)};
 }
 
 std::string displayHost(const std::string& host) {

@@ -118,6 +118,21 @@ TEST_F(LoadTrackerTest, UsesNoNavigationOfADownload) {
   EXPECT_EQ(outcomes.all, Outcomes{});
 }
 
+TEST_F(LoadTrackerTest, ForgetsNavigationsThatLoadNothing) {
+  handle(Kind::kStarted, "http://site/page");
+  handle(Kind::kCommitted, "http://site/page");
+  handle(Kind::kNavigation, "http://site/first");
+  handle(Kind::kNavigation, "http://site/second");
+  for (int i = 1; i < 1000; ++i)
+    handle(Kind::kNavigation, "http://site/page#" + std::to_string(i));
+  handle(Kind::kResourceStarted, "http://site/first", 2);
+  handle(Kind::kResourceFailed, "http://site/first", 2, {"g-io-error-quark", 39});
+  EXPECT_EQ(outcomes.all, Outcomes{});
+  handle(Kind::kResourceStarted, "http://site/second", 3);
+  handle(Kind::kResourceFailed, "http://site/second", 3, {"g-io-error-quark", 39});
+  EXPECT_EQ(outcomes.all, (Outcomes{"failed-provisional http://site/second -1004"}));
+}
+
 TEST_F(LoadTrackerTest, ReportsARefusedFrameResponseAsProvisional) {
   loadPageWithFrame();
   handle(Kind::kResourceResponse, {}, 2);

@@ -66,6 +66,10 @@ TEST_P(InternationalTest, IsShownInItsOwnScript) {
 INSTANTIATE_TEST_SUITE_P(Hosts, InternationalTest,
                          testing::Values(std::pair{"signin.example", "signin.example"},
                                          std::pair{"xn--bcher-kva.example", "b\u00FCcher.example"},
+                                         std::pair{"xn--caf-dma.example", "caf\u00E9.example"},
+                                         std::pair{"xn--80arbjktj.xn--p1ai",
+                                                   "\u043C\u043E\u0439\u0441\u0430\u0439\u0442.\u0440\u0444"},
+                                         std::pair{"xn--r8jz45g.jp", "\u4F8B\u3048.jp"},
                                          std::pair{"xn--fiqs8s", "\u4E2D\u56FD"},
                                          std::pair{"xn--5ckp3n.example", "\u30C7\u30FC\u30BF.example"},
                                          std::pair{"xn--wgv71a119e.example", "\u65E5\u672C\u8A9E.example"},
@@ -88,6 +92,16 @@ INSTANTIATE_TEST_SUITE_P(Hosts, LookAlikeTest,
                                          "xn--example-wma.example",     // a dot in the middle
                                          "xn--bankcom-5q1b.example",    // a rune like a dot
                                          "xn--bank-x2c.example",        // an underline
+                                         "xn--ank-33a.example",         // "bank" with a tone letter like a b
+                                         "xn--microsot-x9b.example",    // "microsoft" with an f with a hook
+                                         "xn--paypa-rnb.example",       // "paypal" with a bar through the l
+                                         "xn--paypa-o7a.example",       // "paypal" with a stroke through the l
+                                         "xn--aypal-439a.example",      // "paypal" with a small capital
+                                         "xn--elvo-423a.example",       // "kelvo" with a small capital
+                                         "xn--bnk-sgz.example",         // "bank" with a dot below the a
+                                         "xn--ank-uqa.example",         // "dank" with a stroke through the d
+                                         "xn--facebok-v1a.example",     // "facebook" with a stroke through the o
+                                         "xn--bnk-nnb.example",         // "bank" with a dot above the a
                                          "www.xn--80ak6aa92e.com",      // one label spoils the name
                                          "xn--zz",                      // no name at all
                                          "xn--"));
