@@ -63,17 +63,16 @@ TEST_P(InternationalTest, IsShownInItsOwnScript) {
   EXPECT_EQ(displayHost(GetParam().first), GetParam().second);
 }
 
-INSTANTIATE_TEST_SUITE_P(Hosts, InternationalTest,
-                         testing::Values(std::pair{"signin.example", "signin.example"},
-                                         std::pair{"xn--bcher-kva.example", "b\u00FCcher.example"},
-                                         std::pair{"xn--caf-dma.example", "caf\u00E9.example"},
-                                         std::pair{"xn--80arbjktj.xn--p1ai",
-                                                   "\u043C\u043E\u0439\u0441\u0430\u0439\u0442.\u0440\u0444"},
-                                         std::pair{"xn--r8jz45g.jp", "\u4F8B\u3048.jp"},
-                                         std::pair{"xn--fiqs8s", "\u4E2D\u56FD"},
-                                         std::pair{"xn--5ckp3n.example", "\u30C7\u30FC\u30BF.example"},
-                                         std::pair{"xn--wgv71a119e.example", "\u65E5\u672C\u8A9E.example"},
-                                         std::pair{"xn--4dbrk0ce.example", "\u05D9\u05E9\u05E8\u05D0\u05DC.example"}));
+INSTANTIATE_TEST_SUITE_P(
+    Hosts, InternationalTest,
+    testing::Values(std::pair{"signin.example", "signin.example"},
+                    std::pair{"xn--bcher-kva.example", "b\u00FCcher.example"},
+                    std::pair{"xn--caf-dma.example", "caf\u00E9.example"},
+                    std::pair{"xn--80arbjktj.xn--p1ai", "\u043C\u043E\u0439\u0441\u0430\u0439\u0442.\u0440\u0444"},
+                    std::pair{"xn--r8jz45g.jp", "\u4F8B\u3048.jp"}, std::pair{"xn--fiqs8s", "\u4E2D\u56FD"},
+                    std::pair{"xn--5ckp3n.example", "\u30C7\u30FC\u30BF.example"},
+                    std::pair{"xn--wgv71a119e.example", "\u65E5\u672C\u8A9E.example"},
+                    std::pair{"xn--4dbrk0ce.example", "\u05D9\u05E9\u05E8\u05D0\u05DC.example"}));
 
 class LookAlikeTest : public testing::TestWithParam<const char*> {};
 
