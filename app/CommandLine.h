@@ -13,7 +13,7 @@
 
 #include <string>
 
-class CommandLine {
+class CommandLine {  // names fixed by the interface
  public:
   static const char* const zel_url_param;
   static const char* const app_name_param;

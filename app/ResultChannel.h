@@ -1,4 +1,5 @@
-// The message of a run, and the named pipe that it is written to.
+// The message of a run, and the named pipe that it is written to. The names of the functions are fixed by the
+// interface.
 //
 // - The message is XML (XML 1.0, section 2.4: the five predefined entities) without a declaration, line break or
 //   terminating NUL.

@@ -22,7 +22,7 @@
 #include "logging/Logger.h"
 
 // Verbosity: each level includes the levels before it. Any `int` is valid.
-enum Log_Level : int {
+enum Log_Level : int {  // names fixed by the interface
   Log_Level_Fatal = 1,
   Log_Level_Error = 2,
   Log_Level_Warn = 3,

@@ -2,7 +2,7 @@
 
 #pragma once
 
-class OVNLockClass {
+class OVNLockClass {  // names fixed by the interface
  public:
   virtual ~OVNLockClass() = default;
 

@@ -12,9 +12,9 @@
 
 #include "applog/OVNLockClass.h"
 
-enum LockType : int {
-  SystemLock = 0,  // key path "/tmp"; every value other than `UserLock` means this
-  UserLock = 1,    // key path is the user's home folder
+enum LockType : int {  // names fixed by the interface
+  SystemLock = 0,      // key path "/tmp"; every value other than `UserLock` means this
+  UserLock = 1,        // key path is the user's home folder
 };
 
 class OVNSemaphoreLock : public OVNLockClass {

@@ -53,8 +53,8 @@ class LogTargetDefault : public LogTargetBase {
                 const char* component, const char* extra1, const char* extra2, const char* format, va_list* arguments,
                 unsigned long long timeMs) override;
 
-  // Appends the line to `out`, without a newline. A message that contains "eyJ" and, from there on, ".eyJ" may contain
-  // an access token: it is replaced, and the level printed is WARN.
+  // Appends the line to `out`, without a newline. Defined in LineFormat.cpp. A message that contains "eyJ" and, from
+  // there on, ".eyJ" may contain an access token: it is replaced, and the level printed is WARN.
   void formatLog(unsigned long long timeMs, Log_Level level, const char* sessionId, const char* domain,
                  const char* subDomain, const char* component, const char* extra1, const char* extra2,
                  const char* message, std::string& out);

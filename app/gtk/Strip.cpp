@@ -8,6 +8,8 @@ namespace {
 
 constexpr guint kPulseMilliseconds = 60;
 constexpr double kFirstData = 0.1;  // WebKit reports this fraction before any data has arrived
+constexpr char kPadlockIcon[] = "channel-secure-symbolic";
+constexpr char kWarningIcon[] = "dialog-warning-symbolic";
 constexpr char kWarningClass[] = "warning";
 
 constexpr char kStyle[] = R"(
@@ -49,6 +51,25 @@ bool animationsEnabled() {
 
 }  // namespace
 
+StripText stripText(const Site& site) {
+  switch (site.kind) {
+    case Site::Kind::kNone:
+      return {nullptr, "", "", "No site yet"};
+    case Site::Kind::kEncrypted:
+      return {kPadlockIcon, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
+    case Site::Kind::kLoopback:
+      return {nullptr, site.host, "", "Site: " + site.host + ", this computer"};
+    case Site::Kind::kPlain:
+      return {kWarningIcon, site.host, "Not encrypted: others can read what you type",
+              "Warning: the connection to " + site.host + " is not encrypted: others can read what you type"};
+    case Site::Kind::kFile:
+      return {nullptr, "A page on this computer", "", "A page on this computer"};
+    case Site::Kind::kNowhere:
+      break;
+  }
+  return {kWarningIcon, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
+}
+
 Strip::Strip()
     : overlay_(gtk_overlay_new()),
       background_(newText(PANGO_ELLIPSIZE_NONE)),
@@ -80,7 +101,7 @@ Strip::~Strip() {
 }
 
 void Strip::show(const Site& site) {
-  const SiteText text = siteText(site);
+  const StripText text = stripText(site);
   if (text.icon != nullptr) gtk_image_set_from_icon_name(GTK_IMAGE(icon_), text.icon, GTK_ICON_SIZE_MENU);
   gtk_widget_set_visible(icon_, text.icon != nullptr);
   setText(host_, text.host.empty() ? "" : leftToRight(text.host));

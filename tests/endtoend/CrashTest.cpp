@@ -89,7 +89,7 @@ TEST_F(CrashTest, ADyingSandboxedProcessEndsTheRun) {
   start();
   std::optional<pid_t> process;
   ASSERT_TRUE(
-      support::comesTrue([&] { return (process = descendantNamed(run->pid(), "WebKitWebProces")).has_value(); }));
+      support::becomesTrue([&] { return (process = descendantNamed(run->pid(), "WebKitWebProces")).has_value(); }));
   kill(*process, SIGKILL);
   EXPECT_EQ(messageOfTheEnd(), kLoadFailed);
 }
@@ -105,7 +105,7 @@ TEST_P(FewDescriptorsTest, EndTheRunWithOneMessage) {
 
 INSTANTIATE_TEST_SUITE_P(Limits, FewDescriptorsTest, testing::Range(16, 25));
 
-TEST_F(CrashTest, LittleAddressSpaceEndsTheRunWithOneMessage) {
+TEST_F(CrashTest, LittleAddressSpaceMakesOneMessage) {
   limit("-v 4194304");
   start();
   EXPECT_EQ(messageOfTheEnd(), kLoadFailed) << run->standardError();

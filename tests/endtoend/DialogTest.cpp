@@ -153,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
                           "  return inner.contentWindow.confirm('Really?') }"}),
     nameOf);
 
-TEST_F(DialogTest, AFrameOfTheSameSiteGetsAPrompt) {
+TEST_F(DialogTest, AFrameOfThisSiteGetsAPrompt) {
   site.serve("/frame", pageWith("<script>onload = () => report('' + confirm('Really?'))</script>"));
   startOn("<iframe src='/frame'></iframe>");
   replyWith(XK_Return);

@@ -208,13 +208,14 @@ TEST_F(OwnAreaTest, NoTooltipsAreShown) {
 }
 
 TEST_F(OwnAreaTest, AClosedPromptLeavesNoTrace) {
-  startOnAndWatch("<script>onkeydown = () => { alert('Call us!'); frames(5).then(() => report('gone')) }</script>");
+  startOnAndRecordStrip(
+      "<script>onkeydown = () => { alert('Call us!'); frames(5).then(() => report('gone')) }</script>");
   screen.press(XK_g);
   until("the prompt", [&] { return picture().colourAt(340, 28) != kPageColor; });
   screen.press(XK_Return);
   untilReported("gone");
   until("the page without a prompt", [&] { return picture().colourAt(340, 28) == kPageColor; });
-  expectTheStripAsItWas();
+  expectUnchangedStrip();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -99,7 +99,7 @@ TEST_F(SelectTest, LettersSelectAnOption) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-TEST_F(SelectTest, TheListOfALowFieldOpensAboveIt) {
+TEST_F(SelectTest, AListOpensAboveALowField) {
   startOnSelect("field.style.top = '500px'");
   clickAt(100, 520);
   until("the list", [&] { return picture().colourAt(120, kStripHeight + 490) != kPageColor; });

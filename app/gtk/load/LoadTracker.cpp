@@ -97,6 +97,7 @@ void LoadTracker::finished(const std::string& address) {
   pendingFinish_ = address;
 }
 
+// A resource whose address was navigated to before is the document of a sub-frame.
 void LoadTracker::resourceStarted(unsigned id, const std::string& address) {
   if (!removeNavigation(address)) return;
   subFrames_[id] = {address};

@@ -17,8 +17,6 @@
 namespace {
 
 constexpr char kLeftToRightMark[] = "\u200E";
-constexpr char kSecureIcon[] = "channel-secure-symbolic";
-constexpr char kWarningIcon[] = "dialog-warning-symbolic";
 
 bool isAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char each) { return static_cast<unsigned char>(each) < 0x80; });
@@ -164,25 +162,6 @@ std::string displayHost(const std::string& host) {
   bool unambiguous = true;
   forEachLabel(name, [&](const std::string& label) { unambiguous = unambiguous && isUnambiguous(label); });
   return unambiguous ? name : host;
-}
-
-SiteText siteText(const Site& site) {
-  switch (site.kind) {
-    case Site::Kind::kNone:
-      return {nullptr, "", "", "No site yet"};
-    case Site::Kind::kEncrypted:
-      return {kSecureIcon, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
-    case Site::Kind::kLoopback:
-      return {nullptr, site.host, "", "Site: " + site.host + ", this computer"};
-    case Site::Kind::kPlain:
-      return {kWarningIcon, site.host, "Not encrypted: others can read what you type",
-              "Warning: the connection to " + site.host + " is not encrypted: others can read what you type"};
-    case Site::Kind::kFile:
-      return {nullptr, "A page on this computer", "", "A page on this computer"};
-    case Site::Kind::kNowhere:
-      break;
-  }
-  return {kWarningIcon, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
 }
 
 std::string leftToRight(const std::string& host) {

@@ -45,16 +45,6 @@ std::string bracketed(const std::string& host);
 //   "xn--paypa-o7a.example"   => "xn--paypa-o7a.example"   ("paypał")
 std::string displayHost(const std::string& host);
 
-// What the strip shows for a site.
-struct SiteText {
-  const char* icon = nullptr;
-  std::string host;
-  std::string warning;  // empty if there is none
-  std::string spoken;   // all of it in one sentence, for a screen reader
-};
-
-SiteText siteText(const Site& site);
-
 // Keeps the labels of a host in order from left to right, whatever their script's direction (Unicode Standard Annex #9,
 // section 4.3, HL4). A right-to-left label must not move the end of the name, which identifies the owner.
 std::string leftToRight(const std::string& host);

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+#include "app/gtk/Strip.h"
+
 namespace {
 
 using testing::HasSubstr;
@@ -106,18 +108,18 @@ INSTANTIATE_TEST_SUITE_P(Hosts, LookAlikeTest,
                                          "xn--"));
 
 TEST(SiteTest, EveryKindHasItsText) {
-  EXPECT_THAT(siteText({Kind::kNone, ""}).host, IsEmpty());
-  EXPECT_THAT(siteText({Kind::kNone, ""}).warning, IsEmpty());
-  EXPECT_STREQ(siteText({Kind::kEncrypted, "signin.example"}).icon, "channel-secure-symbolic");
-  EXPECT_THAT(siteText({Kind::kEncrypted, "signin.example"}).warning, IsEmpty());
-  EXPECT_EQ(siteText({Kind::kLoopback, "127.0.0.1"}).icon, nullptr);
-  EXPECT_THAT(siteText({Kind::kPlain, "signin.example"}).warning, HasSubstr("Not encrypted"));
-  EXPECT_THAT(siteText({Kind::kNowhere, ""}).warning, Not(IsEmpty()));
+  EXPECT_THAT(stripText({Kind::kNone, ""}).host, IsEmpty());
+  EXPECT_THAT(stripText({Kind::kNone, ""}).warning, IsEmpty());
+  EXPECT_STREQ(stripText({Kind::kEncrypted, "signin.example"}).icon, "channel-secure-symbolic");
+  EXPECT_THAT(stripText({Kind::kEncrypted, "signin.example"}).warning, IsEmpty());
+  EXPECT_EQ(stripText({Kind::kLoopback, "127.0.0.1"}).icon, nullptr);
+  EXPECT_THAT(stripText({Kind::kPlain, "signin.example"}).warning, HasSubstr("Not encrypted"));
+  EXPECT_THAT(stripText({Kind::kNowhere, ""}).warning, Not(IsEmpty()));
 }
 
 TEST(SiteTest, TheSpokenTextHasHostAndWarning) {
-  EXPECT_THAT(siteText({Kind::kPlain, "signin.example"}).spoken, HasSubstr("signin.example is not encrypted"));
-  EXPECT_THAT(siteText({Kind::kEncrypted, "signin.example"}).spoken, HasSubstr("signin.example"));
+  EXPECT_THAT(stripText({Kind::kPlain, "signin.example"}).spoken, HasSubstr("signin.example is not encrypted"));
+  EXPECT_THAT(stripText({Kind::kEncrypted, "signin.example"}).spoken, HasSubstr("signin.example"));
 }
 
 TEST(SiteTest, LabelsKeepTheirOrder) {
