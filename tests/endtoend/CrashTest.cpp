@@ -29,10 +29,6 @@ class CrashTest : public EndToEndTest {
     until("the end", [this] { return run->ended(); });
     return pipe.text();
   }
-
-  void limit(const std::string& what) {
-    options.wrapper = {"/bin/sh", "-c", "ulimit " + what + " && exec \"$@\"", "sh"};
-  }
 };
 
 class CrashSignalTest : public CrashTest, public testing::WithParamInterface<int> {};
@@ -42,7 +38,7 @@ TEST_P(CrashSignalTest, WritesOneMessage) {
   untilRequested("/signin");
   run->signal(GetParam());
   EXPECT_EQ(messageOfTheEnd(), kLoadFailed);
-  EXPECT_EQ(run->exitStatus(), std::nullopt);
+  EXPECT_NE(run->exitStatus(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, CrashSignalTest,
@@ -94,22 +90,25 @@ TEST_F(CrashTest, ADyingSandboxedProcessEndsTheRun) {
   EXPECT_EQ(messageOfTheEnd(), kLoadFailed);
 }
 
-class FewDescriptorsTest : public CrashTest, public testing::WithParamInterface<int> {};
+class LimitTest : public CrashTest, public testing::WithParamInterface<const char*> {};
 
-// Without a descriptor for the display, the display is missing.
-TEST_P(FewDescriptorsTest, EndTheRunWithOneMessage) {
-  limit("-n " + std::to_string(GetParam()));
+// Without a descriptor for the display, the display is missing. A later release of a library may need less.
+TEST_P(LimitTest, EndsTheRunWithOneMessage) {
+#ifdef __SANITIZE_ADDRESS__
+  if (GetParam()[1] == 'v') GTEST_SKIP() << "the sanitizer reserves more address space";
+#endif
+  site.serve("/limited", redirectTo(site.address("/done")));
+  options.signIn = site.address("/limited");
+  options.wrapper = {"/bin/sh", "-c", std::string("ulimit ") + GetParam() + " && exec \"$@\"", "sh"};
   start();
-  EXPECT_THAT(messageOfTheEnd(), AnyOf(kLoadFailed, kOptionsMissing)) << run->standardError();
+  EXPECT_THAT(messageOfTheEnd(), AnyOf(kLoadFailed, kOptionsMissing, result(site.address("/done"))))
+      << run->standardError();
 }
 
-INSTANTIATE_TEST_SUITE_P(Limits, FewDescriptorsTest, testing::Range(16, 25));
-
-TEST_F(CrashTest, LittleAddressSpaceMakesOneMessage) {
-  limit("-v 4194304");
-  start();
-  EXPECT_EQ(messageOfTheEnd(), kLoadFailed) << run->standardError();
-}
+INSTANTIATE_TEST_SUITE_P(Ulimit, LimitTest,
+                         testing::Values("-n 9", "-n 12", "-n 16", "-n 17", "-n 18", "-n 19", "-n 20", "-n 21", "-n 22",
+                                         "-n 23", "-n 24", "-n 32", "-n 48", "-v 1048576", "-v 4194304"),
+                         [](const auto& each) { return each.param[1] + std::string(each.param).substr(3); });
 
 }  // namespace
 }  // namespace endtoend

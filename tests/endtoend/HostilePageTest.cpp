@@ -118,17 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
     Of, StormTest,
     testing::Values(
         Named{"States", "try { history.pushState({}, '', '/signin?' + n) } catch {}"},
-        Named{"Fragments", "location.hash = n"}, Named{"LongFragments", "location.hash = n + 'x'.repeat(2e6)"},
-        Named{"LongReplacedFragments", "location.replace('#' + n + 'x'.repeat(2e6))"},
-        Named{"LongStates", "try { history.pushState({}, '', '/signin?' + n + 'x'.repeat(2e6)) } catch {}"},
-        Named{"LongImages", "(new Image).src = '/image?' + n + 'x'.repeat(2e6)"},
-        Named{"LongFrames",
-              "const frame = document.createElement('iframe'); frame.src = '/file?' + n + 'x'.repeat(2e6);"
-              "document.body.append(frame)"},
-        Named{"LongTitles", "document.title = n + 'x'.repeat(2e6)"},
-        Named{"LongDialogs", "confirm(n + 'x'.repeat(2e6))"},
-        Named{"LongWindows", "open('/other?' + n + 'x'.repeat(2e6))"},
-        Named{"Titles", "document.title = 'x'.repeat(100000) + n"},
+        Named{"Fragments", "location.hash = n"}, Named{"Titles", "document.title = 'x'.repeat(100000) + n"},
         Named{"Text", "document.write('<p>' + 'x'.repeat(1000))"}, Named{"Images", "(new Image).src = '/image?' + n"},
         Named{"Frames", "for (let i = 0; i < 20; ++i) document.body.append(document.createElement('iframe'))"},
         Named{"Downloads",
@@ -147,13 +137,14 @@ TEST_P(LongTextsTest, DoNotFillTheWindowsMemory) {
           GetParam().script +
           " };"
           "onkeydown = () => { setInterval(() => { step(); if (++n % 50 === 0) report('step ' + n) }) }</script>");
+  const long before = megabytes();
+  long peak = before;
   screen.press(XK_g);
-  long peak = 0;
   until("the storm", [&] {
     peak = std::max(peak, megabytesOfARunningProcess().value_or(0));
     return run->ended() || reports().size() > 4;
   });
-  EXPECT_LE(peak, 300);
+  EXPECT_LE(peak - before, 130);
   if (const auto open = screen.windowOf(run->pid())) screen.close(open->id);
   EXPECT_THAT(message(), testing::AnyOf(kWindowClosed, kLoadFailed));
 }

@@ -12,10 +12,10 @@ namespace endtoend {
 class PromptTest : public PageTest {
  protected:
   void untilPromptIsShown() {
-    until("the prompt", [this] { return promptIsShown(); });
+    until("the prompt", [this] { return showsPrompt(picture()); });
   }
   void untilPromptIsClosed() {
-    until("the page without a prompt", [this] { return !promptIsShown(); });
+    until("the page without a prompt", [this] { return !showsPrompt(picture()); });
   }
 
   // A prompt drops input for a short time after it is shown.
@@ -27,7 +27,10 @@ class PromptTest : public PageTest {
   // prompts with increasing numbers of lines.
   int untilPromptEndsBelow(int row) {
     int end = 0;
-    until("a longer prompt", [&] { return promptTakesInput() && (end = promptIn(picture()).end) > row; });
+    until("a longer prompt", [&] {
+      const Picture all = picture();
+      return showsPrompt(all) && buttonsAreDark(all) && (end = promptIn(all).end) > row;
+    });
     return end;
   }
 
@@ -37,12 +40,14 @@ class PromptTest : public PageTest {
     screen.press(key);
   }
 
-  bool promptTakesInput() { return promptIsShown() && buttonsAreDark(); }
+  bool promptTakesInput() {
+    const Picture all = picture();
+    return showsPrompt(all) && buttonsAreDark(all);
+  }
 
  private:
   // A prompt has the color of the strip, overlaps the page's area, and is narrower than the window.
-  bool promptIsShown() {
-    const Picture all = picture();
+  static bool showsPrompt(const Picture& all) {
     return promptIn(all).left > 0 && all.colourAt(all.width() / 2, kInPadding) == all.colourAt(all.width() - 10, 3);
   }
 
@@ -64,10 +69,9 @@ class PromptTest : public PageTest {
   }
 
   // The buttons are the last row of the prompt. Their text is gray while they take no input.
-  bool buttonsAreDark() {
+  static bool buttonsAreDark(const Picture& all) {
     constexpr int kButtons = 58;  // with the padding below them
     constexpr unsigned kDark = 0x50;
-    const Picture all = picture();
     const Frame frame = promptIn(all);
     for (int y = std::max(frame.end - kButtons, kInPadding); y < frame.end; ++y) {
       for (int x = frame.left; x < frame.right; ++x) {

@@ -8,7 +8,7 @@
 //   Further requests are dropped.
 // - The list of a select field opens once for each click, Return, Space, Up or Down, inside the page's area.
 // - A page cannot navigate to a web address of more than 64 KiB, which is more than the launcher's pipe holds.
-// - A page that uses more than five such addresses, or makes this process need too much memory, is stopped. That is a
+// - A page that uses more than two such addresses, or makes this process need too much memory, is stopped. That is a
 //   failed load.
 // - While a page is zoomed in, its main frame can be scrolled; otherwise parts of it would be out of reach.
 // Main thread only; needs an open display.
@@ -125,7 +125,7 @@ class Page {
   Site site_;  // of the page that is shown
   MainFrame mainFrame_;
   RequestLimit opened_{3};
-  RequestLimit longAddresses_{5};
+  RequestLimit longAddresses_{2};
   bool stopped_ = false;
   bool scrollingForbidden_ = false;
   GlibIdleTimer idleTimer_;
