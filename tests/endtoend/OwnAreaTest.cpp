@@ -1,6 +1,6 @@
 // A page cannot change anything outside its area: the strip, the title, the window's position, the mouse pointer.
 
-#include "tests/endtoend/PageTest.h"
+#include "tests/endtoend/PromptTest.h"
 
 #include <string>
 #include <vector>
@@ -13,7 +13,7 @@ using testing::SizeIs;
 
 constexpr int kStripHeight = 20;
 
-class OwnAreaTest : public PageTest {
+class OwnAreaTest : public PromptTest {
  protected:
   // Every color of the strip, row by row. They do not change after the page has loaded.
   std::vector<unsigned> strip() {
@@ -211,8 +211,7 @@ TEST_F(OwnAreaTest, AClosedPromptLeavesNoTrace) {
   startOnAndRecordStrip(
       "<script>onkeydown = () => { alert('Call us!'); frames(5).then(() => report('gone')) }</script>");
   screen.press(XK_g);
-  until("the prompt", [&] { return picture().colourAt(340, 28) != kPageColor; });
-  screen.press(XK_Return);
+  replyWith(XK_Return);
   untilReported("gone");
   until("the page without a prompt", [&] { return picture().colourAt(340, 28) == kPageColor; });
   expectUnchangedStrip();

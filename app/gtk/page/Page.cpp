@@ -18,7 +18,7 @@ using Kind = LoadEvent::Kind;
 
 constexpr double kMinZoom = 0.5;
 constexpr double kMaxZoom = 3.0;
-constexpr std::size_t kMaxAddressLength = 64 << 10;
+constexpr std::size_t kMaxAddressLength = 256 << 10;
 constexpr char kResourceNumber[] = "svo-resource-number";
 
 std::string addressOf(WebKitWebView* view) {

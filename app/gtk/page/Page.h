@@ -7,7 +7,7 @@
 // - A page may open three addresses outside and show five prompts, and as many again after each click, Return or Space.
 //   Further requests are dropped.
 // - The list of a select field opens once for each click, Return, Space, Up or Down, inside the page's area.
-// - A page cannot navigate to a web address of more than 64 KiB, which is more than the launcher's pipe holds.
+// - A page cannot navigate to a web address of more than 256 KiB, four times what the launcher's pipe holds.
 // - A page that uses more than two such addresses, or makes this process need too much memory, is stopped. That is a
 //   failed load.
 // - While a page is zoomed in, its main frame can be scrolled; otherwise parts of it would be out of reach.
