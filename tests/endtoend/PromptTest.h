@@ -29,7 +29,7 @@ class PromptTest : public PageTest {
     int end = 0;
     until("a longer prompt", [&] {
       const Picture all = picture();
-      return showsPrompt(all) && buttonsAreDark(all) && (end = promptIn(all).end) > row;
+      return showsPrompt(all) && showsPageBelow(all) && buttonsAreDark(all) && (end = promptIn(all).end) > row;
     });
     return end;
   }
@@ -49,6 +49,11 @@ class PromptTest : public PageTest {
   // A prompt has the color of the strip, overlaps the page's area, and is narrower than the window.
   static bool showsPrompt(const Picture& all) {
     return promptIn(all).left > 0 && all.colourAt(all.width() / 2, kInPadding) == all.colourAt(all.width() - 10, 3);
+  }
+
+  // An area that is not painted yet has the color of the prompt.
+  static bool showsPageBelow(const Picture& all) {
+    return all.colourAt(all.width() / 2, all.height() - 1) != all.colourAt(all.width() / 2, kInPadding);
   }
 
   struct Frame {
