@@ -181,6 +181,7 @@ void Page::loadHTML(const std::string& html) {
 // The sign-in page follows the program's own page. WebKit ignores an address that is not UTF-8; its text is not logged.
 void Page::loadAddress(const std::string& address) {
   if (site_.kind == Site::Kind::kNone) tracker_.awaitPage(validUtf8(address) == address ? address : "");
+  mainFrame_.requested(address);
   webkit_web_view_load_uri(view_, address.c_str());
 }
 

@@ -1,5 +1,6 @@
 #include "app/gtk/page/PagePrompts.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,9 +11,9 @@
 namespace {
 
 using DialogRef = std::shared_ptr<WebKitScriptDialog>;
-using RequestRef = std::shared_ptr<WebKitAuthenticationRequest>;
 
 constexpr char kPromptId[] = "svo-prompt";
+constexpr guint kReportDelayMilliseconds = 500;
 
 std::string textOf(const char* text) {
   return validUtf8(orEmpty(text));
@@ -68,7 +69,6 @@ bool isEncrypted(WebKitAuthenticationRequest* request) {
 }
 
 bool isForUser(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
-  if (!asksForPassword(request)) return false;
   return webkit_authentication_request_is_for_proxy(request) || mainFrame.isAt(originOf(request).get());
 }
 
@@ -116,15 +116,44 @@ void PagePrompts::showDialog(WebKitScriptDialog* dialog, const Site& site) {
   (void)show(promptFor(dialog, *message, site), [kept](const PromptReply& reply) { sendReply(kept.get(), reply); });
 }
 
-void PagePrompts::authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
-  if (!isForUser(request, mainFrame) || !limit_.take()) {
-    return webkit_authentication_request_authenticate(request, nullptr);
+PagePrompts::~PagePrompts() {
+  for (const Undecided& each : undecided_) {
+    g_signal_handlers_disconnect_by_data(each.request.get(), this);
+    g_source_remove(each.source);
   }
-  const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);
-  const Prompts::Id id = show(promptFor(request), [kept](const PromptReply& reply) { sendReply(kept.get(), reply); });
+}
 
-  g_object_set_data(G_OBJECT(request), kPromptId, GUINT_TO_POINTER(id));
-  g_signal_connect(request, "cancelled", G_CALLBACK(onCancelled), this);
+void PagePrompts::authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
+  const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);
+  if (!asksForPassword(request) || isForUser(request, mainFrame)) return showOrDecline(kept, asksForPassword(request));
+  undecided_.push_back({kept, &mainFrame, g_timeout_add(kReportDelayMilliseconds, onDelayOver, this)});
+  g_signal_connect(request, "cancelled", G_CALLBACK(onUndecidedCancelled), this);
+}
+
+// All delays have the same length, so the first request is the one whose delay is over.
+gboolean PagePrompts::onDelayOver(gpointer self) {
+  auto* const prompts = static_cast<PagePrompts*>(self);
+  const Undecided first = std::move(prompts->undecided_.front());
+  prompts->undecided_.pop_front();
+  g_signal_handlers_disconnect_by_data(first.request.get(), self);
+  prompts->showOrDecline(first.request, isForUser(first.request.get(), *first.mainFrame));
+  return G_SOURCE_REMOVE;
+}
+
+void PagePrompts::onUndecidedCancelled(WebKitAuthenticationRequest* request, PagePrompts* self) {
+  const auto found = std::find_if(self->undecided_.begin(), self->undecided_.end(),
+                                  [request](const Undecided& each) { return each.request.get() == request; });
+  g_source_remove(found->source);
+  self->undecided_.erase(found);
+}
+
+void PagePrompts::showOrDecline(const RequestRef& request, bool isForUser) {
+  if (!isForUser || !limit_.take()) return webkit_authentication_request_authenticate(request.get(), nullptr);
+  const Prompts::Id id =
+      show(promptFor(request.get()), [request](const PromptReply& reply) { sendReply(request.get(), reply); });
+
+  g_object_set_data(G_OBJECT(request.get()), kPromptId, GUINT_TO_POINTER(id));
+  g_signal_connect(request.get(), "cancelled", G_CALLBACK(onCancelled), this);
 }
 
 // A cancelled load cancels its request.

@@ -13,7 +13,9 @@
 
 #include <webkit2/webkit2.h>
 
+#include <deque>
 #include <functional>
+#include <memory>
 
 #include "app/gtk/Prompts.h"
 #include "app/gtk/page/DialogMark.h"
@@ -28,12 +30,16 @@ class PagePrompts {
   PagePrompts(GtkOverlay* overlay, GtkWidget* page, WebKitUserContentManager* content,
               std::function<void(bool shown)> onShown);
 
+  ~PagePrompts();
+
   PagePrompts(const PagePrompts&) = delete;
   PagePrompts& operator=(const PagePrompts&) = delete;
 
   // `site` is the site of the page that is shown.
   void showDialog(WebKitScriptDialog* dialog, const Site& site);
 
+  // `mainFrame` must outlive this object. A request that is not for the main frame is declined half a second later: the
+  // page process reports what the main frame requests, and another process reports the request for a password.
   void authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame);
 
   // Declines every prompt: another page has been committed. WebKit cancels the requests of the main frame, but not
@@ -47,11 +53,23 @@ class PagePrompts {
   void resetLimit() { limit_.reset(); }
 
  private:
+  using RequestRef = std::shared_ptr<WebKitAuthenticationRequest>;
+
+  struct Undecided {
+    RequestRef request;
+    const MainFrame* mainFrame;
+    guint source;
+  };
+
+  static gboolean onDelayOver(gpointer self);
+  static void onUndecidedCancelled(WebKitAuthenticationRequest* request, PagePrompts* self);
+  void showOrDecline(const RequestRef& request, bool isForUser);
   static void onCancelled(WebKitAuthenticationRequest* request, PagePrompts* self);
   Prompts::Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
   Prompts prompts_;
   DialogMark mark_;
   RequestLimit limit_{5};
+  std::deque<Undecided> undecided_;  // in the order of their arrival
   std::function<void(bool)> onShown_;
 };
