@@ -9,6 +9,7 @@
 
 namespace {
 
+// Shared, because `std::function` copies what the reply captures.
 using DialogRef = std::shared_ptr<WebKitScriptDialog>;
 using RequestRef = std::shared_ptr<WebKitAuthenticationRequest>;
 
@@ -44,7 +45,7 @@ void sendReply(WebKitScriptDialog* dialog, const PromptReply& reply) {
   webkit_script_dialog_close(dialog);
 }
 
-bool asksForPassword(WebKitAuthenticationRequest* request) {
+bool isPasswordRequest(WebKitAuthenticationRequest* request) {
   switch (webkit_authentication_request_get_scheme(request)) {
     case WEBKIT_AUTHENTICATION_SCHEME_DEFAULT:
     case WEBKIT_AUTHENTICATION_SCHEME_HTTP_BASIC:
@@ -68,7 +69,7 @@ bool isEncrypted(WebKitAuthenticationRequest* request) {
 }
 
 bool isForUser(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
-  if (!asksForPassword(request)) return false;
+  if (!isPasswordRequest(request)) return false;
   return webkit_authentication_request_is_for_proxy(request) || mainFrame.isAt(originOf(request).get());
 }
 
