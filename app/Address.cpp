@@ -36,7 +36,7 @@ std::string withoutIgnoredCharacters(const std::string& address) {
 }
 
 // The log's own rule for a message with a JSON Web Token.
-bool holdsToken(const std::string& text) {
+bool containsToken(const std::string& text) {
   const std::size_t first = text.find("eyJ");
   return first != std::string::npos && text.find(".eyJ", first) != std::string::npos;
 }
@@ -99,9 +99,8 @@ std::string withoutPassword(std::string address) {
   return address.replace(colon + 1, at - colon - 1, kHidden);
 }
 
-// Also encodes the control characters U+0080 to U+009F, which some terminals obey.
+// Also encodes the control characters U+0080 to U+009F, which some terminals interpret.
 std::string withoutControls(const std::string& text) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto c = static_cast<unsigned char>(text[i]);
@@ -112,7 +111,7 @@ std::string withoutControls(const std::string& text) {
     if (c >= ' ' && c != 0x7F && !beginsC1 && !endsC1) {
       result += text[i];
     } else {
-      result.append({'%', kDigits[c >> 4], kDigits[c & 15]});
+      result += percentEncoded(text[i]);
     }
   }
   return result;
@@ -147,8 +146,14 @@ bool mayFollow(const std::string& address, const std::string& page) {
   return !hasOneOf(kInlineSchemes, target) && !isEngineAddress(target);
 }
 
+std::string percentEncoded(char byte) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  const auto value = static_cast<unsigned char>(byte);
+  return {'%', kDigits[value >> 4], kDigits[value & 15]};
+}
+
 std::string loggableAddress(const std::string& address, std::initializer_list<std::string> redirects) {
-  if (holdsToken(address)) return withoutControls(address);
+  if (containsToken(address)) return withoutControls(address);
 
   const bool isRedirect = std::any_of(redirects.begin(), redirects.end(), [&](const std::string& redirect) {
     return beginsWithIgnoringCase(address, redirect);

@@ -37,6 +37,10 @@ bool mayFollow(const std::string& address, const std::string& page);
 // Whether the address belongs to the web engine: resources and pages that are compiled into it. No site needs them.
 bool isEngineAddress(const std::string& address);
 
+// Percent-encodes a byte with upper-case digits (RFC 3986, section 2.1).
+//   '#' => "%23"
+std::string percentEncoded(char byte);
+
 // Returns the form of an address that may be logged.
 //
 // - The password of a user info (RFC 3986, section 3.2.1) is written as "…".

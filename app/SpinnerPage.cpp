@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/Address.h"
+
 namespace {
 
 constexpr char kImageBase64[] =
@@ -32,17 +34,13 @@ std::string spinnerPagePath(const std::string& bundlePath) {
 }
 
 std::string spinnerPageURL(const std::string& path) {
-  constexpr char kHex[] = "0123456789ABCDEF";
   std::string url = "file://";
   for (const char c : path) {
     if (isPathCharacter(c)) {
       url += c;
-      continue;
+    } else {
+      url += percentEncoded(c);
     }
-    const auto byte = static_cast<unsigned char>(c);
-    url += '%';
-    url += kHex[byte >> 4];
-    url += kHex[byte & 15];
   }
   return url;
 }

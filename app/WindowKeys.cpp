@@ -11,7 +11,7 @@ constexpr unsigned long kEveryModifier = 0xFFFF0000UL;
 struct Shortcut {
   const char* characters;
   EditingCommand command;
-  bool asksFirstResponder;
+  bool needsFirstResponder;
 };
 
 constexpr Shortcut kShortcuts[] = {
@@ -22,13 +22,13 @@ constexpr Shortcut kShortcuts[] = {
 }  // namespace
 
 KeyDecision decideKey(const std::optional<std::string>& characters, unsigned long modifiers,
-                      const std::function<bool(EditingCommand)>& firstResponderDoes) {
+                      const std::function<bool(EditingCommand)>& firstResponderSupports) {
   if (!characters) return {Action::kDrop, std::nullopt};
   if ((modifiers & kEveryModifier) != kKeyCommand) return {Action::kPassOn, std::nullopt};
 
   for (const Shortcut& shortcut : kShortcuts) {
     if (::strcasecmp(characters->c_str(), shortcut.characters) != 0) continue;
-    if (shortcut.asksFirstResponder && !firstResponderDoes(shortcut.command)) break;
+    if (shortcut.needsFirstResponder && !firstResponderSupports(shortcut.command)) break;
     return {Action::kPerform, shortcut.command};
   }
   return {Action::kDrop, std::nullopt};

@@ -35,8 +35,8 @@ struct KeyDecision {
   std::optional<EditingCommand> command;
 };
 
-// `characters`: of the key without its modifiers, UTF-8; missing if it has none. `firstResponderDoes` returns whether
-// the object with the keyboard focus supports a command; it is not called for undo.
+// `characters`: of the key without its modifiers, UTF-8; missing if it has none. `firstResponderSupports` returns
+// whether the object with the keyboard focus supports a command; it is not called for undo.
 //   "c", kKeyCommand, copies          => perform copy
 //   "C", kKeyCommand, copies          => perform copy
 //   "c", kKeyCommand, does not copy   => drop
@@ -44,4 +44,4 @@ struct KeyDecision {
 //   "k", kKeyCommand                  => drop
 //   missing, any                      => drop
 KeyDecision decideKey(const std::optional<std::string>& characters, unsigned long modifiers,
-                      const std::function<bool(EditingCommand)>& firstResponderDoes);
+                      const std::function<bool(EditingCommand)>& firstResponderSupports);

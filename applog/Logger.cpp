@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
 #include "platform/Users.h"
 
@@ -15,7 +16,7 @@ namespace {
 
 constexpr char kTargetIdentifier[] = "QSU";
 constexpr char kLogFileName[] = "Kelvo.log";
-constexpr char kBuildVersion[] = "9.0.0.121";
+constexpr char kBuildVersion[] = SVO_VERSION;
 constexpr std::size_t kMessageSize = 1024;
 constexpr std::string_view kSeparator = "|||";
 
@@ -194,8 +195,7 @@ bool Logger::GetNativeStringFromString(const std::string& in, std::string& out) 
 }
 
 int Logger::getLogMessage(char* buffer, std::size_t size, const char* format, va_list* arguments) {
-  if (arguments == nullptr || size == 0) return 0;
-  return std::vsnprintf(buffer, size - 1, format, *arguments);
+  return tarn::getLogMessage(buffer, size, format, arguments);
 }
 
 void Logger::sendMessageToTARNLogger(tarn::Log_Level level, const char* c1, const char* c2, const char* c3,

@@ -9,6 +9,7 @@
 
 #include "applog/Logger.h"
 #include "fuzz/Fuzzing.h"
+#include "platform/Path.h"
 
 namespace {
 
@@ -44,7 +45,7 @@ std::optional<Fields> parseSimply(const std::string& line) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string line = fuzz::textOf(data, size).c_str();
+  const std::string line = platform::untilNul(fuzz::textOf(data, size));
   const std::optional<Fields> expected = parseSimply(line);
   Fields fields{tarn::NONE, "previous", "previous"};
   bool isSplit = true;

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <utility>
 
+// NOLINTNEXTLINE(readability-identifier-naming): name fixed by the interface
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 // Aborts the process if the condition is false. An abort is the failure of a target.

@@ -8,6 +8,7 @@
 
 #include "fuzz/Fuzzing.h"
 #include "logging/LogTargetDefault.h"
+#include "platform/Path.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ bool endsWith(const std::string& text, const std::string& ending) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static tarn::LogTargetDefault target("fuzz");
-  const std::string message = fuzz::textOf(data, size).c_str();
+  const std::string message = platform::untilNul(fuzz::textOf(data, size));
   const bool isRedacted = mayContainToken(message);
 
   std::string line = "before ";

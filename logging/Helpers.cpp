@@ -58,6 +58,8 @@ bool getUserFolderPath(std::string& out) {
   return true;
 }
 
+// Not `platform::homeFolderOfConsoleUser`: that returns the home folder of the effective user if the process may not
+// become the console user; this function fails.
 bool getUserFolder(std::string& out) {
   const platform::AsUser scope(platform::consoleUser().value_or(::geteuid()));
   return scope && getUserFolderPath(out);

@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <string>
 
+#include "platform/Text.h"
+
 namespace tarn {
 
 // Returns the result of `gettimeofday`.
@@ -28,10 +30,7 @@ int getLogMessage(char* buffer, std::size_t size, const char* format, va_list* a
 
 std::string getStringFromInt(int number);
 
-// Returns `text`, "" for null.
-inline const char* orEmpty(const char* text) {
-  return text == nullptr ? "" : text;
-}
+using platform::orEmpty;
 
 bool utilGetCurrentOSVersion(int& major, int& minor, int& bugFix);
 

@@ -76,9 +76,8 @@ bool LogTargetBase::openLogFile(const char* name, const char* folder) {
   std::string path;
   if (isGiven(folder)) {
     path = folder;
-  } else {
-    if (!getTempPath(path)) return false;
-    if (!folderExitsAtPath(path)) (void)createDirectoryPath(path);  // a failure shows when the file is opened
+  } else if (!getTempPath(path)) {
+    return false;
   }
   if (isGiven(name) && !isFileName(name)) return false;
   if (!appendPath(path, isGiven(name) ? name : fileName)) return false;

@@ -13,7 +13,6 @@
 
 #include "logging/Helpers.h"
 #include "platform/CloseOnExec.h"
-#include "platform/Machine.h"
 #include "platform/PathLock.h"
 
 namespace tarn {
@@ -132,7 +131,7 @@ bool LogTargetDefault::onUnregisterTarget() {
 
 void LogTargetDefault::closeLock() {
   if (!lock) return;
-  const platform::PathLock turn(lockPath_);
+  const platform::PathLock pathLock(lockPath_);
   lock->finalize();
   lock.reset();
 }

@@ -1,4 +1,6 @@
 // Helpers of log rotation: the archive's name and its contents.
+//
+// `Segmenting.cpp` also defines the members of `LogTargetDefault` that rotate the log.
 
 #pragma once
 

@@ -8,7 +8,7 @@
 /// that
 ///   back up the same object at the same time can choose the same number; callers that need exclusion hold a lock.
 /// - A path is a byte string and ends at its first NUL.
-/// - The messages that are logged stand at the end of this file.
+/// - Log messages: see the table at the end of this file.
 
 #pragma once
 

@@ -6,7 +6,7 @@
 /// - The decoder is more tolerant than the RFC; see `Base64Decode`.
 /// - All functions may be called from any thread. None throws.
 /// - A path is a byte string of any encoding.
-/// - The messages that are logged stand at the end of this file.
+/// - Log messages: see the table at the end of this file.
 
 #pragma once
 

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstddef>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -33,7 +32,9 @@ bool isEmpty(const std::string& path) {
   return platform::untilNul(path).empty();
 }
 
-// The missing parents of `path`, outermost first, without those whose paths are too long.
+// The missing parents of `path`, outermost first, without those whose paths are too long. The caller creates them one
+// by one and ignores their errors, so the rules differ from those of `createFolders` (platform/linux/Users.cpp) and
+// `tarn::createDirectoryPath`, which stop at the first error.
 std::vector<std::string> missingParents(const std::string& path) {
   std::vector<std::string> missing;
   std::string child = path.substr(0, PATH_MAX + 1);
@@ -53,7 +54,8 @@ bool createFolderIfMissing(const std::string& path, mode_t mode) {
   return errno == EEXIST && platform::exists(path);
 }
 
-// `path` or its nearest existing parent; "" if there is none.
+// `path` or its nearest existing parent; "" if there is none. A parent that cannot be read counts as missing, whereas
+// the search for a mount point (SystemVolumes.cpp) fails there.
 std::string nearestExisting(const std::string& path) {
   if (platform::kindOf(path) != platform::FileKind::kNone) return path;
 

@@ -4,7 +4,7 @@
 /// - All functions may be called from any thread. They keep no state, do not throw, and wait only for the file system.
 /// - A path is a byte string: it need not be valid UTF-8, may contain newlines, and ends at its first NUL.
 /// - A relative path starts at the working folder. Only `utilIsCreatableWritablePath` expands "~".
-/// - The messages that are logged stand at the end of this file.
+/// - Log messages: see the table at the end of this file.
 
 #pragma once
 

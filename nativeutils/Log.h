@@ -1,7 +1,8 @@
 /// @file
 /// Starts the log of a program that uses this library, and sets its level.
 ///
-/// - The log is the file "Kelvo.log" in the console user's "Library/Logs" folder. All programs of the family share it.
+/// - The log is the file "Kelvo.log" in the console user's "Library/Logs" folder. All programs of the
+///   product family share it.
 /// - The other functions of this library log with the component "Native-Utils".
 /// - Nothing is written before `utilSetLogLevel` is called, but the first function with a message creates the file.
 

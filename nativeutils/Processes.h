@@ -13,7 +13,7 @@
 ///   may fail. Paths and arguments must be UTF-8 there.
 /// - No function throws.
 /// - All functions work in a program without windows and without a main loop.
-/// - The messages that are logged stand at the end of this file.
+/// - Log messages: see the table at the end of this file.
 
 #pragma once
 

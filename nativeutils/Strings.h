@@ -5,7 +5,7 @@
 /// - Functions keep no state, do not throw or block, and may be called from any thread.
 /// - `const char*` arguments are NUL-terminated and must not be null unless a function says otherwise.
 /// - Output arguments are unchanged if a function fails.
-/// - The messages that are logged stand at the end of this file.
+/// - Log messages: see the table at the end of this file.
 
 #pragma once
 

@@ -5,7 +5,7 @@
 ///   `utilGetUserFolderPath`.
 /// - Paths are byte strings, UTF-8 by convention.
 /// - Output arguments are unchanged if a function returns false.
-/// - The messages that are logged stand at the end of this file.
+/// - Log messages: see the table at the end of this file.
 
 #pragma once
 

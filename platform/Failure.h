@@ -17,7 +17,7 @@ inline std::string errorText(int error) {
 }
 
 //   (EACCES, "/x") => "Permission denied: /x"
-inline std::string describedError(int error, const std::string& path) {
+inline std::string errorWithPath(int error, const std::string& path) {
   return errorText(error) + ": " + path;
 }
 

@@ -83,20 +83,20 @@ int copyFileObject(const UniqueFd& from, UniqueFd to) {
 Failure copyRegularFile(const std::string& from, const std::string& to) {
   // O_NONBLOCK: the file may have been replaced by a pipe.
   const UniqueFd source(::open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (!source) return describedError(errno, from);
+  if (!source) return errorWithPath(errno, from);
   UniqueFd copy(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!copy) return describedError(errno, to);
+  if (!copy) return errorWithPath(errno, to);
 
   const int error = copyFileObject(source, std::move(copy));
   if (error == 0) return std::nullopt;
   (void)::unlink(to.c_str());
-  return describedError(error, to);
+  return errorWithPath(error, to);
 }
 
 Failure copyLink(const std::string& from, const std::string& to, const struct stat& object) {
   const std::optional<std::string> target = linkTarget(from);
-  if (!target) return describedError(errno, from);
-  if (::symlink(target->c_str(), to.c_str()) != 0) return describedError(errno, to);
+  if (!target) return errorWithPath(errno, from);
+  if (::symlink(target->c_str(), to.c_str()) != 0) return errorWithPath(errno, to);
   copyLinkAttributes(object, to);
   return std::nullopt;
 }
@@ -125,10 +125,10 @@ bool copyFileContents(const std::string& from, const std::string& to) {
 
 Failure copyFile(const std::string& from, const std::string& to) {
   struct stat object {};
-  if (::lstat(from.c_str(), &object) != 0) return describedError(errno, from);
+  if (::lstat(from.c_str(), &object) != 0) return errorWithPath(errno, from);
   if (S_ISLNK(object.st_mode)) return copyLink(from, to, object);
   if (S_ISREG(object.st_mode)) return copyRegularFile(from, to);
-  return describedError(ENOTSUP, from);
+  return errorWithPath(ENOTSUP, from);
 }
 
 }  // namespace platform

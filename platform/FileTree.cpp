@@ -105,11 +105,11 @@ class Walk {
     Level level{
         openFolder(entry.folder, entry.name), {}, static_cast<std::size_t>(entry.name - path_.c_str()), path_.size()};
     const bool isOpen = level.fd && ::fstat(level.fd.get(), &level.object) == 0;
-    if (!isOpen) visitor_.miss(entry, errno);
+    if (!isOpen) visitor_.onError(entry, errno);
     if (!isOpen || isSkipped(level)) return visitor_.leave(entry);
     levels_.push_back(std::move(level));
     if (levels_.size() - firstOpen_ > kMaxOpen) closeOutermost();
-    if (const int error = readTop()) visitor_.miss(entry, error);
+    if (const int error = readTop()) visitor_.onError(entry, error);
   }
 
   bool isSkipped(const Level& level) const {
@@ -135,7 +135,7 @@ class Walk {
     path_.resize(done.pathLength);
     if (!levels_.empty() && !levels_.back().fd && !reopenTop(done.fd.get())) {
       levels_.clear();
-      return visitor_.miss(entry(AT_FDCWD, 0, EntryKind::kFolder), ESTALE);
+      return visitor_.onError(entry(AT_FDCWD, 0, EntryKind::kFolder), ESTALE);
     }
     done.fd.reset();  // some file systems are slow to remove a folder that is open
     visitor_.leave(entry(levels_.empty() ? AT_FDCWD : levels_.back().fd.get(), done.nameAt, EntryKind::kFolder));

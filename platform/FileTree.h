@@ -35,9 +35,9 @@ class TreeVisitor {
 
   // The folder cannot be opened or read; `error` is the `errno` value. ESTALE: the folder was moved during the walk, so
   // that its parent cannot be reached again. The walk has then ended.
-  virtual void miss(const TreeEntry& /*entry*/, int /*error*/) {}
+  virtual void onError(const TreeEntry& /*entry*/, int /*error*/) {}
 
-  // Called after the contents for every entry for which `enter` returned true, also after `miss` unless the walk has
+  // Called after the contents for every entry for which `enter` returned true, also after `onError` unless the walk has
   // ended.
   virtual void leave(const TreeEntry& /*entry*/) {}
 };

@@ -1,4 +1,5 @@
-// Locks a path with `flock` for a scope, so that processes take turns at a resource that the path identifies.
+// Locks a path with `flock` for a scope, so that processes use the resource that the path identifies
+// one at a time.
 //
 // - Advisory: only users of `PathLock` exclude each other.
 // - Waits at most 200 ms. After that, or if the path cannot be opened, the scope runs without the lock.

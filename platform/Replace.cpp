@@ -26,7 +26,7 @@ bool endsInSlash(const std::string& path) {
 }
 
 // Returns EINVAL if the folder at `path` is `top` or a folder below it, 0 if not, or the `errno` value of a failure.
-int errorOfLyingIn(const struct stat& top, std::string path) {
+int errorIfInside(const struct stat& top, std::string path) {
   struct stat folder {};
   if (::stat(path.c_str(), &folder) != 0) return errno;
   while (!isSame(folder, top)) {
@@ -48,9 +48,9 @@ bool isOnPath(const struct stat& link, const std::string& path) {
 }
 
 // Whether the target of a symbolic link is in the folder.
-bool leadsInto(const std::string& link, const struct stat& folder) {
+bool targetIsInside(const std::string& link, const struct stat& folder) {
   const std::unique_ptr<char, decltype(&std::free)> target(::realpath(link.c_str(), nullptr), &std::free);
-  return target && errorOfLyingIn(folder, parentFolder(target.get())) == EINVAL;
+  return target && errorIfInside(folder, parentFolder(target.get())) == EINVAL;
 }
 
 // Returns 0 or the error of a replacement that `rename` would permit or report differently.
@@ -66,11 +66,11 @@ int errorOfReplacing(const std::string& from, const std::string& to) {
   if (hasNoName(from)) return EBUSY;
   if (endsInSlash(to) && !S_ISDIR(object.st_mode)) return ENOTDIR;
   if (endsInSlash(from) && linkTarget(withoutTrailingSlashes(from))) return ENOTDIR;
-  if (S_ISLNK(object.st_mode) && (isLinkTo(from, to) || (S_ISDIR(target.st_mode) && leadsInto(from, target))))
+  if (S_ISLNK(object.st_mode) && (isLinkTo(from, to) || (S_ISDIR(target.st_mode) && targetIsInside(from, target))))
     return ELOOP;
   if (S_ISLNK(target.st_mode) && isOnPath(target, from)) return EINVAL;
   if (!S_ISDIR(target.st_mode) || isSame(folder, targetFolder)) return 0;
-  return errorOfLyingIn(target, parentFolder(from));
+  return errorIfInside(target, parentFolder(from));
 }
 
 // Returns 0 or the `errno` value.
@@ -78,6 +78,10 @@ int rename(const std::string& from, const std::string& to) {
   return std::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
+// Does not exchange the two names with RENAME_EXCHANGE:
+//
+// - If the removal of the old object were interrupted, its remains would have the name `from`, the name of the backup.
+// - A folder that is not writable cannot be exchanged with an object that has another parent.
 int replaceObject(const std::string& from, const std::string& to) {
   if (const int error = errorOfReplacing(from, to)) return error;
 

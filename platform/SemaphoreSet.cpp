@@ -18,8 +18,8 @@ union SemaphoreArgument {
 
 constexpr int kMaxAttachTries = 3;
 
-// A blocking wait costs a context switch on both sides, and while a process waits, every release hands the semaphore to
-// a waiter. A log line takes a few microseconds, so trying first is cheaper. The yield between two tries lets a
+// A blocking wait costs a context switch on both sides, and while a process waits, every release passes the semaphore
+// to a waiter. A log line takes a few microseconds, so trying first is cheaper. The yield between two tries lets a
 // preempted holder run, which limits the worst latency when there are more processes than processors.
 constexpr int kTriesBeforeBlocking = 100;
 

@@ -1,4 +1,4 @@
-// UTF-8 validation, Unicode normalization, and UUIDs. Thread-safe.
+// Null C strings, UTF-8 validation, Unicode normalization, and UUIDs. Thread-safe.
 
 #pragma once
 
@@ -6,6 +6,11 @@
 #include <string_view>
 
 namespace platform {
+
+// Returns `text`, "" for null.
+inline const char* orEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
 
 // Returns whether the bytes are UTF-8 (RFC 3629): no overlong sequences, no surrogates, nothing above U+10FFFF. NUL is
 // a character.

@@ -25,7 +25,7 @@ class Removal : public TreeVisitor {
     return false;
   }
 
-  void miss(const TreeEntry& entry, int error) override { note(entry, error); }
+  void onError(const TreeEntry& entry, int error) override { note(entry, error); }
   void leave(const TreeEntry& entry) override { note(entry, remove(entry)); }
 
   const Failure& first() const { return first_; }
@@ -41,14 +41,14 @@ class Removal : public TreeVisitor {
   }
 
   void note(const TreeEntry& entry, int error) {
-    if (!first_ && error != 0 && error != ENOENT) first_ = describedError(error, entry.path);
+    if (!first_ && error != 0 && error != ENOENT) first_ = errorWithPath(error, entry.path);
   }
 
   Failure first_;
 };
 
 Failure failureAt(const std::string& path) {
-  return describedError(errno, untilNul(path));
+  return errorWithPath(errno, untilNul(path));
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ Failure removeTree(const std::string& path) {
   // With its slash, "link/" would be the folder that the link refers to.
   const std::string root = withoutTrailingSlashes(untilNul(path));
   const std::string name = lastPathComponent(root);
-  if (name.empty() || name == "." || name == "..") return describedError(EINVAL, untilNul(path));
+  if (name.empty() || name == "." || name == "..") return errorWithPath(EINVAL, untilNul(path));
   if (!exists(root)) return failureAt(path);
 
   Removal removal;

@@ -7,6 +7,7 @@
 
 #include "app/SignInFlow.h"
 #include "app/cocoa/CocoaSignInWindow.h"
+#include "platform/macos/FoundationText.h"
 
 struct SignIn {
   explicit SignIn(AppDelegate* delegate) : window(delegate), flow(window) {}
@@ -71,8 +72,7 @@ LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool p
   [application activateIgnoringOtherApps:YES];
   [_window makeFirstResponder:_webView];
 
-  const char* const bundlePath = [[[NSBundle mainBundle] bundlePath] UTF8String];
-  _signIn->flow.launch(bundlePath == nullptr ? "" : bundlePath);
+  _signIn->flow.launch(platform::textOf([[NSBundle mainBundle] bundlePath]));
 }
 
 - (void)webView:(WebView*)sender didFinishLoadForFrame:(WebFrame*)frame {

@@ -2,12 +2,11 @@
 
 #include "app/SpinnerPage.h"
 #include "app/cocoa/AppDelegate.h"
+#include "platform/macos/FoundationText.h"
 
 namespace {
 
-NSString* stringOf(const std::string& text) {
-  return [NSString stringWithUTF8String:text.c_str()];
-}
+using platform::stringOf;
 
 // Foundation throws for nil, but returns nil for a string that is not an address.
 NSURL* urlOf(NSString* address) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "app/WindowKeys.h"
+#include "platform/macos/FoundationText.h"
 
 namespace {
 
@@ -27,8 +28,7 @@ SEL actionFor(EditingCommand command) {
 std::optional<std::string> charactersOf(NSEvent* event) {
   NSString* const characters = [event charactersIgnoringModifiers];
   if (characters == nil) return std::nullopt;
-  const char* const text = [characters UTF8String];
-  return text == nullptr ? "" : text;
+  return platform::textOf(characters);
 }
 
 void perform(EditingCommand command, NSWindow* window) {

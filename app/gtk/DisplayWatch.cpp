@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "app/gtk/Glib.h"
+
 namespace {
 
 std::function<void()> displayLost;
@@ -52,13 +54,12 @@ gboolean onCompositorLost(GSource*, GSourceFunc, void*) {
 
 void watchCompositor(GdkWaylandDisplay* display) {
   static GSourceFuncs functions = {beforeWait, afterWait, onCompositorLost, nullptr, nullptr, nullptr};
-  GSource* const source = g_source_new(&functions, sizeof(CompositorWatch));
+  const Owned<GSource, g_source_unref> source(g_source_new(&functions, sizeof(CompositorWatch)));
   const int connection = wl_display_get_fd(gdk_wayland_display_get_wl_display(display));
-  reinterpret_cast<CompositorWatch*>(source)->connection = connection;
-  g_source_add_unix_fd(source, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
-  g_source_set_priority(source, G_PRIORITY_HIGH);
-  g_source_attach(source, nullptr);
-  g_source_unref(source);
+  reinterpret_cast<CompositorWatch*>(source.get())->connection = connection;
+  g_source_add_unix_fd(source.get(), connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
+  g_source_set_priority(source.get(), G_PRIORITY_HIGH);
+  g_source_attach(source.get(), nullptr);
 }
 
 }  // namespace

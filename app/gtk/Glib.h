@@ -1,4 +1,4 @@
-// Converts strings from and to GLib, and names the owner of GLib handles.
+// Converts strings from GLib, and names the owner of GLib handles.
 
 #pragma once
 
@@ -6,14 +6,11 @@
 
 #include <string>
 
+#include "platform/Text.h"
 #include "platform/linux/Glib.h"
 
+using platform::orEmpty;
 using platform::Owned;
-
-// Null => ""
-inline std::string orEmpty(const char* text) {
-  return text == nullptr ? std::string() : std::string(text);
-}
 
 // Replaces every byte that is not UTF-8 by U+FFFD.
 inline std::string validUtf8(const std::string& text) {

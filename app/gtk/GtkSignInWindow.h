@@ -33,6 +33,8 @@ class GtkSignInWindow : public SignInWindow {
   void open(SignInFlow& flow, bool sandboxed);
 
   GtkWindow* window() const { return window_; }
+
+  // For recording traces.
   Page& page() { return *page_; }
 
   // Raises the window and gives the page the keyboard focus.

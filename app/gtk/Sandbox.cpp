@@ -77,10 +77,10 @@ GPid start(const std::vector<std::string>& command, int* output) {
 
 // Makes system calls only.
 void removeSandboxFiles() {
-  const int folder = ::open(sandboxFiles.folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder == -1) return;
+  const platform::UniqueFd folder(::open(sandboxFiles.folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) return;
   alignas(dirent64) char entries[4096];
-  for (ssize_t size = 0; (size = ::getdents64(folder, entries, sizeof entries)) > 0;) {
+  for (ssize_t size = 0; (size = ::getdents64(folder.get(), entries, sizeof entries)) > 0;) {
     for (ssize_t at = 0; at < size;) {
       const auto* const entry = reinterpret_cast<const dirent64*>(entries + at);
       at += entry->d_reclen;
@@ -88,11 +88,10 @@ void removeSandboxFiles() {
       if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) != 0) continue;
       char file[sizeof entry->d_name + sizeof kSandboxFile];
       (void)::stpcpy(::stpcpy(file, entry->d_name), kSandboxFile);
-      (void)::unlinkat(folder, file, 0);
-      (void)::unlinkat(folder, entry->d_name, AT_REMOVEDIR);
+      (void)::unlinkat(folder.get(), file, 0);
+      (void)::unlinkat(folder.get(), entry->d_name, AT_REMOVEDIR);
     }
   }
-  (void)::close(folder);
 }
 
 // WebKit also needs xdg-dbus-proxy for the session bus. It does not make a compositor's socket outside the runtime
@@ -126,18 +125,20 @@ const std::string& SandboxTrial::failure() {
 }
 
 void SandboxTrial::begin() {
-  process_ = start(trialCommand(), &ended_);
+  int output = -1;
+  process_ = start(trialCommand(), &output);
+  ended_.reset(output);
 }
 
 std::string SandboxTrial::waitForEnd(int seconds) {
   if (process_ == 0) return "bwrap could not be started";
-  pollfd end{ended_, POLLIN, 0};
+  pollfd end{ended_.get(), POLLIN, 0};
   int ready = 0;
   while ((ready = ::poll(&end, 1, seconds * 1000)) == -1 && errno == EINTR) {
   }
   const bool timedOut = ready == 0;
   (void)::kill(process_, SIGKILL);  // unless it has ended: a program can also close its output and stay
-  (void)::close(ended_);
+  ended_.reset();
 
   int status = -1;
   while (::waitpid(process_, &status, 0) == -1 && errno == EINTR) {

@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/UniqueFd.h"
+
 // Removes the files that WebKit leaves in the user's runtime folder, one for each sandboxed process. Does nothing
 // before the first `SandboxTrial`. Async-signal-safe.
 void removeSandboxFiles();
@@ -34,6 +36,6 @@ class SandboxTrial {
   std::string waitForEnd(int seconds);
 
   GPid process_ = 0;
-  int ended_ = -1;  // closed by the process when it ends
+  platform::UniqueFd ended_;  // readable once the process has closed its output
   std::optional<std::string> failure_;
 };

@@ -6,6 +6,7 @@
 
 namespace {
 
+constexpr int kStripHeight = 20;
 constexpr guint kPulseMilliseconds = 60;
 constexpr double kFirstData = 0.1;  // WebKit reports this fraction before any data has arrived
 constexpr char kPadlockIcon[] = "channel-secure-symbolic";
@@ -108,7 +109,7 @@ void Strip::show(const Site& site) {
   setText(warning_, text.warning);
   setStyleClass(background_, kWarningClass, !text.warning.empty());
   setStyleClass(row_, kWarningClass, !text.warning.empty());
-  atk_object_set_name(gtk_widget_get_accessible(overlay_), text.spoken.c_str());
+  atk_object_set_name(gtk_widget_get_accessible(overlay_), text.accessibleText.c_str());
 }
 
 void Strip::showProgress(double fraction) {

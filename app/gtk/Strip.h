@@ -14,14 +14,12 @@
 
 #include "app/gtk/page/Site.h"
 
-constexpr int kStripHeight = 20;
-
 // What the strip shows for a site: a padlock for a page that came over TLS, a warning for one that others can read.
 struct StripText {
   const char* icon = nullptr;
   std::string host;
-  std::string warning;  // empty if there is none
-  std::string spoken;   // all of it in one sentence, for a screen reader
+  std::string warning;         // empty if there is none
+  std::string accessibleText;  // all of it in one sentence, for a screen reader
 };
 
 StripText stripText(const Site& site);

@@ -19,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Text.h"
 #include "platform/Url.h"
 #include "platform/linux/Glib.h"
 #include "platform/linux/Machine.h"
@@ -217,8 +218,7 @@ Signal signalFor(const std::string& name, const std::string& object) {
 }
 
 std::string environmentVariable(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value == nullptr ? "" : value;
+  return orEmpty(std::getenv(variable));
 }
 
 std::string socketAddress(const std::string& path) {

@@ -58,7 +58,8 @@ int createFolder(const std::string& folder, mode_t mode) {
   return S_ISDIR(item.st_mode) ? 0 : ENOTDIR;
 }
 
-// Starts with the deepest folder, because the process may have no access to those above an existing one.
+// Starts with the deepest folder, because the process may have no access to those above an existing one. Unlike
+// `std::filesystem::create_directories`, sets the mode of every new folder and accepts an existing one on any error.
 int createFolders(const std::string& path, mode_t mode) {
   const int error = createFolder(path, mode);
   const std::size_t end = path.find_last_not_of('/');

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/EventLoop.h"
+#include "platform/Text.h"
 #include "platform/Url.h"
 #include "platform/macos/FoundationText.h"
 
@@ -52,7 +53,6 @@ bool describeActivation(Descriptor& process, Descriptor& event) {
 }
 
 ReferenceFailure failureOf(OSStatus status) {
-  const auto orEmpty = [](const char* text) { return text == nullptr ? std::string() : text; };
   return {orEmpty(GetMacOSStatusErrorString(status)), orEmpty(GetMacOSStatusCommentString(status))};
 }
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/Text.h"
+
 namespace platform {
 
 // Returns nil if the text is not UTF-8. Ignores everything from the first NUL.
@@ -27,8 +29,7 @@ inline NSArray* stringsOf(const std::vector<std::string>& texts) {
 
 // nil => ""
 inline std::string textOf(NSString* string) {
-  const char* const text = [string UTF8String];
-  return text == nullptr ? "" : text;
+  return orEmpty([string UTF8String]);
 }
 
 }  // namespace platform

@@ -153,11 +153,9 @@ std::string freeAddress() {
 
 bool acceptsConnections(const std::string& address) {
   const platform::Owned<GSocketClient> client(g_socket_client_new());
-  GSocketConnection* const connection =
-      g_socket_client_connect_to_host(client.get(), address.c_str(), 0, nullptr, nullptr);
-  if (connection == nullptr) return false;
-  g_object_unref(connection);
-  return true;
+  const platform::Owned<GSocketConnection> connection(
+      g_socket_client_connect_to_host(client.get(), address.c_str(), 0, nullptr, nullptr));
+  return connection != nullptr;
 }
 
 class InspectorTest : public LockedDownTest, public testing::WithParamInterface<const char*> {};

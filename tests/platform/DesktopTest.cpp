@@ -79,15 +79,14 @@ TEST(RunLoopTest, IgnoresTheGlobalContextOnAnotherThread) {
 TEST(RunLoopTest, HandlesAThreadsOwnContext) {
   std::thread::id other;
   std::thread thread([&] {
-    GMainContext* const own = g_main_context_new();
-    g_main_context_push_thread_default(own);
+    const platform::Owned<GMainContext, g_main_context_unref> own(g_main_context_new());
+    g_main_context_push_thread_default(own.get());
     {
-      const Event event(own);
+      const Event event(own.get());
       platform::runLoopFor(10ms);
       other = event.handledBy();
     }
-    g_main_context_pop_thread_default(own);
-    g_main_context_unref(own);
+    g_main_context_pop_thread_default(own.get());
   });
   const std::thread::id expected = thread.get_id();
   thread.join();
@@ -96,19 +95,18 @@ TEST(RunLoopTest, HandlesAThreadsOwnContext) {
 
 TEST(RunLoopTest, RunsInsideAnEventHandler) {
   bool done = false;
-  GSource* const source = g_idle_source_new();
+  const platform::Owned<GSource, g_source_unref> source(g_idle_source_new());
   g_source_set_callback(
-      source,
+      source.get(),
       [](gpointer flag) {
         platform::runLoopFor(1ms);
         *static_cast<bool*>(flag) = true;
         return static_cast<gboolean>(G_SOURCE_REMOVE);
       },
       &done, nullptr);
-  g_source_set_priority(source, G_PRIORITY_DEFAULT);
-  g_source_attach(source, nullptr);
+  g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
+  g_source_attach(source.get(), nullptr);
   platform::runLoopFor(1ms);
-  g_source_unref(source);
   EXPECT_TRUE(done);
 }
 

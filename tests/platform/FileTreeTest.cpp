@@ -35,7 +35,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::UnorderedElementsAre;
 
-// Records the calls: "+" for `enter`, "-" for `leave`, "!" for `miss`, and the path.
+// Records the calls: "+" for `enter`, "-" for `leave`, "!" for `onError`, and the path.
 class Recorder : public platform::TreeVisitor {
  public:
   bool enter(const TreeEntry& entry) override {
@@ -44,7 +44,7 @@ class Recorder : public platform::TreeVisitor {
     if (onEnter) onEnter(entry);
     return entry.kind == EntryKind::kFolder;
   }
-  void miss(const TreeEntry& entry, int error) override {
+  void onError(const TreeEntry& entry, int error) override {
     calls.push_back("!" + entry.path);
     errors.push_back(error);
   }

@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <string>
 #include <system_error>
 
 #include "platform/Processes.h"
@@ -49,8 +48,8 @@ void NetworkProcessWatch::watch() {
     return;
   }
   // Several releases of glibc declare pidfd_open without C linkage.
-  process_ = static_cast<int>(::syscall(SYS_pidfd_open, *process, 0));
-  if (process_ != -1) source_ = g_unix_fd_add(process_, G_IO_IN, onReadable, this);
+  process_.reset(static_cast<int>(::syscall(SYS_pidfd_open, *process, 0)));
+  if (process_) source_ = g_unix_fd_add(process_.get(), G_IO_IN, onReadable, this);
 }
 
 gboolean NetworkProcessWatch::onRetry(gpointer self) {
@@ -71,7 +70,6 @@ gboolean NetworkProcessWatch::onReadable(int, GIOCondition, gpointer self) {
 
 void NetworkProcessWatch::cancel() {
   if (source_ != 0) g_source_remove(source_);
-  if (process_ != -1) (void)::close(process_);
   source_ = 0;
-  process_ = -1;
+  process_.reset();
 }

@@ -12,6 +12,8 @@
 #include <functional>
 #include <utility>
 
+#include "platform/UniqueFd.h"
+
 class NetworkProcessWatch {
  public:
   explicit NetworkProcessWatch(std::function<void()> onEnded) : onEnded_(std::move(onEnded)) {}
@@ -30,7 +32,7 @@ class NetworkProcessWatch {
   void cancel();
 
   std::function<void()> onEnded_;
-  int process_ = -1;  // a pidfd
-  guint source_ = 0;  // of the pidfd, or of the next try
+  platform::UniqueFd process_;  // a pidfd
+  guint source_ = 0;            // of the pidfd, or of the next try
   int tries_ = 0;
 };

@@ -106,8 +106,9 @@ const char* nameOf(EditingCommand command) {
   return WEBKIT_EDITING_COMMAND_UNDO;
 }
 
-// A page that a site makes up would be shown without a site. WebKit refuses data addresses in the main frame itself.
-bool isMadeUpMainPage(WebKitPolicyDecision* decision) {
+// A blob: document has no host, so the strip could not name its site. WebKit itself refuses data: addresses in the main
+// frame.
+bool isBlobMainPage(WebKitPolicyDecision* decision) {
   WebKitResponsePolicyDecision* const response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
   return webkit_response_policy_decision_is_main_frame_main_resource(response) &&
          hasScheme(addressOf(webkit_response_policy_decision_get_request(response)), "blob");
@@ -300,7 +301,7 @@ void Page::onProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, Pag
 
 gboolean Page::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                               Page* self) {
-  if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE && isMadeUpMainPage(decision)) {
+  if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE && isBlobMainPage(decision)) {
     webkit_policy_decision_ignore(decision);
     return TRUE;
   }

@@ -1,6 +1,7 @@
 // The web view of the window, and everything that belongs to it: session, settings, guards, prompts, site and loads.
 //
-// - Connects each WebKit signal exactly once.
+// - Connects the signals that report something. `Guards` connects those whose handlers only refuse a request or limit
+//   what the page shows.
 // - Reports loads, clicked links and requests for new windows to `SignInFlow`.
 // - Shows the page's site and its progress in the strip.
 // - A page that came over the network cannot navigate to a file of this machine.

@@ -10,6 +10,7 @@
 
 namespace {
 
+// Shared, because `std::function` copies what the reply captures.
 using DialogRef = std::shared_ptr<WebKitScriptDialog>;
 
 constexpr char kPromptId[] = "svo-prompt";
@@ -45,7 +46,7 @@ void sendReply(WebKitScriptDialog* dialog, const PromptReply& reply) {
   webkit_script_dialog_close(dialog);
 }
 
-bool asksForPassword(WebKitAuthenticationRequest* request) {
+bool isPasswordRequest(WebKitAuthenticationRequest* request) {
   switch (webkit_authentication_request_get_scheme(request)) {
     case WEBKIT_AUTHENTICATION_SCHEME_DEFAULT:
     case WEBKIT_AUTHENTICATION_SCHEME_HTTP_BASIC:
@@ -125,7 +126,7 @@ PagePrompts::~PagePrompts() {
 
 void PagePrompts::authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
   const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);
-  if (!asksForPassword(request) || isForUser(request, mainFrame)) return showOrDecline(kept, asksForPassword(request));
+  if (!isPasswordRequest(request) || isForUser(request, mainFrame)) return showOrDecline(kept, isPasswordRequest(request));
   undecided_.push_back({kept, &mainFrame, g_timeout_add(kReportDelayMilliseconds, onDelayOver, this)});
   g_signal_connect(request, "cancelled", G_CALLBACK(onUndecidedCancelled), this);
 }

@@ -118,8 +118,8 @@ TEST(SiteTest, EveryKindHasItsText) {
 }
 
 TEST(SiteTest, TheSpokenTextHasHostAndWarning) {
-  EXPECT_THAT(stripText({Kind::kPlain, "signin.example"}).spoken, HasSubstr("signin.example is not encrypted"));
-  EXPECT_THAT(stripText({Kind::kEncrypted, "signin.example"}).spoken, HasSubstr("signin.example"));
+  EXPECT_THAT(stripText({Kind::kPlain, "signin.example"}).accessibleText, HasSubstr("signin.example is not encrypted"));
+  EXPECT_THAT(stripText({Kind::kEncrypted, "signin.example"}).accessibleText, HasSubstr("signin.example"));
 }
 
 TEST(SiteTest, LabelsKeepTheirOrder) {
