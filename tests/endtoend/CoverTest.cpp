@@ -42,7 +42,7 @@ class CoverTest : public PageTest {
     unsigned sum = 0;
     for (int y = 0; y < kStripHeight - 2; ++y) {
       for (int x = 0; x < all.width(); ++x)
-        sum = 31 * sum + all.colourAt(x, y);
+        sum = 31 * sum + all.colorAt(x, y);
     }
     return sum;
   }

@@ -42,7 +42,7 @@ TEST_F(EnterpriseTest, AUserSignsInWithTheOrganization) {
   options.enterprise = example.enterpriseAddress();
 
   start();
-  tools::Hand(example, display.name(), temporary("")).signInWithTheOrganisation();
+  tools::Hand(example, display.name(), temporary("")).signInWithTheOrganization();
 
   EXPECT_THAT(message(), testing::StartsWith("<result><URL>" + example.redirectAddress() + "?code="));
   EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=enterprise</URL></result>"));

@@ -35,7 +35,7 @@ void PageTest::startOn(const std::string& body) {
 }
 
 void PageTest::untilPainted() {
-  until("the page's colour", [&] { return picture().find(kPageColor).has_value(); });
+  until("the page's color", [&] { return picture().find(kPageColor).has_value(); });
 }
 
 std::vector<std::string> PageTest::reportsTo(const LoopbackServer& server) {

@@ -17,8 +17,8 @@ class WindowTest : public EndToEndTest {
  protected:
   Picture picture() { return screen.picture(window().frame); }
 
-  void untilColorIsShown(unsigned colour) {
-    until("the colour", [&] { return picture().find(colour).has_value(); });
+  void untilColorIsShown(unsigned color) {
+    until("the color", [&] { return picture().find(color).has_value(); });
   }
 };
 

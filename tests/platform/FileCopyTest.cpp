@@ -67,10 +67,10 @@ TEST_F(AttributeCopyTest, KeepsBytesModeAndTimes) {
 }
 
 TEST_F(AttributeCopyTest, KeepsExtendedAttributes) {
-  if (::setxattr(from.c_str(), "user.colour", "green", 5, 0) != 0) GTEST_SKIP() << "no extended attributes here";
+  if (::setxattr(from.c_str(), "user.color", "green", 5, 0) != 0) GTEST_SKIP() << "no extended attributes here";
   ASSERT_EQ(::setxattr(from.c_str(), "user.empty", "", 0, 0), 0);
   EXPECT_EQ(copied(), "");
-  EXPECT_EQ(attributeOf(to, "user.colour"), "green");
+  EXPECT_EQ(attributeOf(to, "user.color"), "green");
   EXPECT_EQ(attributeOf(to, "user.empty"), "");
 }
 

@@ -104,9 +104,9 @@ class Run : public PromptTest {
   }
 
   std::string signInOverTls() {
-    const Authority organisation(temporary("organisation.crt"));
-    const Certificate certificate = organisation.sign("signin.example", temporary("signin.crt"));
-    const auto roots = withSystemRoots(organisation.file());
+    const Authority organization(temporary("organization.crt"));
+    const Certificate certificate = organization.sign("signin.example", temporary("signin.crt"));
+    const auto roots = withSystemRoots(organization.file());
     if (!roots) throw std::runtime_error("no mount namespace, or no root certificates, to be had here");
     options.wrapper.insert(options.wrapper.begin(), roots->begin(), roots->end());
     secure_ = std::make_unique<LoopbackServer>(certificate.get());

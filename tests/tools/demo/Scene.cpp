@@ -9,8 +9,8 @@ namespace {
 const std::vector<Scene>& allScenes() {
   static const std::vector<Scene> kScenes = {
       {"sign-in", "Sign in: any user name and password will do.", true, [](Hand& hand) { hand.signIn(); }, 0},
-      {"enterprise", "Choose \"Sign in with your organisation\", then any user name and password.", true,
-       [](Hand& hand) { hand.signInWithTheOrganisation(); }, 0},
+      {"enterprise", "Choose \"Sign in with your organization\", then any user name and password.", true,
+       [](Hand& hand) { hand.signInWithTheOrganization(); }, 0},
       {"fail", "Nobody listens at this sign-in address, so there is nothing to do.", false, [](Hand&) {}, 2},
       {"close", "Close the window.", true, [](Hand& hand) { hand.closeTheWindow(); }, 1},
   };

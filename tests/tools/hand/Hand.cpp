@@ -27,11 +27,11 @@ ScreenWindow Hand::theWindow() {
   return screen_.windows().front();
 }
 
-Area Hand::look(unsigned colour, const std::string& what) {
+Area Hand::look(unsigned color, const std::string& what) {
   std::optional<Area> seen;
   waitFor(what, [&] {
     const Area frame = theWindow().frame;
-    seen = screen_.picture(frame).find(colour);
+    seen = screen_.picture(frame).find(color);
     if (seen) *seen = {frame.x + seen->x, frame.y + seen->y, seen->width, seen->height};
     return seen.has_value();
   });
@@ -73,8 +73,8 @@ void Hand::signIn() {
   click(button);
 }
 
-void Hand::signInWithTheOrganisation() {
-  click(look(kOrganisationLink, "the link to the organisation"));
+void Hand::signInWithTheOrganization() {
+  click(look(kOrganizationLink, "the link to the organization"));
   const Area button = look(kEnterpriseButton, "the enterprise page");
   fillInTheForm(button);
   takePicture("enterprise");

@@ -21,12 +21,12 @@ class Hand {
   void watchTheSpinner();
 
   void signIn();
-  void signInWithTheOrganisation();
+  void signInWithTheOrganization();
   void closeTheWindow();
 
  private:
   ScreenWindow theWindow();
-  Area look(unsigned colour, const std::string& what);
+  Area look(unsigned color, const std::string& what);
   void takePicture(const std::string& name);
   void fillInTheForm(const Area& button);
   void click(const Area& area);

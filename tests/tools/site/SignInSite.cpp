@@ -28,7 +28,7 @@ std::string percentEncoded(const std::string& text) {
 SignInSite::SignInSite() {
   server_.serve("/signin", [this](const Request& request) { return signIn(request); });
   server_.serve("/enterprise/signin", [this](const Request& request) { return enterpriseSignIn(request); });
-  server_.serve("/enterprise/start", page(notePage("One moment", "Your organisation's sign-in opens.")));
+  server_.serve("/enterprise/start", page(notePage("One moment", "Your organization's sign-in opens.")));
   server_.serve("/done", page(notePage("Signed in", "You may close this window.")));
 }
 
