@@ -11,8 +11,6 @@ namespace {
 using testing::ElementsAre;
 using testing::SizeIs;
 
-constexpr int kStripHeight = 20;
-
 class OwnAreaTest : public PageTest {
  protected:
   // Every color of the strip, row by row. They do not change after the page has loaded.

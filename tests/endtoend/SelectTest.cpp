@@ -9,8 +9,6 @@ namespace {
 
 using testing::SizeIs;
 
-constexpr int kStripHeight = 20;
-
 class SelectTest : public PageTest {
  protected:
   // A field with three options, which reports the chosen one.

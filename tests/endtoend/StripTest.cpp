@@ -17,7 +17,6 @@
 namespace endtoend {
 namespace {
 
-constexpr int kStripHeight = 20;
 constexpr int kLineHeight = 2;
 constexpr unsigned kPageColor = 0xffe9d6;
 constexpr char kPageStyle[] = "<style>html { background: #ffe9d6 }</style>";

@@ -47,12 +47,12 @@ class TrustedTest : public EndToEndTest {
 TEST_F(TrustedTest, ATrustedSiteLoads) {
   if (!trustTheOrganization()) GTEST_SKIP() << "no mount namespace or no root certificates";
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
-  EXPECT_THAT(secure.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
-  EXPECT_THAT(proxy.asked(), testing::Each("CONNECT signin.example:443"));
+  EXPECT_THAT(secure.requestLines(), ElementsAre("GET /signin", "GET /done?code=1"));
+  EXPECT_THAT(proxy.requestLines(), testing::Each("CONNECT signin.example:443"));
 }
 
 TEST_F(TrustedTest, NoTlsKeyIsWrittenToDisk) {
-  if (!trustTheOrganization()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  if (!trustTheOrganization()) GTEST_SKIP() << "no mount namespace or no root certificates";
   options.environment["SSLKEYLOGFILE"] = temporary("keys");
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
   EXPECT_FALSE(std::filesystem::exists(temporary("keys")));

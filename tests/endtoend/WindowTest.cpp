@@ -11,7 +11,6 @@ namespace endtoend {
 namespace {
 
 constexpr unsigned kSpinnerBlue = 0x008bd9;
-constexpr int kStripHeight = 20;
 
 class WindowTest : public EndToEndTest {
  protected:
