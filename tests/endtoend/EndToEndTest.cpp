@@ -70,7 +70,7 @@ std::string EndToEndTest::eventsSoFar() {
   std::string text = "\npipe: " + pipe.text();
   if (run) text += "\nended: " + std::to_string(run->ended()) + "\nstandard error: " + run->standardError();
   for (const std::string& each : site.requestLines())
-    text += "\nasked: " + each;
+    text += "\nrequested: " + each;
   for (const std::string& each : logMessages())
     text += "\nlogged: " + each;
   return text;
