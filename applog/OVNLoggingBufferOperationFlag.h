@@ -1,7 +1,7 @@
 // A mutex of this process for its log buffers.
 //
 // - The project number is the process id, or the next number whose key is neither the file operation flag's nor
-// reserved.
+//   reserved.
 // - Processes whose numbers have the same low eight bits share the mutex.
 // - Calling order: `createFlag` once, then pairs of start and end, then `finalizeFlag` once.
 

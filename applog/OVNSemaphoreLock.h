@@ -1,7 +1,7 @@
 // A counting lock between the processes of the machine or of one user.
 //
 // - An object is attached to the semaphore set from its construction to its destruction. The last object removes the
-// set.
+//   set.
 // - The system returns the slots of a process that dies.
 // - If an object could not attach, every operation returns false or 0.
 

@@ -20,7 +20,7 @@ class OVNSystemLevelDeploymentLock : public OVNLockClass {
   bool AcquireLock() override;
 
   // Returns whether another object holds the lock. Takes and releases the lock to find out: if this object holds it,
-  // the result is false and the lock is free afterwards.
+  // the result is false and the lock is free afterward.
   bool isLocked() override;
   bool releaseLock() override;
 

@@ -15,7 +15,7 @@ function(svo_gnustep_library name)
   separate_arguments(compile UNIX_COMMAND "${compile}")
   separate_arguments(link UNIX_COMMAND "${link}")
 
-  # Drop the options for warnings, optimisation and dependency files.
+  # Drop the options for warnings, optimization and dependency files.
   list(FILTER compile INCLUDE REGEX "^-(D|f|pthread)")
   list(FILTER compile EXCLUDE REGEX "^-fPIC$")
   list(FILTER link INCLUDE REGEX "^-l")

@@ -36,7 +36,7 @@ class BinaryLock {
   bool release();
 
   // Closes the lock, and removes the set if no other lock is open on it. Does not release a lock that is held. The lock
-  // is closed afterwards, even if the result is false.
+  // is closed afterward, even if the result is false.
   bool finalize();
 
   // Returns the number of locks open on the set, -1 if this lock is closed.

@@ -77,7 +77,7 @@ class LogTargetDefault : public LogTargetBase {
   //   used.
   bool SegmentLogFile(bool);
 
-  // Truncates the log file. The stream is closed afterwards.
+  // Truncates the log file. The stream is closed afterward.
   bool cleanFile();
 
   // Rotates by renaming the log file. Fails if the new name exists. Does not touch the stream.

@@ -5,8 +5,7 @@
 ///   of at least 1: "/opt//Tool_bkp1". The two slashes are intended.
 /// - A successful backup deletes all earlier backups of the same name.
 /// - All functions may be called from any thread. They keep no state, take no locks and do not throw. Two processes
-/// that
-///   back up the same object at the same time can choose the same number; callers that need exclusion hold a lock.
+///   that back up the same object at the same time can choose the same number; callers that need exclusion hold a lock.
 /// - A path is a byte string and ends at its first NUL.
 /// - Log messages: see the table at the end of this file.
 
@@ -17,16 +16,13 @@
 /// Renames the object at `pathToBkp` to its backup path: a folder, a file, or a symbolic link itself, dangling or not.
 ///
 /// - If `pathToBkp` ends in "/", it must be a folder: a file and a dangling link count as missing, and a link to a
-/// folder
-///   is a failure.
+///   folder is a failure.
 /// - The whole tree below P is searched for other backups, without following symbolic links. An entry is another backup
 ///   if its path relative to P contains N + "_bkp" and something exists there (nothing does at a dangling link).
 /// - The number of another backup is the text after the last "_bkp", read as by `atoi`: "3", "3x" and "03" are 3, "x"
-/// is
-///   0. A number that exceeds the range of `int` is the largest `int`.
+///   is 0. A number that exceeds the range of `int` is the largest `int`.
 /// - The new number is the largest number plus 1. After the largest `int` it is the smallest number of at least 1 that
-/// is
-///   not in use.
+///   is not in use.
 /// - After the rename, the other backups are deleted in the order of the search. One that cannot be deleted does not
 ///   change the result.
 ///
@@ -61,8 +57,7 @@ bool utilBackupFolderIfExits(const std::string& pathToBkp, std::string& backupPa
 ///
 /// - ENOENT: nothing is at `from`, not even a link;
 /// - EINVAL: the object at `to` is a folder that contains `from`, at any depth, or a link on the path `from`; or `to`
-/// is
-///   in the folder `from`;
+///   is in the folder `from`;
 /// - ELOOP: `from` is a symbolic link to the object at `to` or into it, or would refer to itself at `to`;
 /// - EXDEV: the paths are on different file systems or mounts;
 /// - EACCES and EPERM: this user may not move `from` out of its folder;

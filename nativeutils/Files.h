@@ -30,8 +30,7 @@ bool utilCreateDirectoryPath(const std::string& path, bool unused);
 /// - Parents get `mode` less the umask.
 /// - Processes that create the same folders at the same time all succeed.
 /// - Owner, group and mode of a symbolic link at `path` are set for its target. The super-user must not use an owner
-/// for
-///   a path in a folder that others may write, because they could create a link there.
+///   for a path in a folder that others may write, because they could create a link there.
 ///
 ///     utilCreateDirectoryPathWithAttributes("/tmp/a/b/c", -1, -1, 0775)  => true, and true again
 ///
@@ -56,8 +55,7 @@ bool utilRenamePathToPath(const std::string& from, const std::string& to);
 /// Removes the object at `path`: a file, a symbolic link itself, or a folder of any depth with its contents.
 ///
 /// - No symbolic link is followed, not even one that replaces a folder during the removal. A "/" at the end of `path`
-/// is
-///   ignored.
+///   is ignored.
 /// - An entry that another process removes is not a failure.
 /// - Continues after a failure and logs the first one: "Permission denied: /tmp/t/a".
 /// - A folder keeps its contents if it could not be removed even when empty: a mount point, or a folder in a read-only
@@ -133,11 +131,9 @@ bool utilGetDisplayNameForFolderPath(const std::string& path, std::string& displ
 /// Whether a file or folder can be created at `path` after its missing parents have been created. Logs nothing.
 ///
 /// - The nearest existing object decides, which may be `path` itself: the real user of the process must be able to
-/// read,
-///   write and search it.
+///   read, write and search it.
 /// - The object need not be a folder: below a regular file that is executable the result is true. "file/" does not
-/// exist
-///   if "file" is a regular file, so that its folder decides.
+///   exist if "file" is a regular file, so that its folder decides.
 /// - A first component "~" or "~name" is replaced by the home folder in the password database.
 /// - A relative path of which no part exists gives false.
 ///

@@ -3,7 +3,7 @@
 // - A value type that holds the set's identifier: copying and destroying it do not change the set.
 // - A failed call returns false or -1 and sets `errno`.
 // - Thread-safe. What a thread writes before it increments a semaphore is visible to the thread that decrements it
-// next.
+//   next.
 
 #pragma once
 

@@ -1,5 +1,4 @@
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <string>
 

@@ -23,14 +23,14 @@ BenchSite::BenchSite() {
   server_.serve("/redirecting", tools::redirectTo(redirectAddress() + "?code=4711"));
   server_.serve("/done", tools::page(tools::notePage("Signed in", "You may close this window.")));
   server_.serve("/signin", tools::page(tools::signInPage("7f3a", enterpriseAddress()) + kPictureAndBeacon));
-  server_.serve("/picture", tools::Answer{200, kPicture, {{"Content-Type", "image/svg+xml"}}});
+  server_.serve("/picture", tools::Response{200, kPicture, {{"Content-Type", "image/svg+xml"}}});
   server_.serve("/failing", [this](const tools::Request&) {
     failedAt_ = std::chrono::steady_clock::now();
     return tools::redirectTo(closedPort_.address());
   });
   server_.serve("/shown", [this](const tools::Request&) {
     ++shown_;
-    return tools::Answer{204, "", {}};
+    return tools::Response{204, "", {}};
   });
 }
 

@@ -2,7 +2,7 @@
 // starts.
 //
 // - The processes are identified by an environment variable that they inherit. A process with another parent is found
-// too.
+//   too.
 // - Only processes of the same user are found.
 
 #pragma once

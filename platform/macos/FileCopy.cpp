@@ -8,8 +8,7 @@ namespace platform {
 //
 // - The system shares blocks only with a file that it creates itself.
 // - SEEK_DATA within data returns the data after the next hole, and bytes that are not on the disk yet may be reported
-// as
-//   a hole.
+//   as a hole.
 // - `fcopyfile` does not stop at the initial size of a growing file, and fails for a file that cannot be truncated.
 off_t copyData(int /*from*/, int /*to*/, off_t /*size*/) {
   return 0;

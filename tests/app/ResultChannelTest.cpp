@@ -90,8 +90,8 @@ TEST(ResultChannel, EscapesAmpersandOnce) {
 }
 
 TEST(ResultChannel, KeepsEveryOtherByte) {
-  const std::string odd("\x01\t\n\xC3\xA4\xFF\0z", 8);
-  EXPECT_EQ(escaped(odd), odd);
+  const std::string unusual("\x01\t\n\xC3\xA4\xFF\0z", 8);
+  EXPECT_EQ(escaped(unusual), unusual);
   EXPECT_EQ(escaped(""), "");
 }
 

@@ -84,12 +84,12 @@ TEST(SpinnerPage, ImageHas1949Bytes) {
   EXPECT_EQ(decoded(imageText()).size(), 1949u);
 }
 
-TEST(SpinnerPage, ImageIs64By64WithFourColours) {
+TEST(SpinnerPage, ImageIs64By64WithFourColors) {
   const std::string gif = decoded(imageText());
   EXPECT_EQ(gif.substr(0, 6), "GIF89a");
   EXPECT_EQ(littleEndianAt(gif, 6), 64u);
   EXPECT_EQ(littleEndianAt(gif, 8), 64u);
-  EXPECT_EQ(gif.at(10) & 0x87, 0x81);  // a global colour table of four entries
+  EXPECT_EQ(gif.at(10) & 0x87, 0x81);  // a global color table of four entries
   EXPECT_EQ(gif.substr(13, 6), "\x65\x65\x65" + std::string("\x00\x8B\xD9", 3));
 }
 

@@ -343,12 +343,12 @@ TEST_F(LoggerTest, TwoThreadsMayLog) {
 TEST_F(LoggerTest, SmallFunctionsReturnTheirDocumentedResults) {
   linesAfter([](Logger& logger) {
     std::string copy;
-    char buffer[8] = "former";
+    char buffer[16] = "previous";
     EXPECT_TRUE(logger.finalize());
     EXPECT_TRUE(logger.GetNativeStringFromString("text", copy));
     EXPECT_EQ(copy, "text");
     EXPECT_EQ(logger.getLogMessage(buffer, sizeof buffer, "text", nullptr), 0);
-    EXPECT_STREQ(buffer, "former");
+    EXPECT_STREQ(buffer, "previous");
     EXPECT_EQ(Logger::getInstance(), &logger);
   });
 }

@@ -39,7 +39,7 @@ Certificate::Certificate(const std::filesystem::path& file, const std::vector<st
 }
 
 Authority::Authority(const std::filesystem::path& file) : file_(file) {
-  make(file, keyOf(file), {"-subj", "/CN=Example Organisation", "-addext", "keyUsage=critical,keyCertSign"});
+  make(file, keyOf(file), {"-subj", "/CN=Example Organization", "-addext", "keyUsage=critical,keyCertSign"});
 }
 
 Certificate Authority::sign(const std::string& host, const std::filesystem::path& file) const {

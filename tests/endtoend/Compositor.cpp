@@ -90,18 +90,18 @@ std::map<std::string, std::string> Compositor::environment() const {
 }
 
 std::optional<Picture> Compositor::picture() const {
-  const std::filesystem::path album = folder_ / "pictures";
-  std::filesystem::create_directory(album);
+  const std::filesystem::path pictures = folder_ / "pictures";
+  std::filesystem::create_directory(pictures);
   ChildProcess::Setup setup;
-  setup.command = {"env", "--chdir=" + album.string(), "weston-screenshooter"};
+  setup.command = {"env", "--chdir=" + pictures.string(), "weston-screenshooter"};
   setup.environment = environment();
   setup.errorFile = "/dev/null";
   const ChildProcess camera(setup);
   (void)tools::waitUntil([&] { return camera.ended(); }, kWestonTimeout);
-  const std::filesystem::directory_iterator taken(album);
+  const std::filesystem::directory_iterator taken(pictures);
   if (camera.exitStatus() != 0 || taken == std::filesystem::directory_iterator()) return std::nullopt;
   Picture picture = load(taken->path());
-  std::filesystem::remove_all(album);
+  std::filesystem::remove_all(pictures);
   return picture;
 }
 

@@ -16,8 +16,6 @@ using testing::Not;
 
 class CoverTest : public PageTest {
  protected:
-  static constexpr int kStripHeight = 20;
-
   CoverTest() { options.environment.merge(proxy_.environment()); }
 
   // Starts on a page of one site in kPageColor, which a click leaves for `address`. Waits until the strip names the
@@ -42,7 +40,7 @@ class CoverTest : public PageTest {
     unsigned sum = 0;
     for (int y = 0; y < kStripHeight - 2; ++y) {
       for (int x = 0; x < all.width(); ++x)
-        sum = 31 * sum + all.colourAt(x, y);
+        sum = 31 * sum + all.colorAt(x, y);
     }
     return sum;
   }
@@ -56,7 +54,7 @@ constexpr char kOtherStyle[] = "<style>html { background: #802010 !important }</
 TEST_F(CoverTest, HidesThePageBeforeUntilTheNextPaints) {
   site.serve("/other",
              pageWith(std::string(kOtherStyle) + kReportKeys + "<link rel='stylesheet' href='/style'><p>words"));
-  site.serve("/style", tools::Answer{200, "p { color: red }", {{"Content-Type", "text/css"}}});
+  site.serve("/style", tools::Response{200, "p { color: red }", {{"Content-Type", "text/css"}}});
   site.hold("/style");
   leaveFor(kOtherAddress);
   untilRequested("/style");
@@ -88,8 +86,8 @@ TEST_F(CoverTest, StaysOnAPageThatNeverPaints) {
 }
 
 TEST_F(CoverTest, EndsForAPageWithoutScripts) {
-  site.serve("/other",
-             tools::Answer{200, kOtherStyle, {{"Content-Type", "text/html"}, {"Content-Security-Policy", "sandbox"}}});
+  site.serve("/other", tools::Response{
+                           200, kOtherStyle, {{"Content-Type", "text/html"}, {"Content-Security-Policy", "sandbox"}}});
   leaveFor(kOtherAddress);
   until("the other page", [&] { return picture().find(kOtherColor).has_value(); });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -113,7 +111,7 @@ TEST_F(IncompletePageTest, IsCoveredWithoutInput) {
   screen.press(XK_x);
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
-  EXPECT_FALSE(site.wasAsked("GET /typed"));
+  EXPECT_FALSE(site.wasRequested("GET /typed"));
 }
 
 class DocumentTest : public CoverTest, public testing::WithParamInterface<Named> {};
@@ -121,7 +119,7 @@ class DocumentTest : public CoverTest, public testing::WithParamInterface<Named>
 TEST_P(DocumentTest, IsShown) {
   const std::string type = GetParam().name;
   const std::string mime = type == "Svg" ? "image/svg+xml" : type == "Xml" ? "application/xhtml+xml" : "text/html";
-  site.serve("/other", tools::Answer{200, GetParam().script, {{"Content-Type", mime}}});
+  site.serve("/other", tools::Response{200, GetParam().script, {{"Content-Type", mime}}});
   leaveFor(kOtherAddress);
   until("the other page", [&] { return picture().find(kOtherColor).has_value(); });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);

@@ -184,12 +184,12 @@ TEST_F(DialogTest, ThePromptNamesTheSite) {
     untilPromptIsShown();
     const Area frame = window().frame;
     const Picture seen = screen.picture({frame.x + 120, frame.y + 30, 400, 30});
-    std::vector<unsigned> colours;
+    std::vector<unsigned> colors;
     for (int y = 0; y < seen.height(); ++y) {
       for (int x = 0; x < seen.width(); ++x)
-        colours.push_back(seen.colourAt(x, y));
+        colors.push_back(seen.colorAt(x, y));
     }
-    return colours;
+    return colors;
   };
   const std::string here = site.address("/signin");
   startOnDialog("alert('Terms of use')");
@@ -213,9 +213,9 @@ TEST_P(LongTextTest, KeepsTheWindowsSizeAndTheButtons) {
   EXPECT_EQ(window().frame.height, 570);
   const Picture all = picture();
   for (const int x : {5, 340, 675})
-    EXPECT_EQ(all.colourAt(x, 540), kPageColor) << x;
-  EXPECT_EQ(all.colourAt(5, 100), kPageColor);
-  EXPECT_EQ(all.colourAt(675, 100), kPageColor);
+    EXPECT_EQ(all.colorAt(x, 540), kPageColor) << x;
+  EXPECT_EQ(all.colorAt(5, 100), kPageColor);
+  EXPECT_EQ(all.colorAt(675, 100), kPageColor);
   replyWith(XK_Return);
   untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
@@ -233,10 +233,10 @@ TEST_F(DialogTest, ALargePromptFitsIntoTheWindow) {
   startOnDialog("confirm('word '.repeat(20000))");
   untilPromptIsShown();
   const Picture all = picture();
-  const unsigned promptColor = all.colourAt(all.width() / 2, 60);
+  const unsigned promptColor = all.colorAt(all.width() / 2, 60);
   for (const int x : {4, all.width() - 5})
-    EXPECT_NE(all.colourAt(x, 200), promptColor) << x;
-  EXPECT_NE(all.colourAt(all.width() / 2, all.height() - 4), promptColor);
+    EXPECT_NE(all.colorAt(x, 200), promptColor) << x;
+  EXPECT_NE(all.colorAt(all.width() / 2, all.height() - 4), promptColor);
   replyWith(XK_Return);
   untilReported("true");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);

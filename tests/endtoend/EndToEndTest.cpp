@@ -20,16 +20,16 @@ std::string result(const std::string& escapedAddress) {
   return "<result><URL>" + escapedAddress + "</URL></result>";
 }
 
-tools::Answer pageThatGoesTo(const std::string& address) {
+tools::Response pageThatGoesTo(const std::string& address) {
   return page("<script>onload = () => setTimeout(() => { location.href = '" + address + "' })</script>");
 }
 
-tools::Answer pageThatWaitsForAClick(const std::string& address) {
+tools::Response pageThatWaitsForAClick(const std::string& address) {
   return page("<script>onclick = () => { location.href = '" + address +
               "' }; onload = () => fetch('/clickable')</script>");
 }
 
-tools::Answer pageThatReportsItsLoad(const std::string& body) {
+tools::Response pageThatReportsItsLoad(const std::string& body) {
   return page(body + "<script>onload = () => fetch('/loaded')</script>");
 }
 
@@ -69,15 +69,15 @@ void EndToEndTest::until(const std::string& what, const std::function<bool()>& c
 std::string EndToEndTest::eventsSoFar() {
   std::string text = "\npipe: " + pipe.text();
   if (run) text += "\nended: " + std::to_string(run->ended()) + "\nstandard error: " + run->standardError();
-  for (const std::string& each : site.asked())
-    text += "\nasked: " + each;
+  for (const std::string& each : site.requestLines())
+    text += "\nrequested: " + each;
   for (const std::string& each : logMessages())
     text += "\nlogged: " + each;
   return text;
 }
 
 void EndToEndTest::untilRequested(const std::string& target) {
-  until("the request for " + target, [&] { return site.wasAsked("GET " + target); });
+  until("the request for " + target, [&] { return site.wasRequested("GET " + target); });
 }
 
 void EndToEndTest::untilLogSays(const std::string& message) {

@@ -35,6 +35,8 @@ using tools::Request;
 using tools::Screen;
 using tools::ScreenWindow;
 
+constexpr int kStripHeight = 20;
+
 inline const std::string kWindowClosed = "<errorNo><error>1</error></errorNo>";
 inline const std::string kLoadFailed = "<errorNo><error>2</error></errorNo>";
 inline const std::string kOptionsMissing = "<errorNo><error>255</error></errorNo>";
@@ -43,13 +45,13 @@ inline const std::string kOptionsMissing = "<errorNo><error>255</error></errorNo
 std::string result(const std::string& escapedAddress);
 
 // A page that navigates to an address when it has loaded.
-tools::Answer pageThatGoesTo(const std::string& address);
+tools::Response pageThatGoesTo(const std::string& address);
 
 // A page that navigates to an address when it is clicked, and requests "/clickable" when it can be clicked.
-tools::Answer pageThatWaitsForAClick(const std::string& address);
+tools::Response pageThatWaitsForAClick(const std::string& address);
 
 // A page with `body` that requests "/loaded" when it has loaded.
-tools::Answer pageThatReportsItsLoad(const std::string& body = "");
+tools::Response pageThatReportsItsLoad(const std::string& body = "");
 
 class EndToEndTest : public testing::Test {
  protected:

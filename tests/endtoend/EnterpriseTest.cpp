@@ -1,6 +1,6 @@
 // The enterprise sign-in: the larger window and the redirect_uri address.
 
-#include "tests/tools/hand/Hand.h"
+#include "tests/tools/hand/AutomatedInput.h"
 
 #include <string>
 #include <vector>
@@ -42,7 +42,7 @@ TEST_F(EnterpriseTest, AUserSignsInWithTheOrganization) {
   options.enterprise = example.enterpriseAddress();
 
   start();
-  tools::Hand(example, display.name(), temporary("")).signInWithTheOrganisation();
+  tools::AutomatedInput(example, display.name(), temporary("")).signInWithTheOrganization();
 
   EXPECT_THAT(message(), testing::StartsWith("<result><URL>" + example.redirectAddress() + "?code="));
   EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=enterprise</URL></result>"));
@@ -52,7 +52,7 @@ TEST_F(EnterpriseTest, TheWholeRedirectUriIsFollowed) {
   site.serve("/staff", pageThatGoesTo(site.address("/done?code=1")));
   site.serve("/signin", redirectTo(startWith("/staff?a=%26&b=2")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
-  EXPECT_THAT(site.asked(), testing::Contains("GET /staff?a=%26&b=2"));
+  EXPECT_THAT(site.requestLines(), testing::Contains("GET /staff?a=%26&b=2"));
 }
 
 TEST_F(EnterpriseTest, TheWindowGrowsUpwardByTwenty) {
@@ -115,7 +115,7 @@ TEST_F(EnterpriseTest, AnEnterprisePageWithoutRedirectUriStays) {
   start();
   windowOfSize(800, 620);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /start?redirect_uri=x"));
+  EXPECT_THAT(site.requestLines(), ElementsAre("GET /signin", "GET /start?redirect_uri=x"));
 }
 
 class RefusedRedirectTest : public EnterpriseTest, public testing::WithParamInterface<const char*> {};
@@ -125,7 +125,7 @@ TEST_P(RefusedRedirectTest, LeavesTheEnterprisePageInPlace) {
   start();
   untilLogSays("The redirect_uri of the enterprise page is not followed: its scheme is refused");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  EXPECT_THAT(site.asked(), testing::Not(testing::Contains("GET /ran")));
+  EXPECT_THAT(site.requestLines(), testing::Not(testing::Contains("GET /ran")));
 }
 
 INSTANTIATE_TEST_SUITE_P(To, RefusedRedirectTest,

@@ -25,7 +25,7 @@ class FileAddressTest : public PageTest {
 
   void expectNothingWasRead() {
     EXPECT_FALSE(picture().find(kFileColor));
-    EXPECT_FALSE(site.wasAsked("GET /read"));
+    EXPECT_FALSE(site.wasRequested("GET /read"));
   }
 };
 
@@ -87,21 +87,21 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(FileAddressTest, AFirstPagesRedirectEndsTheRun) {
   site.serve("/signin", redirectTo(file("secret.html")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  EXPECT_FALSE(site.wasAsked("GET /read"));
+  EXPECT_FALSE(site.wasRequested("GET /read"));
 }
 
 TEST_F(FileAddressTest, ALaterPagesRedirectEndsTheRun) {
   site.serve("/signin", pageThatGoesTo("/next"));
   site.serve("/next", redirectTo(file("secret.html")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  EXPECT_FALSE(site.wasAsked("GET /read"));
+  EXPECT_FALSE(site.wasRequested("GET /read"));
 }
 
 TEST_F(FileAddressTest, AFramesRedirectEndsTheRun) {
   site.serve("/signin", page("<iframe src='/next'></iframe>"));
   site.serve("/next", redirectTo(file("secret.html")));
   EXPECT_EQ(messageOfARun(), kLoadFailed);
-  EXPECT_FALSE(site.wasAsked("GET /read"));
+  EXPECT_FALSE(site.wasRequested("GET /read"));
 }
 
 TEST_F(FileAddressTest, EnterprisePagesMayNotLinkToFiles) {

@@ -226,15 +226,15 @@ INSTANTIATE_TEST_SUITE_P(Of, EnginePageTest,
                                          Named{"TheGraphicsReport", "webkit://gpu"}),
                          nameOf);
 
-class MadeUpPageTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+class BlobOrDataPageTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
 
-TEST_P(MadeUpPageTest, EndsTheRun) {
+TEST_P(BlobOrDataPageTest, EndsTheRun) {
   startOn(std::string("<script>onkeydown = () => { location.href = ") + GetParam().script + " }</script>");
   screen.press(XK_g);
   EXPECT_EQ(message(), kLoadFailed);
 }
 
-INSTANTIATE_TEST_SUITE_P(AtTopLevel, MadeUpPageTest,
+INSTANTIATE_TEST_SUITE_P(AtTopLevel, BlobOrDataPageTest,
                          testing::Values(Named{"Blob", "URL.createObjectURL(new Blob(['x'], {type: 'text/html'}))"},
                                          Named{"Data", "'data:text/html,x'"}),
                          nameOf);

@@ -106,7 +106,7 @@ TEST_F(KeyboardTest, UndoDoesNothingWithoutAField) {
     screen.press(static_cast<KeySymbol>(letter), {XK_Control_L});
   screen.press(XK_a, {XK_Control_L});
   untilRequested("/selected");
-  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /loaded", "GET /selected"));
+  EXPECT_THAT(site.requestLines(), ElementsAre("GET /signin", "GET /loaded", "GET /selected"));
   EXPECT_EQ(screen.windows().size(), 1u);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
@@ -241,7 +241,8 @@ TEST_F(KeyboardTest, ControlPlusMinusAndZeroZoom) {
   untilRequested("/width?748");
   screen.press(XK_equal, {XK_Control_L});
   screen.press(XK_KP_Add, {XK_Control_L});
-  until("the second 618", [&] { return testing::Matches(testing::Contains("GET /width?618").Times(2))(site.asked()); });
+  until("the second 618",
+        [&] { return testing::Matches(testing::Contains("GET /width?618").Times(2))(site.requestLines()); });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -27,23 +27,23 @@ constexpr char kPageThatStoresData[] = R"(<script>
 </script>)";
 
 TEST_F(LeftoversTest, NothingThatAPageStoresIsKept) {
-  tools::Answer answer = page(kPageThatStoresData);
-  answer.headers["Cache-Control"] = "max-age=99999";
-  answer.headers["Set-Cookie"] = "visit=secret; Max-Age=99999";
-  site.serve("/signin", answer);
+  tools::Response response = page(kPageThatStoresData);
+  response.headers["Cache-Control"] = "max-age=99999";
+  response.headers["Set-Cookie"] = "visit=secret; Max-Age=99999";
+  site.serve("/signin", response);
   EXPECT_EQ(messageOfARun(), result(site.address("/done")));
   EXPECT_THAT(filesInHome(), ElementsAre("Library", "Library/Logs", "Library/Logs/Kelvo.log"));
 }
 
 TEST_F(LeftoversTest, RunsShareNoState) {
   site.serve("/signin", [this](const Request&) {
-    tools::Answer answer = pageThatGoesTo("/done?' + document.cookie + '");
-    answer.headers["Set-Cookie"] = "visit=" + std::to_string(site.requests().size()) + "; Max-Age=99999";
-    return answer;
+    tools::Response response = pageThatGoesTo("/done?' + document.cookie + '");
+    response.headers["Set-Cookie"] = "visit=" + std::to_string(site.requests().size()) + "; Max-Age=99999";
+    return response;
   });
   messageOfARun();
   messageOfARun();
-  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /done?visit=0", "GET /signin", "GET /done?visit=2"));
+  EXPECT_THAT(site.requestLines(), ElementsAre("GET /signin", "GET /done?visit=0", "GET /signin", "GET /done?visit=2"));
 }
 
 TEST_F(LeftoversTest, NoProcessOutlivesTheRun) {

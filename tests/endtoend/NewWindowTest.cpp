@@ -32,7 +32,7 @@ TEST_F(NewWindowTest, ATargetLinkOpensInTheBrowser) {
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(), ElementsAre(site.address("/help")));
-  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /loaded"));
+  EXPECT_THAT(site.requestLines(), ElementsAre("GET /signin", "GET /loaded"));
 }
 
 TEST_F(NewWindowTest, AScriptsWindowOpensInTheBrowser) {
@@ -41,7 +41,7 @@ TEST_F(NewWindowTest, AScriptsWindowOpensInTheBrowser) {
   untilOpened(1);
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(), ElementsAre(site.address("/popup")));
-  EXPECT_THAT(site.asked(), ElementsAre("GET /signin"));
+  EXPECT_THAT(site.requestLines(), ElementsAre("GET /signin"));
 }
 
 TEST_F(NewWindowTest, AnOpenedWindowIsNullForItsPage) {
@@ -134,7 +134,7 @@ TEST_F(NewWindowTest, OnlyWebAndContactAddressesOpenOutside) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
   EXPECT_THAT(browser.opened(),
               testing::UnorderedElementsAre("mailto:me@host", "tel:112", "https://host/a", "http://host/b"));
-  EXPECT_FALSE(site.wasAsked("GET /script"));
+  EXPECT_FALSE(site.wasRequested("GET /script"));
 }
 
 }  // namespace

@@ -39,19 +39,19 @@ class OptionsTest : public EndToEndTest {
 TEST_F(OptionsTest, WithoutASignInAddressTheRunEnds) {
   options.signIn.reset();
   EXPECT_EQ(messageOfARun(), kOptionsMissing);
-  EXPECT_THAT(site.asked(), IsEmpty());
+  EXPECT_THAT(site.requestLines(), IsEmpty());
 }
 
 TEST_F(OptionsTest, WithoutARedirectAddressTheRunEnds) {
   options.redirect.reset();
   EXPECT_EQ(messageOfARun(), kOptionsMissing);
-  EXPECT_THAT(site.asked(), IsEmpty());
+  EXPECT_THAT(site.requestLines(), IsEmpty());
 }
 
 TEST_F(OptionsTest, WithoutAnEnterpriseAddressTheRunEnds) {
   options.enterprise.reset();
   EXPECT_EQ(messageOfARun(), kOptionsMissing);
-  EXPECT_THAT(site.asked(), IsEmpty());
+  EXPECT_THAT(site.requestLines(), IsEmpty());
 }
 
 TEST_F(OptionsTest, AnEmptyAddressIsAMissingOne) {
@@ -70,7 +70,7 @@ TEST_F(OptionsTest, WithoutOptionsThereIsNoMessage) {
 TEST_F(OptionsTest, WithoutAPipeTheSignInStillEnds) {
   options.pipe.reset();
   EXPECT_EQ(messageOfARun(), "");
-  EXPECT_TRUE(site.wasAsked("GET /done"));
+  EXPECT_TRUE(site.wasRequested("GET /done"));
 }
 
 TEST_F(OptionsTest, AMissingPipeIsNotCreated) {
@@ -110,7 +110,7 @@ TEST_F(OptionsTest, ADeviceAsPipeIsNotTouched) {
   options.pipe = ptsname(terminal.get());
   std::filesystem::permissions(*options.pipe, std::filesystem::perms::owner_all);
   EXPECT_EQ(messageOfARun(), "");
-  EXPECT_TRUE(site.wasAsked("GET /done"));
+  EXPECT_TRUE(site.wasRequested("GET /done"));
   EXPECT_EQ(modeOf(*options.pipe), 0700u);
   char byte = 0;
   EXPECT_EQ(read(terminal.get(), &byte, 1), -1);

@@ -11,19 +11,17 @@ namespace {
 using testing::ElementsAre;
 using testing::SizeIs;
 
-constexpr int kStripHeight = 20;
-
 class OwnAreaTest : public PromptTest {
  protected:
   // Every color of the strip, row by row. They do not change after the page has loaded.
   std::vector<unsigned> strip() {
     const Picture all = picture();
-    std::vector<unsigned> colours;
+    std::vector<unsigned> colors;
     for (int y = 0; y < kStripHeight; ++y) {
       for (int x = 0; x < all.width(); ++x)
-        colours.push_back(all.colourAt(x, y));
+        colors.push_back(all.colorAt(x, y));
     }
-    return colours;
+    return colors;
   }
 
   // Moves the pointer to where it covers nothing.
@@ -33,7 +31,7 @@ class OwnAreaTest : public PromptTest {
     untilPainted();
     until("the end of the load", [&] {
       const Picture all = picture();
-      return all.colourAt(10, kStripHeight - 1) == all.colourAt(670, kStripHeight - 1);
+      return all.colorAt(10, kStripHeight - 1) == all.colorAt(670, kStripHeight - 1);
     });
     before_ = strip();
   }
@@ -57,17 +55,17 @@ TEST_P(BubbleTest, StaysBelowTheStrip) {
       std::string("<form>") + GetParam().script +
       "</form><script>const field = document.querySelector('input'); field.setCustomValidity('wrong');"
       "onkeydown = () => field.reportValidity()</script>");
-  const auto coloured = [&](const Picture& all) {
+  const auto colored = [&](const Picture& all) {
     int count = 0;
     for (int y = kStripHeight; y < all.height(); ++y) {
       for (int x = 0; x < all.width(); ++x)
-        count += all.colourAt(x, y) == kPageColor ? 1 : 0;
+        count += all.colorAt(x, y) == kPageColor ? 1 : 0;
     }
     return count;
   };
-  const int before = coloured(picture());
+  const int before = colored(picture());
   screen.press(XK_g);
-  until("the bubble", [&] { return coloured(picture()) < before - 500; });
+  until("the bubble", [&] { return colored(picture()) < before - 500; });
   expectUnchangedStrip();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
@@ -133,7 +131,7 @@ TEST_F(OwnAreaTest, ControlWClosesAWindowWithACalendar) {
       "<input type='date' style='position: fixed; top: 60px; left: 0; width: 200px; height: 40px'>"
       "<script>onkeydown = () => document.querySelector('input').showPicker()</script>");
   screen.press(XK_g);
-  until("the calendar", [&] { return picture().colourAt(100, kStripHeight + 180) != kPageColor; });
+  until("the calendar", [&] { return picture().colorAt(100, kStripHeight + 180) != kPageColor; });
   EXPECT_THAT(screen.windows(), SizeIs(1));
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);
@@ -213,7 +211,7 @@ TEST_F(OwnAreaTest, AClosedPromptLeavesNoTrace) {
   screen.press(XK_g);
   replyWith(XK_Return);
   untilReported("gone");
-  until("the page without a prompt", [&] { return picture().colourAt(340, 28) == kPageColor; });
+  until("the page without a prompt", [&] { return picture().colorAt(340, 28) == kPageColor; });
   expectUnchangedStrip();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }

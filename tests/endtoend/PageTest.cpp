@@ -5,8 +5,6 @@
 namespace endtoend {
 namespace {
 
-constexpr int kStripHeight = 20;
-
 constexpr char kBeginning[] = R"(<style>html { background: #204060 } body { margin: 0 }</style><script>
   const report = (what) => fetch('/report?what=' + encodeURIComponent(what));
   const frames = async (count) => { for (; count > 0; --count) await new Promise(requestAnimationFrame) };
@@ -23,7 +21,7 @@ std::string nameOf(const testing::TestParamInfo<Named>& info) {
   return info.param.name;
 }
 
-tools::Answer PageTest::pageWith(const std::string& body) {
+tools::Response PageTest::pageWith(const std::string& body) {
   return page(kBeginning + body);
 }
 
@@ -35,7 +33,7 @@ void PageTest::startOn(const std::string& body) {
 }
 
 void PageTest::untilPainted() {
-  until("the page's colour", [&] { return picture().find(kPageColor).has_value(); });
+  until("the page's color", [&] { return picture().find(kPageColor).has_value(); });
 }
 
 std::vector<std::string> PageTest::reportsTo(const LoopbackServer& server) {

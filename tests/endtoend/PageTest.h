@@ -30,7 +30,7 @@ class PageTest : public EndToEndTest {
   //   report(text)   adds `text` to reports()
   //   frames(count)  returns a promise that resolves after `count` drawn frames. The window has then received every
   //                  earlier request of the page.
-  static tools::Answer pageWith(const std::string& body);
+  static tools::Response pageWith(const std::string& body);
 
   // Starts with such a page, which reports "loaded", and gives the window the keyboard focus.
   void startOn(const std::string& body);

@@ -37,8 +37,8 @@ class PasswordTest : public PromptTest {
       shown_.push_back(request.authorization);
       if (request.authorization == basic(nameAndPassword))
         return pageWith("<script>report('in " + path + "')</script>");
-      tools::Answer refusal = pageWith("<body style='height: 550px'><script>report('refused " + path +
-                                       "'); onclick = () => report('clicked')</script>");
+      tools::Response refusal = pageWith("<body style='height: 550px'><script>report('refused " + path +
+                                         "'); onclick = () => report('clicked')</script>");
       refusal.status = 401;
       refusal.headers["WWW-Authenticate"] = "Basic realm=\"" + path + "\"";
       return refusal;
@@ -273,7 +273,7 @@ TEST_F(PasswordTest, APageShowsFivePromptsPerUserInput) {
   std::string realm;
   site.serve("/image", [&realm](const Request&) {
     realm += " another line of text that the user has to read before the end of the long prompt";
-    return tools::Answer{401, "", {{"WWW-Authenticate", "Basic realm=\"" + realm + "\""}}};
+    return tools::Response{401, "", {{"WWW-Authenticate", "Basic realm=\"" + realm + "\""}}};
   });
   startOn(
       "<script>onkeydown = async () => { onkeydown = null;"

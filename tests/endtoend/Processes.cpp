@@ -65,13 +65,13 @@ std::vector<pid_t> childrenOfThisProcess() {
   return childrenOf(getpid());
 }
 
-bool waitForExit(pid_t orphan) {
-  const auto fd = static_cast<int>(syscall(SYS_pidfd_open, orphan, 0));
+bool waitForExit(pid_t process) {
+  const auto fd = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
   if (fd < 0) return true;
   pollfd end = {fd, POLLIN, 0};
   const bool ended = poll(&end, 1, 30'000) == 1;
   close(fd);
-  if (ended) (void)waitpid(orphan, nullptr, 0);
+  if (ended) (void)waitpid(process, nullptr, 0);
   return ended;
 }
 

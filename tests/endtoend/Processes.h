@@ -19,7 +19,7 @@ void adoptOrphans();
 std::vector<pid_t> childrenOfThisProcess();
 
 // Waits for the end of an adopted process. Returns false after thirty seconds.
-bool waitForExit(pid_t orphan);
+bool waitForExit(pid_t process);
 
 // Returns the existing System V semaphore sets of this home's log. Sets of other programs are ignored.
 std::vector<int> semaphoreSets();

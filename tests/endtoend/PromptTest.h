@@ -62,13 +62,13 @@ class PromptTest : public PageTest {
 
   // The inside of the prompt's padding, below the strip.
   static Frame promptIn(const Picture& all) {
-    const unsigned color = all.colourAt(all.width() / 2, kInPadding);
+    const unsigned color = all.colorAt(all.width() / 2, kInPadding);
     Frame frame{all.width() / 2, all.width() / 2, kInPadding};
-    while (frame.left > 0 && all.colourAt(frame.left - 1, kInPadding) == color)
+    while (frame.left > 0 && all.colorAt(frame.left - 1, kInPadding) == color)
       --frame.left;
-    while (frame.right < all.width() - 1 && all.colourAt(frame.right + 1, kInPadding) == color)
+    while (frame.right < all.width() - 1 && all.colorAt(frame.right + 1, kInPadding) == color)
       ++frame.right;
-    while (frame.end < all.height() - 1 && all.colourAt(frame.left + 4, frame.end + 1) == color)
+    while (frame.end < all.height() - 1 && all.colorAt(frame.left + 4, frame.end + 1) == color)
       ++frame.end;
     return frame;
   }
@@ -80,8 +80,8 @@ class PromptTest : public PageTest {
     const Frame frame = promptIn(all);
     for (int y = std::max(frame.end - kButtons, kInPadding); y < frame.end; ++y) {
       for (int x = frame.left; x < frame.right; ++x) {
-        const unsigned colour = all.colourAt(x, y);
-        if ((colour >> 16 & 0xff) < kDark && (colour >> 8 & 0xff) < kDark && (colour & 0xff) < kDark) return true;
+        const unsigned color = all.colorAt(x, y);
+        if ((color >> 16 & 0xff) < kDark && (color >> 8 & 0xff) < kDark && (color & 0xff) < kDark) return true;
       }
     }
     return false;

@@ -66,7 +66,7 @@ std::map<std::string, std::string> Proxy::environment() const {
 
 void Proxy::onRequest(SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer data) {
   auto* const self = static_cast<Proxy*>(data);
-  self->asked_.push_back(requestLine(message));
+  self->requestLines_.push_back(requestLine(message));
   if (soup_server_message_get_method(message) == std::string(SOUP_METHOD_CONNECT)) {
     self->openTunnel(message);
   } else {
@@ -94,20 +94,20 @@ void Proxy::forward(SoupServerMessage* message) {
 
   soup_server_message_pause(message);
   g_object_set_data_full(G_OBJECT(message), "onwards", g_object_ref(request.get()), g_object_unref);
-  soup_session_send_and_read_async(session_.get(), request.get(), G_PRIORITY_DEFAULT, nullptr, &Proxy::onAnswer,
+  soup_session_send_and_read_async(session_.get(), request.get(), G_PRIORITY_DEFAULT, nullptr, &Proxy::onResponse,
                                    g_object_ref(message));
 }
 
-void Proxy::onAnswer(GObject* session, GAsyncResult* result, gpointer data) {
+void Proxy::onResponse(GObject* session, GAsyncResult* result, gpointer data) {
   const Owned<SoupServerMessage> message(static_cast<SoupServerMessage*>(data));
   g_autoptr(GBytes) body = soup_session_send_and_read_finish(SOUP_SESSION(session), result, nullptr);
-  auto* const answer = static_cast<SoupMessage*>(g_object_get_data(G_OBJECT(message.get()), "onwards"));
+  auto* const response = static_cast<SoupMessage*>(g_object_get_data(G_OBJECT(message.get()), "onwards"));
   if (body == nullptr) {
     soup_server_message_set_status(message.get(), SOUP_STATUS_BAD_GATEWAY, nullptr);
   } else {
-    soup_server_message_set_status(message.get(), soup_message_get_status(answer), nullptr);
+    soup_server_message_set_status(message.get(), soup_message_get_status(response), nullptr);
     SoupMessageHeaders* const headers = soup_server_message_get_response_headers(message.get());
-    soup_message_headers_foreach(soup_message_get_response_headers(answer), copyHeader, headers);
+    soup_message_headers_foreach(soup_message_get_response_headers(response), copyHeader, headers);
     soup_message_body_append(soup_server_message_get_response_body(message.get()), SOUP_MEMORY_COPY,
                              g_bytes_get_data(body, nullptr), g_bytes_get_size(body));
   }

@@ -42,13 +42,13 @@ class Proxy {
 
   // The requests in order, without rejected ones.
   //   {"GET http://shop.example/x", "CONNECT signin.example:443"}
-  const std::vector<std::string>& asked() const { return asked_; }
+  const std::vector<std::string>& requestLines() const { return requestLines_; }
   int rejected() const { return rejected_; }
 
  private:
   static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
   static void onFinished(SoupServer*, SoupServerMessage* message, Proxy* self);
-  static void onAnswer(GObject* session, GAsyncResult* result, gpointer message);
+  static void onResponse(GObject* session, GAsyncResult* result, gpointer message);
   static void onConnected(GObject* client, GAsyncResult* result, gpointer message);
   static void join(SoupServerMessage* message, GIOStream* far);
   void forward(SoupServerMessage* message);
@@ -59,7 +59,7 @@ class Proxy {
   std::string site_;
   std::string secure_;
   std::string address_;
-  std::vector<std::string> asked_;
+  std::vector<std::string> requestLines_;
   int rejected_ = 0;
 };
 

@@ -31,7 +31,7 @@ TEST_F(ProxyTest, EveryRequestGoesThroughTheSystemsProxy) {
   site.serve("/frame", page("<img src='/image'><script>fetch('/data').then("
                             "() => { location.href = 'http://shop.example/done?code=1' })</script>"));
   EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
-  EXPECT_THAT(proxy.asked(),
+  EXPECT_THAT(proxy.requestLines(),
               testing::UnorderedElementsAre("GET http://shop.example/signin", "GET http://other.example/frame",
                                             "GET http://other.example/image", "GET http://other.example/data",
                                             "GET http://shop.example/done?code=1"));
@@ -40,7 +40,8 @@ TEST_F(ProxyTest, EveryRequestGoesThroughTheSystemsProxy) {
 TEST_F(ProxyTest, RedirectsGoThroughTheProxy) {
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
   EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
-  EXPECT_THAT(proxy.asked(), ElementsAre("GET http://shop.example/signin", "GET http://shop.example/done?code=1"));
+  EXPECT_THAT(proxy.requestLines(),
+              ElementsAre("GET http://shop.example/signin", "GET http://shop.example/done?code=1"));
 }
 
 TEST_F(ProxyTest, AnExemptedHostIsConnectedDirectly) {
@@ -48,8 +49,8 @@ TEST_F(ProxyTest, AnExemptedHostIsConnectedDirectly) {
   options.signIn = site.address("/signin");
   site.serve("/signin", redirectTo("http://shop.example/done?code=1"));
   EXPECT_EQ(messageOfARun(), result("http://shop.example/done?code=1"));
-  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
-  EXPECT_THAT(proxy.asked(), ElementsAre("GET http://shop.example/done?code=1"));
+  EXPECT_THAT(site.requestLines(), ElementsAre("GET /signin", "GET /done?code=1"));
+  EXPECT_THAT(proxy.requestLines(), ElementsAre("GET http://shop.example/done?code=1"));
 }
 
 TEST_F(ProxyTest, AGnomeSessionUsesItsOwnSettings) {
@@ -71,7 +72,7 @@ TEST_F(ProxyTest, ARefusedProxyConnectionEndsTheRun) {
   options.environment["http_proxy"] = closedPort.address();
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code -1004"));
-  EXPECT_THAT(proxy.asked(), IsEmpty());
+  EXPECT_THAT(proxy.requestLines(), IsEmpty());
 }
 
 // The proxy's response must neither be shown nor run under the site's name.
@@ -80,7 +81,7 @@ TEST_F(ProxyTest, ARefusedTunnelEndsTheRun) {
   options.redirect = "https://shop.example/done";
   EXPECT_EQ(messageOfARun(), kLoadFailed);
   EXPECT_THAT(logMessages(), Contains("didFailProvisionalLoadWithError Error code 102"));
-  EXPECT_THAT(proxy.asked(), Contains("CONNECT shop.example:443"));
+  EXPECT_THAT(proxy.requestLines(), Contains("CONNECT shop.example:443"));
 }
 
 TEST_F(ProxyTest, AProxysPromptDoesNotBlockClosing) {
@@ -88,7 +89,7 @@ TEST_F(ProxyTest, AProxysPromptDoesNotBlockClosing) {
   start();
   until("the proxy's question", [&] { return proxy.rejected() > 0; });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
-  EXPECT_THAT(site.asked(), IsEmpty());
+  EXPECT_THAT(site.requestLines(), IsEmpty());
 }
 
 TEST_F(ProxyTest, TheUserEntersTheProxysPassword) {

@@ -9,8 +9,6 @@ namespace {
 
 using testing::SizeIs;
 
-constexpr int kStripHeight = 20;
-
 class SelectTest : public PageTest {
  protected:
   // A field with three options, which reports the chosen one.
@@ -33,7 +31,7 @@ class SelectTest : public PageTest {
     untilPainted();
   }
 
-  bool listIsShown() { return picture().colourAt(120, kStripHeight + 104) != kPageColor; }
+  bool listIsShown() { return picture().colorAt(120, kStripHeight + 104) != kPageColor; }
   void untilListIsShown() {
     until("the list", [this] { return listIsShown(); });
   }
@@ -71,7 +69,7 @@ TEST_F(SelectTest, AClickChoosesAnOption) {
   openList();
   const Picture all = picture();
   int bottom = kStripHeight + 104;
-  while (all.colourAt(120, bottom) != kPageColor)
+  while (all.colorAt(120, bottom) != kPageColor)
     ++bottom;
   clickAt(100, bottom - kStripHeight - 8);
   untilReported("gamma");
@@ -102,7 +100,7 @@ TEST_F(SelectTest, LettersSelectAnOption) {
 TEST_F(SelectTest, AListOpensAboveALowField) {
   startOnSelect("field.style.top = '500px'");
   clickAt(100, 520);
-  until("the list", [&] { return picture().colourAt(120, kStripHeight + 490) != kPageColor; });
+  until("the list", [&] { return picture().colorAt(120, kStripHeight + 490) != kPageColor; });
   EXPECT_THAT(screen.windows(), SizeIs(1));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }

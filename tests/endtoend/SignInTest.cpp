@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tests/endtoend/EndToEndTest.h"
-#include "tests/tools/hand/Hand.h"
+#include "tests/tools/hand/AutomatedInput.h"
 #include "tests/tools/site/SignInSite.h"
 
 namespace endtoend {
@@ -25,7 +25,7 @@ TEST_F(SignInTest, AUsersSignInSendsTheAddress) {
   options.enterprise = example.enterpriseAddress();
 
   start();
-  tools::Hand(example, display.name(), temporary("")).signIn();
+  tools::AutomatedInput(example, display.name(), temporary("")).signIn();
 
   EXPECT_THAT(message(), StartsWith("<result><URL>" + example.redirectAddress() + "?code="));
   EXPECT_THAT(pipe.text(), testing::EndsWith("&amp;state=7f3a</URL></result>"));
@@ -41,7 +41,7 @@ TEST_F(SignInTest, AUsersSignInSendsTheAddress) {
 TEST_F(SignInTest, EachPageIsRequestedOnce) {
   site.serve("/signin", redirectTo(site.address("/done?code=1&state=2")));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1&amp;state=2")));
-  EXPECT_THAT(site.asked(), ElementsAre("GET /signin", "GET /done?code=1&state=2"));
+  EXPECT_THAT(site.requestLines(), ElementsAre("GET /signin", "GET /done?code=1&state=2"));
 }
 
 TEST_F(SignInTest, TheAddressIsEscapedOnce) {
@@ -57,7 +57,7 @@ TEST_F(SignInTest, TheRedirectAddressIsCaseSensitive) {
 }
 
 TEST_F(SignInTest, AnHttpErrorPageIsAnOrdinaryPage) {
-  tools::Answer missing = pageThatGoesTo(site.address("/done?code=1"));
+  tools::Response missing = pageThatGoesTo(site.address("/done?code=1"));
   missing.status = 404;
   site.serve("/signin", missing);
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
@@ -71,7 +71,7 @@ TEST_F(SignInTest, ARedirectAddressWithStatus404IsAResult) {
 TEST_F(SignInTest, TheRedirectAddressInAFrameIsIgnored) {
   site.serve("/signin", page("<iframe src='/done?code=1' onload=\"location.href = '/done?code=2'\"></iframe>"));
   EXPECT_EQ(messageOfARun(), result(site.address("/done?code=2")));
-  EXPECT_TRUE(site.wasAsked("GET /done?code=1"));
+  EXPECT_TRUE(site.wasRequested("GET /done?code=1"));
 }
 
 TEST_F(SignInTest, AFragmentIsNoFinishedLoad) {

@@ -25,8 +25,8 @@ class TrustedTest : public EndToEndTest {
   }
 
   // Starts the program with the authority as system root. Returns false if this machine does not support that.
-  bool trustTheOrganisation() {
-    const auto wrapper = withSystemRoots(organisation.file());
+  bool trustTheOrganization() {
+    const auto wrapper = withSystemRoots(organization.file());
     if (wrapper) options.wrapper = *wrapper;
     return wrapper.has_value();
   }
@@ -38,21 +38,21 @@ class TrustedTest : public EndToEndTest {
     EXPECT_THAT(secure.requests(), IsEmpty());
   }
 
-  const Authority organisation{temporary("organisation.crt")};
-  const Certificate certificate = organisation.sign("signin.example", temporary("signin.crt"));
+  const Authority organization{temporary("organization.crt")};
+  const Certificate certificate = organization.sign("signin.example", temporary("signin.crt"));
   LoopbackServer secure{certificate.get()};
   Proxy proxy{site};
 };
 
 TEST_F(TrustedTest, ATrustedSiteLoads) {
-  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace or no root certificates";
+  if (!trustTheOrganization()) GTEST_SKIP() << "no mount namespace or no root certificates";
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
-  EXPECT_THAT(secure.asked(), ElementsAre("GET /signin", "GET /done?code=1"));
-  EXPECT_THAT(proxy.asked(), testing::Each("CONNECT signin.example:443"));
+  EXPECT_THAT(secure.requestLines(), ElementsAre("GET /signin", "GET /done?code=1"));
+  EXPECT_THAT(proxy.requestLines(), testing::Each("CONNECT signin.example:443"));
 }
 
 TEST_F(TrustedTest, NoTlsKeyIsWrittenToDisk) {
-  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace, or no root certificates, to be had here";
+  if (!trustTheOrganization()) GTEST_SKIP() << "no mount namespace or no root certificates";
   options.environment["SSLKEYLOGFILE"] = temporary("keys");
   EXPECT_EQ(messageOfARun(), result("https://signin.example/done?code=1"));
   EXPECT_FALSE(std::filesystem::exists(temporary("keys")));
@@ -63,12 +63,12 @@ TEST_F(TrustedTest, AnUntrustedSiteDoesNotLoad) {
 }
 
 TEST_F(TrustedTest, TheEnvironmentCannotMakeTheSystemTrustIt) {
-  options.environment["SSL_CERT_FILE"] = organisation.file();
+  options.environment["SSL_CERT_FILE"] = organization.file();
   expectRefusal(-1203);
 }
 
 TEST_F(TrustedTest, AnotherHostsCertificateIsRejected) {
-  if (!trustTheOrganisation()) GTEST_SKIP() << "no mount namespace or no root certificates";
+  if (!trustTheOrganization()) GTEST_SKIP() << "no mount namespace or no root certificates";
   options.signIn = "https://other.example/signin";
   expectRefusal(-1202);
 }

@@ -24,12 +24,12 @@ class WaylandTest : public EndToEndTest {
   ~WaylandTest() override { run.reset(); }
 
   // Polls the screen until it shows a color.
-  Area waitForColor(unsigned colour) {
+  Area waitForColor(unsigned color) {
     const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     while (std::chrono::steady_clock::now() < deadline) {
       const std::optional<Picture> picture = compositor->picture();
       if (!picture) continue;
-      if (const auto seen = picture->find(colour)) return *seen;
+      if (const auto seen = picture->find(color)) return *seen;
     }
     throw std::runtime_error("timed out waiting for the color");
   }

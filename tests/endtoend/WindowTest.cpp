@@ -11,14 +11,13 @@ namespace endtoend {
 namespace {
 
 constexpr unsigned kSpinnerBlue = 0x008bd9;
-constexpr int kStripHeight = 20;
 
 class WindowTest : public EndToEndTest {
  protected:
   Picture picture() { return screen.picture(window().frame); }
 
-  void untilColorIsShown(unsigned colour) {
-    until("the colour", [&] { return picture().find(colour).has_value(); });
+  void untilColorIsShown(unsigned color) {
+    until("the color", [&] { return picture().find(color).has_value(); });
   }
 };
 

@@ -45,9 +45,9 @@ TEST(Helpers, MessageLeavesTwoBytesOfTheBuffer) {
 }
 
 TEST(Helpers, NullArgumentsWriteNothing) {
-  char buffer[8] = "former";
+  char buffer[16] = "previous";
   EXPECT_EQ(tarn::getLogMessage(buffer, sizeof buffer, "text", nullptr), 0);
-  EXPECT_STREQ(buffer, "former");
+  EXPECT_STREQ(buffer, "previous");
 }
 
 TEST(Helpers, EmptyBufferIsNotWritten) {
@@ -92,16 +92,16 @@ TEST(Helpers, ExistingLogFolderKeepsItsMode) {
 TEST(Helpers, TempPathFailsIfLibraryIsAFile) {
   const std::string home = support::freshHome();
   support::writeFile(home + "/Library", "a file");
-  std::string folder = "former";
+  std::string folder = "previous";
   EXPECT_FALSE(tarn::getTempPath(folder));
-  EXPECT_EQ(folder, "former");
+  EXPECT_EQ(folder, "previous");
 }
 
 TEST(Helpers, TempPathFailsWithoutHome) {
   const support::PasswordDatabase empty("");
-  std::string folder = "former";
+  std::string folder = "previous";
   EXPECT_FALSE(tarn::getTempPath(folder));
-  EXPECT_EQ(folder, "former");
+  EXPECT_EQ(folder, "previous");
 }
 
 TEST(Helpers, CreatesMissingParents) {
@@ -171,7 +171,7 @@ TEST(Helpers, FileNameHasNoFolderPart) {
 }
 
 TEST(Helpers, BaseNameIsThatOfBasename) {
-  std::string name = "former";
+  std::string name = "previous";
   EXPECT_TRUE(tarn::getFilePathBaseName("/a/b.log", name));
   EXPECT_EQ(name, "b.log");
   EXPECT_TRUE(tarn::getFilePathBaseName("", name));
@@ -181,9 +181,9 @@ TEST(Helpers, BaseNameIsThatOfBasename) {
 }
 
 TEST(Helpers, ExtensionFollowsLastDotOfThePath) {
-  std::string extension = "former";
+  std::string extension = "previous";
   EXPECT_FALSE(tarn::getFileExtension("name", extension));
-  EXPECT_EQ(extension, "former");
+  EXPECT_EQ(extension, "previous");
   EXPECT_TRUE(tarn::getFileExtension("/x.d/name", extension));
   EXPECT_EQ(extension, "d/name");
   EXPECT_TRUE(tarn::getFileExtension("name.", extension));

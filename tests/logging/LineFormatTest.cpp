@@ -49,9 +49,9 @@ TEST_F(LineFormatTest, FieldsAreInOrder) {
 }
 
 TEST_F(LineFormatTest, FormatLogAppendsToTheOutput) {
-  std::string line = "former ";
+  std::string line = "previous ";
   target.formatLog(0, tarn::INFO, "", "", "", "", "", "", "text", line);
-  EXPECT_EQ(line.rfind("former ", 0), 0u);
+  EXPECT_EQ(line.rfind("previous ", 0), 0u);
 }
 
 TEST_F(LineFormatTest, NullTextsAreEmpty) {

@@ -93,9 +93,9 @@ TEST_F(FileTargetTest, TargetWithoutPathNeedsALogFolder) {
 
 TEST_F(FileTargetTest, NewLogFileHasMode0666) {
   std::filesystem::remove(file);
-  const mode_t former = ::umask(077);
+  const mode_t previous = ::umask(077);
   ASSERT_TRUE(target.onRegisterTarget());
-  ::umask(former);
+  ::umask(previous);
   EXPECT_EQ(support::modeOf(file), 0666u);
   target.onUnregisterTarget();
 }
@@ -114,9 +114,9 @@ TEST_F(FileTargetTest, FailedChmodIsOnlyReported) {
 TEST_F(FileTargetTest, DanglingLinkCountsAsExistingFile) {
   std::filesystem::remove(file);
   std::filesystem::create_symlink("elsewhere.log", file);
-  const mode_t former = ::umask(077);
+  const mode_t previous = ::umask(077);
   ASSERT_TRUE(target.onRegisterTarget());
-  ::umask(former);
+  ::umask(previous);
   EXPECT_EQ(support::modeOf(folder / "elsewhere.log"), 0600u);
   target.onUnregisterTarget();
 }
@@ -179,9 +179,9 @@ TEST_F(WritingTest, LineIsWrittenBeforeTheCallReturns) {
 }
 
 TEST_F(WritingTest, LinesAreAppended) {
-  support::writeFile(file, "former\n");
+  support::writeFile(file, "previous\n");
   log(tarn::INFO, "text");
-  EXPECT_EQ(support::linesOf(file).front(), "former");
+  EXPECT_EQ(support::linesOf(file).front(), "previous");
   EXPECT_EQ(lastMessage(), "text");
 }
 
@@ -244,12 +244,12 @@ TEST_F(WritingTest, LineIsOneWrite) {
 
 TEST_F(WritingTest, UnfinishedLineIsEnded) {
   log(tarn::INFO, "one");
-  std::ofstream(file, std::ios::app) << "torn";
+  std::ofstream(file, std::ios::app) << "incomplete";
   log(tarn::INFO, "two");
   log(tarn::INFO, "three");
   const std::vector<std::string> lines = support::linesOf(file);
   ASSERT_EQ(lines.size(), 4u);
-  EXPECT_EQ(lines[1], "torn");
+  EXPECT_EQ(lines[1], "incomplete");
   EXPECT_EQ(lastMessage(), "three");
 }
 

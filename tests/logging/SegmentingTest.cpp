@@ -55,11 +55,11 @@ TEST_F(SegmentingTest, FileBelowTenMebibytesIsNotRotated) {
 
 TEST_F(SegmentingTest, RegistrationRotatesTenMebibytes) {
   grow(kMaxLogSize);
-  const std::string former = support::contentsOf(file);
+  const std::string previous = support::contentsOf(file);
   target.onRegisterTarget();
   ASSERT_EQ(archives().size(), 1u);
   EXPECT_EQ(std::filesystem::file_size(file), 0u);
-  EXPECT_TRUE(support::contentsOf(folder / archives()[0]) == former);
+  EXPECT_TRUE(support::contentsOf(folder / archives()[0]) == previous);
 }
 
 TEST_F(SegmentingTest, ArchiveNameHasTheTime) {

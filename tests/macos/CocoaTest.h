@@ -44,8 +44,8 @@ class CocoaTest : public testing::Test {
   Calls finish(const std::string& address) { return finish(requestFor(address)); }
   Calls finish(NSURLRequest* request);
 
-  // Reports that a load of the frame has failed. Returns the recorded calls, then the logged messages.
-  Calls fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional = false);
+  // Reports that a load of the frame has failed. Returns the messages that are then logged.
+  std::vector<std::string> fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional = false);
 
   WebFrame* mainFrame() const { return [[delegate webView] mainFrame]; }
   std::string message() { return pipe.text(); }

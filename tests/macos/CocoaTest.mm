@@ -83,7 +83,8 @@ Calls CocoaTest::finish(NSURLRequest* request) {
   return doubles::takeCalls();
 }
 
-Calls CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional) {
+std::vector<std::string> CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger code,
+                                         bool provisional) {
   const std::size_t before = endtoend::logMessages().size();
   [frame showRequest:requestFor(address)];
   NSError* const error = [NSError errorWithDomain:@"NSURLErrorDomain" code:code userInfo:nil];
@@ -92,8 +93,7 @@ Calls CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger cod
   } else {
     [delegate webView:webView didFailLoadWithError:error forFrame:frame];
   }
-  Calls all = doubles::takeCalls();
-  const Calls logged = endtoend::logMessages();
-  all.insert(all.end(), logged.begin() + static_cast<std::ptrdiff_t>(before), logged.end());
-  return all;
+  std::vector<std::string> logged = endtoend::logMessages();
+  logged.erase(logged.begin(), logged.begin() + static_cast<std::ptrdiff_t>(before));
+  return logged;
 }

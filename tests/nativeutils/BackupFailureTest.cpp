@@ -21,12 +21,12 @@
 #include "tests/support/Files.h"
 
 namespace {
-std::string hiddenPath;           // `stat` fails for it
-std::string pathRemovedByStat;    // `stat` succeeds for it once
-std::string unlistedName;         // `readdir` omits it
-std::function<void()> onSymlink;  // `symlink` fails after it
-int renamesUntilFailure = 0;      // 0: `rename` does not fail
-std::string deadlyName;           // `unlinkat` ends the process instead of removing it
+std::string hiddenPath;              // `stat` fails for it
+std::string pathRemovedByStat;       // `stat` succeeds for it once
+std::string unlistedName;            // `readdir` omits it
+std::function<void()> onSymlink;     // `symlink` fails after it
+int renamesUntilFailure = 0;         // 0: `rename` does not fail
+std::string nameThatEndsTheProcess;  // `unlinkat` ends the process instead of removing it
 }  // namespace
 
 extern "C" int stat(const char* path, struct stat* object) noexcept {
@@ -62,7 +62,7 @@ extern "C" int rename(const char* from, const char* to) noexcept {
 }
 
 extern "C" int unlinkat(int folder, const char* name, int flags) noexcept {
-  if (deadlyName == name) ::_exit(0);
+  if (nameThatEndsTheProcess == name) ::_exit(0);
   return static_cast<int>(::syscall(SYS_unlinkat, folder, name, flags));
 }
 
@@ -138,7 +138,7 @@ TEST_F(BackupFailureTest, KeepsARestoredFolderIfKilledDuringRemoval) {
   makeApp(t + "/App_bkp1", "backup");
   makeApp(app, "half installed");
   support::Child killed([&] {
-    deadlyName = "file";
+    nameThatEndsTheProcess = "file";
     return utilRestoreFolder(t + "/App_bkp1", app) ? 1 : 2;
   });
   EXPECT_EQ(killed.wait(), 0);

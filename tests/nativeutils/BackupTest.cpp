@@ -221,11 +221,11 @@ TEST_F(BackupTest, FailsForDotPaths) {
 }
 
 TEST_F(BackupTest, AcceptsAnyBytesInNames) {
-  const std::string odd = "line\nbreak\xff";
-  support::writeFile(t + "/" + odd, "current");
-  support::writeFile(t + "/" + odd + "_bkp2", "");
-  EXPECT_EQ(backedUp(t + "/" + odd), t + "//" + odd + "_bkp3");
-  EXPECT_THAT(namesIn(t), ElementsAre(odd + "_bkp3"));
+  const std::string unusual = "line\nbreak\xff";
+  support::writeFile(t + "/" + unusual, "current");
+  support::writeFile(t + "/" + unusual + "_bkp2", "");
+  EXPECT_EQ(backedUp(t + "/" + unusual), t + "//" + unusual + "_bkp3");
+  EXPECT_THAT(namesIn(t), ElementsAre(unusual + "_bkp3"));
 }
 
 TEST_F(BackupTest, DeletesAnUncountedObjectAtTheNewPath) {

@@ -42,9 +42,9 @@ TEST_F(FolderCreationTest, CreatesMissingParents) {
 }
 
 TEST_F(FolderCreationTest, AppliesTheUmaskInTheShortForm) {
-  const mode_t former = ::umask(027);
+  const mode_t previous = ::umask(027);
   EXPECT_TRUE(utilCreateDirectoryPath(folder / "a/b", false));
-  ::umask(former);
+  ::umask(previous);
   EXPECT_EQ(support::modeOf(folder / "a"), 0750u);
   EXPECT_EQ(support::modeOf(folder / "a/b"), 0750u);
 }
@@ -86,9 +86,9 @@ TEST_F(FolderCreationTest, FailsBelowAFile) {
 }
 
 TEST_F(FolderCreationTest, SetsTheExactModeWithOwnerAndGroup) {
-  const mode_t former = ::umask(077);
+  const mode_t previous = ::umask(077);
   EXPECT_TRUE(utilCreateDirectoryPathWithAttributes((folder / "a/b").c_str(), ::geteuid(), ::getegid(), 02775));
-  ::umask(former);
+  ::umask(previous);
   EXPECT_EQ(support::modeOf(folder / "a/b"), 02775u);
   EXPECT_EQ(support::modeOf(folder / "a") & 0777u, 0700u) << "a parent keeps what mkdir gave it";
 }
@@ -194,9 +194,9 @@ TEST_F(FolderCreationTest, IgnoresExtraSlashes) {
 }
 
 TEST_F(FolderCreationTest, AcceptsAnyBytesInNames) {
-  const std::string odd = folder / "line\nbreak/\xff\xfe";
-  EXPECT_TRUE(utilCreateDirectoryPath(odd, false));
-  EXPECT_TRUE(utilFolderExitsAtPath(odd));
+  const std::string unusual = folder / "line\nbreak/\xff\xfe";
+  EXPECT_TRUE(utilCreateDirectoryPath(unusual, false));
+  EXPECT_TRUE(utilFolderExitsAtPath(unusual));
 }
 
 TEST_F(FolderCreationTest, SucceedsInSeveralProcessesAtOnce) {

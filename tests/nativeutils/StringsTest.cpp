@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
-#include <limits>
 #include <set>
 #include <string>
 #include <thread>

@@ -11,14 +11,12 @@
 #include <vector>
 
 #include "nativeutils/NativeUtils.h"
-#include "platform/Machine.h"
 #include "tests/nativeutils/NativeUtilsLog.h"
 #include "tests/support/Child.h"
 #include "tests/support/FakeConsoleUser.h"
 #include "tests/support/FakeLogin.h"
 #include "tests/support/Files.h"
 #include "tests/support/Home.h"
-#include "tests/support/Semaphores.h"
 
 namespace {
 

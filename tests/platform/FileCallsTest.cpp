@@ -1,4 +1,4 @@
-// Tests of system calls whose effect cannot be observed afterwards. This program replaces `readdir`, `fsync` and
+// Tests of system calls whose effect cannot be observed afterward. This program replaces `readdir`, `fsync` and
 // `fchmod`.
 
 #include <dirent.h>

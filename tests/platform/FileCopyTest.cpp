@@ -57,9 +57,9 @@ TEST_F(AttributeCopyTest, KeepsBytesModeAndTimes) {
   ASSERT_EQ(::chmod(from.c_str(), 04751), 0);
   const timespec times[] = {{1000000001, 123456789}, {1000000002, 987654321}};
   ASSERT_EQ(::utimensat(AT_FDCWD, from.c_str(), times, 0), 0);
-  const mode_t former = ::umask(077);
+  const mode_t previous = ::umask(077);
   EXPECT_EQ(copied(), "");
-  ::umask(former);
+  ::umask(previous);
   EXPECT_EQ(support::modeOf(to), 04751u);
   EXPECT_TRUE(isSameTime(statusOf(to).st_atim, times[0]));
   EXPECT_TRUE(isSameTime(statusOf(to).st_mtim, times[1]));
@@ -67,10 +67,10 @@ TEST_F(AttributeCopyTest, KeepsBytesModeAndTimes) {
 }
 
 TEST_F(AttributeCopyTest, KeepsExtendedAttributes) {
-  if (::setxattr(from.c_str(), "user.colour", "green", 5, 0) != 0) GTEST_SKIP() << "no extended attributes here";
+  if (::setxattr(from.c_str(), "user.color", "green", 5, 0) != 0) GTEST_SKIP() << "no extended attributes here";
   ASSERT_EQ(::setxattr(from.c_str(), "user.empty", "", 0, 0), 0);
   EXPECT_EQ(copied(), "");
-  EXPECT_EQ(attributeOf(to, "user.colour"), "green");
+  EXPECT_EQ(attributeOf(to, "user.color"), "green");
   EXPECT_EQ(attributeOf(to, "user.empty"), "");
 }
 

@@ -20,7 +20,7 @@ void addLine(LogLines& lines, std::string_view line) {
   const int sequence =
       colon == std::string_view::npos ? 0 : std::atoi(std::string(message.substr(colon + 1, 10)).c_str());
   if (sequence == 0 || message != messageOf(writer, sequence)) {
-    ++lines.torn;
+    ++lines.incomplete;
     return;
   }
 

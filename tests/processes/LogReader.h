@@ -25,7 +25,7 @@ struct LogLines {
 
   std::map<std::string, WriterLines> writers;
   int archives = 0;
-  int torn = 0;  // lines that are no complete message of any writer
+  int incomplete = 0;  // lines that are no complete message of any writer
 };
 
 // Reads the archives of "Kelvo.log" in order of creation, then the file itself. Does not sort by name: names begin with

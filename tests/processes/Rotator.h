@@ -2,10 +2,10 @@
 
 #pragma once
 
-#include <chrono>
+#include <sched.h>
+
 #include <ctime>
 #include <string>
-#include <thread>
 
 #include "logging/LogTargetDefault.h"
 #include "tests/processes/LogReader.h"

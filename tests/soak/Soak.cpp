@@ -1,13 +1,13 @@
-// Runs the sign-in window many times, through one ending after the other, and counts what its processes complain about.
+// Runs the sign-in window many times, with one ending after the other, and counts the errors that its processes report.
 //
 //   soak [RUNS [COMMAND...]]     1000 runs by default
-//   soak 30 valgrind -q          the COMMAND must end by becoming the window's program
+//   soak 30 valgrind -q          the COMMAND must exec the window's program
 //
 // - Without a COMMAND every process of the window runs under glibc's checking allocator. A program built with ASan has
 //   an allocator of its own: `soak 30 env`, with ASAN_OPTIONS=fast_unwind_on_malloc=0 for the suppressions to apply.
-// - A complaint is a line on standard error that speaks of a broken heap, a crash or a critical warning.
+// - An error is a line on standard error that reports heap corruption, a crash or a critical warning.
 // - Run it through tests/support/in-own-home: no window may touch the home folder of a user.
-// - Exits with 1 when a run ended with a complaint, or with another message than the one of its ending.
+// - Exits with 1 if a run reported errors, or sent another message than the one of its ending.
 
 #include <signal.h>
 
@@ -43,8 +43,8 @@ constexpr std::chrono::minutes kSlowEnd{5};  // under valgrind
 
 constexpr char kAllocator[] = "libc_malloc_debug.so.0";
 
-// Keeps every part of WebKit at work: workers, storage, pictures, sound, timers, and requests that get no answer. Asks
-// the site for "/busy" once it has loaded.
+// Keeps every part of WebKit at work: workers, storage, pictures, sound, timers, and requests that get no response.
+// Requests "/busy" once it has loaded.
 constexpr char kBusyPage[] = R"(<canvas id=c></canvas><iframe src=/start></iframe><script>
   document.cookie = 'visit=1; max-age=99999';
   localStorage.setItem('visit', '1');
@@ -68,7 +68,7 @@ class Run : public PromptTest {
     options.environment["GLIBC_TUNABLES"] = "glibc.malloc.check=3:glibc.malloc.perturb=165";
     options.environment["LD_PRELOAD"] =
         std::string(std::getenv("LD_PRELOAD")) + " " + kAllocator + " " + report.filename().string();
-    options.environment["LD_LIBRARY_PATH"] = report.parent_path();  // WebKit's sandbox lets these folders in
+    options.environment["LD_LIBRARY_PATH"] = report.parent_path();  // WebKit's sandbox allows these folders
     options.environment["Malloc"] = "1";                            // WebKit uses the system's allocator
   }
 
@@ -93,7 +93,7 @@ class Run : public PromptTest {
     return run->standardError() + unchecked_;
   }
 
-  // Each brings the window to one end and returns the message that it has to give.
+  // Each ends the window in one way and returns the expected message.
 
   std::string signIn() {
     site.serve("/signin", page("<form method=post action=/post><input name=a></form><script>onload = () => "
@@ -104,10 +104,10 @@ class Run : public PromptTest {
   }
 
   std::string signInOverTls() {
-    const Authority organisation(temporary("organisation.crt"));
-    const Certificate certificate = organisation.sign("signin.example", temporary("signin.crt"));
-    const auto roots = withSystemRoots(organisation.file());
-    if (!roots) throw std::runtime_error("no mount namespace, or no root certificates, to be had here");
+    const Authority organization(temporary("organization.crt"));
+    const Certificate certificate = organization.sign("signin.example", temporary("signin.crt"));
+    const auto roots = withSystemRoots(organization.file());
+    if (!roots) throw std::runtime_error("no mount namespace or no root certificates available");
     options.wrapper.insert(options.wrapper.begin(), roots->begin(), roots->end());
     secure_ = std::make_unique<LoopbackServer>(certificate.get());
     proxy_ = std::make_unique<Proxy>(site);
@@ -115,21 +115,21 @@ class Run : public PromptTest {
     options.environment.merge(proxy_->environment());
     options.signIn = "https://signin.example/signin";
     options.redirect = "https://signin.example/done";
-    serveBusyPage(*secure_, leavingFor("https://signin.example/done?code=1"));
+    serveBusyPage(*secure_, navigatingTo("https://signin.example/done?code=1"));
     start();
     return result("https://signin.example/done?code=1");
   }
 
   std::string signInAcrossSites() {
     const std::string other = "http://localhost" + site.address().substr(site.address().rfind(':'));
-    serveBusyPage(site, leavingFor(other + "/staff"));
-    site.serve("/staff", page(kBusyPage + leavingFor(site.address("/done?code=1"))));
+    serveBusyPage(site, navigatingTo(other + "/staff"));
+    site.serve("/staff", page(kBusyPage + navigatingTo(site.address("/done?code=1"))));
     start();
     return result(site.address("/done?code=1"));
   }
 
   std::string redirectWhileLoading() {
-    serveBusyPage(site, leavingFor(site.address("/done?code=1")));
+    serveBusyPage(site, navigatingTo(site.address("/done?code=1")));
     start();
     return result(site.address("/done?code=1"));
   }
@@ -142,13 +142,13 @@ class Run : public PromptTest {
   }
 
   std::string failedLoad() {
-    options.signIn = nobody_.address("/signin");
+    options.signIn = closedPort_.address("/signin");
     start();
     return kLoadFailed;
   }
 
   std::string failedFrame() {
-    serveBusyPage(site, "<iframe src='" + nobody_.address("/advert") + "'></iframe>");
+    serveBusyPage(site, "<iframe src='" + closedPort_.address("/advert") + "'></iframe>");
     start();
     return kLoadFailed;
   }
@@ -218,7 +218,7 @@ class Run : public PromptTest {
   }
 
   std::string passwordPrompt() {
-    site.serve("/signin", tools::Answer{401, "", {{"WWW-Authenticate", "Basic realm=\"staff\""}}});
+    site.serve("/signin", tools::Response{401, "", {{"WWW-Authenticate", "Basic realm=\"staff\""}}});
     start();
     untilPromptIsShown();
     screen.close(window().id);
@@ -237,7 +237,7 @@ class Run : public PromptTest {
   void TestBody() override {}
 
   // Script that goes to an address while the page still loads.
-  static std::string leavingFor(const std::string& address) {
+  static std::string navigatingTo(const std::string& address) {
     return "<img src='/held?c'><script>fetch('/busy').then(() => { location.href = '" + address + "' })</script>";
   }
 
@@ -254,11 +254,11 @@ class Run : public PromptTest {
     serveBusyPage(site);
     start();
     untilRequested("/busy");
-    lookForTheAllocator();
+    checkAllocator();
   }
 
-  // Some process may have lost the variables that load it.
-  void lookForTheAllocator() {
+  // A process may lack the variables that load it.
+  void checkAllocator() {
     if (options.environment.count("GLIBC_TUNABLES") == 0) return;
     for (const char* const name : {"svo-signin", "WebKitWebProces", "WebKitNetworkPr"}) {
       const pid_t process = descendantNamed(getpid(), name).value();
@@ -277,7 +277,7 @@ class Run : public PromptTest {
     return last;
   }
 
-  const tools::ClosedPort nobody_;
+  const tools::ClosedPort closedPort_;
   std::unique_ptr<LoopbackServer> secure_;
   std::unique_ptr<Proxy> proxy_;
   std::unique_ptr<SessionBus> bus_;
@@ -286,10 +286,10 @@ class Run : public PromptTest {
 };
 struct Ending {
   const char* name;
-  std::string (Run::*reach)();
+  std::string (Run::*run)();
   int runs = 0;
   int rightMessages = 0;
-  int complaints = 0;
+  int errors = 0;
   double seconds = 0;
 };
 
@@ -314,57 +314,57 @@ std::vector<Ending> allEndings() {
           {"dialog open", &Run::openDialog}};
 }
 
-bool isComplaint(const std::string& line) {
-  static const std::vector<const char*> kSigns = {
+bool isError(const std::string& line) {
+  static const std::vector<const char*> kErrorMarks = {
       "double free", "corrupt",    "invalid pointer", "invalid size",    "invalid next size", "free():",
       "malloc():",   "realloc():", "calloc():",       "munmap_chunk():", "crash: ",           "soak: ",
       "-CRITICAL",   "ERROR **",   "ld.so",           "Sanitizer",       "runtime error"};
   return line.rfind("==", 0) == 0 ||  // as every line of valgrind does
-         std::any_of(kSigns.begin(), kSigns.end(),
-                     [&](const char* sign) { return line.find(sign) != std::string::npos; });
+         std::any_of(kErrorMarks.begin(), kErrorMarks.end(),
+                     [&](const char* mark) { return line.find(mark) != std::string::npos; });
 }
 
-int complaintsIn(const std::string& text) {
+int errorsIn(const std::string& text) {
   std::istringstream lines(text);
   int count = 0;
   for (std::string line; std::getline(lines, line);)
-    count += isComplaint(line) ? 1 : 0;
+    count += isError(line) ? 1 : 0;
   return count;
 }
 
-void play(Ending& ending, const Command& command) {
+void runOnce(Ending& ending, const Command& command) {
   const auto begin = std::chrono::steady_clock::now();
-  std::string account;
-  bool right = false;
+  std::string details;
+  bool matches = false;
   try {
     Run run(command);
-    const std::string expected = (run.*ending.reach)();
+    const std::string expected = (run.*ending.run)();
     const std::string outcome = run.outcome();
-    right = outcome == expected;
-    if (!right) account = "the message is \"" + outcome + "\" instead of \"" + expected + "\"\n";
-    const std::string errors = run.standardError();
-    const int complaints = complaintsIn(errors);
-    ending.complaints += complaints;
-    if (!right || complaints > 0) account += errors;
+    matches = outcome == expected;
+    if (!matches) details = "the message is \"" + outcome + "\" instead of \"" + expected + "\"\n";
+    const std::string standardError = run.standardError();
+    const int errors = errorsIn(standardError);
+    ending.errors += errors;
+    if (!matches || errors > 0) details += standardError;
   } catch (const std::exception& problem) {
-    account = std::string(problem.what()) + "\n";
-    ending.complaints += complaintsIn(account);
+    details = std::string(problem.what()) + "\n";
+    ending.errors += errorsIn(details);
   }
   ++ending.runs;
-  ending.rightMessages += right ? 1 : 0;
+  ending.rightMessages += matches ? 1 : 0;
   ending.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-  if (!account.empty()) std::printf("-- %s, run %d:\n%s\n", ending.name, ending.runs, account.c_str());
+  if (!details.empty()) std::printf("-- %s, run %d:\n%s\n", ending.name, ending.runs, details.c_str());
   std::fflush(stdout);
 }
 
 bool print(const std::vector<Ending>& endings) {
-  bool good = true;
-  std::printf("%-32s %6s %14s %11s %8s\n", "ending", "runs", "right message", "complaints", "seconds");
+  bool passed = true;
+  std::printf("%-32s %6s %14s %11s %8s\n", "ending", "runs", "right message", "errors", "seconds");
   for (const Ending& each : endings) {
-    std::printf("%-32s %6d %14d %11d %8.0f\n", each.name, each.runs, each.rightMessages, each.complaints, each.seconds);
-    good = good && each.rightMessages == each.runs && each.complaints == 0;
+    std::printf("%-32s %6d %14d %11d %8.0f\n", each.name, each.runs, each.rightMessages, each.errors, each.seconds);
+    passed = passed && each.rightMessages == each.runs && each.errors == 0;
   }
-  return good;
+  return passed;
 }
 
 }  // namespace
@@ -380,7 +380,7 @@ int main(int argc, char** argv) try {
   const Command command(argv + std::min(argc, 2), argv + argc);
   std::vector<Ending> endings = allEndings();
   for (int i = 0; i < runs; ++i) {
-    play(endings[static_cast<std::size_t>(i) % endings.size()], command);
+    runOnce(endings[static_cast<std::size_t>(i) % endings.size()], command);
     if ((i + 1) % 100 == 0) std::fprintf(stderr, "soak: %d of %d runs\n", i + 1, runs);
   }
   return print(endings) ? 0 : 1;

@@ -14,10 +14,6 @@ inline int setOf(const std::string& path, int projectNumber) {
   return ::semget(::ftok(path.c_str(), projectNumber), 0, 0);
 }
 
-inline bool setExists(int id) {
-  return ::semctl(id, 0, GETVAL) != -1;
-}
-
 inline int valueOf(int id, int member) {
   return ::semctl(id, member, GETVAL);
 }

@@ -51,11 +51,11 @@ TEST_F(KeyEventsTest, ALetterIsItself) {
   EXPECT_EQ(charactersOf(key(GDK_KEY_C, GDK_SHIFT_MASK)), "C");
 }
 
-TEST_F(KeyEventsTest, AForeignLetterHasItsKeysLatinLetter) {
+TEST_F(KeyEventsTest, NonLatinLetterHasItsKeysLatinLetter) {
   EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es, 0, hardwareKeyOf(GDK_KEY_c))), "c");
 }
 
-TEST_F(KeyEventsTest, AForeignLetterWithoutAKeyIsItself) {
+TEST_F(KeyEventsTest, NonLatinLetterWithoutAKeyIsItself) {
   EXPECT_EQ(charactersOf(key(GDK_KEY_Cyrillic_es)), "с");
 }
 

@@ -88,7 +88,7 @@ TEST_F(LoadTrackerTest, ReportsAPendingFinishBeforeTheNextLoad) {
   EXPECT_EQ(outcomes.all.size(), 1u);
 }
 
-TEST_F(LoadTrackerTest, TellsFramesWithTheSameAddressApart) {
+TEST_F(LoadTrackerTest, DistinguishesFramesWithTheSameAddress) {
   loadPageWithFrame();
   handle(Kind::kNavigation, "http://site/frame");
   handle(Kind::kNavigation, "http://site/frame");

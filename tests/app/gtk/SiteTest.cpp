@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(Hosts, LookAlikeTest,
                                          "xn--ank-uqa.example",         // "dank" with a stroke through the d
                                          "xn--facebok-v1a.example",     // "facebook" with a stroke through the o
                                          "xn--bnk-nnb.example",         // "bank" with a dot above the a
-                                         "www.xn--80ak6aa92e.com",      // one label spoils the name
+                                         "www.xn--80ak6aa92e.com",      // one ambiguous label
                                          "xn--zz",                      // no name at all
                                          "xn--"));
 

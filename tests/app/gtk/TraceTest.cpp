@@ -2,7 +2,6 @@
 
 #include "tests/app/gtk/Trace.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>

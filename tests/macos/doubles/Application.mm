@@ -105,30 +105,13 @@ NSURL* lastOpenedUrl() {
   [super setTitle:title];
 }
 
-- (void)setMinSize:(NSSize)size {
-  record("setMinSize " + text(size));
-  const RecordingPaused pause;
-  [super setMinSize:size];
-}
-
 - (NSButton*)standardWindowButton:(NSWindowButton)kind {
-  record(kind == NSWindowZoomButton ? "standardWindowButton zoom" : "standardWindowButton other");
+  if (kind != NSWindowZoomButton) return [super standardWindowButton:kind];
   if (_zoomButton == nil) {
     _zoomButton = [[NSButton alloc] initWithFrame:NSMakeRect(0, 0, 10, 10)];
     [_zoomButton setEnabled:NO];
   }
   return _zoomButton;
-}
-
-- (NSUInteger)styleMask {
-  record("styleMask");
-  return [super styleMask];
-}
-
-- (void)setStyleMask:(NSUInteger)mask {
-  record("setStyleMask " + std::to_string(mask));
-  const RecordingPaused pause;
-  [super setStyleMask:mask];
 }
 
 @end

@@ -14,10 +14,10 @@ template <typename Function>
 Function* replaceMethod(Class owner, SEL method, Function* replacement, const char* types) {
   using Any = void (*)();
   const IMP implementation = reinterpret_cast<IMP>(reinterpret_cast<Any>(replacement));
-  const IMP former = class_getMethodImplementation(owner, method);
+  const IMP previous = class_getMethodImplementation(owner, method);
   // Adding the method first keeps that of a superclass.
   if (!class_addMethod(owner, method, implementation, types)) class_replaceMethod(owner, method, implementation, types);
-  return reinterpret_cast<Function*>(reinterpret_cast<Any>(former));
+  return reinterpret_cast<Function*>(reinterpret_cast<Any>(previous));
 }
 
 // Replaces a class method.

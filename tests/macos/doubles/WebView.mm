@@ -60,7 +60,6 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> onLoadRequest;
 }
 
 - (NSMutableURLRequest*)request {
-  record("request");
   return statusOf("request") == 0 ? (NSMutableURLRequest*)_request : nil;
 }
 
@@ -100,7 +99,6 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> onLoadRequest;
 }
 
 - (WebDataSource*)dataSource {
-  record("dataSource");
   return statusOf("dataSource") == 0 ? _dataSource : nil;
 }
 

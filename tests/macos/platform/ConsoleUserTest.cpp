@@ -52,7 +52,7 @@ bool getHomeFolder(std::string& path) {
 class ConsoleFolderTest : public ConsoleUserTest, public testing::WithParamInterface<bool (*)(std::string&)> {
  protected:
   static std::string lookUp() {
-    std::string path = "former";
+    std::string path = "previous";
     EXPECT_TRUE(GetParam()(path));
     return path;
   }
@@ -105,9 +105,9 @@ TEST_P(ConsoleFolderTest, RestoresTheUserIfNoPathIsMade) {
 TEST_F(ConsoleUserTest, LoggingLibraryFailsIfTheSwitchFails) {
   doubles::consoleUser = {"ann", ::geteuid() + 1};
   doubles::failCall("seteuid", EPERM);
-  std::string path = "former";
+  std::string path = "previous";
   EXPECT_FALSE(tarn::getUserFolder(path));
-  EXPECT_EQ(path, "former");
+  EXPECT_EQ(path, "previous");
 }
 
 TEST_F(ConsoleUserTest, PlatformUsesOwnFolderIfTheSwitchFails) {

@@ -55,12 +55,12 @@ TEST_F(RaisingTest, RaisesTheProcess) {
   EXPECT_EQ(doubles::desktop.frontProcess, 1);
 }
 
-TEST_F(RaisingTest, AProcessWithoutWindowsIsUnknown) {
+TEST_F(RaisingTest, AProcessWithoutWindowsIsNotFound) {
   doubles::failCall("GetProcessForPID", -600);
   EXPECT_EQ(platform::raiseWindow(1), RaiseResult::kNotFound);
 }
 
-TEST_F(RaisingTest, ARefusedProcessIsImpossible) {
+TEST_F(RaisingTest, ARefusedProcessFails) {
   doubles::failCall("SetFrontProcess", -606);
   EXPECT_EQ(platform::raiseWindow(1), RaiseResult::kFailed);
 }

@@ -27,10 +27,10 @@ class QueriesTest : public nativeutils_test::LoggedTest {
   Lines failedFolderQuery(bool (*query)(std::string&), const std::string& call, int status) {
     doubles::reset();
     doubles::failCall(call, status);
-    std::string path = "former";
+    std::string path = "previous";
     forget();
     EXPECT_FALSE(query(path));
-    EXPECT_EQ(path, "former");
+    EXPECT_EQ(path, "previous");
     return logged();
   }
 
@@ -106,9 +106,9 @@ TEST_F(QueriesTest, ReturnTheVolumeOfTheNearestExistingAncestor) {
 
 TEST_F(QueriesTest, StopTheVolumeSearchAtAnError) {
   doubles::failNextCall("statfs", EACCES);
-  std::string name = "former";
+  std::string name = "previous";
   EXPECT_FALSE(utilGetVolumeNameOfPath("/proc/self", name));
-  EXPECT_EQ(name, "former");
+  EXPECT_EQ(name, "previous");
   EXPECT_EQ(logged(), (Lines{"ERROR Error in getting ... util_getVolumePath",
                              "WARN utilGetVolumeNameOfPath failed to get volume path."}));
 }
@@ -122,9 +122,9 @@ TEST_F(QueriesTest, ReturnTheNameOfAVolume) {
 TEST_F(QueriesTest, LogNothingForAVolumeWithoutAName) {
   for (const char* call : {"FSGetVolumeInfo", "FSGetCatalogInfo", "FSPathMakeRef"}) {
     doubles::failCall(call, -43);
-    std::string name = "former";
+    std::string name = "previous";
     EXPECT_FALSE(utilGetVolumeNameOfPath("/proc", name)) << call;
-    EXPECT_EQ(name, "former");
+    EXPECT_EQ(name, "previous");
   }
   EXPECT_EQ(logged(), Lines{});
 }

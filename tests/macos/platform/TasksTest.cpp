@@ -82,13 +82,13 @@ TEST_F(TasksTest, ARelativeProgramStartsInTheCallersFolder) {
   ASSERT_EQ(::mkdir((folder / "sub").c_str(), 0755), 0);
   support::writeFile(folder / "sub/script", "#!/bin/sh\nexit 7\n");
   ASSERT_EQ(::chmod((folder / "sub/script").c_str(), 0755), 0);
-  const auto former = std::filesystem::current_path();
+  const auto previous = std::filesystem::current_path();
   std::filesystem::current_path(folder.path());
   Task task;
   task.program = "sub/script";
   task.folder = "sub";
   EXPECT_EQ(runTask(task), 7);
-  std::filesystem::current_path(former);
+  std::filesystem::current_path(previous);
 }
 
 TEST_F(TasksTest, AnInvalidTaskIsNotStarted) {

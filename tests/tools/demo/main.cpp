@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/demo/Stage.h"
+#include "tests/tools/demo/DemoRunner.h"
 
 namespace {
 
@@ -22,16 +22,16 @@ std::string windowProgram(const std::string& build) {
   return named != nullptr && *named != '\0' ? named : build + "/bin/svo-signin";
 }
 
-int play(const std::string& build, const std::string& word) {
-  tools::Stage stage(build, windowProgram(build));
-  const std::vector<tools::Scene> scenes = tools::scenesFor(word, stage.byHand());
-  if (scenes.empty()) {
-    std::cerr << "demo: there is no \"" << word << "\"; try sign-in, enterprise, fail or close\n";
+int run(const std::string& build, const std::string& name) {
+  tools::DemoRunner runner(build, windowProgram(build));
+  const std::vector<tools::Scenario> scenarios = tools::scenariosFor(name, runner.isAutomated());
+  if (scenarios.empty()) {
+    std::cerr << "demo: unknown scenario \"" << name << "\"; use sign-in, enterprise, fail or close\n";
     return 64;
   }
-  for (const tools::Scene& scene : scenes) {
-    if (stage.play(scene)) continue;
-    std::cerr << "demo: the launcher got another answer than it should\n";
+  for (const tools::Scenario& scenario : scenarios) {
+    if (runner.run(scenario)) continue;
+    std::cerr << "demo: the launcher got an unexpected result\n";
     return 1;
   }
   return 0;
@@ -44,7 +44,7 @@ int main(int argc, char** argv) try {
     std::cerr << "usage: [SVO_SIGNIN=PROGRAM] demo BUILD_FOLDER [sign-in|enterprise|fail|close]\n";
     return 64;
   }
-  return play(argv[1], argc == 3 ? argv[2] : "");
+  return run(argv[1], argc == 3 ? argv[2] : "");
 } catch (const std::exception& problem) {
   std::cerr << "demo: " << problem.what() << '\n';
   return 1;

@@ -14,16 +14,16 @@ namespace tools {
 Picture::Picture(int width, int height, std::vector<std::uint8_t> pixels)
     : width_(width), height_(height), pixels_(std::move(pixels)) {}
 
-unsigned Picture::colourAt(int x, int y) const {
+unsigned Picture::colorAt(int x, int y) const {
   const std::uint8_t* pixel = &pixels_[3 * static_cast<std::size_t>(y * width_ + x)];
   return static_cast<unsigned>(pixel[0] << 16 | pixel[1] << 8 | pixel[2]);
 }
 
-std::optional<Area> Picture::find(unsigned colour, int pixels) const {
+std::optional<Area> Picture::find(unsigned color, int pixels) const {
   int left = width_, top = height_, right = -1, bottom = -1, count = 0;
   for (int y = 0; y < height_; ++y) {
     for (int x = 0; x < width_; ++x) {
-      if (colourAt(x, y) != colour) continue;
+      if (colorAt(x, y) != color) continue;
       left = std::min(left, x);
       top = std::min(top, y);
       right = std::max(right, x);

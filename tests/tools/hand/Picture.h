@@ -25,10 +25,10 @@ class Picture {
   int height() const { return height_; }
 
   //   0xRRGGBB
-  unsigned colourAt(int x, int y) const;
+  unsigned colorAt(int x, int y) const;
 
   // Returns the smallest area with every pixel of exactly this color, if there are at least `pixels` of them.
-  std::optional<Area> find(unsigned colour, int pixels = 50) const;
+  std::optional<Area> find(unsigned color, int pixels = 50) const;
 
   // Throws std::runtime_error if the file cannot be written.
   void savePng(const std::string& path) const;

@@ -195,7 +195,7 @@ Picture Screen::picture(const Area& area) const {
   const int height = std::min(area.y + area.height, DisplayHeight(display_.get(), 0)) - top;
   XImage* image = XGetImage(display_.get(), rootOf(display_.get()), left, top, static_cast<unsigned>(width),
                             static_cast<unsigned>(height), AllPlanes, ZPixmap);
-  if (image == nullptr) throw std::runtime_error("the screen gives no picture");
+  if (image == nullptr) throw std::runtime_error("cannot read the screen");
   std::vector<std::uint8_t> pixels;
   pixels.reserve(3 * static_cast<std::size_t>(width * height));
   for (int y = 0; y < height; ++y) {
@@ -210,7 +210,7 @@ Picture Screen::picture(const Area& area) const {
 
 Area Screen::pointer() const {
   const std::unique_ptr<XFixesCursorImage, int (*)(void*)> image(XFixesGetCursorImage(display_.get()), XFree);
-  if (!image) throw std::runtime_error("the screen gives no pointer");
+  if (!image) throw std::runtime_error("cannot read the pointer");
   return {image->x - image->xhot, image->y - image->yhot, image->width, image->height};
 }
 
@@ -278,7 +278,7 @@ KeyCode Screen::codeOf(KeySymbol key) {
     XSync(display_.get(), False);
     return addedKeys_[key] = static_cast<KeyCode>(code);
   }
-  throw std::runtime_error("no room on the keyboard for another key");
+  throw std::runtime_error("no free key code");
 }
 
 void Screen::key(KeySymbol key, bool down) {
@@ -319,8 +319,8 @@ void Screen::place(Window window, const Area& frame) {
 }
 
 void Screen::close(Window window) {
-  const Atom wish = XInternAtom(display_.get(), "WM_DELETE_WINDOW", False);
-  send(window, window, "WM_PROTOCOLS", {static_cast<long>(wish), CurrentTime});
+  const Atom deleteWindow = XInternAtom(display_.get(), "WM_DELETE_WINDOW", False);
+  send(window, window, "WM_PROTOCOLS", {static_cast<long>(deleteWindow), CurrentTime});
 }
 
 void Screen::request(Window window, const char* name, const std::vector<long>& values) {

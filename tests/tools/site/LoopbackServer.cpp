@@ -43,22 +43,22 @@ std::string targetOf(SoupServerMessage* message) {
   return std::string(g_uri_get_path(address)) + (query == nullptr ? "" : std::string("?") + query);
 }
 
-void send(SoupServerMessage* message, const Answer& answer) {
-  soup_server_message_set_status(message, answer.status, nullptr);
+void send(SoupServerMessage* message, const Response& response) {
+  soup_server_message_set_status(message, response.status, nullptr);
   SoupMessageHeaders* headers = soup_server_message_get_response_headers(message);
-  for (const auto& [name, value] : answer.headers)
+  for (const auto& [name, value] : response.headers)
     soup_message_headers_replace(headers, name.c_str(), value.c_str());
   SoupMessageBody* body = soup_server_message_get_response_body(message);
-  soup_message_body_append(body, SOUP_MEMORY_COPY, answer.body.data(), answer.body.size());
+  soup_message_body_append(body, SOUP_MEMORY_COPY, response.body.data(), response.body.size());
 }
 
 }  // namespace
 
-Answer page(std::string html) {
+Response page(std::string html) {
   return {200, std::move(html), {{"Content-Type", "text/html; charset=utf-8"}}};
 }
 
-Answer redirectTo(const std::string& address) {
+Response redirectTo(const std::string& address) {
   return {302, "", {{"Location", address}}};
 }
 
@@ -82,8 +82,8 @@ LoopbackServer::~LoopbackServer() {
   soup_server_disconnect(server_.get());
 }
 
-void LoopbackServer::serve(const std::string& path, const Answer& answer) {
-  serve(path, [answer](const Request&) { return answer; });
+void LoopbackServer::serve(const std::string& path, const Response& response) {
+  serve(path, [response](const Request&) { return response; });
 }
 
 void LoopbackServer::release(const std::string& path) {
@@ -93,15 +93,15 @@ void LoopbackServer::release(const std::string& path) {
   waiting_.erase(first, last);
 }
 
-std::vector<std::string> LoopbackServer::asked() const {
+std::vector<std::string> LoopbackServer::requestLines() const {
   std::vector<std::string> result;
   for (const Request& request : requests_)
     result.push_back(request.method + " " + request.target);
   return result;
 }
 
-bool LoopbackServer::wasAsked(const std::string& methodAndTarget) const {
-  const std::vector<std::string> all = asked();
+bool LoopbackServer::wasRequested(const std::string& methodAndTarget) const {
+  const std::vector<std::string> all = requestLines();
   return std::find(all.begin(), all.end(), methodAndTarget) != all.end();
 }
 
@@ -109,12 +109,12 @@ void LoopbackServer::onRequest(SoupServer*, SoupServerMessage* message, const ch
                                gpointer self) {
   Request request{soup_server_message_get_method(message), targetOf(message), toMap(query), postedForm(message),
                   headerOf(message, "Authorization")};
-  static_cast<LoopbackServer*>(self)->answer(message, path, std::move(request));
+  static_cast<LoopbackServer*>(self)->respond(message, path, std::move(request));
 }
 
-void LoopbackServer::answer(SoupServerMessage* message, const std::string& path, Request request) {
+void LoopbackServer::respond(SoupServerMessage* message, const std::string& path, Request request) {
   const auto handler = handlers_.find(path);
-  send(message, handler == handlers_.end() ? Answer{404, "Not found", {}} : handler->second(request));
+  send(message, handler == handlers_.end() ? Response{404, "Not found", {}} : handler->second(request));
   requests_.push_back(std::move(request));
 
   if (held_.count(path) == 0) return;

@@ -25,18 +25,18 @@ struct Request {
   std::string authorization;                  // the header, empty if missing
 };
 
-struct Answer {
+struct Response {
   unsigned status = 200;
   std::string body;
   std::map<std::string, std::string> headers;
 };
 
-Answer page(std::string html);
-Answer redirectTo(const std::string& address);
+Response page(std::string html);
+Response redirectTo(const std::string& address);
 
 class LoopbackServer {
  public:
-  using Handler = std::function<Answer(const Request&)>;
+  using Handler = std::function<Response(const Request&)>;
 
   // Listens on a free port, with TLS only if there is a certificate. Throws std::runtime_error if it cannot listen.
   explicit LoopbackServer(GTlsCertificate* certificate = nullptr);
@@ -50,7 +50,7 @@ class LoopbackServer {
 
   // Paths without a handler get the status 404.
   void serve(const std::string& path, Handler handler) { handlers_[path] = std::move(handler); }
-  void serve(const std::string& path, const Answer& answer);
+  void serve(const std::string& path, const Response& response);
 
   // Delays the responses of a path until release().
   void hold(const std::string& path) { held_.insert(path); }
@@ -59,12 +59,12 @@ class LoopbackServer {
   const std::vector<Request>& requests() const { return requests_; }
 
   //   "GET /signin"
-  std::vector<std::string> asked() const;
-  bool wasAsked(const std::string& methodAndTarget) const;
+  std::vector<std::string> requestLines() const;
+  bool wasRequested(const std::string& methodAndTarget) const;
 
  private:
   static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
-  void answer(SoupServerMessage* message, const std::string& path, Request request);
+  void respond(SoupServerMessage* message, const std::string& path, Request request);
 
   platform::Owned<SoupServer> server_;
   std::string base_;

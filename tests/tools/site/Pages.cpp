@@ -22,7 +22,7 @@ label input { display: block; width: 100%; margin-top: 5px; padding: 9px 12px; f
               border: 1px solid #c6cdd8; border-radius: 8px; outline: none; }
 label input:focus { border-color: #45506a; }
 button, a { display: block; width: 100%; margin-top: 6px; padding: 11px; font: inherit; font-weight: bold;
-            text-align: center; text-decoration: none; color: #fff; background: var(--colour);
+            text-align: center; text-decoration: none; color: #fff; background: var(--color);
             border: 0; border-radius: 8px; }
 button:focus, a:focus { outline: 3px solid var(--focus); outline-offset: 2px; }
 a { margin-top: 12px; font-weight: normal; color: #3b2a68; }
@@ -41,14 +41,14 @@ std::string escaped(const std::string& text) {
   return platform::Owned<char, g_free>(g_markup_escape_text(text.c_str(), static_cast<gssize>(text.size()))).get();
 }
 
-std::string notation(unsigned colour) {
+std::string notation(unsigned color) {
   char text[8];
-  std::snprintf(text, sizeof text, "#%06x", colour & 0xffffffu);
+  std::snprintf(text, sizeof text, "#%06x", color & 0xffffffu);
   return text;
 }
 
-std::string style(unsigned colour) {
-  return " style=\"--colour: " + notation(colour) + "\"";
+std::string style(unsigned color) {
+  return " style=\"--color: " + notation(color) + "\"";
 }
 
 std::string document(const std::string& title, const std::string& body) {
@@ -56,12 +56,12 @@ std::string document(const std::string& title, const std::string& body) {
          ":root { --focus: " + notation(kFocusRing) + "; }</style></head><body>" + body + "</body></html>";
 }
 
-std::string button(const char* text, unsigned colour) {
-  return "<button" + style(colour) + ">" + text + "</button>";
+std::string button(const char* text, unsigned color) {
+  return "<button" + style(color) + ">" + text + "</button>";
 }
 
-std::string link(const char* text, unsigned colour, const std::string& address) {
-  return "<a" + style(colour) + " href=\"" + escaped(address) + "\">" + text + "</a>";
+std::string link(const char* text, unsigned color, const std::string& address) {
+  return "<a" + style(color) + " href=\"" + escaped(address) + "\">" + text + "</a>";
 }
 
 }  // namespace
@@ -70,14 +70,14 @@ std::string signInPage(const std::string& state, const std::string& enterpriseAd
   return document("Sign in", "<main><h1>Welcome back</h1><p>Sign in to go on.</p><form method=\"post\">" +
                                  std::string(kFields) + "<input type=\"hidden\" name=\"state\" value=\"" +
                                  escaped(state) + "\">" + button("Sign in", kSignInButton) + "</form>" +
-                                 link("Sign in with your organisation", kOrganisationLink, enterpriseAddress) +
+                                 link("Sign in with your organization", kOrganizationLink, enterpriseAddress) +
                                  "</main>");
 }
 
 std::string enterprisePage() {
   return document("Enterprise sign-in",
                   "<main class=\"wide\"><aside>"
-                  "<h1>Northwind Mills</h1><p>Your organisation signs you in.</p></aside>"
+                  "<h1>Northwind Mills</h1><p>Your organization signs you in.</p></aside>"
                   "<section><h1>Staff sign-in</h1><p>Use the account of your workplace.</p><form method=\"post\">" +
                       std::string(kFields) + button("Go on", kEnterpriseButton) + "</form></section></main>");
 }

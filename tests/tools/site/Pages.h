@@ -8,7 +8,7 @@ namespace tools {
 
 // Colors that identify parts of a page in a screenshot, 0xRRGGBB. Nothing else on a page has them.
 constexpr unsigned kSignInButton = 0x1f6feb;
-constexpr unsigned kOrganisationLink = 0xe6e0f4;
+constexpr unsigned kOrganizationLink = 0xe6e0f4;
 constexpr unsigned kEnterpriseButton = 0x6f42c1;
 constexpr unsigned kFocusRing = 0xf0a020;  // around the focused button or link
 

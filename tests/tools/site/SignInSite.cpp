@@ -28,7 +28,7 @@ std::string percentEncoded(const std::string& text) {
 SignInSite::SignInSite() {
   server_.serve("/signin", [this](const Request& request) { return signIn(request); });
   server_.serve("/enterprise/signin", [this](const Request& request) { return enterpriseSignIn(request); });
-  server_.serve("/enterprise/start", page(notePage("One moment", "Your organisation's sign-in opens.")));
+  server_.serve("/enterprise/start", page(notePage("One moment", "Your organization's sign-in opens.")));
   server_.serve("/done", page(notePage("Signed in", "You may close this window.")));
 }
 
@@ -36,17 +36,17 @@ std::string SignInSite::enterpriseStartAddress() const {
   return enterpriseAddress() + "?redirect_uri=" + server_.address("/enterprise/signin");
 }
 
-Answer SignInSite::signIn(const Request& request) const {
+Response SignInSite::signIn(const Request& request) const {
   if (request.method == "POST") return signedIn(valueOf(request.fields, "state"));
   return page(signInPage(valueOf(request.query, "state"), enterpriseStartAddress()));
 }
 
-Answer SignInSite::enterpriseSignIn(const Request& request) const {
+Response SignInSite::enterpriseSignIn(const Request& request) const {
   if (request.method == "POST") return signedIn("enterprise");
   return page(enterprisePage());
 }
 
-Answer SignInSite::signedIn(const std::string& state) const {
+Response SignInSite::signedIn(const std::string& state) const {
   return redirectTo(redirectAddress() + "?code=" + newCode() + "&state=" + percentEncoded(state));
 }
 

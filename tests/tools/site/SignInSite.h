@@ -28,9 +28,9 @@ class SignInSite {
   LoopbackServer& server() { return server_; }
 
  private:
-  Answer signIn(const Request& request) const;
-  Answer enterpriseSignIn(const Request& request) const;
-  Answer signedIn(const std::string& state) const;
+  Response signIn(const Request& request) const;
+  Response enterpriseSignIn(const Request& request) const;
+  Response signedIn(const std::string& state) const;
 
   LoopbackServer server_;
 };

@@ -5,38 +5,38 @@
 namespace tools {
 namespace {
 
-class Alarm {
+class Timeout {
  public:
-  explicit Alarm(std::chrono::milliseconds after) {
+  explicit Timeout(std::chrono::milliseconds after) {
     source_ = g_timeout_source_new(static_cast<guint>(after.count()));
-    g_source_set_callback(source_, &Alarm::ring, this, nullptr);
+    g_source_set_callback(source_, &Timeout::expire, this, nullptr);
     g_source_attach(source_, nullptr);
   }
-  ~Alarm() {
+  ~Timeout() {
     g_source_destroy(source_);
     g_source_unref(source_);
   }
-  Alarm(const Alarm&) = delete;
-  Alarm& operator=(const Alarm&) = delete;
+  Timeout(const Timeout&) = delete;
+  Timeout& operator=(const Timeout&) = delete;
 
-  bool rang() const { return rang_; }
+  bool expired() const { return expired_; }
 
  private:
-  static gboolean ring(gpointer self) {
-    static_cast<Alarm*>(self)->rang_ = true;
+  static gboolean expire(gpointer self) {
+    static_cast<Timeout*>(self)->expired_ = true;
     return G_SOURCE_CONTINUE;
   }
 
   GSource* source_;
-  bool rang_ = false;
+  bool expired_ = false;
 };
 
 }  // namespace
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
-  const Alarm alarm(timeout);
+  const Timeout timer(timeout);
   while (!condition()) {
-    if (alarm.rang()) return false;
+    if (timer.expired()) return false;
     g_main_context_iteration(nullptr, TRUE);
   }
   return true;

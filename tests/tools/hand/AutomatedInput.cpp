@@ -1,4 +1,4 @@
-#include "tests/tools/hand/Hand.h"
+#include "tests/tools/hand/AutomatedInput.h"
 
 #include <functional>
 #include <iostream>
@@ -22,33 +22,33 @@ void waitFor(const std::string& what, const std::function<bool()>& condition) {
 
 }  // namespace
 
-ScreenWindow Hand::theWindow() {
+ScreenWindow AutomatedInput::window() {
   waitFor("the window", [this] { return !screen_.windows().empty(); });
   return screen_.windows().front();
 }
 
-Area Hand::look(unsigned colour, const std::string& what) {
+Area AutomatedInput::find(unsigned color, const std::string& what) {
   std::optional<Area> seen;
   waitFor(what, [&] {
-    const Area frame = theWindow().frame;
-    seen = screen_.picture(frame).find(colour);
+    const Area frame = window().frame;
+    seen = screen_.picture(frame).find(color);
     if (seen) *seen = {frame.x + seen->x, frame.y + seen->y, seen->width, seen->height};
     return seen.has_value();
   });
   return *seen;
 }
 
-void Hand::takePicture(const std::string& name) {
-  const std::string path = album_ + "/" + name + ".png";
-  screen_.picture(theWindow().frame).savePng(path);
+void AutomatedInput::takePicture(const std::string& name) {
+  const std::string path = screenshotFolder_ + "/" + name + ".png";
+  screen_.picture(window().frame).savePng(path);
   std::cout << "picture: " << path << std::endl;
 }
 
-void Hand::click(const Area& area) {
+void AutomatedInput::click(const Area& area) {
   screen_.click(area.x + area.width / 2, area.y + area.height / 2);
 }
 
-void Hand::fillInTheForm(const Area& button) {
+void AutomatedInput::fillInTheForm(const Area& button) {
   // Without a window manager the keys go to the window under the pointer.
   screen_.moveTo(button.x, button.y);
   screen_.type("ada");
@@ -56,34 +56,34 @@ void Hand::fillInTheForm(const Area& button) {
   screen_.type("Correct-Horse-7");
   // A click may be handled before earlier keys: wait until the page shows the last key.
   screen_.press(XK_Tab);
-  look(kFocusRing, "the focus on the button");
+  find(kFocusRing, "the focus on the button");
 }
 
-void Hand::watchTheSpinner() {
+void AutomatedInput::waitForSpinner() {
   waitFor("the request for the sign-in page", [this] { return !site_.server().requests().empty(); });
-  look(kSpinnerBlue, "the spinner");
+  find(kSpinnerBlue, "the spinner");
   takePicture("spinner");
   site_.server().release("/signin");
 }
 
-void Hand::signIn() {
-  const Area button = look(kSignInButton, "the sign-in page");
+void AutomatedInput::signIn() {
+  const Area button = find(kSignInButton, "the sign-in page");
   fillInTheForm(button);
   takePicture("sign-in");
   click(button);
 }
 
-void Hand::signInWithTheOrganisation() {
-  click(look(kOrganisationLink, "the link to the organisation"));
-  const Area button = look(kEnterpriseButton, "the enterprise page");
+void AutomatedInput::signInWithTheOrganization() {
+  click(find(kOrganizationLink, "the link to the organization"));
+  const Area button = find(kEnterpriseButton, "the enterprise page");
   fillInTheForm(button);
   takePicture("enterprise");
   click(button);
 }
 
-void Hand::closeTheWindow() {
-  look(kSignInButton, "the sign-in page");
-  screen_.close(theWindow().id);
+void AutomatedInput::closeTheWindow() {
+  find(kSignInButton, "the sign-in page");
+  screen_.close(window().id);
 }
 
 }  // namespace tools

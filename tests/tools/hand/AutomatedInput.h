@@ -11,29 +11,29 @@
 namespace tools {
 
 // Each step waits until the screen shows what it needs, and throws std::runtime_error after a timeout.
-class Hand {
+class AutomatedInput {
  public:
-  // Screenshots are saved in the folder `album`.
-  Hand(SignInSite& site, const std::string& display, std::string album)
-      : site_(site), screen_(display), album_(std::move(album)) {}
+  // Screenshots are saved in `screenshotFolder`.
+  AutomatedInput(SignInSite& site, const std::string& display, std::string screenshotFolder)
+      : site_(site), screen_(display), screenshotFolder_(std::move(screenshotFolder)) {}
 
   // Waits for the spinner, then releases "/signin", which the site must hold.
-  void watchTheSpinner();
+  void waitForSpinner();
 
   void signIn();
-  void signInWithTheOrganisation();
+  void signInWithTheOrganization();
   void closeTheWindow();
 
  private:
-  ScreenWindow theWindow();
-  Area look(unsigned colour, const std::string& what);
+  ScreenWindow window();
+  Area find(unsigned color, const std::string& what);
   void takePicture(const std::string& name);
   void fillInTheForm(const Area& button);
   void click(const Area& area);
 
   SignInSite& site_;
   Screen screen_;
-  std::string album_;
+  std::string screenshotFolder_;
 };
 
 }  // namespace tools

@@ -1,27 +1,27 @@
-// Runs a scene: the site, the launcher and the sign-in window, on the user's display or on a virtual one.
+// Runs a scenario: the site, the launcher and the sign-in window, on the user's display or on a virtual one.
 
 #pragma once
 
 #include <memory>
 #include <string>
 
-#include "tests/tools/demo/Scene.h"
+#include "tests/tools/demo/Scenario.h"
 #include "tests/tools/hand/VirtualDisplay.h"
 #include "tests/tools/support/ChildProcess.h"
 
 namespace tools {
 
-class Stage {
+class DemoRunner {
  public:
   // `build` is the build folder, `window` the sign-in window's program. Without a display it creates a virtual one and
   // uses automated input, whose screenshots are in "demo" in the build folder.
-  Stage(std::string build, std::string window);
+  DemoRunner(std::string build, std::string window);
 
-  bool byHand() const { return display_ != nullptr; }
+  bool isAutomated() const { return display_ != nullptr; }
 
-  // Returns whether the launcher got the scene's result; with a user, any result. Throws std::runtime_error if the
-  // automated input waits for something in vain.
-  bool play(const Scene& scene);
+  // Returns whether the launcher got the scenario's result; with a user, any result. Throws std::runtime_error if the
+  // automated input or the launcher times out.
+  bool run(const Scenario& scenario);
 
  private:
   ChildProcess::Setup launch(const SignInSite& site, const std::string& signInAddress) const;
