@@ -48,12 +48,12 @@ class PromptTest : public PageTest {
  private:
   // A prompt has the color of the strip, overlaps the page's area, and is narrower than the window.
   static bool showsPrompt(const Picture& all) {
-    return promptIn(all).left > 0 && all.colourAt(all.width() / 2, kInPadding) == all.colourAt(all.width() - 10, 3);
+    return promptIn(all).left > 0 && all.colorAt(all.width() / 2, kInPadding) == all.colorAt(all.width() - 10, 3);
   }
 
   // An area that is not painted yet has the color of the prompt.
   static bool showsPageBelow(const Picture& all) {
-    return all.colourAt(all.width() / 2, all.height() - 1) != all.colourAt(all.width() / 2, kInPadding);
+    return all.colorAt(all.width() / 2, all.height() - 1) != all.colorAt(all.width() / 2, kInPadding);
   }
 
   struct Frame {

@@ -126,7 +126,8 @@ PagePrompts::~PagePrompts() {
 
 void PagePrompts::authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
   const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);
-  if (!isPasswordRequest(request) || isForUser(request, mainFrame)) return showOrDecline(kept, isPasswordRequest(request));
+  if (!isPasswordRequest(request) || isForUser(request, mainFrame))
+    return showOrDecline(kept, isPasswordRequest(request));
   undecided_.push_back({kept, &mainFrame, g_timeout_add(kReportDelayMilliseconds, onDelayOver, this)});
   g_signal_connect(request, "cancelled", G_CALLBACK(onUndecidedCancelled), this);
 }
