@@ -21,12 +21,14 @@ class Removal : public TreeVisitor {
   bool enter(const TreeEntry& entry) override {
     const int error = remove(entry);
     if (error == ENOTEMPTY || error == EEXIST) return true;
-    note(entry, error);
+    if (error != 0) note(entry, error);
     return false;
   }
 
   void onError(const TreeEntry& entry, int error) override { note(entry, error); }
-  void leave(const TreeEntry& entry) override { note(entry, remove(entry)); }
+  void leave(const TreeEntry& entry) override {
+    if (const int error = remove(entry)) note(entry, error);
+  }
 
   const Failure& first() const { return first_; }
 
@@ -41,7 +43,7 @@ class Removal : public TreeVisitor {
   }
 
   void note(const TreeEntry& entry, int error) {
-    if (!first_ && error != 0 && error != ENOENT) first_ = errorWithPath(error, entry.path);
+    if (!first_ && error != ENOENT) first_ = errorWithPath(error, entry.path);
   }
 
   Failure first_;
