@@ -11,6 +11,7 @@
 #include "fuzz/Fuzzing.h"
 #include "nativeutils/System.h"
 #include "platform/Machine.h"
+#include "platform/Path.h"
 
 namespace {
 
@@ -47,7 +48,7 @@ void requireRelease(const std::string& release) {
 using Numbers = std::array<std::int64_t, 3>;
 
 Numbers parseSimply(const std::string& text) {
-  std::istringstream pieces(text.c_str());
+  std::istringstream pieces(platform::untilNul(text));
   Numbers numbers{};
   std::size_t count = 0;
   for (std::string piece; count < numbers.size() && std::getline(pieces, piece, '.');)
