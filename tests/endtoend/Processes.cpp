@@ -71,7 +71,7 @@ bool waitForExit(pid_t process) {
   pollfd end = {fd, POLLIN, 0};
   const bool ended = poll(&end, 1, 30'000) == 1;
   close(fd);
-  if (ended) (void)waitpid(process, nullptr, 0);
+  if (ended) (void)waitpid(process, nullptr, WNOHANG);
   return ended;
 }
 
