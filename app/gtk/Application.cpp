@@ -12,9 +12,10 @@ Application::~Application() {
   window_.reset();
 }
 
+// Loads before showing: WebKit starts its processes while GTK draws the window for the first time.
 void Application::run(const std::string& bundlePath) {
-  window_->activate();
   flow_.launch(validUtf8(bundlePath));  // WebKit does not load a page whose address is not UTF-8
+  window_->show();
   gtk_main();
 }
 

@@ -67,11 +67,11 @@ void GtkSignInWindow::open(SignInFlow& flow, bool sandboxed) {
   gtk_window_set_title(window_, kInitialTitle);
   gtk_window_set_position(window_, GTK_WIN_POS_CENTER);
   gtk_window_set_resizable(window_, FALSE);
-  gtk_widget_show_all(GTK_WIDGET(window_));
-  setFunctions(window_, static_cast<GdkWMFunction>(GDK_FUNC_MOVE | GDK_FUNC_MINIMIZE | GDK_FUNC_CLOSE));
 }
 
-void GtkSignInWindow::activate() {
+void GtkSignInWindow::show() {
+  gtk_widget_show_all(GTK_WIDGET(window_));
+  setFunctions(window_, static_cast<GdkWMFunction>(GDK_FUNC_MOVE | GDK_FUNC_MINIMIZE | GDK_FUNC_CLOSE));
   gtk_window_present(window_);
   gtk_widget_grab_focus(page_->widget());
 }

@@ -28,8 +28,8 @@ class GtkSignInWindow : public SignInWindow {
   GtkSignInWindow(const GtkSignInWindow&) = delete;
   GtkSignInWindow& operator=(const GtkSignInWindow&) = delete;
 
-  // Creates the page and shows the window: 680 x 570, centered, not resizable, with the title "Sign In". Call before
-  // any other function. `flow` must outlive the window. `sandboxed` as for `Page`.
+  // Creates the page and the contents of the window: 680 x 570, centered, not resizable, with the title "Sign In".
+  // Call before any other function. `flow` must outlive the window. `sandboxed` as for `Page`.
   void open(SignInFlow& flow, bool sandboxed);
 
   GtkWindow* window() const { return window_; }
@@ -37,8 +37,8 @@ class GtkSignInWindow : public SignInWindow {
   // For recording traces.
   Page& page() { return *page_; }
 
-  // Raises the window and gives the page the keyboard focus.
-  void activate();
+  // Raises the window too, and gives the page the keyboard focus.
+  void show();
 
   Frame windowFrame() const override;
   void setWindowFrame(const Frame& frame) override;
