@@ -26,6 +26,6 @@ inline constexpr std::array kDebuggingVariables = {
 // The options of WebKit's JavaScript engine; some print or record the scripts of pages.
 inline constexpr char kEngineOptionPrefix[] = "JSC_";
 
-// Removes these variables, and sets those that keep libraries from leaving files behind. Call before other threads
-// start.
+// Removes these variables, and sets those that keep libraries from leaving files behind and from preparing the GPU.
+// Call before other threads start.
 void prepareEnvironment();
