@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <iterator>
 
+#include "applog/Redaction.h"
+
 namespace {
 
 constexpr char kHidden[] = "…";
@@ -33,12 +35,6 @@ std::string withoutIgnoredCharacters(const std::string& address) {
   const auto isIgnored = [](char c) { return c == '\t' || c == '\n' || c == '\r'; };
   rest.erase(std::remove_if(rest.begin(), rest.end(), isIgnored), rest.end());
   return rest;
-}
-
-// The log's own rule for a message with a JSON Web Token.
-bool containsToken(const std::string& text) {
-  const std::size_t first = text.find("eyJ");
-  return first != std::string::npos && text.find(".eyJ", first) != std::string::npos;
 }
 
 bool beginsWithIgnoringCase(const std::string& text, const std::string& prefix) {
@@ -153,7 +149,7 @@ std::string percentEncoded(char byte) {
 }
 
 std::string loggableAddress(const std::string& address, std::initializer_list<std::string> redirects) {
-  if (containsToken(address)) return withoutControls(address);
+  if (containsToken(address.c_str())) return withoutControls(address);
 
   const bool isRedirect = std::any_of(redirects.begin(), redirects.end(), [&](const std::string& redirect) {
     return beginsWithIgnoringCase(address, redirect);

@@ -18,11 +18,6 @@ namespace {
 
 constexpr std::size_t kTimeSize = 256;  // of the buffer that `getTimeStr` fills
 
-bool containsToken(const char* message) {
-  const char* first = std::strstr(message, "eyJ");
-  return first != nullptr && std::strstr(first, ".eyJ") != nullptr;
-}
-
 std::string_view bracketedName(Log_Level level) {
   switch (level) {
     case TRACE:
@@ -59,6 +54,11 @@ void appendJoined(std::initializer_list<std::string_view> fields, std::string_vi
 }
 
 }  // namespace
+
+bool containsToken(const char* message) {
+  const char* first = std::strstr(message, "eyJ");
+  return first != nullptr && std::strstr(first, ".eyJ") != nullptr;
+}
 
 const std::string& TimestampCache::at(std::time_t second) {
   if (isValidFor(second)) return text_;

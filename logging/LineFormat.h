@@ -1,4 +1,4 @@
-// Formats the timestamp of a log line and caches it for a second.
+// Formats the timestamp of a log line, and recognizes messages that the log replaces.
 //
 // `LineFormat.cpp` also defines the members of `LogTargetDefault` that format a line.
 
@@ -8,6 +8,10 @@
 #include <string>
 
 namespace tarn {
+
+// Whether a message may contain an access token, such as a JSON Web Token: "eyJ" and, from there on, ".eyJ". The log
+// replaces such a message.
+bool containsToken(const char* message);
 
 // Caches the text because consecutive lines mostly have the same second, and formatting the local time takes longer
 // than the rest of a line. Not thread-safe.

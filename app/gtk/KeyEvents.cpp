@@ -33,8 +33,8 @@ guint latinLetterOf(const GdkEventKey& event, GdkKeymap* keymap) {
 }
 
 guint plainKeyOf(const GdkEventKey& event) {
-  const bool isForeignLetter = event.keyval > 0x7f && g_unichar_isalpha(gdk_keyval_to_unicode(event.keyval));
-  if (!isForeignLetter) return event.keyval;
+  const bool isNonAsciiLetter = event.keyval > 0x7f && g_unichar_isalpha(gdk_keyval_to_unicode(event.keyval));
+  if (!isNonAsciiLetter) return event.keyval;
   return latinLetterOf(event, gdk_keymap_get_for_display(gdk_window_get_display(event.window)));
 }
 
@@ -118,4 +118,17 @@ bool copies(const GdkEventKey& event) {
     default:
       return false;
   }
+}
+
+bool isDeliberate(const GdkEvent* event) {
+  guint key = 0;
+  if (!gdk_event_get_keyval(event, &key)) return true;
+  return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
+}
+
+bool opensList(const GdkEvent* event) {
+  guint key = 0;
+  (void)gdk_event_get_keyval(event, &key);
+  return isDeliberate(event) || key == GDK_KEY_Up || key == GDK_KEY_KP_Up || key == GDK_KEY_Down ||
+         key == GDK_KEY_KP_Down;
 }

@@ -1,4 +1,5 @@
-// Converts GDK key events to the terms of `WindowKeys`, and recognizes the window's own shortcuts.
+// Converts GDK key events to the terms of `WindowKeys`, and recognizes the window's own shortcuts and the
+// presses that act on the page.
 
 #pragma once
 
@@ -24,3 +25,12 @@ std::optional<WindowCommand> windowCommandOf(const GdkEventKey& event);
 // Whether WebKit copies or cuts when the page does not use the key.
 //   Ctrl+C, Ctrl+X, Ctrl+Insert, Shift+Delete  => true
 bool copies(const GdkEventKey& event);
+
+// Whether a press of a key, mouse button or finger acts on the page: a click, or a key that presses a button. Other
+// keys do not count: a page could wait for the user to type.
+//   a click, Return, Space  => true
+bool isDeliberate(const GdkEvent* event);
+
+// Whether the press may open the list of a select field.
+//   a click, Return, Space, Up, Down  => true
+bool opensList(const GdkEvent* event);

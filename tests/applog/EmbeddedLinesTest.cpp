@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -28,54 +29,75 @@ Fields split(const char* line) {
   return {level, component, message};
 }
 
+// Runs `check` in a process of its own. The logger is a singleton: in this process it would stay for the later tests.
+void inOwnProcess(const std::function<void()>& check) {
+  EXPECT_EQ(support::inChild([&] {
+              check();
+              return testing::Test::HasFailure() ? 1 : 0;
+            }),
+            0);
+}
+
 TEST(EmbeddedLineTest, HasLevelComponentAndMessage) {
-  EXPECT_EQ(split("INFO|||ui|||hello"), Fields(30, "ui", "hello"));
+  inOwnProcess([] { EXPECT_EQ(split("INFO|||ui|||hello"), Fields(30, "ui", "hello")); });
 }
 
 TEST(EmbeddedLineTest, LevelWordsSelectLevels) {
-  EXPECT_EQ(split("TRACE|||x|||y"), Fields(10, "x", "y"));
-  EXPECT_EQ(split("DEBUG|||x|||y"), Fields(20, "x", "y"));
-  EXPECT_EQ(split("INFO|||x|||y"), Fields(30, "x", "y"));
-  EXPECT_EQ(split("WARN|||x|||y"), Fields(40, "x", "y"));
-  EXPECT_EQ(split("ERROR|||x|||y"), Fields(50, "x", "y"));
-  EXPECT_EQ(split("FATAL|||x|||y"), Fields(60, "x", "y"));
+  inOwnProcess([] {
+    EXPECT_EQ(split("TRACE|||x|||y"), Fields(10, "x", "y"));
+    EXPECT_EQ(split("DEBUG|||x|||y"), Fields(20, "x", "y"));
+    EXPECT_EQ(split("INFO|||x|||y"), Fields(30, "x", "y"));
+    EXPECT_EQ(split("WARN|||x|||y"), Fields(40, "x", "y"));
+    EXPECT_EQ(split("ERROR|||x|||y"), Fields(50, "x", "y"));
+    EXPECT_EQ(split("FATAL|||x|||y"), Fields(60, "x", "y"));
+  });
 }
 
 TEST(EmbeddedLineTest, UnknownLevelWordMeansInfo) {
-  EXPECT_EQ(split("debug|||x|||y"), Fields(30, "x", "y"));
-  EXPECT_EQ(split(" ERROR|||x|||y"), Fields(30, "x", "y"));
-  EXPECT_EQ(split("ERRORS|||x|||y"), Fields(30, "x", "y"));
-  EXPECT_EQ(split("|||x|||y"), Fields(30, "x", "y"));
+  inOwnProcess([] {
+    EXPECT_EQ(split("debug|||x|||y"), Fields(30, "x", "y"));
+    EXPECT_EQ(split(" ERROR|||x|||y"), Fields(30, "x", "y"));
+    EXPECT_EQ(split("ERRORS|||x|||y"), Fields(30, "x", "y"));
+    EXPECT_EQ(split("|||x|||y"), Fields(30, "x", "y"));
+  });
 }
 
 TEST(EmbeddedLineTest, MessageMayContainTheSeparator) {
-  EXPECT_EQ(split("ERROR|||ui|||a|||b"), Fields(50, "ui", "a|||b"));
+  inOwnProcess([] { EXPECT_EQ(split("ERROR|||ui|||a|||b"), Fields(50, "ui", "a|||b")); });
 }
 
 TEST(EmbeddedLineTest, FieldsMayBeEmpty) {
-  EXPECT_EQ(split("DEBUG|||x|||"), Fields(20, "x", ""));
-  EXPECT_EQ(split("DEBUG||||||y"), Fields(20, "", "y"));
-  EXPECT_EQ(split("||||||"), Fields(30, "", ""));
+  inOwnProcess([] {
+    EXPECT_EQ(split("DEBUG|||x|||"), Fields(20, "x", ""));
+    EXPECT_EQ(split("DEBUG||||||y"), Fields(20, "", "y"));
+    EXPECT_EQ(split("||||||"), Fields(30, "", ""));
+  });
 }
 
 TEST(EmbeddedLineTest, ExtraBarBelongsToTheNextField) {
-  EXPECT_EQ(split("WARN||||x|||y"), Fields(40, "|x", "y"));
+  inOwnProcess([] { EXPECT_EQ(split("WARN||||x|||y"), Fields(40, "|x", "y")); });
 }
 
 TEST(EmbeddedLineTest, OneSeparatorStartsMessageAtThirdCharacter) {
-  EXPECT_EQ(split("WARN|||only"), Fields(40, "only", "RN|||only"));
-  EXPECT_EQ(split("|||"), Fields(30, "", "|"));
+  inOwnProcess([] {
+    EXPECT_EQ(split("WARN|||only"), Fields(40, "only", "RN|||only"));
+    EXPECT_EQ(split("|||"), Fields(30, "", "|"));
+  });
 }
 
 TEST(EmbeddedLineTest, NoSeparatorStartsBothFieldsAtThirdCharacter) {
-  EXPECT_EQ(split("plain text"), Fields(30, "ain text", "ain text"));
-  EXPECT_EQ(split("FATAL"), Fields(60, "TAL", "TAL"));
-  EXPECT_EQ(split("ab"), Fields(30, "", ""));
+  inOwnProcess([] {
+    EXPECT_EQ(split("plain text"), Fields(30, "ain text", "ain text"));
+    EXPECT_EQ(split("FATAL"), Fields(60, "TAL", "TAL"));
+    EXPECT_EQ(split("ab"), Fields(30, "", ""));
+  });
 }
 
 TEST(EmbeddedLineTest, ShortLineThrowsOutOfRange) {
-  EXPECT_THROW(split(""), std::out_of_range);
-  EXPECT_THROW(split("a"), std::out_of_range);
+  inOwnProcess([] {
+    EXPECT_THROW(split(""), std::out_of_range);
+    EXPECT_THROW(split("a"), std::out_of_range);
+  });
 }
 
 class EmbeddedLineLogTest : public testing::Test {

@@ -1,18 +1,18 @@
 #include "tests/endtoend/Processes.h"
 
-#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/sem.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 
 #include "tests/endtoend/Home.h"
 #include "tests/support/Semaphores.h"
+#include "tests/tools/support/ChildProcess.h"
 
 namespace endtoend {
 namespace {
@@ -66,11 +66,7 @@ std::vector<pid_t> childrenOfThisProcess() {
 }
 
 bool waitForExit(pid_t process) {
-  const auto fd = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
-  if (fd < 0) return true;
-  pollfd end = {fd, POLLIN, 0};
-  const bool ended = poll(&end, 1, 30'000) == 1;
-  close(fd);
+  const bool ended = tools::endsWithin(process, std::chrono::seconds(30));
   if (ended) (void)waitpid(process, nullptr, WNOHANG);
   return ended;
 }

@@ -34,7 +34,10 @@ class UserFolderTest : public testing::TestWithParam<Lookup> {
                                         support::passwordEntry(kOtherUser, "/home/console")};
 };
 
-INSTANTIATE_TEST_SUITE_P(Both, UserFolderTest, testing::Values(utilGetUserFolderPath, tarn::getUserFolder));
+INSTANTIATE_TEST_SUITE_P(Both, UserFolderTest, testing::Values(utilGetUserFolderPath, tarn::getUserFolder),
+                         [](const auto& each) {
+                           return std::string(each.param == utilGetUserFolderPath ? "NativeUtils" : "Logging");
+                         });
 
 TEST_P(UserFolderTest, IsTheEffectiveUsersWithoutAConsoleUser) {
   EXPECT_EQ(userFolder(), "/home/self");

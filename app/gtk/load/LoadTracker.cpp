@@ -4,7 +4,7 @@
 #include <functional>
 #include <utility>
 
-#include "app/gtk/load/LoadErrors.h"
+#include "app/gtk/load/CocoaErrors.h"
 
 namespace {
 

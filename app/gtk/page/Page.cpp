@@ -70,21 +70,6 @@ bool isOverTls(WebKitWebView* view) {
   return webkit_web_view_get_tls_info(view, &certificate, &errors) && errors == 0;
 }
 
-// A click, or a key that presses a button. Other keys do not count: a page could wait for the user to type.
-bool isDeliberate(const GdkEvent* event) {
-  guint key = 0;
-  if (!gdk_event_get_keyval(event, &key)) return true;
-  return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
-}
-
-// A press of the mouse, or a key that opens the list of a select field.
-bool opensList(const GdkEvent* event) {
-  guint key = 0;
-  (void)gdk_event_get_keyval(event, &key);
-  return isDeliberate(event) || key == GDK_KEY_Up || key == GDK_KEY_KP_Up || key == GDK_KEY_Down ||
-         key == GDK_KEY_KP_Down;
-}
-
 gboolean closeMenu(gpointer menu) {
   webkit_option_menu_close(WEBKIT_OPTION_MENU(menu));
   return G_SOURCE_REMOVE;

@@ -30,6 +30,12 @@ class KeyEventsTest : public testing::Test {
     return event;
   }
 
+  GdkEvent keyPress(guint value) const {
+    GdkEvent event{};
+    event.key = key(value);
+    return event;
+  }
+
   // The hardware key code of a key of the first layout.
   guint16 hardwareKeyOf(guint value) const {
     GdkKeymapKey* places = nullptr;
@@ -126,6 +132,33 @@ TEST_F(KeyEventsTest, CopyKeysAreRecognizedOnEveryLayout) {
   EXPECT_FALSE(copies(key(GDK_KEY_v, GDK_CONTROL_MASK)));
   EXPECT_FALSE(copies(key(GDK_KEY_Insert, GDK_SHIFT_MASK)));
   EXPECT_FALSE(copies(key(GDK_KEY_Delete)));
+}
+
+TEST_F(KeyEventsTest, PressesOfButtonsAreDeliberate) {
+  GdkEvent click{};
+  click.type = GDK_BUTTON_PRESS;
+  EXPECT_TRUE(isDeliberate(&click));
+  EXPECT_TRUE(opensList(&click));
+  for (const guint pressing : {GDK_KEY_Return, GDK_KEY_KP_Enter, GDK_KEY_space}) {
+    const GdkEvent event = keyPress(pressing);
+    EXPECT_TRUE(isDeliberate(&event)) << pressing;
+    EXPECT_TRUE(opensList(&event)) << pressing;
+  }
+}
+
+TEST_F(KeyEventsTest, VerticalArrowsOnlyOpenLists) {
+  for (const guint arrow : {GDK_KEY_Up, GDK_KEY_KP_Up, GDK_KEY_Down, GDK_KEY_KP_Down}) {
+    const GdkEvent event = keyPress(arrow);
+    EXPECT_FALSE(isDeliberate(&event)) << arrow;
+    EXPECT_TRUE(opensList(&event)) << arrow;
+  }
+}
+
+TEST_F(KeyEventsTest, OtherKeysAreNotDeliberate) {
+  for (const guint other : {GDK_KEY_a, GDK_KEY_Tab, GDK_KEY_Escape, GDK_KEY_Left}) {
+    const GdkEvent event = keyPress(other);
+    EXPECT_FALSE(opensList(&event)) << other;
+  }
 }
 
 }  // namespace

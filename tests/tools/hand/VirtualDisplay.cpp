@@ -3,16 +3,21 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <stdexcept>
+
+#include "tests/tools/support/EventLoop.h"
 
 namespace tools {
 namespace {
+
+constexpr std::chrono::seconds kTimeout{60};
 
 // The server writes its display number and a newline when it is ready, and nothing if it fails.
 std::string readLine(int fd) {
   std::string line;
   char character = 0;
-  while (read(fd, &character, 1) == 1 && character != '\n')
+  while (waitUntilReadable(fd, kTimeout) && read(fd, &character, 1) == 1 && character != '\n')
     line += character;
   return line;
 }

@@ -2,11 +2,19 @@
 
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
+#include "platform/UniqueFd.h"
+#include "tests/tools/support/EventLoop.h"
+
 namespace tools {
 namespace {
+
+// Longer than the orderly end of a program takes, which a second signal could cut short.
+constexpr std::chrono::seconds kSignalInterval{30};
 
 // The child must not outlive a killed test.
 void endWithTheParent(gpointer) {
@@ -42,13 +50,22 @@ platform::Owned<GSubprocess> start(const ChildProcess::Setup& setup) {
 
 }  // namespace
 
+bool endsWithin(pid_t process, std::chrono::milliseconds timeout) {
+  const platform::UniqueFd fd(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+  return !fd || waitUntilReadable(fd.get(), timeout);
+}
+
 ChildProcess::ChildProcess(const Setup& setup) : process_(start(setup)) {
   const char* pid = g_subprocess_get_identifier(process_.get());
   pid_ = pid == nullptr ? 0 : static_cast<pid_t>(std::stol(pid));
 }
 
+// The X server loses a signal that arrives between its check for signals and its wait for clients.
 ChildProcess::~ChildProcess() {
-  signal(SIGTERM);
+  for (const int number : {SIGTERM, SIGTERM, SIGKILL}) {
+    signal(number);
+    if (ended() || endsWithin(pid_, kSignalInterval)) break;
+  }
   (void)g_subprocess_wait(process_.get(), nullptr, nullptr);
 }
 

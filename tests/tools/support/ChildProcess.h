@@ -6,6 +6,7 @@
 
 #include <gio/gio.h>
 
+#include <chrono>
 #include <map>
 #include <optional>
 #include <string>
@@ -14,6 +15,10 @@
 #include "platform/linux/Glib.h"
 
 namespace tools {
+
+// Waits for the end of a process, which need not be a child. Returns false after `timeout`. Needs Linux 5.3
+// (pidfd_open); otherwise returns true at once.
+bool endsWithin(pid_t process, std::chrono::milliseconds timeout);
 
 class ChildProcess {
  public:
@@ -29,7 +34,8 @@ class ChildProcess {
   // Throws std::runtime_error if the program cannot be started. The child is killed when this thread ends.
   explicit ChildProcess(const Setup& setup);
 
-  // Sends SIGTERM to a running child and waits for its end.
+  // Sends SIGTERM to a running child and waits for its end. After 30 seconds SIGTERM is sent again, after 60
+  // seconds SIGKILL.
   ~ChildProcess();
 
   ChildProcess(const ChildProcess&) = delete;

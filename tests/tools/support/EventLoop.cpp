@@ -1,6 +1,10 @@
 #include "tests/tools/support/EventLoop.h"
 
 #include <glib.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 namespace tools {
 namespace {
@@ -40,6 +44,11 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
     g_main_context_iteration(nullptr, TRUE);
   }
   return true;
+}
+
+bool waitUntilReadable(int fd, std::chrono::milliseconds timeout) {
+  pollfd event = {fd, POLLIN, 0};
+  return TEMP_FAILURE_RETRY(poll(&event, 1, static_cast<int>(timeout.count()))) == 1;
 }
 
 }  // namespace tools

@@ -12,4 +12,8 @@ namespace tools {
 // false after `timeout`.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 
+// Waits until a descriptor has something to read or has reached its end, without running a context. Returns false after
+// `timeout`.
+bool waitUntilReadable(int fd, std::chrono::milliseconds timeout);
+
 }  // namespace tools

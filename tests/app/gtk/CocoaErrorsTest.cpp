@@ -1,4 +1,4 @@
-#include "app/gtk/load/LoadErrors.h"
+#include "app/gtk/load/CocoaErrors.h"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +11,16 @@ struct Case {
   int code;
 };
 
-class LoadErrors : public testing::TestWithParam<Case> {};
+class CocoaErrorsTest : public testing::TestWithParam<Case> {};
 
-TEST_P(LoadErrors, HaveCocoaErrorCodes) {
+TEST_P(CocoaErrorsTest, EachErrorHasItsCode) {
   EXPECT_EQ(cocoaErrorCode(GetParam().error, GetParam().address), GetParam().code);
 }
 
 constexpr char kPage[] = "http://host/";
 
 INSTANTIATE_TEST_SUITE_P(
-    , LoadErrors,
+    , CocoaErrorsTest,
     testing::Values(Case{"UnknownProtocol", {"WebKitNetworkError", 301}, kPage, -1002},
                     Case{"Cancelled", {"WebKitNetworkError", 302}, kPage, -999},
                     Case{"MissingLocalFile", {"WebKitNetworkError", 303}, kPage, -1100},
@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"AnotherDomain", {"some-error-quark", 5}, kPage, -1}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
 
-TEST(LoadErrorDomain, HasOneNonNegativeNumber) {
+TEST(CocoaErrorDomainTest, HasOneNonNegativeNumber) {
   EXPECT_EQ(domainNumber("g-io-error-quark"), domainNumber("g-io-error-quark"));
   EXPECT_GE(domainNumber("g-io-error-quark"), 0);
   EXPECT_GE(domainNumber(""), 0);

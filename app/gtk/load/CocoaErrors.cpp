@@ -1,4 +1,4 @@
-#include "app/gtk/load/LoadErrors.h"
+#include "app/gtk/load/CocoaErrors.h"
 
 #include <cstddef>
 #include <functional>
