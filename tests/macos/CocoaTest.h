@@ -18,7 +18,6 @@
 #include "tests/macos/doubles/CallLog.h"
 #include "tests/macos/doubles/SystemDoubles.h"
 #include "tests/macos/doubles/WebView.h"
-#include "tests/tools/hand/VirtualDisplay.h"
 
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
@@ -50,7 +49,6 @@ class CocoaTest : public testing::Test {
   WebFrame* mainFrame() const { return [[delegate webView] mainFrame]; }
   std::string message() { return pipe.text(); }
 
-  const tools::VirtualDisplay display;
   NSAutoreleasePool* const pool;
   endtoend::MessagePipe pipe;
   RecordingWindow* window = nil;

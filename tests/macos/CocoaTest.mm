@@ -6,16 +6,18 @@
 #include "applog/Logger.h"
 #include "tests/endtoend/Home.h"
 #include "tests/macos/doubles/DisabledLeakCheck.h"
+#include "tests/tools/hand/VirtualDisplay.h"
 
 namespace {
 
 constexpr NSUInteger kStyle = NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask;
 
-// The application reads the display from the environment. It draws the window frames, because there is no window
-// manager.
-void openApplication(const std::string& display) {
+// The application reads the display from the environment, and keeps it for the whole process. It draws the window
+// frames, because there is no window manager.
+void openApplication() {
+  static const tools::VirtualDisplay display;
   const doubles::DisabledLeakCheck scope;
-  ::setenv("DISPLAY", display.c_str(), 1);
+  ::setenv("DISPLAY", display.name().c_str(), 1);
   [[NSUserDefaults standardUserDefaults]
       registerDefaults:[NSDictionary dictionaryWithObject:@"NO" forKey:@"GSBackHandlesWindowDecorations"]];
   [RecordingApplication sharedApplication];
@@ -32,10 +34,11 @@ NSURLRequest* requestFor(const std::string& address) {
 }
 
 CocoaTest::CocoaTest() : pool([[NSAutoreleasePool alloc] init]), pipe(endtoend::homeFolder() / "pipe") {
-  openApplication(display.name());
+  openApplication();
   doubles::replaceDesktopMethods();
   doubles::reset();
 
+  spinnerHTMLBaseURL.clear();
   options() = CommandLine();
   options().zel_url = "cb:/Host/Login";
   options().redirect_url = "cb:/done";

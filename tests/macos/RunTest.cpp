@@ -9,6 +9,7 @@
 
 #include "tests/endtoend/Home.h"
 #include "tests/endtoend/MessagePipe.h"
+#include "tests/support/Home.h"
 #include "tests/tools/hand/VirtualDisplay.h"
 #include "tests/tools/support/ChildProcess.h"
 #include "tests/tools/support/EventLoop.h"
@@ -35,7 +36,7 @@ class RunTest : public testing::Test {
 
   const tools::VirtualDisplay display;
   std::string arguments = "true";
-  endtoend::MessagePipe pipe{endtoend::homeFolder() / "pipe"};
+  endtoend::MessagePipe pipe{support::freshHome() + "/pipe"};
 };
 
 TEST_F(RunTest, ASignInEndsWithItsAddress) {

@@ -68,7 +68,10 @@ class ConsoleFolderTest : public ConsoleUserTest, public testing::WithParamInter
                                         support::passwordEntry(kOtherUser, "/home/console")};
 };
 
-INSTANTIATE_TEST_SUITE_P(Both, ConsoleFolderTest, testing::Values(getHomeFolder, tarn::getUserFolder));
+INSTANTIATE_TEST_SUITE_P(Both, ConsoleFolderTest, testing::Values(getHomeFolder, tarn::getUserFolder),
+                         [](const auto& each) {
+                           return std::string(each.param == getHomeFolder ? "Platform" : "Logging");
+                         });
 
 // A failing `seteuid` shows that the user is not switched.
 TEST_P(ConsoleFolderTest, WithoutAConsoleUserIsTheOwnFolder) {
