@@ -17,6 +17,8 @@ inline constexpr std::array kDebuggingVariables = {
     "SOUP_NTLM_AUTH_DEBUG",
     // GnuTLS
     "GNUTLS_DEBUG_LEVEL", "SSLKEYLOGFILE",
+    // Wayland: prints every key that is pressed
+    "WAYLAND_DEBUG",
     // WebKit
     "WEBKIT_DEBUG", "WEBKIT_DEBUG_OUTPUT", "WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS",
     "WEBKIT_ENABLE_A11Y_DBUS_PROXY_LOGGING", "WEBKIT_ENABLE_DBUS_PROXY_LOGGING",

@@ -153,6 +153,32 @@ INSTANTIATE_TEST_SUITE_P(
                           "  return inner.contentWindow.confirm('Really?') }"}),
     nameOf);
 
+// A page can read its own secret, and its server remembers it. A later page's frame from that server must not use it.
+TEST_F(DialogTest, AnEarlierPageCannotHelpAFrame) {
+  LoopbackServer other;
+  other.serve("/empty", pageWith(""));
+  other.serve("/first", pageWith("<body><script>const inner = document.createElement('iframe'); inner.src = '/empty';"
+                                 "document.body.append(inner);"
+                                 "inner.contentWindow.confirm = (text) => { location.href = '" +
+                                 site.address("/signin") +
+                                 "?' + text };"
+                                 "inner.onload = () => inner.contentWindow.confirm('')</script>"));
+  other.serve("/frame", pageWith("<script>onload = async () => report('reply ' + location.search.length + "
+                                 "confirm(location.search.slice(1) + 'Really?'))</script>"));
+  site.serve("/signin",
+             pageWith("<body><script>const frame = document.createElement('iframe');"
+                      "frame.src = '" +
+                      other.address("/frame") + "' + location.search; document.body.append(frame)</script>"));
+  options.signIn = other.address("/first");
+  start();
+  constexpr char kReply[] = "reply 37false";  // a question mark and a UUID
+  until("the frame's report", [&] {
+    EXPECT_FALSE(promptTakesInput());
+    return HasFailure() || testing::Matches(Contains(kReply))(reportsTo(other));
+  });
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(DialogTest, AFrameOfThisSiteGetsAPrompt) {
   site.serve("/frame", pageWith("<script>onload = () => report('' + confirm('Really?'))</script>"));
   startOn("<iframe src='/frame'></iframe>");

@@ -58,6 +58,14 @@ TEST_F(WaylandTest, ThePageFillsTheWindow) {
   EXPECT_EQ(shown.height, 550);
 }
 
+// The protocol's debugging output contains every key that the user presses.
+TEST_F(WaylandTest, PrintsNoEvents) {
+  options.environment["WAYLAND_DEBUG"] = "1";
+  site.serve("/signin", redirectTo(site.address("/done?code=1")));
+  EXPECT_EQ(messageOfARun(), result(site.address("/done?code=1")));
+  EXPECT_THAT(run->standardError(), testing::Not(testing::HasSubstr("wl_")));
+}
+
 TEST_F(WaylandTest, ATerminationSignalReportsAClosedWindow) {
   start();
   untilRequested("/signin");

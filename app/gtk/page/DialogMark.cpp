@@ -1,7 +1,5 @@
 #include "app/gtk/page/DialogMark.h"
 
-#include "app/gtk/Glib.h"
-
 namespace {
 
 // A frame of another origin cannot replace `top`, and reading a document through it throws. Only the page's own origin
@@ -25,15 +23,23 @@ std::string newMark() {
 
 }  // namespace
 
-DialogMark::DialogMark(WebKitUserContentManager* content) : mark_(newMark()) {
-  const Owned<char, g_free> source(g_strdup_printf(kScript, mark_.c_str()));
-  const Owned<WebKitUserScript, webkit_user_script_unref> script(
-      webkit_user_script_new(source.get(), WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
-                             WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, nullptr, nullptr));
-  webkit_user_content_manager_add_script(content, script.get());
+DialogMark::DialogMark(WebKitUserContentManager* content) : content_(content) {
+  renew();
+  committed();
+}
+
+void DialogMark::renew() {
+  if (script_) webkit_user_content_manager_remove_script(content_, script_.get());
+  next_ = newMark();
+  const Owned<char, g_free> source(g_strdup_printf(kScript, next_.c_str()));
+  script_.reset(webkit_user_script_new(source.get(), WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+                                       WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, nullptr, nullptr));
+  webkit_user_content_manager_add_script(content_, script_.get());
 }
 
 std::optional<std::string> DialogMark::unmarked(const std::string& message) const {
-  if (message.rfind(mark_, 0) != 0) return std::nullopt;
-  return message.substr(mark_.size());
+  for (const std::string& mark : {shown_, next_}) {
+    if (message.rfind(mark, 0) == 0) return message.substr(mark.size());
+  }
+  return std::nullopt;
 }

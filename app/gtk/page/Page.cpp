@@ -91,14 +91,6 @@ const char* nameOf(EditingCommand command) {
   return WEBKIT_EDITING_COMMAND_UNDO;
 }
 
-// A blob: document has no host, so the strip could not name its site. WebKit itself refuses data: addresses in the main
-// frame.
-bool isBlobMainPage(WebKitPolicyDecision* decision) {
-  WebKitResponsePolicyDecision* const response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
-  return webkit_response_policy_decision_is_main_frame_main_resource(response) &&
-         hasScheme(addressOf(webkit_response_policy_decision_get_request(response)), "blob");
-}
-
 // From WebKitGTK 2.52 on, cancelling many downloads before this signal crashes the network process.
 gboolean onDecideDestination(WebKitDownload* download, char*, gpointer) {
   webkit_download_cancel(download);
@@ -247,7 +239,7 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
     self->cover_.committed(event.address, self->site_.kind == Site::Kind::kNone);
     self->options_.close();
     self->listPress_ = {};  // it was meant for the page before
-    self->prompts_.declineAll();
+    self->prompts_.pageCommitted();
   }
   self->report(event);
 }
@@ -284,12 +276,19 @@ void Page::onProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, Pag
   self->report({Kind::kProcessEnded, {}, 0, {}});
 }
 
+// A blob: document has no host, so the strip could not name its site. WebKit itself refuses data: addresses in the main
+// frame.
+gboolean Page::onResponse(WebKitResponsePolicyDecision* response) {
+  if (!webkit_response_policy_decision_is_main_frame_main_resource(response)) return FALSE;
+  const bool isBlob = hasScheme(addressOf(webkit_response_policy_decision_get_request(response)), "blob");
+  if (isBlob) webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(response));
+  prompts_.pageResponded();
+  return isBlob ? TRUE : FALSE;
+}
+
 gboolean Page::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                               Page* self) {
-  if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE && isBlobMainPage(decision)) {
-    webkit_policy_decision_ignore(decision);
-    return TRUE;
-  }
+  if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return self->onResponse(WEBKIT_RESPONSE_POLICY_DECISION(decision));
   if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
   WebKitNavigationAction* const action =
       webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));

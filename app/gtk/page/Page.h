@@ -106,6 +106,7 @@ class Page {
   static gboolean onUserInput(GtkWidget*, GdkEvent* event, Page* self);
 
   void connectSignals();
+  gboolean onResponse(WebKitResponsePolicyDecision* response);
   void report(const LoadEvent& event);
   void updateSite(const std::string& address);
   void showProgress();

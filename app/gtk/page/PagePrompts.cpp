@@ -124,6 +124,11 @@ PagePrompts::~PagePrompts() {
   }
 }
 
+void PagePrompts::pageCommitted() {
+  mark_.committed();
+  prompts_.declineAll();
+}
+
 void PagePrompts::authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
   const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);
   if (!isPasswordRequest(request) || isForUser(request, mainFrame))

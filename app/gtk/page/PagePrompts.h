@@ -42,9 +42,12 @@ class PagePrompts {
   // page process reports what the main frame requests, and another process reports the request for a password.
   void authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame);
 
-  // Declines every prompt: another page has been committed. WebKit cancels the requests of the main frame, but not
+  // The server has responded with another page, which WebKit has not committed yet.
+  void pageResponded() { mark_.renew(); }
+
+  // Another page has been committed: declines every prompt. WebKit cancels the requests of the main frame, but not
   // those of sub-frames and images.
-  void declineAll() { prompts_.declineAll(); }
+  void pageCommitted();
 
   // Removes every prompt without a reply.
   void close() { prompts_.close(); }

@@ -85,6 +85,14 @@ std::string skeletonOf(const std::string& label) {
   return {skeleton, static_cast<std::size_t>(length)};
 }
 
+// UTS #39 does not count kra, which is also the skeleton of the Cyrillic ka, as a letter k.
+bool looksLikeAscii(std::string skeleton) {
+  constexpr std::string_view kKra = "\u0138";
+  for (std::size_t at = 0; (at = skeleton.find(kKra, at)) != std::string::npos;)
+    skeleton.replace(at, kKra.size(), "k");
+  return isAscii(skeleton);
+}
+
 // Whether a label cannot be taken for another one; Site.h has the conditions.
 bool isUnambiguous(const std::string& label) {
   if (isAscii(label)) return true;
@@ -97,7 +105,7 @@ bool isUnambiguous(const std::string& label) {
   if (uspoof_check2UTF8(checker, label.c_str(), size, nullptr, &error) != 0 || U_FAILURE(error)) return false;
 
   const std::string skeleton = skeletonOf(label);
-  return !isAscii(skeleton) && !(hasAny(label, isLatin) && hasAny(skeleton, isEasilyMissed));
+  return !looksLikeAscii(skeleton) && !(hasAny(label, isLatin) && hasAny(skeleton, isEasilyMissed));
 }
 
 template <typename Visit>

@@ -4,7 +4,8 @@
 // - An international name is shown in its own script only if it cannot be confused with another name. Otherwise it
 //   keeps its ASCII form (RFC 5890). It is shown if each label
 //   - has only letters that Unicode Technical Standard #39 recommends for identifiers (section 3.1),
-//   - is of one script (section 5.2) and does not look like an ASCII word (section 4),
+//   - is of one script (section 5.2) and does not look like an ASCII word (section 4; "ĸ" and the Cyrillic
+//     "к" count as k),
 //   - has no mark at a Latin letter that is easily missed and without which it would be another label: a mark below or
 //     through the letter, or a single dot above it ("bạnk", "faceboøk"). Other marks above a letter are shown
 //     ("bücher", "café").

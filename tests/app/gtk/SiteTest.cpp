@@ -99,6 +99,8 @@ INSTANTIATE_TEST_SUITE_P(Hosts, LookAlikeTest,
                                          "xn--paypa-o7a.example",       // "paypal" with a stroke through the l
                                          "xn--aypal-439a.example",      // "paypal" with a small capital
                                          "xn--elvo-423a.example",       // "kelvo" with a small capital
+                                         "xn--elvo-k0a.example",        // "kelvo" with a kra
+                                         "xn--j1ahw.xn--p1ai",          // Cyrillic letters that read "okx"
                                          "xn--bnk-sgz.example",         // "bank" with a dot below the a
                                          "xn--ank-uqa.example",         // "dank" with a stroke through the d
                                          "xn--facebok-v1a.example",     // "facebook" with a stroke through the o
