@@ -138,7 +138,7 @@ TEST_F(BinaryLockFaultTest, AForkedProcessClosesOnlyItsOwn) {
   EXPECT_EQ(lock.getReferenceCount(), 1);
 }
 
-TEST_F(BinaryLockFaultTest, AForkedProcessIsCountedAtItsFirstWait) {
+TEST_F(BinaryLockFaultTest, FirstWaitCountsAForkedProcess) {
   ASSERT_TRUE(create(lock));
   EXPECT_EQ(support::inChild([&] {
               if (!lock.wait() || lock.getReferenceCount() != 2) return 1;
@@ -149,7 +149,7 @@ TEST_F(BinaryLockFaultTest, AForkedProcessIsCountedAtItsFirstWait) {
   EXPECT_EQ(lock.getReferenceCount(), 1);
 }
 
-TEST_F(BinaryLockFaultTest, AForkDuringALineDoesNotBlockTheChild) {
+TEST_F(BinaryLockFaultTest, AForkDuringALineBlocksNoChild) {
   ASSERT_TRUE(create(lock));
   ASSERT_TRUE(lock.wait());
   support::Child child([&] { return lock.wait() && lock.release() && lock.finalize() ? 0 : 1; });

@@ -56,7 +56,7 @@ TEST_F(MissingLinesTest, RegistrationEndsWhileTheLockIsHeld) {
   EXPECT_THAT(lines(), ElementsAre(EndsWith(" | text")));
 }
 
-TEST_F(MissingLinesTest, ALineIsWrittenAfterTheSetWasRemoved) {
+TEST_F(MissingLinesTest, ARemovedSetLosesNoLine) {
   ::semctl(support::setOf(file, 11), 0, IPC_RMID);
   log(tarn::INFO, "one");
   EXPECT_THAT(lines(), ElementsAre(EndsWith(" | one")));

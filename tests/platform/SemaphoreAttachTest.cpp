@@ -131,7 +131,7 @@ TEST_F(ForeignSetTest, ASetOfAnotherUserIsRefused) {
   EXPECT_EQ(id, -1);
 }
 
-TEST_F(ForeignSetTest, ASetGivenAwayByAnotherUserIsRefused) {
+TEST_F(ForeignSetTest, ASetGivenAwayIsRefused) {
   createAs(kUser);
   ASSERT_EQ(asUser(kUser, [&] { return support::giveSetTo(SemaphoreSet::find(key), 0); }), 0);
   EXPECT_FALSE(attach());

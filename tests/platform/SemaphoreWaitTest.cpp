@@ -15,7 +15,7 @@ namespace {
 using platform::SemaphoreSet;
 using platform::WaitLimit;
 
-TEST(WaitLimitTest, EachWaitOutsideAScopeHasItsOwnDeadline) {
+TEST(WaitLimitTest, WaitsWithoutAScopeShareNoDeadline) {
   const auto first = WaitLimit::deadline();
   EXPECT_GT(first, WaitLimit::Clock::now());
   while (WaitLimit::Clock::now() + std::chrono::seconds(2) <= first) {
@@ -103,7 +103,7 @@ TEST_F(SemaphoreWaitTest, ARemovedSetEndsTheShortWaits) {
   EXPECT_GE(WaitLimit::Clock::now() - start, std::chrono::seconds(1));
 }
 
-TEST_F(SemaphoreWaitTest, ADetachFromACountOf0EndsAtTheDeadline) {
+TEST_F(SemaphoreWaitTest, DetachFromZeroEndsAtTheDeadline) {
   EXPECT_FALSE(set.detach(0));
   EXPECT_EQ(errno, EAGAIN);
   set.setValue(0, 1);
