@@ -1,16 +1,24 @@
 #include "applog/Logger.h"
 
+#include <pthread.h>
+
+#include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <mutex>
+#include <new>
 #include <string>
 #include <string_view>
 
 #include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
 #include "platform/Users.h"
+#include "platform/WaitLimit.h"
 
 namespace {
 
@@ -19,6 +27,10 @@ constexpr char kLogFileName[] = "Kelvo.log";
 constexpr char kBuildVersion[] = SVO_VERSION;
 constexpr std::size_t kMessageSize = 1024;
 constexpr std::string_view kSeparator = "|||";
+constexpr std::chrono::minutes kAttachInterval{1};
+
+Logger* forkedLogger = nullptr;
+thread_local bool turnBeforeFork = false;  // whether this thread held the logger's mutex when it forked
 
 tarn::Log_Level levelOf(std::string_view word) {
   if (word == "INFO") return tarn::INFO;
@@ -34,33 +46,104 @@ tarn::Log_Level levelOf(std::string_view word) {
 
 Logger* Logger::pLogger = nullptr;
 
+// Holds what a line needs for a scope: the turn of this thread and that of this process.
+class Logger::LineScope {
+ public:
+  explicit LineScope(Logger& logger)
+      : logger_(logger),
+        turn_(logger.mutex_, std::try_to_lock),
+        held_(logger.waitForThreads(turn_) && logger.startLine()) {}
+  LineScope(const LineScope&) = delete;
+  LineScope& operator=(const LineScope&) = delete;
+  ~LineScope() {
+    if (held_) logger_.fileFlag->endFileOperation();
+  }
+  explicit operator bool() const { return held_; }
+
+ private:
+  Logger& logger_;
+  std::unique_lock<std::timed_mutex> turn_;
+  const bool held_;
+};
+
+// Never destroyed: threads and other static objects may log until the process has ended.
 Logger* Logger::getInstance() {
-  static Logger instance;
-  return &instance;
+  static Logger* const instance = [] {
+    auto* const created = new Logger;
+    (void)std::atexit([] { getInstance()->close(); });
+    return created;
+  }();
+  return instance;
 }
 
 Logger::Logger() : tarn::Logger(kTargetIdentifier) {
+  const platform::WaitLimit limit;
   // Without the folder nothing is logged, and the program runs on.
   (void)platform::makeLogsFolder(platform::homeFolderOfConsoleUser());
 
   fileFlag.reset(new OVNLoggingFileOperationFlag);
   fileFlag->semid = -1;
   fileFlag->held = false;
-  fileFlag->createFlag();
+  attachFlag();
 
   target = std::make_unique<tarn::LogTargetDefault>(kTargetIdentifier);
   target->setLogLevel(tarn::INFO);
   target->setLogFile(kLogFileName, "");
   tarn::LoggingCore::getInstance()->registerTarget(target.get());
   setDomain(kTargetIdentifier);
+
+  forkedLogger = this;
+  (void)::pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
 }
 
-Logger::~Logger() {
+void Logger::close() {
+  const platform::WaitLimit limit;
+  isClosed_ = true;
+  std::unique_lock<std::timed_mutex> turn(mutex_, std::try_to_lock);
+  if (!waitForThreads(turn)) return;  // a thread still writes, or this one exits inside a line
   pLogger = nullptr;
   fileFlag->finalizeFlag();
-  fileFlag.reset();
   tarn::LoggingCore::getInstance()->unregisterTarget(target.get());
-  target.reset();
+}
+
+bool Logger::waitForThreads(std::unique_lock<std::timed_mutex>& lock) {
+  return lock.owns_lock() || lock.try_lock_until(platform::WaitLimit::deadline());
+}
+
+bool Logger::startLine() {
+  if (isClosed_) return false;
+  if (fileFlag->semid == -1) attachFlag();
+  return flagIsForeign_ || fileFlag->startFileOperation();
+}
+
+void Logger::attachFlag() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < nextAttach_) return;
+  nextAttach_ = now + kAttachInterval;
+  flagIsForeign_ = !fileFlag->createFlag() && errno == EPERM;
+}
+
+void Logger::beforeFork() {
+  const platform::WaitLimit limit;
+  std::unique_lock<std::timed_mutex> turn(forkedLogger->mutex_, std::try_to_lock);
+  turnBeforeFork = forkedLogger->waitForThreads(turn);
+  turn.release();
+}
+
+void Logger::afterForkInParent() {
+  if (turnBeforeFork) forkedLogger->mutex_.unlock();
+}
+
+// The child is not attached to the flag: the count of its users does not follow a fork.
+void Logger::afterForkInChild() {
+  forkedLogger->fileFlag->semid = -1;
+  forkedLogger->fileFlag->held = false;
+  forkedLogger->nextAttach_ = {};
+  if (turnBeforeFork) {
+    forkedLogger->mutex_.unlock();
+  } else {
+    new (&forkedLogger->mutex_) std::timed_mutex;  // its holder does not exist here
+  }
 }
 
 bool Logger::finalize() {
@@ -200,7 +283,9 @@ int Logger::getLogMessage(char* buffer, std::size_t size, const char* format, va
 
 void Logger::sendMessageToTARNLogger(tarn::Log_Level level, const char* c1, const char* c2, const char* c3,
                                      const char* c4, const char* c5, const char* c6, const char* text) {
-  if (!fileFlag->startFileOperation()) return;
+  if (isClosed_) return;
+  const platform::WaitLimit limit;
+  const LineScope scope(*this);
+  if (!scope) return target->countMissingLine(level);
   tarn::LoggingCore::getInstance()->log(kTargetIdentifier, level, c1, c2, c3, c4, c5, c6, text, 0);
-  fileFlag->endFileOperation();
 }

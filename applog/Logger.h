@@ -1,19 +1,25 @@
 // The application's logger: formats messages and writes them to "Kelvo.log" in the user's log folder.
 //
 // - Every line is written while the user's `OVNLoggingFileOperationFlag` is held, so that lines of several processes do
-//   not mix. A call waits for the flag without limit. If the flag does not exist (no home folder, no free semaphores),
-//   messages are dropped; nothing reports that.
-// - Before the first call of `setLogLevel`, `logTrace` to `logFatal` write nothing. After it, any thread may log
-//   until the process exits.
-// - A child of `fork` that logs, or that leaves through `exit`, detaches its parent from the locks. It must leave
-//   through `exec` or `_exit`.
+//   not mix. A call waits at most 2 seconds for all locks together; while another process keeps one of them, only the
+//   first call waits that long. Then the message is dropped, and the next line in the log says how many are missing.
+// - If the flag does not exist (no home folder, no free semaphores), messages are dropped, and a call tries to create
+// it
+//   once a minute. If another user has created it, messages are written without it.
+// - Before the first call of `setLogLevel`, `logTrace` to `logFatal` write nothing. After it, any thread may log at any
+//   time, also while the process exits: from then on messages are dropped.
+// - A child of `fork` may log, and may leave through `exit`.
+// - A signal handler must not log: the interrupted thread may hold the locks, or be inside `malloc`.
 
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstdarg>
 #include <cstddef>
 #include <fstream>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "applog/OVNLoggingFileOperationFlag.h"
@@ -33,7 +39,8 @@ enum Log_Level : int {  // names fixed by the interface
 
 class Logger : public tarn::Logger {
  public:
-  // Returns the instance, which is created at the first call and destroyed at process exit.
+  // Returns the instance, which is created at the first call and never destroyed. At process exit it releases the locks
+  // and closes the file.
   static Logger* getInstance();
 
   // Does nothing. Returns true.
@@ -92,8 +99,18 @@ class Logger : public tarn::Logger {
                                const char* c5, const char* c6, const char* text);
 
  private:
+  class LineScope;
+
   Logger();
-  ~Logger() override;
+  ~Logger() override = default;
+
+  void close();
+  bool waitForThreads(std::unique_lock<std::timed_mutex>& lock);
+  bool startLine();
+  void attachFlag();
+  static void beforeFork();
+  static void afterForkInParent();
+  static void afterForkInChild();
 
   void enableLevelsFrom(tarn::Log_Level lowest);
   void logBuildAndLevel(Log_Level level);
@@ -108,6 +125,12 @@ class Logger : public tarn::Logger {
   // Names fixed by the interface.
   std::unique_ptr<tarn::LogTargetDefault> target;
   std::unique_ptr<OVNLoggingFileOperationFlag> fileFlag;
+
+  // Held for each line, so that a fork copies no half-written line and the exit closes no file in use.
+  std::timed_mutex mutex_;
+  std::chrono::steady_clock::time_point nextAttach_{};
+  bool flagIsForeign_ = false;
+  std::atomic<bool> isClosed_{false};
 
   bool traceEnabled_ = false;
   bool debugEnabled_ = false;

@@ -20,13 +20,15 @@ bool OVNBinarySemaphore::create(const char* path, int projectNumber) {
 
   const auto initialize = [](const SemaphoreSet& set) { return set.change(kMutex, +1, IPC_NOWAIT); };
   const auto countCaller = [](const SemaphoreSet& set) { return set.change(kAttached, +1, SEM_UNDO); };
-  return SemaphoreSet::attach(path, key, {kMembers, initialize, countCaller}, semid);
+  SemaphoreSet::AttachSteps steps{kMembers, initialize, countCaller};
+  steps.mutex = kMutex;
+  return SemaphoreSet::attach(path, key, steps, semid);
 }
 
 bool OVNBinarySemaphore::finalize() {
   if (semid == -1) return true;
   const SemaphoreSet set(semid);
-  if (!set.change(kAttached, -1, SEM_UNDO)) return false;
+  if (!set.detach(kAttached)) return false;
   if (set.value(kAttached) == 0 && !set.remove()) return false;
   semid = -1;
   return true;
@@ -51,7 +53,7 @@ bool OVNBinarySemaphore::signal() {
 bool OVNBinarySemaphore::release() {
   if (!held) return true;
   held = false;
-  if (SemaphoreSet(semid).change(kMutex, +1, SEM_UNDO)) return true;
+  if (SemaphoreSet(semid).release(kMutex)) return true;
   held = true;
   return false;
 }

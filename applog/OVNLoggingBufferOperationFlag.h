@@ -14,7 +14,7 @@ class OVNLoggingBufferOperationFlag : public OVNLoggingOperationFlag {
   // Returns false if the user's home folder, which is the key path, is unknown.
   bool createFlag();
 
-  // Takes the mutex. Waits without limit.
+  // Takes the mutex. Waits until the deadline of `platform::WaitLimit`.
   bool startBufferOperation();
   bool endBufferOperation();
 };

@@ -11,7 +11,11 @@ class OVNLoggingFileOperationFlag : public OVNLoggingOperationFlag {
   // Returns false if the user's home folder, which is the key path, is unknown.
   bool createFlag();
 
-  // Takes the mutex. Waits without limit.
+  // Takes the mutex. Waits until the deadline of `platform::WaitLimit`. If the set was removed from outside, creates it
+  // again.
   bool startFileOperation();
   bool endFileOperation();
+
+ private:
+  bool createAgain();
 };

@@ -1,9 +1,15 @@
 #include "logging/BinaryLock.h"
 
-#include <string>
-#include <utility>
+#include <unistd.h>
 
+#include <cerrno>
+#include <string>
+#include <thread>
+
+#include "platform/Machine.h"
+#include "platform/PathLock.h"
 #include "platform/SemaphoreSet.h"
+#include "platform/WaitLimit.h"
 
 namespace tarn {
 namespace {
@@ -22,18 +28,86 @@ BinaryLock::~BinaryLock() {
 
 bool BinaryLock::create(const std::string& path, int projectId) {
   if (id_ != kClosed) return true;
-  const key_t key = SemaphoreSet::keyFor(path, projectId);
+  path_ = path;
+  projectId_ = projectId;
+  Attachment made;
+  if (!attach(made)) return false;
+  isCounted_ = made.isCounted;
+  countedProcess_ = platform::currentProcessId();
+  id_ = made.id;
+  return true;
+}
+
+bool BinaryLock::attach(Attachment& made) const {
+  const key_t key = SemaphoreSet::keyFor(path_, projectId_);
   if (key == -1) return false;
 
   const auto initialize = [](const SemaphoreSet& set) { return set.setValue(kMutex, 1); };
-  const auto countCaller = [](const SemaphoreSet& set) { return set.change(kReferences, +1, IPC_NOWAIT); };
-  if (SemaphoreSet::attach(path, key, {kMembers, initialize, countCaller}, id_)) return true;
-  id_ = kClosed;
-  return false;
+  const auto countCaller = [&](const SemaphoreSet& set) {
+    made.isCounted = set.change(kReferences, +1, IPC_NOWAIT);
+    return made.isCounted || errno == ERANGE;
+  };
+  SemaphoreSet::AttachSteps steps{kMembers, initialize, countCaller};
+  steps.mutex = kMutex;
+  return SemaphoreSet::attach(path_, key, steps, made.id);
+}
+
+bool BinaryLock::detach(const Attachment& attachment) {
+  if (!attachment.isCounted) return true;
+  const SemaphoreSet set(attachment.id);
+  if (!set.change(kReferences, -1, IPC_NOWAIT)) return false;
+  return set.value(kReferences) != 0 || set.remove();
 }
 
 bool BinaryLock::wait() {
-  return SemaphoreSet(id_).take(kMutex);
+  countForkedProcess();
+  const int id = id_;
+  if (!SemaphoreSet(id).take(kMutex)) {
+    if (!SemaphoreSet::wasRemoved(errno) || !reopen(id) || !SemaphoreSet(id_).take(kMutex)) return false;
+  }
+  waitForOtherThread();
+  return true;
+}
+
+// The count does not follow a fork. Only one thread counts the process.
+void BinaryLock::countForkedProcess() {
+  const pid_t process = platform::currentProcessId();
+  pid_t counted = countedProcess_.load(std::memory_order_relaxed);
+  if (counted == process || id_ == kClosed) return;
+  if (!countedProcess_.compare_exchange_strong(counted, process)) return;
+  isCounted_ = SemaphoreSet(id_).change(kReferences, +1, IPC_NOWAIT);
+}
+
+// Opens the lock again after its set was removed. Returns false if it is closed or cannot be opened.
+bool BinaryLock::reopen(int removed) {
+  if (removed == kClosed) return false;
+  const bool stillExists = SemaphoreSet(removed).value(kMutex) != -1;
+  if (stillExists) return true;
+  Attachment made;
+  if (!attach(made)) return false;
+  if (id_.compare_exchange_strong(removed, made.id)) {
+    isCounted_ = made.isCounted;
+    return true;
+  }
+  // Another thread has opened or closed the lock meanwhile.
+  const platform::PathLock turn(path_);
+  (void)detach(made);
+  return true;
+}
+
+// A thread that took the lock before its set was removed may still write. The limit is for a caller that never
+// releases.
+void BinaryLock::waitForOtherThread() {
+  const pid_t process = platform::currentProcessId();
+  pid_t holder = kNobody;
+  if (holdingProcess_.compare_exchange_strong(holder, process, std::memory_order_acquire)) return;
+  const auto deadline = platform::WaitLimit::deadline();
+  while (holder == process && platform::WaitLimit::Clock::now() < deadline) {
+    std::this_thread::yield();
+    holder = kNobody;
+    if (holdingProcess_.compare_exchange_strong(holder, process, std::memory_order_acquire)) return;
+  }
+  holdingProcess_ = process;
 }
 
 bool BinaryLock::signal() {
@@ -41,14 +115,16 @@ bool BinaryLock::signal() {
 }
 
 bool BinaryLock::release() {
-  return SemaphoreSet(id_).change(kMutex, +1, SEM_UNDO);
+  holdingProcess_.store(kNobody, std::memory_order_release);
+  return SemaphoreSet(id_).release(kMutex);
 }
 
 bool BinaryLock::finalize() {
-  if (id_ == kClosed) return true;
-  const SemaphoreSet set(std::exchange(id_, kClosed));
-  if (!set.change(kReferences, -1, IPC_NOWAIT)) return false;
-  return set.value(kReferences) != 0 || set.remove();
+  const Attachment former{id_.exchange(kClosed), isCounted_};
+  holdingProcess_ = kNobody;
+  if (former.id == kClosed) return true;
+  const bool isInherited = countedProcess_ != ::getpid();
+  return isInherited || detach(former);
 }
 
 int BinaryLock::getReferenceCount() const {

@@ -2,13 +2,18 @@
 //
 // - A System V semaphore set. Member 0 counts the open locks; member 1 is 1 while the lock is free, 0 while it is held.
 // - A process that dies releases the lock, but stays counted.
-// - Also excludes the threads of one process. The holder is not recorded: release once per take.
-// - The last lock to close removes the set.
+// - Also excludes the threads of one process. Release once per take.
+// - The last lock to close removes the set. A set that was removed from outside is created again by the next wait.
+// - A forked process that inherits an open lock counts itself with its first wait. Until then `finalize` only closes
+// it.
 // - `create` holds the `PathLock` of the path. An owner that calls `finalize` while another process may call `create`
 //   holds it too.
 
 #pragma once
 
+#include <sys/types.h>
+
+#include <atomic>
 #include <string>
 
 namespace tarn {
@@ -23,16 +28,18 @@ class BinaryLock {
   ~BinaryLock();
 
   // Opens the lock of an existing file. Creates the set if there is none. Returns true without effect if the lock is
-  // already open.
+  // already open. `SemaphoreSet::attach` says which existing sets are refused.
+  //
+  // If the count is at its limit, because many processes died without closing the lock, the lock opens uncounted.
   bool create(const std::string& path, int projectId);
 
-  // Takes the lock. Waits without limit; a signal does not end the wait.
+  // Takes the lock. Waits up to the deadline of `platform::WaitLimit`; a signal does not end the wait.
   bool wait();
 
   // Takes the lock if it is free. Returns false if it is held or on error.
   bool signal();
 
-  // Releases the lock.
+  // Releases the lock. On failure removes the set, so that no other process waits for it.
   bool release();
 
   // Closes the lock, and removes the set if no other lock is open on it. Does not release a lock that is held. The lock
@@ -44,8 +51,25 @@ class BinaryLock {
 
  private:
   static constexpr int kClosed = -1;
+  static constexpr pid_t kNobody = 0;
 
-  int id_ = kClosed;
+  struct Attachment {
+    int id = kClosed;
+    bool isCounted = false;
+  };
+
+  bool attach(Attachment& made) const;
+  static bool detach(const Attachment& attachment);
+  void countForkedProcess();
+  bool reopen(int removed);
+  void waitForOtherThread();
+
+  std::string path_;
+  int projectId_ = 0;
+  std::atomic<int> id_{kClosed};
+  std::atomic<bool> isCounted_{false};
+  std::atomic<pid_t> countedProcess_{kNobody};
+  std::atomic<pid_t> holdingProcess_{kNobody};  // this process while one of its threads holds the lock
 };
 
 }  // namespace tarn

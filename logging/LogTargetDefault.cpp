@@ -141,7 +141,10 @@ bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const ch
                                 va_list* arguments, unsigned long long timeMs) {
   if (logLevel > level || !lock) return true;
   const LockGuard guard(*lock);
-  if (!guard) return true;
+  if (!guard) {
+    countMissingLine(level);
+    return true;
+  }
   checkSizeWhenDue();
 
   char formatted[kMessageSize];
@@ -149,9 +152,19 @@ bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const ch
   if (format != nullptr) getLogMessage(formatted, sizeof formatted, format, arguments);
   const char* message = arguments == nullptr ? format : formatted;
   beginLine();
+  if (const unsigned missing = missingLines_.load(std::memory_order_relaxed); missing != 0) {
+    missingLines_ -= missing;
+    const std::string note = "Missing log lines: " + std::to_string(missing) + " (the log could not be locked)";
+    formatLog(timeMs, WARN, sessionId, domain, subDomain, component, "", "", note.c_str(), line_);
+    line_ += '\n';
+  }
   formatLog(timeMs, level, sessionId, domain, subDomain, component, extra1, extra2, message, line_);
   endLine();
   return true;
+}
+
+void LogTargetDefault::countMissingLine(Log_Level level) {
+  if (logLevel <= level) ++missingLines_;
 }
 
 void LogTargetDefault::checkSizeWhenDue() {

@@ -3,13 +3,17 @@
 // - Each line, size check and rotation holds the file's `BinaryLock`, which excludes other processes and threads. The
 //   members that `writeLog` calls are not thread-safe by themselves.
 // - A line is one `write` call, done before `writeLog` returns.
-// - A line is lost if the lock does not exist or cannot be taken, or while the disk is full. Nothing reports that.
+// - A line is lost if the lock cannot be taken within 2 seconds. The next line is preceded by one that says how many
+// are
+//   missing.
+// - A line is lost if the lock does not exist, or while the disk is full. Nothing reports that.
 //
 //   03/07/14 16:05:09:123 | [ERROR] | 27403 | QSU | Login | Web | 1001 |  | 4873 | Page load failed
 //   time | [level] | session id | domain | sub-domain | component | extra 1 | extra 2 | thread id | message
 
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -52,6 +56,9 @@ class LogTargetDefault : public LogTargetBase {
   bool writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
                 const char* component, const char* extra1, const char* extra2, const char* format, va_list* arguments,
                 unsigned long long timeMs) override;
+
+  // Counts a line that the caller has lost, unless its level is not written.
+  void countMissingLine(Log_Level level);
 
   // Appends the line to `out`, without a newline. Defined in LineFormat.cpp. A message that contains "eyJ" and, from
   // there on, ".eyJ" may contain an access token: it is replaced, and the level printed is WARN.
@@ -100,6 +107,7 @@ class LogTargetDefault : public LogTargetBase {
   std::string lockPath_;  // the lock's file, which is not `filePath` after a later `setLogFile`
   AppendFile appendFile_;
   TimestampCache timestamps_;
+  std::atomic<unsigned> missingLines_{0};
   std::string line_;  // a member so that its memory is reused
 };
 

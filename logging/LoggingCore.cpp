@@ -27,9 +27,10 @@ int randomLeadingDigit() {
 
 }  // namespace
 
+// Never destroyed: threads and other static objects may log until the process has ended.
 LoggingCore* LoggingCore::getInstance() {
-  static LoggingCore instance;
-  return &instance;
+  static LoggingCore* const instance = new LoggingCore;
+  return instance;
 }
 
 bool LoggingCore::registerTarget(LogTargetBase* target) {

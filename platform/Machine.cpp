@@ -1,9 +1,22 @@
 #include "platform/Machine.h"
 
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <cctype>
 #include <charconv>
 
 namespace platform {
+namespace {
+
+std::atomic<pid_t> cachedProcessId{0};
+
+void clearInChild() {
+  cachedProcessId = 0;
+}
+
+}  // namespace
 
 std::optional<SystemVersion> systemVersionOfRelease(std::string_view release) {
   SystemVersion version;
@@ -18,6 +31,14 @@ std::optional<SystemVersion> systemVersionOfRelease(std::string_view release) {
     next = rest + 1;
   }
   return version;
+}
+
+pid_t currentProcessId() {
+  const pid_t cached = cachedProcessId.load(std::memory_order_relaxed);
+  if (cached != 0) return cached;
+  [[maybe_unused]] static const int registered = ::pthread_atfork(nullptr, nullptr, clearInChild);
+  cachedProcessId = ::getpid();
+  return ::getpid();
 }
 
 }  // namespace platform

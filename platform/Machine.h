@@ -1,6 +1,8 @@
-// The running program and its system: executable, bundle, system version, thread number.
+// The running program and its system: executable, bundle, system version, process and thread number.
 
 #pragma once
+
+#include <sys/types.h>
 
 #include <cstdint>
 #include <optional>
@@ -43,5 +45,8 @@ std::optional<SystemVersion> systemVersionOfRelease(std::string_view release);
 
 // Returns the thread number that `ps -T`, on macOS `sample`, and debuggers show. Cached per thread; valid after a fork.
 std::uint64_t currentThreadId();
+
+// Returns the result of `getpid`. Cached; valid after a fork.
+pid_t currentProcessId();
 
 }  // namespace platform

@@ -22,6 +22,7 @@ PathLock::PathLock(const std::string& path) : file_(::open(path.c_str(), O_RDONL
     if (std::chrono::steady_clock::now() > deadline) return;
     std::this_thread::sleep_for(kRetryInterval);
   }
+  held_ = static_cast<bool>(file_);
 }
 
 }  // namespace platform

@@ -19,8 +19,12 @@ class PathLock {
  public:
   explicit PathLock(const std::string& path);
 
+  // Returns whether the scope holds the lock.
+  explicit operator bool() const { return held_; }
+
  private:
   UniqueFd file_;
+  bool held_ = false;
 };
 
 }  // namespace platform

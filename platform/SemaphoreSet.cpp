@@ -1,11 +1,18 @@
 #include "platform/SemaphoreSet.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <optional>
 #include <thread>
 
 #include "platform/PathLock.h"
+#include "platform/Users.h"
 
 namespace platform {
 namespace {
@@ -27,8 +34,20 @@ constexpr int kTriesBeforeBlocking = 100;
 // one log line takes.
 constexpr std::chrono::microseconds kRetryInterval{4};
 
+// How long a set must show no trace of its creator before another process assigns the first value.
+constexpr std::chrono::milliseconds kAbandonedAfter{20};
+constexpr std::chrono::milliseconds kAbandonedCheckInterval{1};
+
+// The longest wait while a set is stuck. Longer than the queue of many writing processes.
+constexpr std::chrono::milliseconds kStuckWait{2};
+constexpr int kNoSet = -1;
+
+// The set of the last take that timed out, until it is taken. A second stuck set is found when the first is free.
+std::atomic<int> stuckSet{kNoSet};
+
+using Clock = WaitLimit::Clock;
+
 void waitForRetry() {
-  using Clock = std::chrono::steady_clock;
   const Clock::time_point next = Clock::now() + kRetryInterval;
   std::this_thread::yield();
   while (Clock::now() < next) {
@@ -39,11 +58,34 @@ void waitForRetry() {
 // each decrement acquires this counter, which gives the two a happens-before relation.
 std::atomic<unsigned> releaseCount{0};
 
-bool findOrCreate(key_t key, const SemaphoreSet::AttachSteps& steps, int& id) {
-  id = SemaphoreSet::find(key, steps.minMembers, steps.permissions);
-  if (id != -1) return true;
-  id = SemaphoreSet::create(key, steps.members);
-  return id != -1 && steps.initialize(SemaphoreSet(id));
+void noteResult(int set, int error) {
+  const int stuck = stuckSet.load(std::memory_order_relaxed);
+  if (error == EAGAIN) {
+    if (stuck == kNoSet) stuckSet = set;
+  } else if (stuck == set) {
+    stuckSet = kNoSet;
+  }
+}
+
+// The stuck set may have been replaced by this one.
+void noteNewSet(int set) {
+  if (stuckSet != set) stuckSet = kNoSet;
+}
+
+// Returns no value if the set was removed or may not be read.
+std::optional<semid_ds> statusOf(int id) {
+  semid_ds status{};
+  SemaphoreArgument argument{};
+  argument.status = &status;
+  if (::semctl(id, 0, IPC_STAT, argument) == -1) return std::nullopt;
+  return status;
+}
+
+// The creator cannot be changed, the owner can: by the creator.
+bool isTrusted(const ipc_perm& permissions) {
+  constexpr uid_t kRoot = 0;
+  const auto isOneOf = [&](uid_t user) { return user == kRoot || user == ::geteuid() || user == consoleUser(); };
+  return isOneOf(permissions.cuid) && isOneOf(permissions.uid);
 }
 
 }  // namespace
@@ -61,13 +103,59 @@ int SemaphoreSet::create(key_t key, int members) {
 }
 
 bool SemaphoreSet::attach(const std::string& path, key_t key, const AttachSteps& steps, int& id) {
-  const PathLock lock(path);
+  const PathLock turn(path);
   for (int tries = 0; tries < kMaxAttachTries; ++tries) {
-    if (!findOrCreate(key, steps, id)) return false;
-    if (!steps.countCaller || steps.countCaller(SemaphoreSet(id))) return true;
+    if (!findOrCreate(key, steps, static_cast<bool>(turn), id)) return false;
+    if (!steps.countCaller || steps.countCaller(SemaphoreSet(id))) {
+      noteNewSet(id);
+      return true;
+    }
     if (!wasRemoved(errno)) return false;
   }
   return false;
+}
+
+bool SemaphoreSet::findOrCreate(key_t key, const AttachSteps& steps, bool isAlone, int& id) {
+  id = find(key, steps.minMembers, steps.permissions);
+  const bool isNew = id == -1;
+  if (isNew) id = create(key, steps.members);
+  if (id == -1) return false;
+
+  const SemaphoreSet set(id);
+  if (steps.mutex != kNoMutex && !set.isUsable(steps.members)) {
+    id = -1;
+    return false;
+  }
+  if (isNew) return steps.initialize(set);
+  if (steps.mutex != kNoMutex && isAlone) set.raiseIfAbandoned(steps.mutex);
+  return true;
+}
+
+// A set that was removed since counts as usable: the next operation reports the removal.
+bool SemaphoreSet::isUsable(int members) const {
+  const std::optional<semid_ds> status = statusOf(id_);
+  if (!status && wasRemoved(errno)) return true;
+  if (status && static_cast<int>(status->sem_nsems) >= members && isTrusted(status->sem_perm)) return true;
+  errno = EPERM;
+  return false;
+}
+
+bool SemaphoreSet::isUntouched(int mutex) const {
+  if (value(mutex) != 0 || ::semctl(id_, mutex, GETPID) != 0) return false;
+  const std::optional<semid_ds> status = statusOf(id_);
+  return status && status->sem_otime == 0;
+}
+
+// Not `setValue`: adding also is right if a process waits already.
+void SemaphoreSet::raiseIfAbandoned(int mutex) const {
+  const Clock::time_point end = Clock::now() + kAbandonedAfter;
+  while (isUntouched(mutex)) {
+    if (Clock::now() >= end) {
+      (void)change(mutex, +1, 0);
+      return;
+    }
+    std::this_thread::sleep_for(kAbandonedCheckInterval);
+  }
 }
 
 bool SemaphoreSet::change(int member, int delta, int flags) const {
@@ -85,12 +173,41 @@ bool SemaphoreSet::change(int member, int delta, int flags) const {
 }
 
 bool SemaphoreSet::take(int member) const {
-  for (int tries = 0; tries < kTriesBeforeBlocking; ++tries) {
-    if (change(member, -1, SEM_UNDO | IPC_NOWAIT)) return true;
-    if (errno != EAGAIN) return false;
+  const bool isStuck = stuckSet.load(std::memory_order_relaxed) != kNoSet;
+  const int tries = isStuck ? 1 : kTriesBeforeBlocking;
+  bool taken = change(member, -1, SEM_UNDO | IPC_NOWAIT);
+  for (int i = 1; i < tries && !taken && errno == EAGAIN; ++i) {
     waitForRetry();
+    taken = change(member, -1, SEM_UNDO | IPC_NOWAIT);
   }
-  return change(member, -1, SEM_UNDO);
+  if (!taken && errno == EAGAIN) {
+    const Clock::time_point deadline = WaitLimit::deadline();
+    taken = takeBefore(isStuck ? std::min(deadline, Clock::now() + kStuckWait) : deadline, member);
+    (void)releaseCount.load(std::memory_order_acquire);
+  }
+  noteResult(id_, taken ? 0 : errno);
+  return taken;
+}
+
+bool SemaphoreSet::release(int member) const {
+  if (change(member, +1, SEM_UNDO)) return true;
+  giveUp(member);
+  return false;
+}
+
+// `setValue` for a set of another user, which only its owner may remove.
+void SemaphoreSet::giveUp(int member) const {
+  static std::atomic<bool> reported{false};
+  const int error = errno;
+  if ((remove() || setValue(member, 1)) && !reported.exchange(true)) {
+    std::fprintf(stderr, "A lock of the log could not be released (%s); it was removed.\n", std::strerror(error));
+  }
+  errno = error;
+}
+
+// Calls `semop` whenever that cannot wait.
+bool SemaphoreSet::detach(int member) const {
+  return value(member) == 0 ? takeBefore(WaitLimit::deadline(), member) : change(member, -1, SEM_UNDO);
 }
 
 int SemaphoreSet::value(int member) const {

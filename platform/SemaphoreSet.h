@@ -14,10 +14,14 @@
 #include <functional>
 #include <string>
 
+#include "platform/WaitLimit.h"
+
 namespace platform {
 
 class SemaphoreSet {
  public:
+  static constexpr int kNoMutex = -1;
+
   // What `attach` does with the set that it finds or creates.
   struct AttachSteps {
     int members;                                           // of a new set
@@ -25,6 +29,7 @@ class SemaphoreSet {
     std::function<bool(const SemaphoreSet&)> countCaller;  // adds the caller to the count of users; null: no count
     int minMembers = 0;                                    // passed to `find`
     int permissions = 0;                                   // passed to `find`
+    int mutex = kNoMutex;                                  // of a user's own lock: the member that is 1 while free
   };
 
   explicit SemaphoreSet(int id) : id_(id) {}
@@ -43,6 +48,9 @@ class SemaphoreSet {
   // Finds or creates the set of `key` and counts the caller in, while it holds the `PathLock` of `path`.
   //
   // - Retries twice if the last user removes the set between the find and the count.
+  // - With a `mutex`: fails with EPERM, and an `id` of -1, if the set belongs to a user other than root, the effective
+  //   user and the console user, or has too few members. Raises the mutex if the set's creator ended before it assigned
+  //   the first value.
   // - `id` receives the identifier of the last set found or created, or -1. It is set on failure too.
   static bool attach(const std::string& path, key_t key, const AttachSteps& steps, int& id);
 
@@ -50,8 +58,19 @@ class SemaphoreSet {
   // wait.
   bool change(int member, int delta, int flags) const;
 
-  // Subtracts 1 from a member with SEM_UNDO. Waits without limit.
+  // Subtracts 1 from a member with SEM_UNDO. Fails with EAGAIN at the deadline of `WaitLimit`; a signal does not end
+  // the wait.
+  //
+  // After such a failure every wait of the process fails within a few milliseconds, until a member of the same set is
+  // taken: a program that writes many lines must not wait for each.
   bool take(int member) const;
+
+  // Adds 1 to a member with SEM_UNDO, after `take`. On failure removes the set, so that the processes that wait for it
+  // can create another, and prints that to the standard error, once per process.
+  bool release(int member) const;
+
+  // Subtracts 1 from a count of users with SEM_UNDO. If it is 0, waits for an increase as `take` does.
+  bool detach(int member) const;
 
   // Returns -1 on failure.
   int value(int member) const;
@@ -62,6 +81,13 @@ class SemaphoreSet {
   static bool wasRemoved(int error);
 
  private:
+  bool takeBefore(WaitLimit::Clock::time_point deadline, int member) const;
+  void giveUp(int member) const;
+  bool isUntouched(int mutex) const;
+  void raiseIfAbandoned(int mutex) const;
+  bool isUsable(int members) const;
+  static bool findOrCreate(key_t key, const AttachSteps& steps, bool isAlone, int& id);
+
   int id_;
 };
 

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <ctime>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "logging/LoggingCore.h"
+#include "tests/applog/LoggerFixture.h"
 #include "tests/logging/RecordingTarget.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
@@ -28,45 +28,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr int kFlagNumber = 2147483547;
-
-Log_Level level(int verbosity) {
-  return static_cast<Log_Level>(verbosity);
-}
-
-class LoggerTest : public testing::Test {
- protected:
-  // Runs `body` in a process of its own, because the logger is a singleton, and returns the lines of the log.
-  std::vector<std::string> linesAfter(const std::function<void(Logger&)>& body) {
-    const int status = support::inChild([&] {
-      body(*Logger::getInstance());
-      return HasFailure() ? 1 : 0;
-    });
-    EXPECT_EQ(status, 0);
-    return support::linesOf(file);
-  }
-
-  // The same after `setLogLevel`, without the two lines that it logs.
-  std::vector<std::string> linesAt(int verbosity, const std::function<void(Logger&)>& body) {
-    std::vector<std::string> lines = linesAfter([&](Logger& logger) {
-      logger.setLogLevel(level(verbosity), "SVO", nullptr);
-      body(logger);
-    });
-    lines.erase(lines.begin(), lines.begin() + std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(lines.size())));
-    return lines;
-  }
-
-  static void logEachLevel(Logger& logger) {
-    logger.logTrace("SVO", "message %d", 6);
-    logger.logDebug("SVO", "message %d", 5);
-    logger.logInfo("SVO", "message %d", 4);
-    logger.logWarn("SVO", "message %d", 3);
-    logger.logError("SVO", "message %d", 2);
-    logger.logFatal("SVO", "message %d", 1);
-  }
-
-  const std::string home = support::freshHome();
-  const std::string file = home + "/Library/Logs/Kelvo.log";
-};
 
 // Returns the fields between the time and the thread id, and the message.
 std::string withoutTimeAndThread(const std::string& line) {

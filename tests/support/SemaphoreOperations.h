@@ -1,4 +1,5 @@
-// Records the semaphore operations of this process. Requires SemaphoreOperations.cpp, which replaces `semop`.
+// Records the semaphore operations of this process, and makes one fail. Requires SemaphoreOperations.cpp, which
+// replaces `semop`.
 
 #pragma once
 
@@ -13,5 +14,15 @@ using Operation = std::tuple<int, int, int>;
 
 // Returns the operations passed to `semop` while `body` runs, including those of failed calls. `body` uses one thread.
 std::vector<Operation> operationsOf(const std::function<void()>& body);
+
+// While it exists, the next `times` operations on a member in a direction (+1, -1) fail with `error` and have no
+// effect.
+class FailingOperation {
+ public:
+  FailingOperation(int member, int change, int error, int times = 1);
+  FailingOperation(const FailingOperation&) = delete;
+  FailingOperation& operator=(const FailingOperation&) = delete;
+  ~FailingOperation();
+};
 
 }  // namespace support

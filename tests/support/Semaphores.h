@@ -4,6 +4,7 @@
 
 #include <sys/ipc.h>
 #include <sys/sem.h>
+#include <sys/types.h>
 
 #include <string>
 #include <utility>
@@ -41,6 +42,16 @@ inline void setValueOf(int id, int member, int value) {
     int value;
   } argument{value};
   ::semctl(id, member, SETVAL, argument);
+}
+
+// Changes the owner, but not the creator.
+inline bool giveSetTo(int id, uid_t user) {
+  semid_ds status = statusOf(id);
+  status.sem_perm.uid = user;
+  union {
+    semid_ds* status;
+  } argument{&status};
+  return ::semctl(id, 0, IPC_SET, argument) == 0;
 }
 
 // Returns the number of processes that wait for the member to increase.

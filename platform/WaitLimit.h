@@ -1,0 +1,29 @@
+// Limits how long a thread waits for locks: 2 seconds, for all the locks of one operation together.
+//
+// - The locks of the log are open to every user: a user who takes one and keeps it must not stop other programs.
+// - While a scope exists, its thread has one deadline, which the first wait sets. Scopes inside it share that deadline.
+// - Without a scope each wait has a deadline of its own.
+
+#pragma once
+
+#include <chrono>
+
+namespace platform {
+
+class WaitLimit {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  WaitLimit();
+  WaitLimit(const WaitLimit&) = delete;
+  WaitLimit& operator=(const WaitLimit&) = delete;
+  ~WaitLimit();
+
+  // Returns when the calling thread must stop waiting.
+  static Clock::time_point deadline();
+
+ private:
+  bool isOutermost_;
+};
+
+}  // namespace platform
