@@ -1,5 +1,6 @@
 #include "logging/LogTargetDefault.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -10,9 +11,11 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "logging/Helpers.h"
 #include "platform/CloseOnExec.h"
+#include "platform/OwnersFolder.h"
 #include "platform/PathLock.h"
 
 namespace tarn {
@@ -30,9 +33,20 @@ bool systemHasThreadIds() {
   return !utilGetCurrentOSVersion(major, minor, bugFix) || hasThreadIds(major, minor);
 }
 
-bool isPipe(const std::string& path) {
-  struct stat item {};
-  return ::stat(path.c_str(), &item) == 0 && S_ISFIFO(item.st_mode);
+// The path of an open descriptor leads to the file that was checked. A system may lack /dev/fd, for example in a folder
+// that became the root folder.
+bool openStream(std::fstream& handle, int file, const std::string& path, bool isForeign) {
+  constexpr std::ios::openmode kAppend = std::ios::out | std::ios::app;
+  const std::string descriptor = "/dev/fd/" + std::to_string(file);
+  handle.open(descriptor, kAppend);
+  if (!handle.is_open() && !isForeign) handle.open(path, kAppend);
+  platform::closeFileOnExec(descriptor);
+  return handle.is_open();
+}
+
+int makeWritable(const std::string& path, int file, bool isForeign) {
+  constexpr mode_t kMode = 0666;
+  return isForeign ? ::fchmod(file, kMode) : ::chmod(path.c_str(), kMode);
 }
 
 class LockGuard {
@@ -60,24 +74,21 @@ LogTargetDefault::~LogTargetDefault() {
 }
 
 bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
-  struct stat item {};
-  const bool existed = ::lstat(filePath.c_str(), &item) == 0;
   const bool isOwnStream = &handle == &stream;
   if (handle.is_open()) handle.close();
-  if (isOwnStream) appendFile_.close();
-  if (isPipe(filePath)) return false;
-
   handle.clear();
-  handle.open(filePath, std::ios::out | std::ios::app);
-  if (!handle.is_open()) return false;
-  platform::closeFileOnExec(filePath);
+  if (isOwnStream) appendFile_.close();
 
-  if (!existed && ::chmod(filePath.c_str(), 0666) != 0) {
+  const platform::OwnersFolder folder(filePath);
+  struct stat item {};
+  const bool existed = ::fstatat(folder.get(), folder.name().c_str(), &item, AT_SYMLINK_NOFOLLOW) == 0;
+  platform::UniqueFd file = openLog(folder);
+  if (!file || !openStream(handle, file.get(), filePath, folder.isForeign())) return false;
+  if (!existed && makeWritable(filePath, file.get(), folder.isForeign()) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
   }
-  if (!isOwnStream || appendFile_.open(filePath)) return true;
-  handle.close();
-  return false;
+  if (isOwnStream) appendFile_.use(std::move(file));
+  return true;
 }
 
 bool LogTargetDefault::SetStreamPath(const char* name) {

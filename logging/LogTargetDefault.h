@@ -33,7 +33,7 @@ class LogTargetDefault : public LogTargetBase {
   ~LogTargetDefault() override;
 
   // Opens the log file for appending. A new file gets mode 0666; an existing file keeps its mode. Returns false for a
-  // named pipe, because opening it waits for a reader.
+  // named pipe.
   bool SetStreamHandle(std::fstream& handle) override;
 
   // Sets the path to the file of this name in the user's log folder.
