@@ -86,6 +86,7 @@ class LogTargetDefault : public LogTargetBase {
 
  private:
   void checkSizeWhenDue();
+  void rotate();
   void beginLine();
   void endLine();
   void closeLock();

@@ -1,16 +1,52 @@
 #include "logging/Segmenting.h"
 
-#include <fstream>
-#include <string>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "logging/AppendFile.h"
 #include "logging/Helpers.h"
 #include "logging/LogTargetDefault.h"
 #include "platform/FileCopy.h"
+#include "platform/OwnersFolder.h"
+#include "platform/Path.h"
+#include "platform/UniqueFd.h"
 
 namespace tarn {
 namespace {
 
 constexpr long long kMaxLogSize = 10 * 1024 * 1024;
+
+// Returns the name of an archive in the folder of the log. Returns "" if the extension, which follows the last "." of
+// the whole path, begins in a folder's name.
+std::string archiveName(const std::string& log) {
+  std::string archive = log;
+  appendTimeStampToFile(archive);
+  const bool isSameFolder = platform::parentFolder(archive) == platform::parentFolder(log);
+  return isSameFolder ? platform::lastPathComponent(archive) : "";
+}
+
+bool closeCopy(platform::UniqueFd file) {
+  return ::close(file.release()) == 0 || errno == EINTR;  // network file systems report a full disk here
+}
+
+// Copies the log under a temporary name, so that a killed process leaves no part of an archive. The name is always the
+// same: the next rotation removes what was left.
+bool createArchive(int log, const platform::OwnersFolder& folder, const std::string& archive) {
+  const std::string temporary = folder.sibling("." + folder.fileName() + ".part");
+  (void)::unlinkat(folder.get(), temporary.c_str(), 0);
+  constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  platform::UniqueFd copy(::openat(folder.get(), temporary.c_str(), kNewFile, 0666));
+  if (!copy) return false;
+  if (platform::copyFileContents(log, copy.get()) && closeCopy(std::move(copy)) &&
+      ::renameat(folder.get(), temporary.c_str(), folder.get(), archive.c_str()) == 0)
+    return true;
+  (void)::unlinkat(folder.get(), temporary.c_str(), 0);
+  return false;
+}
 
 }  // namespace
 
@@ -34,16 +70,24 @@ bool LogTargetDefault::SegmentLogFile(bool) {
   if (size < kMaxLogSize) return true;
 
   if (stream.is_open()) stream.close();
-  std::string archive = filePath;
-  appendTimeStampToFile(archive);
-  if (copyContentOfFileToFile(filePath, archive)) (void)cleanFile();
+  rotate();
   return SetStreamHandle(stream);
+}
+
+// Copies and empties one open file: the path may lead to another file meanwhile.
+void LogTargetDefault::rotate() {
+  const platform::OwnersFolder folder(filePath);
+  const platform::UniqueFd log = openLog(folder);
+  if (!log) return;
+  const std::string archive = archiveName(filePath);
+  if (archive.empty() || !createArchive(log.get(), folder, folder.sibling(archive))) return;
+  (void)!::ftruncate(log.get(), 0);
 }
 
 bool LogTargetDefault::cleanFile() {
   if (stream.is_open()) stream.close();
-  std::ofstream file(filePath, std::ios::out | std::ios::trunc);
-  return file.is_open();
+  const platform::UniqueFd log = openLog(platform::OwnersFolder(filePath));
+  return log && ::ftruncate(log.get(), 0) == 0;
 }
 
 bool LogTargetDefault::renameLogFile() {

@@ -36,6 +36,7 @@ class OwnersFolder {
   // The folder and the name for functions such as `openat`.
   int get() const { return folder_ ? folder_.get() : AT_FDCWD; }
   std::string name() const { return sibling(fileName_); }
+  const std::string& fileName() const { return fileName_; }
 
   // Returns the name of another file in the folder.
   std::string sibling(const std::string& fileName) const { return prefix_ + fileName; }

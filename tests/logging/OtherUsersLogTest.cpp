@@ -113,6 +113,19 @@ TEST_F(OtherUsersLogTest, LogFolderIsNotCreatedThroughALink) {
   EXPECT_TRUE(support::namesIn(roots).empty());
 }
 
+TEST_F(OtherUsersLogTest, ArchiveDoesNotFollowLinks) {
+  support::writeFile(file, std::string(kMaxLogSize, '\n'));
+  giveToAnn(file);
+  const std::time_t now = support::currentSecond();
+  for (std::time_t second = now; second < now + 4; ++second) {
+    char stamp[64];
+    std::strftime(stamp, sizeof stamp, "/Kelvo %m-%d-%Y %H-%M-%S.log", std::localtime(&second));
+    linkTo(precious, home + stamp);
+  }
+  (void)setUp(home);
+  EXPECT_EQ(std::filesystem::file_size(precious), 8u);
+}
+
 TEST_F(OtherUsersLogTest, RightsEndWithTheCall) {
   ASSERT_TRUE(setUp(home));
   support::writeFile(roots + "/after", "");

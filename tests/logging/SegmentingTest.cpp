@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -164,6 +165,23 @@ TEST_F(SegmentingTest, FailedCopyKeepsTheFile) {
   EXPECT_EQ(rotating.wait(), 0);
   EXPECT_TRUE(archives().empty());
   EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
+}
+
+TEST_F(SegmentingTest, KilledRotationLeavesNoPartOfAnArchive) {
+  constexpr std::size_t kSize = 12 * kMaxLogSize;
+  const support::SetRemover remover(file, 11);
+  support::writeFile(file, std::string(kSize, '\n'));
+  support::Child rotating([&] { return target.onRegisterTarget() ? ::pause() : 1; });
+  EXPECT_TRUE(support::becomesTrue([&] { return !archives().empty(); }));
+  rotating.kill();
+  rotating.wait();
+  for (const std::string& name : archives())
+    EXPECT_TRUE(name.front() == '.' || std::filesystem::file_size(folder / name) == kSize) << name;
+
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  for (const std::string& name : archives())
+    EXPECT_NE(name.front(), '.') << name;
 }
 
 TEST_F(SegmentingTest, CleanFileKeepsTheFile) {
