@@ -19,6 +19,7 @@
 #include "logging/BinaryLock.h"
 #include "logging/LineFormat.h"
 #include "logging/LogTargetBase.h"
+#include "logging/Segmenting.h"
 
 namespace tarn {
 
@@ -73,6 +74,7 @@ class LogTargetDefault : public LogTargetBase {
   //
   // - Other processes keep their open file.
   // - If the copy fails, the file is unchanged. A symbolic link is never rotated: the size checked is the link's own.
+  // - Does not replace an archive of an earlier rotation: if the name of this second is taken, waits for the next.
   // - Returns true if the file is small enough, or if it is open again. The argument is fixed by the interface and not
   //   used.
   bool SegmentLogFile(bool);
@@ -100,6 +102,7 @@ class LogTargetDefault : public LogTargetBase {
 
   std::string lockPath_;  // the lock's file, which is not `filePath` after a later `setLogFile`
   AppendFile appendFile_;
+  ArchiveNames archiveNames_;
   TimestampCache timestamps_;
   std::string line_;  // a member so that its memory is reused
 };

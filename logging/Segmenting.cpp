@@ -1,10 +1,15 @@
 #include "logging/Segmenting.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <ctime>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "logging/AppendFile.h"
@@ -19,14 +24,27 @@ namespace tarn {
 namespace {
 
 constexpr long long kMaxLogSize = 10 * 1024 * 1024;
+constexpr std::chrono::milliseconds kTimeout{1500};
+constexpr std::chrono::milliseconds kRetryInterval{10};
 
 // Returns the name of an archive in the folder of the log. Returns "" if the extension, which follows the last "." of
 // the whole path, begins in a folder's name.
-std::string archiveName(const std::string& log) {
+std::string archiveNameOf(const std::string& log) {
   std::string archive = log;
   appendTimeStampToFile(archive);
   const bool isSameFolder = platform::parentFolder(archive) == platform::parentFolder(log);
   return isSameFolder ? platform::lastPathComponent(archive) : "";
+}
+
+std::time_t currentSecond() {
+  timeval now{};
+  (void)getCurrentTime(now);
+  return now.tv_sec;
+}
+
+bool exists(const std::string& name, const platform::OwnersFolder& folder) {
+  struct stat object {};
+  return ::fstatat(folder.get(), name.c_str(), &object, AT_SYMLINK_NOFOLLOW) == 0 || errno != ENOENT;
 }
 
 bool closeCopy(platform::UniqueFd file) {
@@ -64,6 +82,28 @@ bool appendTimeStampToFile(std::string& path) {
   return true;
 }
 
+std::string ArchiveNames::next(const std::string& log, const platform::OwnersFolder& folder) {
+  const auto deadline = Clock::now() + kTimeout;
+  do {
+    const std::string name = archiveNameOf(log);
+    if (name.empty()) return "";
+    const std::string archive = folder.sibling(name);
+    if (isLast(archive) || !exists(archive, folder)) {
+      last_ = archive;
+      lastSecond_ = currentSecond();
+      lastTime_ = Clock::now();
+      return archive;
+    }
+    std::this_thread::sleep_for(kRetryInterval);
+  } while (Clock::now() < deadline);
+  return "";
+}
+
+// The second alone is not enough: a clock that was set back repeats it.
+bool ArchiveNames::isLast(const std::string& archive) const {
+  return archive == last_ && currentSecond() == lastSecond_ && Clock::now() - lastTime_ < std::chrono::minutes(1);
+}
+
 bool LogTargetDefault::SegmentLogFile(bool) {
   long long size = 0;
   if (!getFileSize(filePath, size)) return false;
@@ -79,8 +119,8 @@ void LogTargetDefault::rotate() {
   const platform::OwnersFolder folder(filePath);
   const platform::UniqueFd log = openLog(folder);
   if (!log) return;
-  const std::string archive = archiveName(filePath);
-  if (archive.empty() || !createArchive(log.get(), folder, folder.sibling(archive))) return;
+  const std::string archive = archiveNames_.next(filePath, folder);
+  if (archive.empty() || !createArchive(log.get(), folder, archive)) return;
   (void)!::ftruncate(log.get(), 0);
 }
 

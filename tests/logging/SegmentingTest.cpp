@@ -70,6 +70,56 @@ TEST_F(SegmentingTest, ArchiveNameHasTheTime) {
   EXPECT_THAT(archives(), ElementsAre("Kelvo " + now.stamp + ".log"));
 }
 
+TEST_F(SegmentingTest, SecondRotationInASecondReplacesTheArchive) {
+  const support::FakeLocalTime now;
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  support::writeFile(file, std::string(kMaxLogSize, '2'));
+  EXPECT_TRUE(target.SegmentLogFile(true));
+  ASSERT_THAT(archives(), ElementsAre("Kelvo " + now.stamp + ".log"));
+  EXPECT_EQ(support::contentsOf(folder / archives()[0]).front(), '2');
+}
+
+TEST_F(SegmentingTest, OlderArchiveIsNotReplaced) {
+  const support::FakeLocalTime now;
+  const std::string older = folder / ("Kelvo " + now.stamp + ".log");
+  support::writeFile(older, "older");
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  EXPECT_EQ(support::contentsOf(older), "older");
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
+
+  ++support::fakeTimeOfDay->tv_sec;
+  EXPECT_TRUE(target.SegmentLogFile(true));
+  EXPECT_EQ(support::contentsOf(older), "older");
+  EXPECT_EQ(archives().size(), 2u);
+  EXPECT_EQ(std::filesystem::file_size(file), 0u);
+}
+
+// At the end of the summer time the local time of an hour is repeated.
+TEST_F(SegmentingTest, ArchiveOfTheHourBeforeIsNotReplaced) {
+  const support::TimeZone berlin("CET-1CEST,M3.5.0,M10.5.0/3");
+  support::fakeTimeOfDay = timeval{1414283400, 0};  // 26 October 2014, 02:30:00 in summer time
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  support::fakeTimeOfDay->tv_sec += 3600;
+  grow(kMaxLogSize);
+  target.SegmentLogFile(true);
+  support::fakeTimeOfDay.reset();
+  EXPECT_EQ(archives().size(), 1u);
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
+}
+
+TEST_F(SegmentingTest, WaitsForASecondWithoutAnArchive) {
+  std::string taken = file;
+  tarn::appendTimeStampToFile(taken);
+  support::writeFile(taken, "older");
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  EXPECT_EQ(support::contentsOf(taken), "older");
+  EXPECT_EQ(std::filesystem::file_size(file), 0u);
+}
+
 TEST_F(SegmentingTest, SymbolicLinkIsNotRotated) {
   grow(kMaxLogSize);
   std::filesystem::rename(file, home + "/elsewhere.log");
