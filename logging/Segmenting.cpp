@@ -121,7 +121,8 @@ void LogTargetDefault::rotate() {
   if (!log) return;
   const std::string archive = archiveNames_.next(filePath, folder);
   if (archive.empty() || !createArchive(log.get(), folder, archive)) return;
-  (void)!::ftruncate(log.get(), 0);
+  // Without this, every check of a file that cannot be emptied would add an archive.
+  if (::ftruncate(log.get(), 0) != 0) (void)::unlinkat(folder.get(), archive.c_str(), 0);
 }
 
 bool LogTargetDefault::cleanFile() {

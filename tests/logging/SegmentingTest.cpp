@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <ctime>
@@ -20,6 +23,19 @@
 #include "tests/support/Child.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/Mounts.h"
+
+namespace {
+
+bool emptyingFails = false;
+
+}  // namespace
+
+// Replaces the function of the C library.
+extern "C" int ftruncate(int fd, off_t size) noexcept {
+  if (!emptyingFails || size != 0) return static_cast<int>(::syscall(SYS_ftruncate, fd, size));
+  errno = EPERM;
+  return -1;
+}
 
 namespace {
 
@@ -232,6 +248,15 @@ TEST_F(SegmentingTest, KilledRotationLeavesNoPartOfAnArchive) {
   target.onRegisterTarget();
   for (const std::string& name : archives())
     EXPECT_NE(name.front(), '.') << name;
+}
+
+TEST_F(SegmentingTest, FailedEmptyingLeavesNoArchive) {
+  grow(kMaxLogSize);
+  emptyingFails = true;
+  EXPECT_TRUE(target.onRegisterTarget());
+  emptyingFails = false;
+  EXPECT_TRUE(archives().empty());
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
 }
 
 TEST_F(SegmentingTest, CleanFileKeepsTheFile) {
