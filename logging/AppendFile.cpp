@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/FileKind.h"
+
 namespace tarn {
 
 namespace {
@@ -43,6 +45,14 @@ bool AppendFile::use(platform::UniqueFd file) {
   file_ = std::move(file);
   lineEnd_ = kUnknown;
   return isOpen();
+}
+
+bool AppendFile::isAt(const platform::OwnersFolder& folder) const {
+  struct stat own {};
+  struct stat other {};
+  return ::fstat(file_.get(), &own) == 0 &&
+         ::fstatat(folder.get(), folder.name().c_str(), &other, folder.statFlags()) == 0 &&
+         platform::isSame(own, other);
 }
 
 void AppendFile::close() {

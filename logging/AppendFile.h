@@ -33,6 +33,9 @@ class AppendFile {
   bool use(platform::UniqueFd file);
   void close();
 
+  // Returns whether the file is the one that the folder's path leads to.
+  bool isAt(const platform::OwnersFolder& folder) const;
+
   bool isOpen() const { return static_cast<bool>(file_); }
   int get() const { return file_.get(); }
 

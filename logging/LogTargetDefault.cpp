@@ -11,7 +11,6 @@
 #include <fstream>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "logging/Helpers.h"
 #include "platform/CloseOnExec.h"
@@ -74,21 +73,21 @@ LogTargetDefault::~LogTargetDefault() {
 }
 
 bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
-  const bool isOwnStream = &handle == &stream;
+  AppendFile scratch;
+  AppendFile& file = &handle == &stream ? appendFile_ : scratch;
   if (handle.is_open()) handle.close();
   handle.clear();
-  if (isOwnStream) appendFile_.close();
 
   const platform::OwnersFolder folder(filePath);
   struct stat item {};
   const bool existed = ::fstatat(folder.get(), folder.name().c_str(), &item, AT_SYMLINK_NOFOLLOW) == 0;
-  platform::UniqueFd file = openLog(folder);
-  if (!file || !openStream(handle, file.get(), filePath, folder.isForeign())) return false;
+  // A file that is still in place stays open: it might not be possible to open it again.
+  if (folder && !file.isAt(folder)) file.close();
+  if (!file.isOpen() && !file.use(openLog(folder))) return false;
   if (!existed && makeWritable(filePath, file.get(), folder.isForeign()) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
   }
-  if (isOwnStream) appendFile_.use(std::move(file));
-  return true;
+  return openStream(handle, file.get(), filePath, folder.isForeign());
 }
 
 bool LogTargetDefault::SetStreamPath(const char* name) {
@@ -111,7 +110,7 @@ void LogTargetDefault::beginLine() {
 void LogTargetDefault::endLine() {
   line_ += '\n';
   // Not through `stream`: it writes a line in two pieces, or keeps a line that a full disk rejected.
-  if (stream.is_open()) (void)appendFile_.append(line_);  // a line that does not fit on the disk is lost
+  if (appendFile_.isOpen()) (void)appendFile_.append(line_);  // a line that does not fit on the disk is lost
   if (line_.capacity() > kMaxKeptCapacity) line_ = {};
 }
 

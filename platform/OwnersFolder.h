@@ -42,9 +42,10 @@ class OwnersFolder {
   std::string sibling(const std::string& fileName) const { return prefix_ + fileName; }
 
   // Returns whether another user may have created the file or replaced it by a link. It must be opened with
-  // `openFlags`.
+  // `openFlags` and examined with `statFlags`.
   bool isForeign() const { return foreign_; }
   int openFlags() const { return foreign_ ? O_NOFOLLOW : 0; }
+  int statFlags() const { return foreign_ ? AT_SYMLINK_NOFOLLOW : 0; }
 
   // Returns whether a file of this owner may be used in the folder: a user cannot move the file of a third user there.
   bool mayOwn(uid_t owner) const { return owner == 0 || owner == owner_ || owner_ == 0; }

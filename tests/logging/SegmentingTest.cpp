@@ -153,6 +153,20 @@ TEST_F(SegmentingTest, WritingContinuesAfterRotation) {
   EXPECT_EQ(lastMessage(), "text");
 }
 
+TEST_F(SegmentingTest, WritingContinuesWithoutFreeDescriptors) {
+  target.onRegisterTarget();
+  grow(kMaxLogSize);
+  support::Child writer([&] {
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    target.SegmentLogFile(true);
+    log(tarn::INFO, "text");
+    return 0;
+  });
+  EXPECT_EQ(writer.wait(), 0);
+  EXPECT_EQ(lastMessage(), "text");
+}
+
 TEST_F(SegmentingTest, RotationKeepsTheInodeForOtherWriters) {
   std::ofstream other(file, std::ios::app);
   grow(kMaxLogSize);
