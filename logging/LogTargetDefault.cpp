@@ -1,5 +1,6 @@
 #include "logging/LogTargetDefault.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -9,17 +10,25 @@
 #include <ctime>
 #include <fstream>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "logging/Helpers.h"
 #include "platform/CloseOnExec.h"
+#include "platform/OwnersFolder.h"
+#include "platform/Path.h"
 #include "platform/PathLock.h"
+#include "platform/SemaphoreSet.h"
+#include "platform/Users.h"
 
 namespace tarn {
 namespace {
 
 constexpr int kLockProject = 11;
 constexpr std::int64_t kSizeCheckInterval = 3600;  // seconds
+constexpr std::int64_t kRepairInterval = 60;       // seconds
 constexpr std::size_t kMessageSize = 4096;
 constexpr std::size_t kMaxKeptCapacity = 64 * 1024;
 
@@ -30,27 +39,63 @@ bool systemHasThreadIds() {
   return !utilGetCurrentOSVersion(major, minor, bugFix) || hasThreadIds(major, minor);
 }
 
-bool isPipe(const std::string& path) {
-  struct stat item {};
-  return ::stat(path.c_str(), &item) == 0 && S_ISFIFO(item.st_mode);
+// The path of an open descriptor leads to the file that was checked. A system may lack /dev/fd, for example in a folder
+// that became the root folder.
+bool openStream(std::fstream& handle, int file, const std::string& path, bool isForeign) {
+  constexpr std::ios::openmode kAppend = std::ios::out | std::ios::app;
+  const std::string descriptor = "/dev/fd/" + std::to_string(file);
+  handle.open(descriptor, kAppend);
+  if (!handle.is_open() && !isForeign) handle.open(path, kAppend);
+  platform::closeFileOnExec(descriptor);
+  return handle.is_open();
 }
 
-class LockGuard {
- public:
-  explicit LockGuard(BinaryLock& lock) : lock_(lock), held_(lock.wait()) {}
-  LockGuard(const LockGuard&) = delete;
-  LockGuard& operator=(const LockGuard&) = delete;
-  ~LockGuard() {
-    if (held_) lock_.release();
-  }
-  explicit operator bool() const { return held_; }
+// Creates the user's log folder again if it was removed. Other folders are the caller's.
+void restoreLogsFolder(const std::string& file) {
+  constexpr std::string_view kLogsFolder = "/Library/Logs";
+  const std::string folder = platform::deletingLastPathComponent(file);
+  if (folder.size() <= kLogsFolder.size()) return;
+  const std::size_t home = folder.size() - kLogsFolder.size();
+  if (folder.substr(home) == kLogsFolder) (void)platform::makeLogsFolder(folder.substr(0, home));
+}
 
- private:
-  BinaryLock& lock_;
-  const bool held_;
-};
+int makeWritable(const std::string& path, int file, bool isForeign) {
+  constexpr mode_t kMode = 0666;
+  return isForeign ? ::fchmod(file, kMode) : ::chmod(path.c_str(), kMode);
+}
 
 }  // namespace
+
+// Holds the target's lock for a scope. The lock may be replaced during the wait.
+class LogTargetDefault::LockGuard {
+ public:
+  explicit LockGuard(const LogTargetDefault& target) : current_(target.currentLock_) { take(); }
+  LockGuard(const LockGuard&) = delete;
+  LockGuard& operator=(const LockGuard&) = delete;
+  ~LockGuard() { release(); }
+  explicit operator bool() const { return lock_ != nullptr; }
+
+  void takeAgain() {
+    release();
+    take();
+  }
+
+ private:
+  void take() {
+    for (BinaryLock* lock = current_; lock != nullptr && lock->wait(); lock = current_) {
+      lock_ = lock;
+      if (lock == current_) return;
+      release();
+    }
+  }
+
+  void release() {
+    if (lock_ != nullptr) std::exchange(lock_, nullptr)->release();
+  }
+
+  const std::atomic<BinaryLock*>& current_;
+  BinaryLock* lock_ = nullptr;
+};
 
 LogTargetDefault::LogTargetDefault(const char* identifier)
     : LogTargetBase(identifier), threadIdEnabled(systemHasThreadIds()) {}
@@ -60,24 +105,21 @@ LogTargetDefault::~LogTargetDefault() {
 }
 
 bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
-  struct stat item {};
-  const bool existed = ::lstat(filePath.c_str(), &item) == 0;
-  const bool isOwnStream = &handle == &stream;
+  AppendFile scratch;
+  AppendFile& file = &handle == &stream ? appendFile_ : scratch;
   if (handle.is_open()) handle.close();
-  if (isOwnStream) appendFile_.close();
-  if (isPipe(filePath)) return false;
-
   handle.clear();
-  handle.open(filePath, std::ios::out | std::ios::app);
-  if (!handle.is_open()) return false;
-  platform::closeFileOnExec(filePath);
 
-  if (!existed && ::chmod(filePath.c_str(), 0666) != 0) {
+  const platform::OwnersFolder folder(filePath);
+  struct stat item {};
+  const bool existed = ::fstatat(folder.get(), folder.name().c_str(), &item, AT_SYMLINK_NOFOLLOW) == 0;
+  // A file that is still in place stays open: it might not be possible to open it again.
+  if (folder && !file.isAt(folder)) file.close();
+  if (!file.isOpen() && !file.use(openLog(folder))) return false;
+  if (!existed && makeWritable(filePath, file.get(), folder.isForeign()) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
   }
-  if (!isOwnStream || appendFile_.open(filePath)) return true;
-  handle.close();
-  return false;
+  return openStream(handle, file.get(), filePath, folder.isForeign());
 }
 
 bool LogTargetDefault::SetStreamPath(const char* name) {
@@ -100,7 +142,7 @@ void LogTargetDefault::beginLine() {
 void LogTargetDefault::endLine() {
   line_ += '\n';
   // Not through `stream`: it writes a line in two pieces, or keeps a line that a full disk rejected.
-  if (stream.is_open()) (void)appendFile_.append(line_);  // a line that does not fit on the disk is lost
+  if (appendFile_.isOpen()) (void)appendFile_.append(line_);  // a line that does not fit on the disk is lost
   if (line_.capacity() > kMaxKeptCapacity) line_ = {};
 }
 
@@ -112,11 +154,13 @@ bool LogTargetDefault::onRegisterTarget() {
   if (!lock) {
     lock = std::make_unique<BinaryLock>();
     lockPath_ = filePath;
+    lockKey_ = platform::SemaphoreSet::keyFor(lockPath_, kLockProject);
     // On failure the target writes nothing, because unlocked writes could mix lines.
     (void)lock->create(lockPath_, kLockProject);
+    currentLock_ = lock.get();
   }
-  segmentCheckTime = lastLineTime = std::time(nullptr);
-  if (const LockGuard guard(*lock); guard) SegmentLogFile(true);
+  segmentCheckTime = lastLineTime = repairTime_ = std::time(nullptr);
+  if (const LockGuard guard(*this); guard) SegmentLogFile(true);
   registered = true;
   return true;
 }
@@ -132,6 +176,8 @@ bool LogTargetDefault::onUnregisterTarget() {
 void LogTargetDefault::closeLock() {
   if (!lock) return;
   const platform::PathLock pathLock(lockPath_);
+  currentLock_ = nullptr;
+  formerLocks_.clear();
   lock->finalize();
   lock.reset();
 }
@@ -139,13 +185,14 @@ void LogTargetDefault::closeLock() {
 bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
                                 const char* component, const char* extra1, const char* extra2, const char* format,
                                 va_list* arguments, unsigned long long timeMs) {
-  if (logLevel > level || !lock) return true;
-  const LockGuard guard(*lock);
+  if (logLevel > level || currentLock_ == nullptr) return true;
+  LockGuard guard(*this);
+  if (guard) checkSizeWhenDue();
+  if (isRepairDue(timeMs) && repair(static_cast<bool>(guard))) guard.takeAgain();
   if (!guard) {
     countMissingLine(level);
     return true;
   }
-  checkSizeWhenDue();
 
   char formatted[kMessageSize];
   formatted[0] = '\0';
@@ -165,6 +212,35 @@ bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const ch
 
 void LogTargetDefault::countMissingLine(Log_Level level) {
   if (logLevel <= level) ++missingLines_;
+}
+
+bool LogTargetDefault::isRepairDue(unsigned long long timeMs) {
+  const std::int64_t now = timeMs != 0 ? static_cast<std::int64_t>(timeMs / 1000) : std::time(nullptr);
+  std::int64_t last = repairTime_;
+  const bool isDue = now < last || now - last >= kRepairInterval;
+  return isDue && repairTime_.compare_exchange_strong(last, now);
+}
+
+bool LogTargetDefault::repair(bool held) {
+  const std::unique_lock<std::mutex> turn(mutex, std::try_to_lock);
+  if (!turn) return false;
+  if (!held) return lock->getReferenceCount() == -1 && replaceLock();
+
+  if (!appendFile_.isOpen() || !stream.is_open() || !appendFile_.isAt(platform::OwnersFolder(filePath))) {
+    restoreLogsFolder(filePath);
+    (void)SetStreamHandle(stream);
+  }
+  const key_t key = platform::SemaphoreSet::keyFor(lockPath_, kLockProject);
+  return key != -1 && key != lockKey_ && replaceLock();
+}
+
+bool LogTargetDefault::replaceLock() {
+  auto replacement = std::make_unique<BinaryLock>();
+  if (!replacement->create(lockPath_, kLockProject)) return false;
+  lockKey_ = platform::SemaphoreSet::keyFor(lockPath_, kLockProject);
+  formerLocks_.push_back(std::exchange(lock, std::move(replacement)));
+  currentLock_ = lock.get();
+  return true;
 }
 
 void LogTargetDefault::checkSizeWhenDue() {

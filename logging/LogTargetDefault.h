@@ -3,9 +3,10 @@
 // - Each line, size check and rotation holds the file's `BinaryLock`, which excludes other processes and threads. The
 //   members that `writeLog` calls are not thread-safe by themselves.
 // - A line is one `write` call, done before `writeLog` returns.
-// - A line is lost if the lock cannot be taken within 2 seconds. The next line is preceded by one that says how many
-// are
+// - A line is lost if the lock cannot be taken within 2 seconds. The next line is preceded by one that says how many are
 //   missing.
+// - A line opens the file or the lock again, at most once a minute, if one of them is missing or if the path leads to
+//   another file, which then has another lock.
 // - A line is lost if the lock does not exist, or while the disk is full. Nothing reports that.
 //
 //   03/07/14 16:05:09:123 | [ERROR] | 27403 | QSU | Login | Web | 1001 |  | 4873 | Page load failed
@@ -13,16 +14,20 @@
 
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <cstdint>
 #include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "logging/AppendFile.h"
 #include "logging/BinaryLock.h"
 #include "logging/LineFormat.h"
 #include "logging/LogTargetBase.h"
+#include "logging/Segmenting.h"
 
 namespace tarn {
 
@@ -37,7 +42,7 @@ class LogTargetDefault : public LogTargetBase {
   ~LogTargetDefault() override;
 
   // Opens the log file for appending. A new file gets mode 0666; an existing file keeps its mode. Returns false for a
-  // named pipe, because opening it waits for a reader.
+  // named pipe.
   bool SetStreamHandle(std::fstream& handle) override;
 
   // Sets the path to the file of this name in the user's log folder.
@@ -80,6 +85,7 @@ class LogTargetDefault : public LogTargetBase {
   //
   // - Other processes keep their open file.
   // - If the copy fails, the file is unchanged. A symbolic link is never rotated: the size checked is the link's own.
+  // - Does not replace an archive of an earlier rotation: if the name of this second is taken, waits for the next.
   // - Returns true if the file is small enough, or if it is open again. The argument is fixed by the interface and not
   //   used.
   bool SegmentLogFile(bool);
@@ -92,7 +98,17 @@ class LogTargetDefault : public LogTargetBase {
   const std::string& getRenamedFilePath() const { return renamedFilePath; }
 
  private:
+  class LockGuard;
+
+  // Whether a minute has passed. Returns true to one thread only.
+  bool isRepairDue(unsigned long long timeMs);
+
+  // Opens again what is missing or was replaced. `held`: whether this thread holds the lock. Returns whether the lock
+  // is another one.
+  bool repair(bool held);
+  bool replaceLock();
   void checkSizeWhenDue();
+  void rotate();
   void beginLine();
   void endLine();
   void closeLock();
@@ -104,8 +120,13 @@ class LogTargetDefault : public LogTargetBase {
   std::int64_t segmentCheckTime = 0;
   std::int64_t lastLineTime = 0;
 
+  std::atomic<BinaryLock*> currentLock_{nullptr};         // `lock`, for threads that do not hold it
+  std::vector<std::unique_ptr<BinaryLock>> formerLocks_;  // threads may still wait for them
+  std::atomic<std::int64_t> repairTime_{0};               // seconds since the epoch
+  key_t lockKey_ = -1;
   std::string lockPath_;  // the lock's file, which is not `filePath` after a later `setLogFile`
   AppendFile appendFile_;
+  ArchiveNames archiveNames_;
   TimestampCache timestamps_;
   std::atomic<unsigned> missingLines_{0};
   std::string line_;  // a member so that its memory is reused

@@ -123,6 +123,11 @@ bool copyFileContents(const std::string& from, const std::string& to) {
   return false;
 }
 
+bool copyFileContents(int from, int to) {
+  struct stat object {};
+  return ::fstat(from, &object) == 0 && copyContents(from, to, object.st_size);
+}
+
 Failure copyFile(const std::string& from, const std::string& to) {
   struct stat object {};
   if (::lstat(from.c_str(), &object) != 0) return errorWithPath(errno, from);

@@ -22,6 +22,10 @@ namespace platform {
 // - Returns false without a change if both paths are the same file.
 bool copyFileContents(const std::string& from, const std::string& to);
 
+// Copies the contents of an open file to an open empty file, with the same rules. A partial copy remains after a
+// failure.
+bool copyFileContents(int from, int to);
+
 // Copies a file with its attributes. Nothing may exist at `to`.
 //
 // - Keeps the permission bits, the times in nanoseconds, extended attributes, the access list, and holes.

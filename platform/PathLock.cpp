@@ -7,6 +7,8 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/OwnersFolder.h"
+
 namespace platform {
 namespace {
 
@@ -15,7 +17,11 @@ constexpr std::chrono::microseconds kRetryInterval{100};
 
 }  // namespace
 
-PathLock::PathLock(const std::string& path) : file_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+PathLock::PathLock(const std::string& path) {
+  if (const OwnersFolder folder(path); folder) {
+    constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
+    file_.reset(::openat(folder.get(), folder.name().c_str(), kFlags | folder.openFlags()));
+  }
   const auto deadline = std::chrono::steady_clock::now() + kTimeout;
   while (file_ && ::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK && errno != EINTR) return;

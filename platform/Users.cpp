@@ -9,38 +9,52 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/OwnersFolder.h"
 #include "platform/Path.h"
+#include "platform/Text.h"
 
 namespace platform {
 namespace {
 
+struct Account {
+  std::string name;
+  std::string home;
+  gid_t group = 0;
+};
+
 // `lookUp` is one of the reentrant look-up functions without its key.
 template <typename LookUp>
-std::string homeFolderBy(LookUp lookUp) {
+std::optional<Account> accountBy(LookUp lookUp) {
   constexpr std::size_t kMaxEntrySize = 1 << 20;
   passwd entry{};
   passwd* found = nullptr;
   for (std::vector<char> buffer(1024); buffer.size() <= kMaxEntrySize; buffer.resize(buffer.size() * 2)) {
     const int error = lookUp(&entry, buffer.data(), buffer.size(), &found);
     if (error == ERANGE) continue;
-    return error == 0 && found != nullptr && entry.pw_dir != nullptr ? std::string(entry.pw_dir) : std::string();
+    if (error != 0 || found == nullptr) return std::nullopt;
+    return Account{orEmpty(entry.pw_name), orEmpty(entry.pw_dir), entry.pw_gid};
   }
-  return {};
+  return std::nullopt;
+}
+
+std::optional<Account> accountOf(uid_t user) {
+  return accountBy([&](auto... rest) { return ::getpwuid_r(user, rest...); });
 }
 
 bool makePrivateFolder(const std::string& path) {
-  return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
+  const OwnersFolder parent(path);
+  return parent && (::mkdirat(parent.get(), parent.name().c_str(), 0700) == 0 || errno == EEXIST);
 }
 
 // `getGroups` is `getgrouplist`, whose groups are signed numbers on some systems.
 template <typename Group>
-std::vector<gid_t> groupsOf(const char* user, std::size_t maxCount,
+std::vector<gid_t> groupsOf(const char* user, gid_t group, std::size_t maxCount,
                             int (*getGroups)(const char*, Group, Group*, int*)) {
   // Requests all groups: some user databases return none if the buffer is too small.
   constexpr std::size_t kMaxGroups = 65536;
   for (std::vector<Group> groups(maxCount); groups.size() <= kMaxGroups; groups.resize(groups.size() * 2 + 1)) {
     int count = static_cast<int>(groups.size());
-    if (getGroups(user, static_cast<Group>(::getegid()), groups.data(), &count) < 0) continue;
+    if (getGroups(user, static_cast<Group>(group), groups.data(), &count) < 0) continue;
     const auto end = groups.begin() + static_cast<std::ptrdiff_t>(std::min(maxCount, static_cast<std::size_t>(count)));
     return {groups.begin(), end};
   }
@@ -50,11 +64,11 @@ std::vector<gid_t> groupsOf(const char* user, std::size_t maxCount,
 }  // namespace
 
 std::string homeFolderOf(const std::string& user) {
-  return homeFolderBy([&](auto... rest) { return ::getpwnam_r(user.c_str(), rest...); });
+  return accountBy([&](auto... rest) { return ::getpwnam_r(user.c_str(), rest...); }).value_or(Account()).home;
 }
 
 std::string homeFolderOf(uid_t user) {
-  return homeFolderBy([&](auto... rest) { return ::getpwuid_r(user, rest...); });
+  return accountOf(user).value_or(Account()).home;
 }
 
 AsUser::AsUser(uid_t user)
@@ -64,6 +78,23 @@ AsUser::AsUser(uid_t user)
 
 AsUser::~AsUser() {
   if (changed_) (void)!::seteuid(previous_);  // always permitted
+}
+
+std::optional<FileRights> fileRightsOf(uid_t user) {
+  constexpr std::size_t kMaxGroups = 1024;
+  const std::optional<Account> account = accountOf(user);
+  if (!account) return std::nullopt;
+  return FileRights{user, account->group, groupsOf(account->name.c_str(), account->group, kMaxGroups, ::getgrouplist)};
+}
+
+FilesAsUser::FilesAsUser(uid_t user) : previous_(currentFileRights()), succeeded_(user == previous_.user) {
+  if (succeeded_) return;
+  const std::optional<FileRights> rights = fileRightsOf(user);
+  succeeded_ = rights && setFileRights(*rights);
+}
+
+FilesAsUser::~FilesAsUser() {
+  (void)setFileRights(previous_);  // always permitted
 }
 
 std::string homeFolderOfConsoleUser() {
@@ -91,7 +122,7 @@ std::vector<gid_t> groupsOfLogin(std::size_t maxCount) {
   constexpr std::size_t kMaxNameLength = 256;
   std::array<char, kMaxNameLength + 1> name{};
   if (::getlogin_r(name.data(), name.size()) != 0 || name.front() == '\0') return {};
-  return groupsOf(name.data(), maxCount, ::getgrouplist);
+  return groupsOf(name.data(), ::getegid(), maxCount, ::getgrouplist);
 }
 
 std::string nameOfGroup(gid_t group) {

@@ -49,12 +49,54 @@ class AsUser {
   bool succeeded_;
 };
 
+// Returns whether a super-user's process that works in files of this owner works in another user's files. False for an
+// owner that is unknown to the user namespace of the process.
+bool isOtherUser(uid_t owner);
+
+// The user and the groups that decide about access to files.
+struct FileRights {
+  uid_t user;
+  gid_t group;
+  std::vector<gid_t> groups;
+};
+
+// Returns the rights of a user of the password database.
+std::optional<FileRights> fileRightsOf(uid_t user);
+
+// Gives the calling thread the file rights of a user, for a scope. For a super-user's process.
+//
+// - Other threads keep their rights; a thread that is started in the scope gets the user's.
+// - Linux: does not change the effective user id, so that the user gets no access to the process.
+class FilesAsUser {
+ public:
+  explicit FilesAsUser(uid_t user);
+  FilesAsUser(const FilesAsUser&) = delete;
+  FilesAsUser& operator=(const FilesAsUser&) = delete;
+  ~FilesAsUser();
+
+  // Returns whether the thread has exactly these rights.
+  explicit operator bool() const { return succeeded_; }
+
+ private:
+  FileRights previous_;
+  bool succeeded_;
+};
+
+// The functions below are implemented per system.
+
+// Returns the rights of the calling thread.
+FileRights currentFileRights();
+
+// Changes the rights of the calling thread. Returns false if it has not got all of them.
+bool setFileRights(const FileRights& rights);
+
 // Returns the home folder of the console user; of the effective user if there is no console user or the process is not
 // permitted to become that user. Uses `AsUser`.
 std::string homeFolderOfConsoleUser();
 
 // Creates the folder "Library/Logs" in a home folder and returns its path. Missing folders get mode 0700. Returns no
-// value if one cannot be created or `home` is empty.
+// value if one cannot be created or `home` is empty. Uses `OwnersFolder`: another user's folders are created as that
+// user and not through links.
 std::optional<std::string> makeLogsFolder(const std::string& home);
 
 // Replaces a first component "~" by the home folder of the effective user and "~name" by the home folder of that user,

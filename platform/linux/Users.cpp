@@ -1,15 +1,19 @@
 #include "platform/Users.h"
 
+#include <sys/fsuid.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <systemd/sd-login.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Text.h"
 #include "platform/linux/Glib.h"
@@ -69,7 +73,48 @@ int createFolders(const std::string& path, mode_t mode) {
   return parentError != 0 ? parentError : createFolder(path, mode);
 }
 
+#ifdef SYS_setgroups32
+constexpr long kSetGroups = SYS_setgroups32;  // the older call has groups of 16 bits
+#else
+constexpr long kSetGroups = SYS_setgroups;
+#endif
+
+// The function of the C library changes all threads.
+bool setGroupsOfThread(const std::vector<gid_t>& groups) {
+  return ::syscall(kSetGroups, groups.size(), groups.data()) == 0;
+}
+
+// Both functions return the previous id, and refuse this one.
+constexpr uid_t kNoUser = static_cast<uid_t>(-1);
+constexpr gid_t kNoGroup = static_cast<gid_t>(-1);
+
+uid_t fileUser() {
+  return static_cast<uid_t>(::setfsuid(kNoUser));
+}
+
+gid_t fileGroup() {
+  return static_cast<gid_t>(::setfsgid(kNoGroup));
+}
+
 }  // namespace
+
+bool isOtherUser(uid_t owner) {
+  constexpr uid_t kUnknownOwner = 65534;  // default of /proc/sys/kernel/overflowuid
+  return owner != 0 && owner != kUnknownOwner;
+}
+
+FileRights currentFileRights() {
+  std::vector<gid_t> groups(static_cast<std::size_t>(std::max(0, ::getgroups(0, nullptr))));
+  groups.resize(static_cast<std::size_t>(std::max(0, ::getgroups(static_cast<int>(groups.size()), groups.data()))));
+  return {fileUser(), fileGroup(), groups};
+}
+
+bool setFileRights(const FileRights& rights) {
+  const bool groupsSet = setGroupsOfThread(rights.groups);
+  (void)::setfsgid(rights.group);
+  (void)::setfsuid(rights.user);
+  return groupsSet && fileGroup() == rights.group && fileUser() == rights.user;
+}
 
 std::optional<uid_t> consoleUser() {
   char* name = nullptr;

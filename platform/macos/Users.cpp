@@ -2,6 +2,8 @@
 
 #include <CoreServices/CoreServices.h>
 #include <SystemConfiguration/SystemConfiguration.h>
+#include <sys/kauth.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <optional>
@@ -63,6 +65,20 @@ FolderSearch findOrCreate(FSVolumeRefNum domain, OSType kind) {
 #pragma GCC diagnostic pop
 
 }  // namespace
+
+bool isOtherUser(uid_t owner) {
+  return owner != 0;
+}
+
+FileRights currentFileRights() {
+  return {::geteuid(), ::getegid(), {}};
+}
+
+// The system reduces the groups to the given one.
+bool setFileRights(const FileRights& rights) {
+  if (rights.user == 0) return ::pthread_setugid_np(KAUTH_UID_NONE, KAUTH_GID_NONE) == 0;
+  return ::pthread_setugid_np(rights.user, rights.group) == 0;
+}
 
 std::optional<uid_t> consoleUser() {
   uid_t user = 0;

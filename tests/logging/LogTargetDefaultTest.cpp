@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
@@ -75,6 +76,28 @@ TEST_F(WritingTest, StartedProgramsDoNotInheritTheFile) {
   ASSERT_TRUE(target.setLogFile("Other.log", folder.path().c_str()));
   ASSERT_TRUE(isOpen(folder / "Other.log"));
   EXPECT_EQ(inheritable(folder / "Other.log"), 0);
+}
+
+// In a child, because a thread that waits for a reader cannot be ended.
+TEST_F(FileTargetTest, PipeInPlaceOfTheFileDoesNotBlock) {
+  const std::string pipe = folder / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const support::Shared<std::atomic<bool>> opened;
+  support::Child opener([&] {
+    std::fstream stream;
+    for (int i = 0; i < 10000; ++i)
+      (void)target.SetStreamHandle(stream);
+    *opened = true;
+    return 0;
+  });
+  const std::string next = folder / "next";
+  EXPECT_TRUE(support::becomesTrue([&] {
+    std::filesystem::create_hard_link(pipe, next);
+    std::filesystem::rename(next, file);
+    support::writeFile(next, "");
+    std::filesystem::rename(next, file);
+    return opened->load();
+  }));
 }
 
 TEST_F(FileTargetTest, TargetWithoutPathUsesLogFolder) {

@@ -3,8 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <ctime>
@@ -19,6 +23,19 @@
 #include "tests/support/Child.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/Mounts.h"
+
+namespace {
+
+bool emptyingFails = false;
+
+}  // namespace
+
+// Replaces the function of the C library.
+extern "C" int ftruncate(int fd, off_t size) noexcept {
+  if (!emptyingFails || size != 0) return static_cast<int>(::syscall(SYS_ftruncate, fd, size));
+  errno = EPERM;
+  return -1;
+}
 
 namespace {
 
@@ -69,6 +86,56 @@ TEST_F(SegmentingTest, ArchiveNameHasTheTime) {
   EXPECT_THAT(archives(), ElementsAre("Kelvo " + now.stamp + ".log"));
 }
 
+TEST_F(SegmentingTest, SecondRotationInASecondReplacesTheArchive) {
+  const support::FakeLocalTime now;
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  support::writeFile(file, std::string(kMaxLogSize, '2'));
+  EXPECT_TRUE(target.SegmentLogFile(true));
+  ASSERT_THAT(archives(), ElementsAre("Kelvo " + now.stamp + ".log"));
+  EXPECT_EQ(support::contentsOf(folder / archives()[0]).front(), '2');
+}
+
+TEST_F(SegmentingTest, OlderArchiveIsNotReplaced) {
+  const support::FakeLocalTime now;
+  const std::string older = folder / ("Kelvo " + now.stamp + ".log");
+  support::writeFile(older, "older");
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  EXPECT_EQ(support::contentsOf(older), "older");
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
+
+  ++support::fakeTimeOfDay->tv_sec;
+  EXPECT_TRUE(target.SegmentLogFile(true));
+  EXPECT_EQ(support::contentsOf(older), "older");
+  EXPECT_EQ(archives().size(), 2u);
+  EXPECT_EQ(std::filesystem::file_size(file), 0u);
+}
+
+// At the end of the summer time the local time of an hour is repeated.
+TEST_F(SegmentingTest, ArchiveOfTheHourBeforeIsNotReplaced) {
+  const support::TimeZone berlin("CET-1CEST,M3.5.0,M10.5.0/3");
+  support::fakeTimeOfDay = timeval{1414283400, 0};  // 26 October 2014, 02:30:00 in summer time
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  support::fakeTimeOfDay->tv_sec += 3600;
+  grow(kMaxLogSize);
+  target.SegmentLogFile(true);
+  support::fakeTimeOfDay.reset();
+  EXPECT_EQ(archives().size(), 1u);
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
+}
+
+TEST_F(SegmentingTest, WaitsForASecondWithoutAnArchive) {
+  std::string taken = file;
+  tarn::appendTimeStampToFile(taken);
+  support::writeFile(taken, "older");
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  EXPECT_EQ(support::contentsOf(taken), "older");
+  EXPECT_EQ(std::filesystem::file_size(file), 0u);
+}
+
 TEST_F(SegmentingTest, SymbolicLinkIsNotRotated) {
   grow(kMaxLogSize);
   std::filesystem::rename(file, home + "/elsewhere.log");
@@ -83,6 +150,20 @@ TEST_F(SegmentingTest, WritingContinuesAfterRotation) {
   target.onRegisterTarget();
   log(tarn::INFO, "text");
   EXPECT_EQ(support::linesOf(file).size(), 1u);
+  EXPECT_EQ(lastMessage(), "text");
+}
+
+TEST_F(SegmentingTest, WritingContinuesWithoutFreeDescriptors) {
+  target.onRegisterTarget();
+  grow(kMaxLogSize);
+  support::Child writer([&] {
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    target.SegmentLogFile(true);
+    log(tarn::INFO, "text");
+    return 0;
+  });
+  EXPECT_EQ(writer.wait(), 0);
   EXPECT_EQ(lastMessage(), "text");
 }
 
@@ -162,6 +243,32 @@ TEST_F(SegmentingTest, FailedCopyKeepsTheFile) {
     return checked ? 0 : 1;
   });
   EXPECT_EQ(rotating.wait(), 0);
+  EXPECT_TRUE(archives().empty());
+  EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
+}
+
+TEST_F(SegmentingTest, KilledRotationLeavesNoPartOfAnArchive) {
+  constexpr std::size_t kSize = 12 * kMaxLogSize;
+  const support::SetRemover remover(file, 11);
+  support::writeFile(file, std::string(kSize, '\n'));
+  support::Child rotating([&] { return target.onRegisterTarget() ? ::pause() : 1; });
+  EXPECT_TRUE(support::becomesTrue([&] { return !archives().empty(); }));
+  rotating.kill();
+  rotating.wait();
+  for (const std::string& name : archives())
+    EXPECT_TRUE(name.front() == '.' || std::filesystem::file_size(folder / name) == kSize) << name;
+
+  grow(kMaxLogSize);
+  target.onRegisterTarget();
+  for (const std::string& name : archives())
+    EXPECT_NE(name.front(), '.') << name;
+}
+
+TEST_F(SegmentingTest, FailedEmptyingLeavesNoArchive) {
+  grow(kMaxLogSize);
+  emptyingFails = true;
+  EXPECT_TRUE(target.onRegisterTarget());
+  emptyingFails = false;
   EXPECT_TRUE(archives().empty());
   EXPECT_EQ(std::filesystem::file_size(file), kMaxLogSize);
 }

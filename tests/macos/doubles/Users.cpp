@@ -1,4 +1,4 @@
-// The console user and the well-known folders.
+// The console user, the well-known folders and the identity of a thread.
 //
 // - The user's folders are in the home folder from the password database.
 // - The folders of the other domains are only names: they need not exist and are not created.
@@ -8,7 +8,10 @@
 #include <CoreServices/CoreServices.h>
 #include <SystemConfiguration/SystemConfiguration.h>
 #include <pwd.h>
+#include <sys/fsuid.h>
+#include <sys/kauth.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -80,4 +83,14 @@ OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFold
   if (path.empty()) return fnfErr;
   *foundRef = doubles::referenceTo(path);
   return noErr;
+}
+
+int pthread_setugid_np(uid_t user, gid_t group) {
+  const bool isReset = user == KAUTH_UID_NONE;
+  const uid_t newUser = isReset ? ::geteuid() : user;
+  const gid_t newGroup = isReset ? ::getegid() : group;
+  (void)::syscall(SYS_setgroups, 1, &newGroup);
+  (void)::setfsgid(newGroup);
+  (void)::setfsuid(newUser);
+  return static_cast<uid_t>(::setfsuid(static_cast<uid_t>(-1))) == newUser ? 0 : -1;
 }
