@@ -4,8 +4,7 @@
 //   not mix. A call waits at most 2 seconds for all locks together; while another process keeps one of them, only the
 //   first call waits that long. Then the message is dropped, and the next line in the log says how many are missing.
 // - If the flag does not exist (no home folder, no free semaphores), messages are dropped, and a call tries to create
-// it
-//   once a minute. If another user has created it, messages are written without it.
+//   it once a minute. If another user has created it, messages are written without it.
 // - Before the first call of `setLogLevel`, `logTrace` to `logFatal` write nothing. After it, any thread may log at any
 //   time, also while the process exits: from then on messages are dropped.
 // - A child of `fork` may log, and may leave through `exit`.

@@ -1,38 +1,16 @@
 #include "app/gtk/load/NetworkProcessWatch.h"
 
 #include <glib-unix.h>
-#include <sys/syscall.h>
-#include <sys/types.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <optional>
-#include <system_error>
+#include <utility>
+#include <vector>
 
-#include "platform/Processes.h"
+#include "app/gtk/Descendants.h"
 
 namespace {
 
 constexpr guint kRetryMilliseconds = 20;
 constexpr int kMaxTries = 3000;
-
-bool isNetworkProcess(pid_t process) {
-  return std::filesystem::path(platform::programOf(process)).filename() == "WebKitNetworkProcess";
-}
-
-// A child is listed under the thread that started it.
-std::optional<pid_t> findNetworkProcess() {
-  std::error_code failed;
-  std::filesystem::directory_iterator thread("/proc/self/task", failed);
-  for (; !failed && thread != std::filesystem::directory_iterator(); thread.increment(failed)) {
-    std::ifstream children(thread->path() / "children");
-    for (pid_t child = 0; children >> child;) {
-      if (isNetworkProcess(child)) return child;
-    }
-  }
-  return std::nullopt;
-}
 
 }  // namespace
 
@@ -42,14 +20,13 @@ void NetworkProcessWatch::start() {
 }
 
 void NetworkProcessWatch::watch() {
-  const std::optional<pid_t> process = findNetworkProcess();
-  if (!process) {
+  std::vector<platform::UniqueFd> found = descendantsRunning("WebKitNetworkProcess");
+  if (found.empty()) {
     if (++tries_ < kMaxTries) source_ = g_timeout_add(kRetryMilliseconds, onRetry, this);
     return;
   }
-  // Several releases of glibc declare pidfd_open without C linkage.
-  process_.reset(static_cast<int>(::syscall(SYS_pidfd_open, *process, 0)));
-  if (process_) source_ = g_unix_fd_add(process_.get(), G_IO_IN, onReadable, this);
+  process_ = std::move(found.front());
+  source_ = g_unix_fd_add(process_.get(), G_IO_IN, onReadable, this);
 }
 
 gboolean NetworkProcessWatch::onRetry(gpointer self) {
