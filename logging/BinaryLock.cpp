@@ -60,18 +60,18 @@ bool BinaryLock::detach(const Attachment& attachment) {
 }
 
 bool BinaryLock::wait() {
-  countForkedProcess();
+  const pid_t process = platform::currentProcessId();
+  countForked(process);
   const int id = id_;
   if (!SemaphoreSet(id).take(kMutex)) {
     if (!SemaphoreSet::wasRemoved(errno) || !reopen(id) || !SemaphoreSet(id_).take(kMutex)) return false;
   }
-  waitForOtherThread();
+  waitForOtherThread(process);
   return true;
 }
 
 // The count does not follow a fork. Only one thread counts the process.
-void BinaryLock::countForkedProcess() {
-  const pid_t process = platform::currentProcessId();
+void BinaryLock::countForked(pid_t process) {
   pid_t counted = countedProcess_.load(std::memory_order_relaxed);
   if (counted == process || id_ == kClosed) return;
   if (!countedProcess_.compare_exchange_strong(counted, process)) return;
@@ -97,8 +97,7 @@ bool BinaryLock::reopen(int removed) {
 
 // A thread that took the lock before its set was removed may still write. The limit is for a caller that never
 // releases.
-void BinaryLock::waitForOtherThread() {
-  const pid_t process = platform::currentProcessId();
+void BinaryLock::waitForOtherThread(pid_t process) {
   pid_t holder = kNobody;
   if (holdingProcess_.compare_exchange_strong(holder, process, std::memory_order_acquire)) return;
   const auto deadline = platform::WaitLimit::deadline();

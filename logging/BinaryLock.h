@@ -60,9 +60,9 @@ class BinaryLock {
 
   bool attach(Attachment& made) const;
   static bool detach(const Attachment& attachment);
-  void countForkedProcess();
+  void countForked(pid_t process);
   bool reopen(int removed);
-  void waitForOtherThread();
+  void waitForOtherThread(pid_t process);
 
   std::string path_;
   int projectId_ = 0;

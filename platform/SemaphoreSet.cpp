@@ -54,10 +54,6 @@ void waitForRetry() {
   }
 }
 
-// A semaphore orders threads in the kernel, but the C++ memory model does not know semop. Each increment releases and
-// each decrement acquires this counter, which gives the two a happens-before relation.
-std::atomic<unsigned> releaseCount{0};
-
 void noteResult(int set, int error) {
   const int stuck = stuckSet.load(std::memory_order_relaxed);
   if (error == EAGAIN) {
@@ -70,6 +66,18 @@ void noteResult(int set, int error) {
 // The stuck set may have been replaced by this one.
 void noteNewSet(int set) {
   if (stuckSet != set) stuckSet = kNoSet;
+}
+
+// Inline: after a system call every return costs more than the work of this function.
+inline bool operate(int id, int member, int delta, int flags) {
+  sembuf operation{};
+  operation.sem_num = static_cast<unsigned short>(member);
+  operation.sem_op = static_cast<short>(delta);
+  operation.sem_flg = static_cast<short>(flags);
+  while (::semop(id, &operation, 1) != 0) {
+    if (errno != EINTR) return false;
+  }
+  return true;
 }
 
 // Returns no value if the set was removed or may not be read.
@@ -159,38 +167,29 @@ void SemaphoreSet::raiseIfAbandoned(int mutex) const {
 }
 
 bool SemaphoreSet::change(int member, int delta, int flags) const {
-  sembuf operation{};
-  operation.sem_num = static_cast<unsigned short>(member);
-  operation.sem_op = static_cast<short>(delta);
-  operation.sem_flg = static_cast<short>(flags);
-
-  if (delta > 0) releaseCount.fetch_add(1, std::memory_order_release);
-  while (::semop(id_, &operation, 1) != 0) {
-    if (errno != EINTR) return false;
-  }
-  if (delta < 0) (void)releaseCount.load(std::memory_order_acquire);
-  return true;
+  return operate(id_, member, delta, flags);
 }
 
 bool SemaphoreSet::take(int member) const {
   const bool isStuck = stuckSet.load(std::memory_order_relaxed) != kNoSet;
-  const int tries = isStuck ? 1 : kTriesBeforeBlocking;
-  bool taken = change(member, -1, SEM_UNDO | IPC_NOWAIT);
-  for (int i = 1; i < tries && !taken && errno == EAGAIN; ++i) {
-    waitForRetry();
-    taken = change(member, -1, SEM_UNDO | IPC_NOWAIT);
-  }
-  if (!taken && errno == EAGAIN) {
-    const Clock::time_point deadline = WaitLimit::deadline();
-    taken = takeBefore(isStuck ? std::min(deadline, Clock::now() + kStuckWait) : deadline, member);
-    (void)releaseCount.load(std::memory_order_acquire);
-  }
-  noteResult(id_, taken ? 0 : errno);
+  const bool taken = operate(id_, member, -1, SEM_UNDO | IPC_NOWAIT) || (errno == EAGAIN && wait(member, isStuck));
+  if (isStuck || !taken) noteResult(id_, taken ? 0 : errno);
   return taken;
 }
 
+bool SemaphoreSet::wait(int member, bool isStuck) const {
+  const Clock::time_point deadline = WaitLimit::deadline();
+  if (isStuck) return takeBefore(std::min(deadline, Clock::now() + kStuckWait), member);
+  for (int tries = 1; tries < kTriesBeforeBlocking; ++tries) {
+    waitForRetry();
+    if (operate(id_, member, -1, SEM_UNDO | IPC_NOWAIT)) return true;
+    if (errno != EAGAIN) return false;
+  }
+  return takeBefore(deadline, member);
+}
+
 bool SemaphoreSet::release(int member) const {
-  if (change(member, +1, SEM_UNDO)) return true;
+  if (operate(id_, member, +1, SEM_UNDO)) return true;
   giveUp(member);
   return false;
 }

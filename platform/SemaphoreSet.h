@@ -2,8 +2,8 @@
 //
 // - A value type that holds the set's identifier: copying and destroying it do not change the set.
 // - A failed call returns false or -1 and sets `errno`.
-// - Thread-safe. What a thread writes before it increments a semaphore is visible to the thread that decrements it
-//   next.
+// - Thread-safe. Excludes threads of one process too. The C++ memory model does not know semaphore sets: an owner that
+//   shares data between threads orders its accesses by another means.
 
 #pragma once
 
@@ -81,6 +81,7 @@ class SemaphoreSet {
   static bool wasRemoved(int error);
 
  private:
+  bool wait(int member, bool isStuck) const;
   bool takeBefore(WaitLimit::Clock::time_point deadline, int member) const;
   void giveUp(int member) const;
   bool isUntouched(int mutex) const;

@@ -14,15 +14,24 @@ class WaitLimit {
  public:
   using Clock = std::chrono::steady_clock;
 
-  WaitLimit();
+  WaitLimit() : isOutermost_(state == State::kNoScope) {
+    if (isOutermost_) state = State::kNotWaited;
+  }
   WaitLimit(const WaitLimit&) = delete;
   WaitLimit& operator=(const WaitLimit&) = delete;
-  ~WaitLimit();
+  ~WaitLimit() {
+    if (isOutermost_) state = State::kNoScope;
+  }
 
   // Returns when the calling thread must stop waiting.
   static Clock::time_point deadline();
 
  private:
+  enum class State { kNoScope, kNotWaited, kWaited };
+
+  static inline thread_local State state = State::kNoScope;
+  static inline thread_local Clock::time_point sharedDeadline;
+
   bool isOutermost_;
 };
 
