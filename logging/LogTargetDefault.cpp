@@ -10,18 +10,25 @@
 #include <ctime>
 #include <fstream>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "logging/Helpers.h"
 #include "platform/CloseOnExec.h"
 #include "platform/OwnersFolder.h"
+#include "platform/Path.h"
 #include "platform/PathLock.h"
+#include "platform/SemaphoreSet.h"
+#include "platform/Users.h"
 
 namespace tarn {
 namespace {
 
 constexpr int kLockProject = 11;
 constexpr std::int64_t kSizeCheckInterval = 3600;  // seconds
+constexpr std::int64_t kRepairInterval = 60;       // seconds
 constexpr std::size_t kMessageSize = 4096;
 constexpr std::size_t kMaxKeptCapacity = 64 * 1024;
 
@@ -43,27 +50,52 @@ bool openStream(std::fstream& handle, int file, const std::string& path, bool is
   return handle.is_open();
 }
 
+// Creates the user's log folder again if it was removed. Other folders are the caller's.
+void restoreLogsFolder(const std::string& file) {
+  constexpr std::string_view kLogsFolder = "/Library/Logs";
+  const std::string folder = platform::deletingLastPathComponent(file);
+  if (folder.size() <= kLogsFolder.size()) return;
+  const std::size_t home = folder.size() - kLogsFolder.size();
+  if (folder.substr(home) == kLogsFolder) (void)platform::makeLogsFolder(folder.substr(0, home));
+}
+
 int makeWritable(const std::string& path, int file, bool isForeign) {
   constexpr mode_t kMode = 0666;
   return isForeign ? ::fchmod(file, kMode) : ::chmod(path.c_str(), kMode);
 }
 
-class LockGuard {
+}  // namespace
+
+// Holds the target's lock for a scope. The lock may be replaced during the wait.
+class LogTargetDefault::LockGuard {
  public:
-  explicit LockGuard(BinaryLock& lock) : lock_(lock), held_(lock.wait()) {}
+  explicit LockGuard(const LogTargetDefault& target) : current_(target.currentLock_) { take(); }
   LockGuard(const LockGuard&) = delete;
   LockGuard& operator=(const LockGuard&) = delete;
-  ~LockGuard() {
-    if (held_) lock_.release();
+  ~LockGuard() { release(); }
+  explicit operator bool() const { return lock_ != nullptr; }
+
+  void takeAgain() {
+    release();
+    take();
   }
-  explicit operator bool() const { return held_; }
 
  private:
-  BinaryLock& lock_;
-  const bool held_;
-};
+  void take() {
+    for (BinaryLock* lock = current_; lock != nullptr && lock->wait(); lock = current_) {
+      lock_ = lock;
+      if (lock == current_) return;
+      release();
+    }
+  }
 
-}  // namespace
+  void release() {
+    if (lock_ != nullptr) std::exchange(lock_, nullptr)->release();
+  }
+
+  const std::atomic<BinaryLock*>& current_;
+  BinaryLock* lock_ = nullptr;
+};
 
 LogTargetDefault::LogTargetDefault(const char* identifier)
     : LogTargetBase(identifier), threadIdEnabled(systemHasThreadIds()) {}
@@ -122,11 +154,13 @@ bool LogTargetDefault::onRegisterTarget() {
   if (!lock) {
     lock = std::make_unique<BinaryLock>();
     lockPath_ = filePath;
+    lockKey_ = platform::SemaphoreSet::keyFor(lockPath_, kLockProject);
     // On failure the target writes nothing, because unlocked writes could mix lines.
     (void)lock->create(lockPath_, kLockProject);
+    currentLock_ = lock.get();
   }
-  segmentCheckTime = lastLineTime = std::time(nullptr);
-  if (const LockGuard guard(*lock); guard) SegmentLogFile(true);
+  segmentCheckTime = lastLineTime = repairTime_ = std::time(nullptr);
+  if (const LockGuard guard(*this); guard) SegmentLogFile(true);
   registered = true;
   return true;
 }
@@ -142,17 +176,21 @@ bool LogTargetDefault::onUnregisterTarget() {
 void LogTargetDefault::closeLock() {
   if (!lock) return;
   const platform::PathLock pathLock(lockPath_);
-  lock->finalize();
-  lock.reset();
+  currentLock_ = nullptr;
+  formerLocks_.push_back(std::move(lock));
+  for (const std::unique_ptr<BinaryLock>& each : formerLocks_)
+    each->finalize();  // the destructor keeps a set whose identifier is 0
+  formerLocks_.clear();
 }
 
 bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
                                 const char* component, const char* extra1, const char* extra2, const char* format,
                                 va_list* arguments, unsigned long long timeMs) {
-  if (logLevel > level || !lock) return true;
-  const LockGuard guard(*lock);
+  if (logLevel > level || currentLock_ == nullptr) return true;
+  LockGuard guard(*this);
+  if (guard) checkSizeWhenDue();
+  if (isRepairDue(timeMs) && repair(static_cast<bool>(guard))) guard.takeAgain();
   if (!guard) return true;
-  checkSizeWhenDue();
 
   char formatted[kMessageSize];
   formatted[0] = '\0';
@@ -161,6 +199,35 @@ bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const ch
   beginLine();
   formatLog(timeMs, level, sessionId, domain, subDomain, component, extra1, extra2, message, line_);
   endLine();
+  return true;
+}
+
+bool LogTargetDefault::isRepairDue(unsigned long long timeMs) {
+  const std::int64_t now = timeMs != 0 ? static_cast<std::int64_t>(timeMs / 1000) : std::time(nullptr);
+  std::int64_t last = repairTime_;
+  const bool isDue = now < last || now - last >= kRepairInterval;
+  return isDue && repairTime_.compare_exchange_strong(last, now);
+}
+
+bool LogTargetDefault::repair(bool held) {
+  const std::unique_lock<std::mutex> turn(mutex, std::try_to_lock);
+  if (!turn) return false;
+  if (!held) return lock->getReferenceCount() == -1 && replaceLock();
+
+  if (!appendFile_.isOpen() || !stream.is_open() || !appendFile_.isAt(platform::OwnersFolder(filePath))) {
+    restoreLogsFolder(filePath);
+    (void)SetStreamHandle(stream);
+  }
+  const key_t key = platform::SemaphoreSet::keyFor(lockPath_, kLockProject);
+  return key != -1 && key != lockKey_ && replaceLock();
+}
+
+bool LogTargetDefault::replaceLock() {
+  auto replacement = std::make_unique<BinaryLock>();
+  if (!replacement->create(lockPath_, kLockProject)) return false;
+  lockKey_ = platform::SemaphoreSet::keyFor(lockPath_, kLockProject);
+  formerLocks_.push_back(std::exchange(lock, std::move(replacement)));
+  currentLock_ = lock.get();
   return true;
 }
 

@@ -3,6 +3,8 @@
 // - Each line, size check and rotation holds the file's `BinaryLock`, which excludes other processes and threads. The
 //   members that `writeLog` calls are not thread-safe by themselves.
 // - A line is one `write` call, done before `writeLog` returns.
+// - A line opens the file or the lock again, at most once a minute, if one of them is missing or if the path leads to
+//   another file, which then has another lock.
 // - A line is lost if the lock does not exist or cannot be taken, or while the disk is full. Nothing reports that.
 //
 //   03/07/14 16:05:09:123 | [ERROR] | 27403 | QSU | Login | Web | 1001 |  | 4873 | Page load failed
@@ -10,10 +12,14 @@
 
 #pragma once
 
+#include <sys/types.h>
+
+#include <atomic>
 #include <cstdint>
 #include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "logging/AppendFile.h"
 #include "logging/BinaryLock.h"
@@ -87,6 +93,15 @@ class LogTargetDefault : public LogTargetBase {
   const std::string& getRenamedFilePath() const { return renamedFilePath; }
 
  private:
+  class LockGuard;
+
+  // Whether a minute has passed. Returns true to one thread only.
+  bool isRepairDue(unsigned long long timeMs);
+
+  // Opens again what is missing or was replaced. `held`: whether this thread holds the lock. Returns whether the lock
+  // is another one.
+  bool repair(bool held);
+  bool replaceLock();
   void checkSizeWhenDue();
   void rotate();
   void beginLine();
@@ -100,6 +115,10 @@ class LogTargetDefault : public LogTargetBase {
   std::int64_t segmentCheckTime = 0;
   std::int64_t lastLineTime = 0;
 
+  std::atomic<BinaryLock*> currentLock_{nullptr};         // `lock`, for threads that do not hold it
+  std::vector<std::unique_ptr<BinaryLock>> formerLocks_;  // threads may still wait for them
+  std::atomic<std::int64_t> repairTime_{0};               // seconds since the epoch
+  key_t lockKey_ = -1;
   std::string lockPath_;  // the lock's file, which is not `filePath` after a later `setLogFile`
   AppendFile appendFile_;
   ArchiveNames archiveNames_;
