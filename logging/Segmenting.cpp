@@ -87,7 +87,7 @@ std::string ArchiveNames::next(const std::string& log, const platform::OwnersFol
   do {
     const std::string name = archiveNameOf(log);
     if (name.empty()) return "";
-    const std::string archive = folder.sibling(name);
+    std::string archive = folder.sibling(name);
     if (isLast(archive) || !exists(archive, folder)) {
       last_ = archive;
       lastSecond_ = currentSecond();

@@ -79,7 +79,7 @@ TEST_F(WritingTest, StartedProgramsDoNotInheritTheFile) {
 }
 
 // In a child, because a thread that waits for a reader cannot be ended.
-TEST_F(FileTargetTest, PipeInPlaceOfTheFileDoesNotBlock) {
+TEST_F(FileTargetTest, SwappedInPipeDoesNotBlock) {
   const std::string pipe = folder / "pipe";
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   const support::Shared<std::atomic<bool>> opened;
