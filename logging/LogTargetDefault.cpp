@@ -17,6 +17,7 @@
 
 #include "logging/Helpers.h"
 #include "platform/CloseOnExec.h"
+#include "platform/FileSizeSignal.h"
 #include "platform/OwnersFolder.h"
 #include "platform/Path.h"
 #include "platform/PathLock.h"
@@ -150,6 +151,7 @@ bool LogTargetDefault::onRegisterTarget() {
   if (!fileUsable) return false;
   if (filePath.empty() && !SetStreamPath(fileName.c_str())) return false;
   if (!SetStreamHandle(stream)) return false;
+  platform::handleFileSizeSignal();
 
   if (!lock) {
     lock = std::make_unique<BinaryLock>();

@@ -16,6 +16,7 @@
 #include "logging/Helpers.h"
 #include "logging/LogTargetDefault.h"
 #include "platform/FileCopy.h"
+#include "platform/FileSizeSignal.h"
 #include "platform/OwnersFolder.h"
 #include "platform/Path.h"
 #include "platform/UniqueFd.h"
@@ -59,6 +60,7 @@ bool createArchive(int log, const platform::OwnersFolder& folder, const std::str
   constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   platform::UniqueFd copy(::openat(folder.get(), temporary.c_str(), kNewFile, 0666));
   if (!copy) return false;
+  const platform::FileSizeSignalScope scope;
   if (platform::copyFileContents(log, copy.get()) && closeCopy(std::move(copy)) &&
       ::renameat(folder.get(), temporary.c_str(), folder.get(), archive.c_str()) == 0)
     return true;
