@@ -148,10 +148,10 @@ void LogTargetDefault::endLine() {
 }
 
 bool LogTargetDefault::onRegisterTarget() {
+  platform::handleFileSizeSignal();
   if (!fileUsable) return false;
   if (filePath.empty() && !SetStreamPath(fileName.c_str())) return false;
   if (!SetStreamHandle(stream)) return false;
-  platform::handleFileSizeSignal();
 
   if (!lock) {
     lock = std::make_unique<BinaryLock>();
