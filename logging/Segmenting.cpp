@@ -68,6 +68,14 @@ bool createArchive(int log, const platform::OwnersFolder& folder, const std::str
   return false;
 }
 
+// An error does not always mean that nothing happened.
+bool makeEmpty(int log) {
+  while (::ftruncate(log, 0) != 0 && errno == EINTR) {
+  }
+  struct stat object {};
+  return ::fstat(log, &object) == 0 && object.st_size == 0;
+}
+
 }  // namespace
 
 bool copyContentOfFileToFile(const std::string& from, const std::string& to) {
@@ -124,13 +132,13 @@ void LogTargetDefault::rotate() {
   const std::string archive = archiveNames_.next(filePath, folder);
   if (archive.empty() || !createArchive(log.get(), folder, archive)) return;
   // Without this, every check of a file that cannot be emptied would add an archive.
-  if (::ftruncate(log.get(), 0) != 0) (void)::unlinkat(folder.get(), archive.c_str(), 0);
+  if (!makeEmpty(log.get())) (void)::unlinkat(folder.get(), archive.c_str(), 0);
 }
 
 bool LogTargetDefault::cleanFile() {
   if (stream.is_open()) stream.close();
   const platform::UniqueFd log = openLog(platform::OwnersFolder(filePath));
-  return log && ::ftruncate(log.get(), 0) == 0;
+  return log && makeEmpty(log.get());
 }
 
 bool LogTargetDefault::renameLogFile() {
@@ -143,7 +151,8 @@ bool LogTargetDefault::renameLogFile() {
   renamed += " " + stamp;
   if (!addFileExtension(renamed, extension)) return false;
 
-  if (fileExistsAtPath(renamed) || !renamePathToPath(filePath, renamed)) return false;
+  const platform::OwnersFolder asOwner(filePath);
+  if (!asOwner || fileExistsAtPath(renamed) || !renamePathToPath(filePath, renamed)) return false;
   renamedFilePath = renamed;
   return true;
 }
