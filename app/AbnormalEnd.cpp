@@ -17,6 +17,7 @@ namespace {
 
 // The signals whose default action is to end the process with a core file.
 constexpr std::array kSignals = {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGQUIT, SIGSEGV, SIGSYS, SIGTRAP, SIGXCPU, SIGXFSZ};
+static_assert(kSignals.back() == SIGXFSZ);
 constexpr std::size_t kStackSize = 64 * 1024;
 
 enum class State { kInactive, kWaiting, kClaimed };
@@ -41,7 +42,20 @@ void writeMessage() {
   if (isThisRun() && claimMessage()) (void)WriteFIFO(pipePath, message);
 }
 
+void onSignal(int number);
+
+// The log has a handler for a file that reaches the limit of file sizes. While a line is written, it keeps the signal's
+// action; otherwise it restores the default one.
+bool isDealtWith(int number) {
+  const struct sigaction& former = formerActions.back();
+  if (number != SIGXFSZ || former.sa_handler == SIG_DFL || former.sa_handler == SIG_IGN) return false;
+  former.sa_handler(number);
+  struct sigaction current {};
+  return ::sigaction(number, nullptr, &current) == 0 && current.sa_handler == onSignal;
+}
+
 void onSignal(int number) {
+  if (isDealtWith(number)) return;
   writeMessage();
   if (isThisRun() && cleanUp != nullptr) cleanUp();
   for (std::size_t i = 0; i < kSignals.size(); ++i) {

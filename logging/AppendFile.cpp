@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/FileKind.h"
+#include "platform/FileSizeSignal.h"
 
 namespace tarn {
 
@@ -70,6 +71,7 @@ bool AppendFile::isInsideLine() {
 }
 
 bool AppendFile::append(std::string_view text) {
+  const platform::FileSizeSignalScope scope;
   const bool complete = ::write(file_.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
   lineEnd_ = complete ? lineEnd_ + static_cast<off_t>(text.size()) : kUnknown;
   return complete;

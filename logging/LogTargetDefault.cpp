@@ -17,6 +17,7 @@
 
 #include "logging/Helpers.h"
 #include "platform/CloseOnExec.h"
+#include "platform/FileSizeSignal.h"
 #include "platform/OwnersFolder.h"
 #include "platform/Path.h"
 #include "platform/PathLock.h"
@@ -147,6 +148,7 @@ void LogTargetDefault::endLine() {
 }
 
 bool LogTargetDefault::onRegisterTarget() {
+  platform::handleFileSizeSignal();
   if (!fileUsable) return false;
   if (filePath.empty() && !SetStreamPath(fileName.c_str())) return false;
   if (!SetStreamHandle(stream)) return false;
@@ -177,9 +179,10 @@ void LogTargetDefault::closeLock() {
   if (!lock) return;
   const platform::PathLock pathLock(lockPath_);
   currentLock_ = nullptr;
+  formerLocks_.push_back(std::move(lock));
+  for (const std::unique_ptr<BinaryLock>& each : formerLocks_)
+    each->finalize();  // the destructor keeps a set whose identifier is 0
   formerLocks_.clear();
-  lock->finalize();
-  lock.reset();
 }
 
 bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,

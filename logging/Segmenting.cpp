@@ -16,6 +16,7 @@
 #include "logging/Helpers.h"
 #include "logging/LogTargetDefault.h"
 #include "platform/FileCopy.h"
+#include "platform/FileSizeSignal.h"
 #include "platform/OwnersFolder.h"
 #include "platform/Path.h"
 #include "platform/UniqueFd.h"
@@ -59,11 +60,20 @@ bool createArchive(int log, const platform::OwnersFolder& folder, const std::str
   constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   platform::UniqueFd copy(::openat(folder.get(), temporary.c_str(), kNewFile, 0666));
   if (!copy) return false;
+  const platform::FileSizeSignalScope scope;
   if (platform::copyFileContents(log, copy.get()) && closeCopy(std::move(copy)) &&
       ::renameat(folder.get(), temporary.c_str(), folder.get(), archive.c_str()) == 0)
     return true;
   (void)::unlinkat(folder.get(), temporary.c_str(), 0);
   return false;
+}
+
+// An error does not always mean that nothing happened.
+bool makeEmpty(int log) {
+  while (::ftruncate(log, 0) != 0 && errno == EINTR) {
+  }
+  struct stat object {};
+  return ::fstat(log, &object) == 0 && object.st_size == 0;
 }
 
 }  // namespace
@@ -87,7 +97,7 @@ std::string ArchiveNames::next(const std::string& log, const platform::OwnersFol
   do {
     const std::string name = archiveNameOf(log);
     if (name.empty()) return "";
-    const std::string archive = folder.sibling(name);
+    std::string archive = folder.sibling(name);
     if (isLast(archive) || !exists(archive, folder)) {
       last_ = archive;
       lastSecond_ = currentSecond();
@@ -122,13 +132,13 @@ void LogTargetDefault::rotate() {
   const std::string archive = archiveNames_.next(filePath, folder);
   if (archive.empty() || !createArchive(log.get(), folder, archive)) return;
   // Without this, every check of a file that cannot be emptied would add an archive.
-  if (::ftruncate(log.get(), 0) != 0) (void)::unlinkat(folder.get(), archive.c_str(), 0);
+  if (!makeEmpty(log.get())) (void)::unlinkat(folder.get(), archive.c_str(), 0);
 }
 
 bool LogTargetDefault::cleanFile() {
   if (stream.is_open()) stream.close();
   const platform::UniqueFd log = openLog(platform::OwnersFolder(filePath));
-  return log && ::ftruncate(log.get(), 0) == 0;
+  return log && makeEmpty(log.get());
 }
 
 bool LogTargetDefault::renameLogFile() {
@@ -141,7 +151,8 @@ bool LogTargetDefault::renameLogFile() {
   renamed += " " + stamp;
   if (!addFileExtension(renamed, extension)) return false;
 
-  if (fileExistsAtPath(renamed) || !renamePathToPath(filePath, renamed)) return false;
+  const platform::OwnersFolder asOwner(filePath);
+  if (!asOwner || fileExistsAtPath(renamed) || !renamePathToPath(filePath, renamed)) return false;
   renamedFilePath = renamed;
   return true;
 }

@@ -63,6 +63,31 @@ INSTANTIATE_TEST_SUITE_P(Signals, SignalEnd,
                                          SIGXFSZ),
                          [](const auto& each) { return std::string("SIG") + ::sigabbrev_np(each.param); });
 
+// Restores the action of the signal after a test that changes it.
+class FileSizeSignal : public AbnormalEnd {
+ protected:
+  ~FileSizeSignal() override { (void)::signal(SIGXFSZ, SIG_DFL); }
+};
+
+TEST_F(FileSizeSignal, ThatTheLogIgnoresIsIgnored) {
+  (void)::signal(SIGXFSZ, [](int) {});
+  EXPECT_EQ(end([] {
+              (void)::raise(SIGXFSZ);
+              ::_exit(claimMessage() ? 7 : 1);
+            }),
+            7);
+  EXPECT_EQ(received(), "");
+}
+
+TEST_F(FileSizeSignal, ThatTheLogPassesOnWritesTheMessage) {
+  (void)::signal(SIGXFSZ, [](int number) {
+    (void)::signal(number, SIG_DFL);
+    (void)::raise(number);
+  });
+  EXPECT_EQ(end([] { (void)::raise(SIGXFSZ); }), 128 + SIGXFSZ);
+  EXPECT_EQ(received(), kMessage);
+}
+
 TEST_F(AbnormalEnd, ByExitWritesOneMessage) {
   EXPECT_EQ(end([] { std::exit(3); }), 3);
   EXPECT_EQ(received(), kMessage);

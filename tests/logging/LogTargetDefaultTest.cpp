@@ -79,7 +79,7 @@ TEST_F(WritingTest, StartedProgramsDoNotInheritTheFile) {
 }
 
 // In a child, because a thread that waits for a reader cannot be ended.
-TEST_F(FileTargetTest, PipeInPlaceOfTheFileDoesNotBlock) {
+TEST_F(FileTargetTest, SwappedInPipeDoesNotBlock) {
   const std::string pipe = folder / "pipe";
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   const support::Shared<std::atomic<bool>> opened;
@@ -288,7 +288,6 @@ TEST_F(WritingTest, LinesAreDroppedOnlyWithoutSpace) {
   log(tarn::INFO, "one");
   const rlim_t size = std::filesystem::file_size(file);
   support::Child writer([&] {
-    ::signal(SIGXFSZ, SIG_IGN);
     const rlimit full{size + 10, RLIM_INFINITY};
     ::setrlimit(RLIMIT_FSIZE, &full);
     log(tarn::INFO, "two");
@@ -305,6 +304,29 @@ TEST_F(WritingTest, LinesAreDroppedOnlyWithoutSpace) {
   EXPECT_EQ(lines[1].size(), 10u);
   EXPECT_NE(lines[2].find(" | four"), std::string::npos);
   EXPECT_EQ(lastMessage(), "five");
+}
+
+TEST_F(WritingTest, FileSizeSignalEndsTheProcessOutsideALine) {
+  support::Child writer([&] {
+    const rlimit full{10, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &full);
+    log(tarn::INFO, "one");
+    log(tarn::INFO, "two");
+    std::ofstream(folder / "other") << "more than ten bytes" << std::flush << "and more" << std::flush;
+    return 0;
+  });
+  EXPECT_EQ(writer.wait(), 128 + SIGXFSZ);
+}
+
+TEST_F(FileTargetTest, FileSizeSignalOfTheProgramIsKept) {
+  support::Child writer([&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    target.onRegisterTarget();
+    const bool isKept = ::signal(SIGXFSZ, SIG_DFL) == SIG_IGN;
+    target.onUnregisterTarget();
+    return isKept ? 0 : 1;
+  });
+  EXPECT_EQ(writer.wait(), 0);
 }
 
 TEST_F(WritingTest, ThreadsDoNotMixTheirLines) {

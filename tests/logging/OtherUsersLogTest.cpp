@@ -132,7 +132,7 @@ TEST_F(OtherUsersLogTest, RightsEndWithTheCall) {
   EXPECT_EQ(ownerOf(roots + "/after"), 0u);
 }
 
-TEST_F(OtherUsersLogTest, FolderOfTheSuperUserIsUsedAsBefore) {
+TEST_F(OtherUsersLogTest, SuperUsersFolderIsUsedAsBefore) {
   std::filesystem::create_directory(home + "/logs");
   ASSERT_TRUE(setUp(home + "/logs"));
   EXPECT_EQ(ownerOf(home + "/logs/Kelvo.log"), 0u);

@@ -72,7 +72,7 @@ TEST_F(FileTargetTest, DeletedLogFolderIsCreatedAgain) {
   target.onUnregisterTarget();
 }
 
-TEST_F(RecoveryTest, ThreadsKeepTheirLinesWhileTheFileIsReplaced) {
+TEST_F(RecoveryTest, ThreadsLoseNoLineOfAReplacedFile) {
   std::atomic<int> second{0};
   std::atomic<int> written{0};
   std::atomic<bool> ended{false};

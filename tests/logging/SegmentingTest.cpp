@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <ctime>
 #include <filesystem>
@@ -235,7 +234,6 @@ TEST_F(SegmentingTest, CheckFailsForMissingFile) {
 TEST_F(SegmentingTest, FailedCopyKeepsTheFile) {
   grow(kMaxLogSize);
   support::Child rotating([&] {
-    ::signal(SIGXFSZ, SIG_IGN);
     const rlimit full{kMaxLogSize / 2, kMaxLogSize / 2};
     ::setrlimit(RLIMIT_FSIZE, &full);
     const bool checked = target.onRegisterTarget() && target.SegmentLogFile(true);
