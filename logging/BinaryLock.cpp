@@ -55,7 +55,7 @@ bool BinaryLock::attach(Attachment& made) const {
 bool BinaryLock::detach(const Attachment& attachment) {
   if (!attachment.isCounted) return true;
   const SemaphoreSet set(attachment.id);
-  if (!set.change(kReferences, -1, IPC_NOWAIT)) return false;
+  if (!set.change(kReferences, -1, attachment.isForked ? SEM_UNDO | IPC_NOWAIT : IPC_NOWAIT)) return false;
   return set.value(kReferences) != 0 || set.remove();
 }
 
@@ -70,12 +70,14 @@ bool BinaryLock::wait() {
   return true;
 }
 
-// The count does not follow a fork. Only one thread counts the process.
+// The count does not follow a fork. Only one thread counts the process. A forked process mostly leaves through `_exit`,
+// which closes no lock: the undo detaches it.
 void BinaryLock::countForked(pid_t process) {
   pid_t counted = countedProcess_.load(std::memory_order_relaxed);
   if (counted == process || id_ == kClosed) return;
   if (!countedProcess_.compare_exchange_strong(counted, process)) return;
-  isCounted_ = SemaphoreSet(id_).change(kReferences, +1, IPC_NOWAIT);
+  isForked_ = true;
+  isCounted_ = SemaphoreSet(id_).change(kReferences, +1, SEM_UNDO | IPC_NOWAIT);
 }
 
 // Opens the lock again after its set was removed. Returns false if it is closed or cannot be opened.
@@ -86,6 +88,7 @@ bool BinaryLock::reopen(int removed) {
   Attachment made;
   if (!attach(made)) return false;
   if (id_.compare_exchange_strong(removed, made.id)) {
+    isForked_ = false;
     isCounted_ = made.isCounted;
     return true;
   }
@@ -119,7 +122,7 @@ bool BinaryLock::release() {
 }
 
 bool BinaryLock::finalize() {
-  const Attachment former{id_.exchange(kClosed), isCounted_};
+  const Attachment former{id_.exchange(kClosed), isCounted_, isForked_};
   holdingProcess_ = kNobody;
   if (former.id == kClosed) return true;
   const bool isInherited = countedProcess_ != ::getpid();

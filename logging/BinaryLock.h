@@ -1,11 +1,11 @@
 // A lock between the processes that write the same log file, held for each line, size check and rotation.
 //
 // - A System V semaphore set. Member 0 counts the open locks; member 1 is 1 while the lock is free, 0 while it is held.
-// - A process that dies releases the lock, but stays counted.
+// - A process that dies releases the lock. It stays counted, except a forked one.
 // - Also excludes the threads of one process. Release once per take.
 // - The last lock to close removes the set. A set that was removed from outside is created again by the next wait.
-// - A forked process that inherits an open lock counts itself with its first wait. Until then `finalize` only closes
-// it.
+// - A forked process that inherits an open lock counts itself with its first wait, until its end at the latest. Before
+//   that wait, `finalize` only closes the lock.
 // - `create` holds the `PathLock` of the path. An owner that calls `finalize` while another process may call `create`
 //   holds it too.
 
@@ -56,6 +56,7 @@ class BinaryLock {
   struct Attachment {
     int id = kClosed;
     bool isCounted = false;
+    bool isForked = false;  // counted by a forked process that inherited the lock
   };
 
   bool attach(Attachment& made) const;
@@ -68,6 +69,7 @@ class BinaryLock {
   int projectId_ = 0;
   std::atomic<int> id_{kClosed};
   std::atomic<bool> isCounted_{false};
+  std::atomic<bool> isForked_{false};
   std::atomic<pid_t> countedProcess_{kNobody};
   std::atomic<pid_t> holdingProcess_{kNobody};  // this process while one of its threads holds the lock
 };

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -146,6 +147,12 @@ TEST_F(BinaryLockFaultTest, FirstWaitCountsAForkedProcess) {
               return lock.release() && lock.finalize() ? 0 : 3;
             }),
             0);
+  EXPECT_EQ(lock.getReferenceCount(), 1);
+}
+
+TEST_F(BinaryLockFaultTest, AForkedProcessThatEndsIsNotCounted) {
+  ASSERT_TRUE(create(lock));
+  EXPECT_EQ(support::inChild([&]() -> int { ::_exit(lock.wait() && lock.release() ? 0 : 1); }), 0);
   EXPECT_EQ(lock.getReferenceCount(), 1);
 }
 
