@@ -252,7 +252,7 @@ TEST_F(LoggerFaultTest, AForkedProcessLogsAndIsCounted) {
 }
 
 TEST_F(LoggerFaultTest, ProcessesMayForkWhileThreadsLog) {
-  constexpr int kForks = 30;
+  constexpr int kForks = 10;
   const auto lines = linesAt(4, [](Logger& logger) {
     std::atomic<bool> ends{false};
     std::thread writer([&] {
@@ -277,7 +277,7 @@ TEST_F(LoggerFaultTest, ProcessesMayForkWhileThreadsLog) {
 }
 
 TEST_F(LoggerFaultTest, ThreadsMayLogWhileTheProcessExits) {
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 10; ++round) {
     linesAt(4, [](Logger& logger) {
       for (int i = 0; i < 4; ++i) {
         std::thread([&] {
