@@ -189,7 +189,7 @@ void torment(Row& row, const std::function<void(Writer&)>& body) {
   ++row.tried;
   const int status = statusOf(process);
   addEnd(row, status);
-  if (status > 0)
+  if (status > 0 && row.crashed == 1)
     std::fprintf(stderr, "-- %s: status %d\n%s", row.name.c_str(), status, support::contentsOf(errorsPath()).c_str());
   runFreshWriter(row, "fresh", *fresh);
   const processes::LogLines found = processes::readLog(support::ownLogFolder());
