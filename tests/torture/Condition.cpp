@@ -18,7 +18,7 @@ void suffer(const Condition& condition, Writer& writer) {
     Writer::start();
     writer.lines(5);
     if (condition.when == When::kAtCut) makeCutDue(writer);
-    writer.loseLines();
+    writer.loseLines(condition.losesEarlierLines);
     condition.impose();
   }
   writer.lines(3);

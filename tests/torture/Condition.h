@@ -21,6 +21,7 @@ struct Condition {
   Step lift = [] {};
   Step prepare = [] {};                                // runs before the process starts
   std::function<int()> violations = [] { return 0; };  // of what the name says
+  bool losesEarlierLines = false;
   bool needsRoot = false;
   double limit = 61;  // seconds until a line is in the log again
 };

@@ -159,6 +159,12 @@ Condition immutableLog() {
   return condition;
 }
 
+Condition deleted(const char* name, const std::string& path) {
+  Condition condition{name, kWhileRunning, [path] { std::filesystem::remove_all(path); }};
+  condition.losesEarlierLines = true;
+  return condition;
+}
+
 std::vector<Condition> allConditions() {
   return {
       onSmallDisk("disk full", kWhileRunning),
@@ -168,8 +174,8 @@ std::vector<Condition> allConditions() {
       fault("read-only while running", {EROFS, 1, true, "write"}),
       fault("quota", {EDQUOT, 1, true, "write"}),
       {"limit of the file size", kWhileRunning, [] { limitFileSize(true); }, [] { limitFileSize(false); }},
-      {"log deleted", kWhileRunning, [] { std::filesystem::remove(logPath()); }},
-      {"log folder deleted", kWhileRunning, [] { std::filesystem::remove_all(folder()); }},
+      deleted("log deleted", logPath()),
+      deleted("log folder deleted", folder()),
       {"log renamed", kWhileRunning, [] { renameLog(); }},
       {"log replaced", kWhileRunning,
        [] {

@@ -94,15 +94,14 @@ void live(Writer& writer) {
 // Returns false if the process made fewer calls in that part.
 bool attack(Row& row, Part part, const Fault& fault) {
   const support::Shared<FailedCall> failedCall;
-  const Row before = row;
   reset();
   makeLogFolder();
   current = {part, fault, &*failedCall};
-  torment(row, live);
-  if (row.failures() > before.failures()) {
-    std::fprintf(stderr, "-- %s, %s, call %d, %s%s\n", row.name.c_str(), kPartNames[static_cast<std::size_t>(part)],
-                 fault.nth, failedCall->data(), fault.lasting ? ", lasting" : "");
-  }
+  Row attempt(std::string(kPartNames[static_cast<std::size_t>(part)]) + ", call " + std::to_string(fault.nth));
+  torment(attempt, live);
+  attempt.name += std::string(" ") + failedCall->data() + (fault.lasting ? ", lasting" : "");
+  if (!attempt.passed()) std::fprintf(stderr, "-- %-49s %s\n", attempt.name.c_str(), textOf(attempt).c_str());
+  row.add(attempt);
   return (*failedCall)[0] != '\0';
 }
 

@@ -42,7 +42,7 @@ class Writer {
   void lines(int count);
 
   // From now on lines may be lost, until `recover` finds one in the log.
-  void loseLines() { progress_.exemptFrom = progress_.begun + 1; }
+  void loseLines(bool earlierToo = false) { progress_.exemptFrom = earlierToo ? 1 : progress_.begun + 1; }
 
   // Logs one line per second of the advanced clock until one is in the log, at most for a little more than a minute.
   void recover();

@@ -1,10 +1,31 @@
 #include "tests/torture/Table.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string>
 
 namespace torture {
+
+void Row::add(const Row& other) {
+  tried += other.tried;
+  lost += other.lost;
+  glued += other.glued;
+  reordered += other.reordered;
+  wrong += other.wrong;
+  crashed += other.crashed;
+  hung += other.hung;
+  recovered = std::max(recovered, other.recovered);
+}
+
+std::string textOf(const Row& row) {
+  char recovered[32] = "never";
+  if (std::isfinite(row.recovered)) std::snprintf(recovered, sizeof recovered, "%.3f", row.recovered);
+  char text[128];
+  std::snprintf(text, sizeof text, "%6d %5d %6d %10d %6d %8d %5d %12s", row.tried, row.lost, row.glued, row.reordered,
+                row.wrong, row.crashed, row.hung, recovered);
+  return text;
+}
 
 void Table::printHead() {
   if (hasHead_) return;
@@ -15,10 +36,7 @@ void Table::printHead() {
 
 void Table::print(const Row& row) {
   printHead();
-  char recovered[32] = "never";
-  if (std::isfinite(row.recovered)) std::snprintf(recovered, sizeof recovered, "%.3f", row.recovered);
-  std::printf("%-52s %6d %5d %6d %10d %6d %8d %5d %12s  %s\n", row.name.c_str(), row.tried, row.lost, row.glued,
-              row.reordered, row.wrong, row.crashed, row.hung, recovered, row.passed() ? "ok" : "FAILED");
+  std::printf("%-52s %s  %s\n", row.name.c_str(), textOf(row).c_str(), row.passed() ? "ok" : "FAILED");
   std::fflush(stdout);
   passed_ = passed_ && row.passed();
 }

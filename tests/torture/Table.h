@@ -13,6 +13,9 @@ struct Row {
   int failures() const { return lost + glued + reordered + wrong + crashed + hung + (recovered > limit ? 1 : 0); }
   bool passed() const { return failures() == 0; }
 
+  // Adds the attempts of a row of the same kind.
+  void add(const Row& other);
+
   std::string name;
   int tried = 0;
   int lost = 0;          // lines that were acknowledged and are not in the log
@@ -24,6 +27,9 @@ struct Row {
   double recovered = 0;  // seconds until a new line was in the log, the slowest
   double limit = 61;     // of `recovered`
 };
+
+// Returns the numbers of a row.
+std::string textOf(const Row& row);
 
 // Prints the rows as they come, and remembers whether one failed.
 class Table {

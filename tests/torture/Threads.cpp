@@ -111,7 +111,7 @@ int endChild(ChildEnd end, Writer writer) {
 void runForks(Table& table, Scale scale, const char* name, ChildEnd end) {
   Row row(name);
   startAfresh();
-  row.tried = scale.of(800);
+  row.tried = scale.of(200);
   Members members(1 + row.tried);
   addEnd(row, statusOfProcess([&] {
            Writer parent = members.writer(0);
