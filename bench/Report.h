@@ -99,11 +99,21 @@ inline void printVerdict(const std::string& name, const std::string& ours, const
   printRow(name, ours, peer, unit, ratio, limit, bar.holds(measured) ? "ok" : "missed");
 }
 
+inline std::string textOf(double ratio) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.3f", ratio);
+  return text;
+}
+
 // A figure with a peer. The limit applies to the ratio.
 inline void print(const std::string& name, const Pairs& pairs, const std::string& unit, Bar bar) {
-  char ratio[32];
-  std::snprintf(ratio, sizeof ratio, "%.3f", pairs.ratio());
-  printVerdict(name, shortNumber(pairs.ours()), shortNumber(pairs.peer()), unit, ratio, bar, pairs.ratio());
+  printVerdict(name, shortNumber(pairs.ours()), shortNumber(pairs.peer()), unit, textOf(pairs.ratio()), bar,
+               pairs.ratio());
+}
+
+// A figure with a peer and without a limit.
+inline void print(const std::string& name, const Pairs& pairs, const std::string& unit) {
+  printRow(name, shortNumber(pairs.ours()), shortNumber(pairs.peer()), unit, textOf(pairs.ratio()), "", "");
 }
 
 // A figure without a peer. The limit applies to the value.

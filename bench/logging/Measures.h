@@ -10,11 +10,11 @@ constexpr int kRepetitions = 9;
 // One process: a line against a plain write of the same bytes, and a call whose level is disabled.
 void measureSingleLines();
 
-// Four processes and one file: against an independent logger that locks its file, against plain writes, and the 99.9th
-// percentile of the time per line.
-void measureFourProcesses();
+// 1 to 64 processes and one file: throughput, the 99.9th percentile of the time of a line, and the fairness, against an
+// independent logger that locks its file; throughput against plain writes.
+void measureManyProcesses();
 
-// Rotation of a full file against renaming it and creating a new one.
+// Rotation of a full file against copying it with `cp` and emptying it with `truncate`.
 void measureRotation();
 
 }  // namespace bench

@@ -37,7 +37,7 @@ Pairs againstPlainWrites(const std::string& path, const Body& body) {
 void measureApplicationLogger(const support::TemporaryFolder& folder) {
   Logger& logger = *Logger::getInstance();
   print("one line through Logger, against write(2)",
-        againstPlainWrites(folder / "plain", [&] { logger.logInfo("SVO", "%s", kMessage); }), "ns", atMost(4.3));
+        againstPlainWrites(folder / "plain", [&] { logger.logInfo("SVO", "%s", kMessage); }), "ns", atMost(4.6));
 }
 
 void measureLibrary(const support::TemporaryFolder& folder) {

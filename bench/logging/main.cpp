@@ -10,7 +10,7 @@
 int main() try {
   (void)support::ownHome();  // throws in a real home folder
   bench::printHead();
-  bench::measureFourProcesses();  // first: children must not share a logger with this process
+  bench::measureManyProcesses();  // first: children must not share a logger with this process
   bench::measureSingleLines();
   bench::measureRotation();
 } catch (const std::exception& failure) {

@@ -11,6 +11,7 @@ namespace processes {
 namespace {
 
 constexpr char kLogFile[] = "Kelvo.log";
+constexpr std::string_view kLevelField = " | [INFO] | ";
 
 void addLine(LogLines& lines, std::string_view line) {
   const std::size_t start = line.rfind(" | ");
@@ -21,15 +22,17 @@ void addLine(LogLines& lines, std::string_view line) {
       colon == std::string_view::npos ? 0 : std::atoi(std::string(message.substr(colon + 1, 10)).c_str());
   if (sequence == 0 || message != messageOf(writer, sequence)) {
     ++lines.incomplete;
+    if (line.find(kLevelField) != line.rfind(kLevelField)) ++lines.glued;
     return;
   }
 
   WriterLines& own = lines.writers[writer];
   if (sequence <= own.last) {
-    ++own.repeated;
+    ++(own.missing.erase(sequence) == 1 ? own.reordered : own.repeated);
     return;
   }
-  own.skipped += sequence - own.last - 1;
+  for (int number = own.last + 1; number < sequence; ++number)
+    own.missing.insert(number);
   own.last = sequence;
 }
 

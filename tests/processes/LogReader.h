@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 
 namespace processes {
@@ -15,9 +16,10 @@ std::string messageOf(const std::string& writer, int sequence);
 constexpr double kMeanLineSize = 2150;
 
 struct WriterLines {
-  int last = 0;      // the highest number found
-  int repeated = 0;  // numbers found again
-  int skipped = 0;   // numbers missing before a higher one: lost or out of order
+  int last = 0;           // the highest number found
+  int repeated = 0;       // numbers found again
+  int reordered = 0;      // numbers first found after a higher one
+  std::set<int> missing;  // numbers below `last` that were not found
 };
 
 struct LogLines {
@@ -26,6 +28,7 @@ struct LogLines {
   std::map<std::string, WriterLines> writers;
   int archives = 0;
   int incomplete = 0;  // lines that are no complete message of any writer
+  int glued = 0;       // those of them that contain the fields of two lines
 };
 
 // Reads the archives of "Kelvo.log" in order of creation, then the file itself. Does not sort by name: names begin with
