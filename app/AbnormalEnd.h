@@ -3,7 +3,8 @@
 //
 // - The message is the one for a failed load. It is built beforehand, and the signal handler makes system calls only.
 // - Afterward the signal has its former effect: the program ends by it.
-// - A handler cannot wait for the log's locks. The system releases them with the process.
+// - Nothing is logged: a handler cannot wait for the log's locks, which the interrupted thread may hold. The system
+//   releases them with the process.
 
 #pragma once
 

@@ -66,6 +66,11 @@ TEST(ThreadIdTest, ChangesAfterAFork) {
   EXPECT_EQ(support::inChild([] { return platform::currentThreadId() == kernelThreadId() ? 0 : 1; }), 0);
 }
 
+TEST(ProcessIdTest, ChangesAfterAFork) {
+  EXPECT_EQ(platform::currentProcessId(), ::getpid());
+  EXPECT_EQ(support::inChild([] { return platform::currentProcessId() == ::getpid() ? 0 : 1; }), 0);
+}
+
 TEST(BundleTest, DoesNotDependOnTheWorkingFolder) {
   const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   const auto previous = std::filesystem::current_path();
