@@ -1,5 +1,6 @@
 #include "applog/Logger.h"
 
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -18,6 +19,7 @@ constexpr char kTargetIdentifier[] = "QSU";
 constexpr char kLogFileName[] = "Kelvo.log";
 constexpr char kBuildVersion[] = SVO_VERSION;
 constexpr std::size_t kMessageSize = 1024;
+constexpr std::chrono::minutes kRegistrationInterval{1};
 constexpr std::string_view kSeparator = "|||";
 
 tarn::Log_Level levelOf(std::string_view word) {
@@ -50,9 +52,20 @@ Logger::Logger() : tarn::Logger(kTargetIdentifier) {
 
   target = std::make_unique<tarn::LogTargetDefault>(kTargetIdentifier);
   target->setLogLevel(tarn::INFO);
-  target->setLogFile(kLogFileName, "");
-  tarn::LoggingCore::getInstance()->registerTarget(target.get());
+  registerTarget();
   setDomain(kTargetIdentifier);
+}
+
+void Logger::registerTarget() {
+  target->setLogFile(kLogFileName, "");
+  isRegistered_ = tarn::LoggingCore::getInstance()->registerTarget(target.get());
+}
+
+void Logger::registerTargetWhenDue() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < nextRegistration_) return;
+  nextRegistration_ = now + kRegistrationInterval;
+  registerTarget();
 }
 
 Logger::~Logger() {
@@ -201,6 +214,7 @@ int Logger::getLogMessage(char* buffer, std::size_t size, const char* format, va
 void Logger::sendMessageToTARNLogger(tarn::Log_Level level, const char* c1, const char* c2, const char* c3,
                                      const char* c4, const char* c5, const char* c6, const char* text) {
   if (!fileFlag->startFileOperation()) return;
+  if (!isRegistered_) registerTargetWhenDue();
   tarn::LoggingCore::getInstance()->log(kTargetIdentifier, level, c1, c2, c3, c4, c5, c6, text, 0);
   fileFlag->endFileOperation();
 }

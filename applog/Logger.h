@@ -3,6 +3,7 @@
 // - Every line is written while the user's `OVNLoggingFileOperationFlag` is held, so that lines of several processes do
 //   not mix. A call waits for the flag without limit. If the flag does not exist (no home folder, no free semaphores),
 //   messages are dropped; nothing reports that.
+// - If the log cannot be opened, messages are dropped, and at most once a minute a message opens it again.
 // - Before the first call of `setLogLevel`, `logTrace` to `logFatal` write nothing. After it, any thread may log
 //   until the process exits.
 // - A child of `fork` that logs, or that leaves through `exit`, detaches its parent from the locks. It must leave
@@ -10,6 +11,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstdarg>
 #include <cstddef>
 #include <fstream>
@@ -95,6 +97,12 @@ class Logger : public tarn::Logger {
   Logger();
   ~Logger() override;
 
+  // Opens the log and registers the target. Called while the flag is held, but for the first time.
+  void registerTarget();
+
+  // Tries again after a failure, at most once a minute.
+  void registerTargetWhenDue();
+
   void enableLevelsFrom(tarn::Log_Level lowest);
   void logBuildAndLevel(Log_Level level);
   void sendText(tarn::Log_Level level, const std::string& component, const char* text);
@@ -108,6 +116,9 @@ class Logger : public tarn::Logger {
   // Names fixed by the interface.
   std::unique_ptr<tarn::LogTargetDefault> target;
   std::unique_ptr<OVNLoggingFileOperationFlag> fileFlag;
+
+  bool isRegistered_ = false;
+  std::chrono::steady_clock::time_point nextRegistration_{};
 
   bool traceEnabled_ = false;
   bool debugEnabled_ = false;
