@@ -27,7 +27,7 @@ constexpr char kLogFileName[] = "Kelvo.log";
 constexpr char kBuildVersion[] = SVO_VERSION;
 constexpr std::size_t kMessageSize = 1024;
 constexpr std::string_view kSeparator = "|||";
-constexpr std::chrono::minutes kAttachInterval{1};
+constexpr std::chrono::minutes kRetryInterval{1};
 
 Logger* forkedLogger = nullptr;
 thread_local bool turnBeforeFork = false;  // whether this thread held the logger's mutex when it forked
@@ -88,12 +88,23 @@ Logger::Logger() : tarn::Logger(kTargetIdentifier) {
 
   target = std::make_unique<tarn::LogTargetDefault>(kTargetIdentifier);
   target->setLogLevel(tarn::INFO);
-  target->setLogFile(kLogFileName, "");
-  tarn::LoggingCore::getInstance()->registerTarget(target.get());
+  registerTarget();
   setDomain(kTargetIdentifier);
 
   forkedLogger = this;
   (void)::pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
+}
+
+void Logger::registerTarget() {
+  target->setLogFile(kLogFileName, "");
+  targetIsRegistered_ = tarn::LoggingCore::getInstance()->registerTarget(target.get());
+}
+
+void Logger::registerTargetWhenDue() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < nextRegistration_) return;
+  nextRegistration_ = now + kRetryInterval;
+  registerTarget();
 }
 
 void Logger::close() {
@@ -122,7 +133,7 @@ bool Logger::startLine() {
 void Logger::attachFlag() {
   const auto now = std::chrono::steady_clock::now();
   if (now < nextAttach_) return;
-  nextAttach_ = now + kAttachInterval;
+  nextAttach_ = now + kRetryInterval;
   flagIsForeign_ = !fileFlag->createFlag() && errno == EPERM;
 }
 
@@ -290,5 +301,6 @@ void Logger::sendMessageToTARNLogger(tarn::Log_Level level, const char* c1, cons
   const platform::WaitLimit limit;
   const LineScope scope(*this);
   if (!scope) return target->countMissingLine(level);
+  if (!targetIsRegistered_) registerTargetWhenDue();
   tarn::LoggingCore::getInstance()->log(kTargetIdentifier, level, c1, c2, c3, c4, c5, c6, text, 0);
 }

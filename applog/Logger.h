@@ -5,6 +5,7 @@
 //   first call waits that long. Then the message is dropped, and the next line in the log says how many are missing.
 // - If the flag does not exist (no home folder, no free semaphores), messages are dropped, and a call tries to create
 //   it once a minute. If another user has created it, messages are written without it.
+// - If the log cannot be opened, messages are dropped, and a call tries to open it once a minute.
 // - Before the first call of `setLogLevel`, `logTrace` to `logFatal` write nothing. After it, any thread may log at any
 //   time, also while the process exits: from then on messages are dropped.
 // - A child of `fork` may log, and may leave through `exit`.
@@ -111,6 +112,12 @@ class Logger : public tarn::Logger {
   static void afterForkInParent();
   static void afterForkInChild();
 
+  // Opens the log and registers the target. Called while the flag is held, but for the first time.
+  void registerTarget();
+
+  // Tries again after a failure, at most once a minute.
+  void registerTargetWhenDue();
+
   void enableLevelsFrom(tarn::Log_Level lowest);
   void logBuildAndLevel(Log_Level level);
   void sendText(tarn::Log_Level level, const std::string& component, const char* text);
@@ -130,6 +137,8 @@ class Logger : public tarn::Logger {
   std::chrono::steady_clock::time_point nextAttach_{};
   bool flagIsForeign_ = false;
   std::atomic<bool> isClosed_{false};
+  bool targetIsRegistered_ = false;
+  std::chrono::steady_clock::time_point nextRegistration_{};
 
   bool traceEnabled_ = false;
   bool debugEnabled_ = false;

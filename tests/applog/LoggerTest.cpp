@@ -43,6 +43,15 @@ TEST_F(LoggerTest, CreatesLogFolderWithMode0700) {
   EXPECT_EQ(support::modeOf(home + "/Library/Logs"), 0700u);
 }
 
+TEST_F(LoggerTest, OpensALogThatCouldNotBeOpened) {
+  support::writeFile(home + "/Library", "in place of the folder");
+  const auto lines = linesAfter([this](Logger& logger) {
+    std::filesystem::remove(home + "/Library");
+    logger.setLogLevel(level(4), "SVO", nullptr);
+  });
+  EXPECT_THAT(lines, SizeIs(2));
+}
+
 TEST_F(LoggerTest, WritesNothingBeforeSetLogLevel) {
   EXPECT_THAT(linesAfter(logEachLevel), IsEmpty());
 }

@@ -306,7 +306,7 @@ TEST_F(WritingTest, LinesAreDroppedOnlyWithoutSpace) {
   EXPECT_EQ(lastMessage(), "five");
 }
 
-TEST_F(WritingTest, FileSizeSignalEndsTheProcessOutsideALine) {
+TEST_F(WritingTest, FileSizeSignalEndsTheProcessOutsideLines) {
   support::Child writer([&] {
     const rlimit full{10, RLIM_INFINITY};
     ::setrlimit(RLIMIT_FSIZE, &full);
