@@ -32,7 +32,7 @@ using support::Child;
 using support::Shared;
 using Clock = std::chrono::steady_clock;
 
-constexpr int kMaxProcesses = 64;
+constexpr std::size_t kMaxProcesses = 64;
 constexpr std::chrono::milliseconds kDuration{1000};
 constexpr int kRuns = 5;
 constexpr std::size_t kMaxTimes = std::size_t{1} << 22;
@@ -186,7 +186,7 @@ void measureProcesses(std::size_t processes, const std::string& folder) {
 
 void measureManyProcesses() {
   const support::TemporaryFolder folder;
-  for (const std::size_t processes : {1, 4, 8, 16, kMaxProcesses})
+  for (const std::size_t processes : {std::size_t{1}, std::size_t{4}, std::size_t{8}, std::size_t{16}, kMaxProcesses})
     measureProcesses(processes, folder.path());
 }
 

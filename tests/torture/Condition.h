@@ -22,8 +22,8 @@ struct Condition {
   Step prepare = [] {};                                // runs before the process starts
   std::function<int()> violations = [] { return 0; };  // of what the name says
   bool losesEarlierLines = false;
-  bool needsRoot = false;
-  double limit = 61;  // seconds until a line is in the log again
+  bool isPossible = true;  // for this user and in this build
+  double limit = 61;       // seconds until a line is in the log again
 };
 
 // Prints the row of the condition. Lines may be lost until a minute after its end.
