@@ -3,8 +3,8 @@
 // - Each line, size check and rotation holds the file's `BinaryLock`, which excludes other processes and threads. The
 //   members that `writeLog` calls are not thread-safe by themselves.
 // - A line is one `write` call, done before `writeLog` returns.
-// - A line is lost if the lock cannot be taken within 2 seconds. The next line is preceded by one that says how many are
-//   missing.
+// - A line is lost if the lock cannot be taken within 2 seconds. The next line is preceded by one that says how many
+//   lines are missing.
 // - A line opens the file or the lock again, at most once a minute, if one of them is missing or if the path leads to
 //   another file, which then has another lock.
 // - A line is lost if the lock does not exist, or while the disk is full. Nothing reports that.
