@@ -15,7 +15,7 @@ namespace {
 
 class RecoveryTest : public RegisteredTargetTest {
  protected:
-  void logAfter(int seconds, const char* message) { log(tarn::INFO, message, start + seconds * 1000ULL); }
+  void logAfter(unsigned seconds, const char* message) { log(tarn::INFO, message, start + seconds * 1000ULL); }
 
   const unsigned long long start = static_cast<unsigned long long>(std::time(nullptr)) * 1000;
 };
