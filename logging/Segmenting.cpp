@@ -5,6 +5,7 @@
 
 #include "logging/Helpers.h"
 #include "logging/LogTargetDefault.h"
+#include "platform/CancellationScope.h"
 #include "platform/FileCopy.h"
 
 namespace tarn {
@@ -33,6 +34,7 @@ bool LogTargetDefault::SegmentLogFile(bool) {
   if (!getFileSize(filePath, size)) return false;
   if (size < kMaxLogSize) return true;
 
+  const platform::CancellationScope whole;
   if (stream.is_open()) stream.close();
   std::string archive = filePath;
   appendTimeStampToFile(archive);
