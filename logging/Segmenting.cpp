@@ -15,6 +15,7 @@
 #include "logging/AppendFile.h"
 #include "logging/Helpers.h"
 #include "logging/LogTargetDefault.h"
+#include "platform/CancellationScope.h"
 #include "platform/FileCopy.h"
 #include "platform/FileSizeSignal.h"
 #include "platform/OwnersFolder.h"
@@ -119,6 +120,7 @@ bool LogTargetDefault::SegmentLogFile(bool) {
   if (!getFileSize(filePath, size)) return false;
   if (size < kMaxLogSize) return true;
 
+  const platform::CancellationScope whole;
   if (stream.is_open()) stream.close();
   rotate();
   return SetStreamHandle(stream);

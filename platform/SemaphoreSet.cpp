@@ -11,6 +11,7 @@
 #include <optional>
 #include <thread>
 
+#include "platform/CancellationScope.h"
 #include "platform/PathLock.h"
 #include "platform/Users.h"
 
@@ -111,6 +112,7 @@ int SemaphoreSet::create(key_t key, int members) {
 }
 
 bool SemaphoreSet::attach(const std::string& path, key_t key, const AttachSteps& steps, int& id) {
+  const CancellationScope whole;
   const PathLock turn(path);
   for (int tries = 0; tries < kMaxAttachTries; ++tries) {
     if (!findOrCreate(key, steps, static_cast<bool>(turn), id)) return false;

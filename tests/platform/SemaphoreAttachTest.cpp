@@ -2,11 +2,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <functional>
 #include <optional>
+#include <thread>
 #include <vector>
 
 #include "platform/SemaphoreSet.h"
@@ -39,6 +42,18 @@ class OwnLockTest : public testing::Test {
   const key_t key = SemaphoreSet::keyFor(folder.path(), 7);
   int id = -1;
 };
+
+TEST_F(OwnLockTest, ACancellationWaitsForTheEndOfAttach) {
+  bool attached = false;
+  std::thread thread([&] {
+    ::pthread_cancel(::pthread_self());
+    attached = attach();
+    ::pthread_testcancel();
+    attached = false;
+  });
+  thread.join();
+  EXPECT_TRUE(attached);
+}
 
 // The set of a process that was killed right after it had created the set.
 class AbandonedSetTest : public OwnLockTest {
