@@ -307,6 +307,7 @@ TEST_F(WritingTest, LinesAreDroppedOnlyWithoutSpace) {
 }
 
 TEST_F(WritingTest, FileSizeSignalEndsTheProcessOutsideLines) {
+  const support::SetRemover remover(file, 11);
   support::Child writer([&] {
     const rlimit full{10, RLIM_INFINITY};
     ::setrlimit(RLIMIT_FSIZE, &full);

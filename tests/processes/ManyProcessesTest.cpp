@@ -65,8 +65,7 @@ class LockSetRemover {
   support::SetRemover lock_;
 };
 
-// Every process starts while the file is small, so that only the rotator rotates it: two rotations in one second would
-// write to the same archive.
+// Every process starts while the file is small, so that only the rotator rotates it.
 TEST_F(ManyProcessesTest, NoAcknowledgedLineIsLostOrRepeated) {
   constexpr int kLinesEach = 50000;
   const LockSetRemover remover(home, file);
