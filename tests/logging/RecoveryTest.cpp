@@ -73,7 +73,7 @@ TEST_F(FileTargetTest, DeletedLogFolderIsCreatedAgain) {
 }
 
 TEST_F(RecoveryTest, ThreadsLoseNoLineOfAReplacedFile) {
-  std::atomic<int> second{0};
+  std::atomic<unsigned> second{0};
   std::atomic<int> written{0};
   std::atomic<bool> ended{false};
   const auto write = [&] {

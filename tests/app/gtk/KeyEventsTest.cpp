@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <initializer_list>
 
 #include "app/WindowKeys.h"
 #include "tests/support/Shell.h"
@@ -139,7 +140,7 @@ TEST_F(KeyEventsTest, PressesOfButtonsAreDeliberate) {
   click.type = GDK_BUTTON_PRESS;
   EXPECT_TRUE(isDeliberate(&click));
   EXPECT_TRUE(opensList(&click));
-  for (const guint pressing : {GDK_KEY_Return, GDK_KEY_KP_Enter, GDK_KEY_space}) {
+  for (const guint pressing : std::initializer_list<guint>{GDK_KEY_Return, GDK_KEY_KP_Enter, GDK_KEY_space}) {
     const GdkEvent event = keyPress(pressing);
     EXPECT_TRUE(isDeliberate(&event)) << pressing;
     EXPECT_TRUE(opensList(&event)) << pressing;
@@ -147,7 +148,7 @@ TEST_F(KeyEventsTest, PressesOfButtonsAreDeliberate) {
 }
 
 TEST_F(KeyEventsTest, VerticalArrowsOnlyOpenLists) {
-  for (const guint arrow : {GDK_KEY_Up, GDK_KEY_KP_Up, GDK_KEY_Down, GDK_KEY_KP_Down}) {
+  for (const guint arrow : std::initializer_list<guint>{GDK_KEY_Up, GDK_KEY_KP_Up, GDK_KEY_Down, GDK_KEY_KP_Down}) {
     const GdkEvent event = keyPress(arrow);
     EXPECT_FALSE(isDeliberate(&event)) << arrow;
     EXPECT_TRUE(opensList(&event)) << arrow;
@@ -155,7 +156,7 @@ TEST_F(KeyEventsTest, VerticalArrowsOnlyOpenLists) {
 }
 
 TEST_F(KeyEventsTest, OtherKeysAreNotDeliberate) {
-  for (const guint other : {GDK_KEY_a, GDK_KEY_Tab, GDK_KEY_Escape, GDK_KEY_Left}) {
+  for (const guint other : std::initializer_list<guint>{GDK_KEY_a, GDK_KEY_Tab, GDK_KEY_Escape, GDK_KEY_Left}) {
     const GdkEvent event = keyPress(other);
     EXPECT_FALSE(opensList(&event)) << other;
   }
