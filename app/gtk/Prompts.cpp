@@ -5,6 +5,7 @@
 
 #include "app/gtk/Glib.h"
 #include "app/gtk/Style.h"
+#include "app/gtk/page/Guards.h"
 
 namespace {
 
@@ -59,6 +60,7 @@ GtkEntry* newEntry(const Prompt::Field& field) {
   gtk_entry_set_activates_default(entry, TRUE);
   gtk_entry_set_visibility(entry, !field.secret);
   if (field.secret) gtk_entry_set_input_purpose(entry, GTK_INPUT_PURPOSE_PASSWORD);
+  refuseDrags(GTK_WIDGET(entry));  // a page may have written the text
   return entry;
 }
 

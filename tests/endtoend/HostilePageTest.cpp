@@ -6,7 +6,6 @@
 #include <time.h>
 
 #include <algorithm>
-#include <fstream>
 #include <optional>
 #include <string>
 
@@ -22,17 +21,9 @@ class HostilePageTest : public PromptTest {
  protected:
   // The peak memory of the window's own process, in megabytes.
   long megabytes() const {
-    const std::optional<long> figure = megabytesOfARunningProcess();
+    const std::optional<long> figure = peakMegabytesOf(run->pid());
     if (!figure) throw std::runtime_error("no figure of the process's memory");
     return *figure;
-  }
-
-  std::optional<long> megabytesOfARunningProcess() const {
-    std::ifstream status("/proc/" + std::to_string(run->pid()) + "/status");
-    for (std::string line; std::getline(status, line);) {
-      if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6)) / 1024;
-    }
-    return std::nullopt;
   }
 
   void killPageProcess(int signal) {
@@ -160,7 +151,7 @@ TEST_P(LongTextsTest, DoNotFillTheWindowsMemory) {
   long peak = before;
   screen.press(XK_g);
   until("the storm", [&] {
-    peak = std::max(peak, megabytesOfARunningProcess().value_or(0));
+    peak = std::max(peak, peakMegabytesOf(run->pid()).value_or(0));
     return run->ended() || reports().size() > 4;
   });
   EXPECT_LE(peak - before, 200);  // together with the 50 MB of an idle window less than 300 MB

@@ -2,6 +2,7 @@
 
 #include "tests/endtoend/PromptTest.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -171,6 +172,23 @@ INSTANTIATE_TEST_SUITE_P(
               "<p style='margin: 0; font: 80px monospace'>words</p><script>"
               "getSelection().selectAllChildren(document.querySelector('p'))</script>"}),
     nameOf);
+
+// The page chooses the text of the field. Return is a reply only if no drag has taken the keyboard.
+TEST_F(OwnAreaTest, NoTextIsDraggedOutOfAPrompt) {
+  startOn("<script>onkeydown = () => report(prompt('Your code?', 'W'.repeat(20)))</script>");
+  screen.press(XK_g);
+  untilPromptTakesInput();
+  constexpr unsigned kSelected = 0x3584e4;
+  std::optional<Area> text;
+  until("the selected text", [&] { return (text = picture().find(kSelected, 500)).has_value(); });
+  const Area frame = window().frame;
+  screen.drag(frame.x + text->x + 40, frame.y + text->y + text->height / 2, frame.x + 60, frame.y + 8);
+  screen.press(XK_Return);
+  untilReported(std::string(20, 'W'));
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  screen.releaseButton();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
 
 class CursorTest : public OwnAreaTest, public testing::WithParamInterface<int> {};
 

@@ -57,6 +57,14 @@ std::optional<pid_t> descendantNamed(pid_t pid, const std::string& name) {
   return std::nullopt;
 }
 
+std::optional<long> peakMegabytesOf(pid_t pid) {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6)) / 1024;
+  }
+  return std::nullopt;
+}
+
 void adoptOrphans() {
   (void)prctl(PR_SET_CHILD_SUBREAPER, 1);
 }

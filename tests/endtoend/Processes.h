@@ -14,6 +14,9 @@ namespace endtoend {
 // name.
 std::optional<pid_t> descendantNamed(pid_t pid, const std::string& name);
 
+// The peak memory of a process, in megabytes. Empty if it has ended.
+std::optional<long> peakMegabytesOf(pid_t pid);
+
 // From now on descendants whose parent ends become children of this process.
 void adoptOrphans();
 std::vector<pid_t> childrenOfThisProcess();

@@ -11,6 +11,8 @@ namespace endtoend {
 
 class PromptTest : public PageTest {
  protected:
+  using PageTest::PageTest;
+
   void untilPromptIsShown() {
     until("the prompt", [this] { return showsPrompt(picture()); });
   }
@@ -45,15 +47,9 @@ class PromptTest : public PageTest {
     return showsPrompt(all) && buttonsAreDark(all);
   }
 
- private:
   // A prompt has the color of the strip, overlaps the page's area, and is narrower than the window.
   static bool showsPrompt(const Picture& all) {
     return promptIn(all).left > 0 && all.colorAt(all.width() / 2, kInPadding) == all.colorAt(all.width() - 10, 3);
-  }
-
-  // An area that is not painted yet has the color of the prompt.
-  static bool showsPageBelow(const Picture& all) {
-    return all.colorAt(all.width() / 2, all.height() - 1) != all.colorAt(all.width() / 2, kInPadding);
   }
 
   struct Frame {
@@ -71,6 +67,12 @@ class PromptTest : public PageTest {
     while (frame.end < all.height() - 1 && all.colorAt(frame.left + 4, frame.end + 1) == color)
       ++frame.end;
     return frame;
+  }
+
+ private:
+  // An area that is not painted yet has the color of the prompt.
+  static bool showsPageBelow(const Picture& all) {
+    return all.colorAt(all.width() / 2, all.height() - 1) != all.colorAt(all.width() / 2, kInPadding);
   }
 
   // The buttons are the last row of the prompt. Their text is gray while they take no input.

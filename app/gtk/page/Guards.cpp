@@ -178,7 +178,11 @@ void connectGuards(WebKitWebView* view) {
   g_signal_connect(view, "enter-fullscreen", G_CALLBACK(gtk_true), nullptr);
   g_signal_connect(view, "context-menu", G_CALLBACK(onContextMenu), nullptr);
   g_signal_connect(view, "query-tooltip", G_CALLBACK(onQueryTooltip), nullptr);
-  g_signal_connect(view, "drag-begin", G_CALLBACK(onDragBegin), nullptr);
-  g_signal_connect(view, "drag-failed", G_CALLBACK(gtk_true), nullptr);  // otherwise the image returns to its start
   g_signal_connect(view, "realize", G_CALLBACK(onRealize), nullptr);
+  refuseDrags(GTK_WIDGET(view));
+}
+
+void refuseDrags(GtkWidget* widget) {
+  g_signal_connect(widget, "drag-begin", G_CALLBACK(onDragBegin), nullptr);
+  g_signal_connect(widget, "drag-failed", G_CALLBACK(gtk_true), nullptr);  // otherwise the image returns to its start
 }

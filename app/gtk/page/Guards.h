@@ -14,3 +14,6 @@
 
 // Call once, before `view` is realized.
 void connectGuards(WebKitWebView* view);
+
+// Cancels each drag that starts at `widget`, before anything is drawn.
+void refuseDrags(GtkWidget* widget);

@@ -131,6 +131,15 @@ std::vector<std::string> Screen::namesOf(Window window, const char* name) const 
   return names;
 }
 
+bool Screen::isEmpty(Window window) const {
+  const XserverRegion shape = XFixesCreateRegionFromWindow(display_.get(), window, WindowRegionBounding);
+  int count = 0;
+  const std::unique_ptr<XRectangle, int (*)(void*)> parts(XFixesFetchRegion(display_.get(), shape, &count), XFree);
+  XFixesDestroyRegion(display_.get(), shape);
+  return count == 0;
+}
+
+// GTK's windows for drags and grabs are mapped, but nobody sees them: they have no area, or are left of the screen.
 std::optional<ScreenWindow> Screen::describe(Window window) const {
   XWindowAttributes attributes;
   if (!XGetWindowAttributes(display_.get(), window, &attributes) || attributes.map_state != IsViewable) return {};
@@ -139,6 +148,7 @@ std::optional<ScreenWindow> Screen::describe(Window window) const {
   int x = 0, y = 0;
   Window child = None;
   if (!XTranslateCoordinates(display_.get(), window, root(), 0, 0, &x, &y, &child)) return {};
+  if (x + attributes.width <= 0 || isEmpty(window)) return {};
   return ScreenWindow{window,
                       static_cast<pid_t>(pid.front()),
                       textOf(window, "_NET_WM_NAME"),
@@ -186,6 +196,16 @@ SizeLimits Screen::sizeLimitsOf(Window window) const {
 
 WindowId Screen::ownerOf(const char* selection) const {
   return XGetSelectionOwner(display_.get(), XInternAtom(display_.get(), selection, False));
+}
+
+bool Screen::canGrabInput() const {
+  const int pointer =
+      XGrabPointer(display_.get(), root(), False, 0, GrabModeAsync, GrabModeAsync, None, None, CurrentTime);
+  const int keyboard = XGrabKeyboard(display_.get(), root(), False, GrabModeAsync, GrabModeAsync, CurrentTime);
+  XUngrabPointer(display_.get(), CurrentTime);
+  XUngrabKeyboard(display_.get(), CurrentTime);
+  XSync(display_.get(), False);
+  return pointer == GrabSuccess && keyboard == GrabSuccess;
 }
 
 Picture Screen::picture(const Area& area) const {

@@ -66,6 +66,9 @@ class Screen {
   // Returns the window that owns a selection, such as "CLIPBOARD" or "PRIMARY"; 0 if there is none.
   WindowId ownerOf(const char* selection) const;
 
+  // Whether another program could grab the pointer and the keyboard. Grabs both for a moment.
+  bool canGrabInput() const;
+
   // Takes a screenshot. Parts outside the screen are left out.
   Picture picture(const Area& area) const;
 
@@ -102,6 +105,7 @@ class Screen {
   struct EventSource;
 
   std::vector<unsigned char> property(WindowId window, const char* name) const;
+  bool isEmpty(WindowId window) const;
   std::optional<ScreenWindow> describe(WindowId window) const;
   void addWindowsBelow(WindowId window, std::vector<ScreenWindow>& found) const;
   unsigned char codeOf(KeySymbol key);
