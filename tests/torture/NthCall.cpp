@@ -107,10 +107,11 @@ bool attack(Row& row, Part part, const Fault& fault) {
 
 void runKind(Table& table, Scale scale, const Kind& kind) {
   Row row(std::string("the Nth call fails: ") + kind.name);
+  const int step = scale.isShort && kind.error != kNoMemory ? 4 : 1;
   for (const Part part : {Part::kStart, Part::kLine, Part::kCut, Part::kEnd}) {
     for (const bool lasting : {false, true}) {
       if ((lasting && !kind.mayLast) || (part == Part::kEnd && kind.error == kNoMemory)) continue;
-      for (int nth = 1; nth <= kMaxCalls && row.hung < kMaxHung; nth += scale.isShort ? 4 : 1)
+      for (int nth = 1; nth <= kMaxCalls && row.hung < kMaxHung; nth += step)
         if (!attack(row, part, {kind.error, nth, lasting, ""})) break;
     }
   }
