@@ -114,7 +114,7 @@ void Logger::close() {
   if (!waitForThreads(turn)) return;  // a thread still writes, or this one exits inside a line
   pLogger = nullptr;
   fileFlag->finalizeFlag();
-  tarn::LoggingCore::getInstance()->unregisterTarget(target.get());
+  target->closeForExit();  // it stays registered, because threads may use it through the base class
 }
 
 // By the system's clock: the thread sanitizer does not see a wait by the steady one.

@@ -39,8 +39,7 @@ enum Log_Level : int {  // names fixed by the interface
 
 class Logger : public tarn::Logger {
  public:
-  // Returns the instance, which is created at the first call and never destroyed. At process exit it releases the locks
-  // and closes the file.
+  // Returns the instance, which is created at the first call and never destroyed. At process exit it closes the locks.
   static Logger* getInstance();
 
   // Does nothing. Returns true.

@@ -83,6 +83,7 @@ void BinaryLock::countForked(pid_t process) {
 // Opens the lock again after its set was removed. Returns false if it is closed or cannot be opened.
 bool BinaryLock::reopen(int removed) {
   if (removed == kClosed) return false;
+  if (id_ != removed) return true;  // another thread has opened or closed the lock
   const bool stillExists = SemaphoreSet(removed).value(kMutex) != -1;
   if (stillExists) return true;
   Attachment made;
@@ -92,7 +93,7 @@ bool BinaryLock::reopen(int removed) {
     isCounted_ = made.isCounted;
     return true;
   }
-  // Another thread has opened or closed the lock meanwhile.
+  // Another thread was faster.
   const platform::PathLock turn(path_);
   (void)detach(made);
   return true;

@@ -175,6 +175,12 @@ bool LogTargetDefault::onUnregisterTarget() {
   return true;
 }
 
+void LogTargetDefault::closeForExit() {
+  if (!lock) return;
+  const platform::PathLock pathLock(lockPath_);
+  lock->finalize();
+}
+
 void LogTargetDefault::closeLock() {
   if (!lock) return;
   const platform::PathLock pathLock(lockPath_);

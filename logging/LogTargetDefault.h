@@ -57,6 +57,10 @@ class LogTargetDefault : public LogTargetBase {
   bool onRegisterTarget() override;
   bool onUnregisterTarget() override;
 
+  // Closes the lock for the rest of the process, while threads may be inside `writeLog`: frees nothing. Later lines are
+  // dropped.
+  void closeForExit();
+
   // Always returns true. Cuts a formatted message after 4094 characters, but not a message without `arguments`.
   bool writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
                 const char* component, const char* extra1, const char* extra2, const char* format, va_list* arguments,

@@ -286,22 +286,37 @@ TEST_F(LoggerFaultTest, ProcessesMayForkWhileThreadsLog) {
             kForks);
 }
 
-TEST_F(LoggerFaultTest, ThreadsMayLogWhileTheProcessExits) {
-  for (int round = 0; round < 10; ++round) {
-    linesAt(4, [](Logger& logger) {
-      for (int i = 0; i < 4; ++i) {
-        std::thread([&] {
-          for (;;)
-            logger.logInfo("SVO", "text");
-        }).detach();
-      }
-    });
+// Returns from a process while its threads log.
+class ExitTest : public LoggerFaultTest {
+ protected:
+  void exitWhile(void (*log)(Logger&)) {
+    for (int round = 0; round < 10; ++round) {
+      linesAt(4, [&](Logger& logger) {
+        const auto size = std::filesystem::file_size(file);
+        for (int i = 0; i < 4; ++i) {
+          std::thread([&logger, log] {
+            for (;;)
+              log(logger);
+          }).detach();
+        }
+        EXPECT_TRUE(support::becomesTrue([&] { return std::filesystem::file_size(file) > size + 10000; }));
+      });
+    }
+    EXPECT_EQ(flagSet(), -1);
+    EXPECT_EQ(lockSet(), -1);
   }
-  EXPECT_EQ(flagSet(), -1);
-  EXPECT_EQ(lockSet(), -1);
+};
+
+TEST_F(ExitTest, ThreadsMayLogWhileTheProcessExits) {
+  exitWhile([](Logger& logger) { logger.logInfo("SVO", "text"); });
 }
 
-// Its destructor runs after the logger has closed its file.
+// These functions do not take the flag.
+TEST_F(ExitTest, ThreadsMayUseTheBaseWhileExiting) {
+  exitWhile([](Logger& logger) { logger.info("%s", "text"); });
+}
+
+// Its destructor runs after the logger has closed its locks.
 class LateLine {
  public:
   LateLine() = default;
