@@ -69,12 +69,14 @@ bool createArchive(int log, const platform::OwnersFolder& folder, const std::str
   return false;
 }
 
-// An error does not always mean that nothing happened.
+// Empties the log. Returns false only if it certainly keeps its contents.
 bool makeEmpty(int log) {
-  while (::ftruncate(log, 0) != 0 && errno == EINTR) {
+  while (::ftruncate(log, 0) != 0) {
+    if (errno == EINTR) continue;
+    struct stat object {};
+    return ::fstat(log, &object) != 0 || object.st_size == 0;
   }
-  struct stat object {};
-  return ::fstat(log, &object) == 0 && object.st_size == 0;
+  return true;
 }
 
 }  // namespace
@@ -140,7 +142,7 @@ void LogTargetDefault::rotate() {
 bool LogTargetDefault::cleanFile() {
   if (stream.is_open()) stream.close();
   const platform::UniqueFd log = openLog(platform::OwnersFolder(filePath));
-  return log && makeEmpty(log.get());
+  return log && ::ftruncate(log.get(), 0) == 0;
 }
 
 bool LogTargetDefault::renameLogFile() {
