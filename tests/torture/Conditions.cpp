@@ -116,7 +116,7 @@ Condition fault(const char* name, const Fault& fault) {
   return {name, kWhileRunning, [fault] { arm(fault); }, [] { disarm(); }};
 }
 
-// The log can only be appended to; three cuts are due.
+// The log can only be appended to while a cut is due.
 Condition appendOnly() {
   static int archivesKept = 0;
   const auto impose = [] { setAttribute(FS_APPEND_FL); };

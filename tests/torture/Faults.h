@@ -1,7 +1,6 @@
 // Makes system calls of this process fail, and moves the clocks that it reads.
 //
-// - Replaces functions of the C library and `operator new` in this program. What libraries do internally is not
-// replaced.
+// - Replaces functions of the C library and `operator new` in this program, not what the libraries call internally.
 // - A child of `fork` inherits the state.
 // - Counts the calls of all threads together.
 

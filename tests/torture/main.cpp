@@ -2,9 +2,8 @@
 //
 //   torture [--short] [GROUP...]      every group by default
 //
-// - Runs in namespaces of its own for processes, semaphore sets and mounts; its home folder is in memory. Run it
-// through
-//   tests/support/in-own-home.
+// - Runs in namespaces of its own for processes, semaphore sets and mounts; its home folder is in memory.
+// - Run it through tests/support/in-own-home.
 // - Ends after thirty minutes at the latest, the short form after ten.
 // - Exits with 1 if a row failed, with 77 if it cannot create the namespaces.
 
