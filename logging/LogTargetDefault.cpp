@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "logging/Helpers.h"
+#include "platform/CancellationScope.h"
 #include "platform/CloseOnExec.h"
 #include "platform/FileSizeSignal.h"
 #include "platform/OwnersFolder.h"
@@ -177,18 +178,25 @@ bool LogTargetDefault::onUnregisterTarget() {
 
 void LogTargetDefault::closeForExit() {
   if (!lock) return;
+  const std::lock_guard<std::mutex> turn(mutex);  // a line may be replacing the lock
   const platform::PathLock pathLock(lockPath_);
-  lock->finalize();
+  finalizeLocks();
 }
 
 void LogTargetDefault::closeLock() {
   if (!lock) return;
   const platform::PathLock pathLock(lockPath_);
   currentLock_ = nullptr;
-  formerLocks_.push_back(std::move(lock));
-  for (const std::unique_ptr<BinaryLock>& each : formerLocks_)
-    each->finalize();  // the destructor keeps a set whose identifier is 0
+  finalizeLocks();
   formerLocks_.clear();
+  lock.reset();
+}
+
+// Not left to the destructors, which keep a set whose identifier is 0.
+void LogTargetDefault::finalizeLocks() {
+  for (const std::unique_ptr<BinaryLock>& each : formerLocks_)
+    each->finalize();
+  lock->finalize();
 }
 
 bool LogTargetDefault::writeLog(Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
@@ -231,6 +239,7 @@ bool LogTargetDefault::isRepairDue(unsigned long long timeMs) {
 }
 
 bool LogTargetDefault::repair(bool held) {
+  const platform::CancellationScope uncancelled;
   const std::unique_lock<std::mutex> turn(mutex, std::try_to_lock);
   if (!turn) return false;
   if (!held) return lock->getReferenceCount() == -1 && replaceLock();

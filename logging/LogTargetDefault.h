@@ -116,6 +116,7 @@ class LogTargetDefault : public LogTargetBase {
   void beginLine();
   void endLine();
   void closeLock();
+  void finalizeLocks();
 
   // Names fixed by the interface.
   std::unique_ptr<BinaryLock> lock;
