@@ -1,8 +1,8 @@
 #include <fcntl.h>
-#include <sched.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <random>
 #include <string>
@@ -38,9 +38,13 @@ class Holders {
   std::atomic<int> together_{0};
 };
 
+// Does not yield: with other load on the machine that would take a long time.
 void hold(Holders& holders) {
+  constexpr std::chrono::microseconds kTime{5};
   holders.enter();
-  ::sched_yield();
+  const auto end = std::chrono::steady_clock::now() + kTime;
+  while (std::chrono::steady_clock::now() < end) {
+  }
   holders.leave();
 }
 
@@ -75,21 +79,22 @@ void runCycles(Table& table, Scale scale) {
   support::writeFile(logPath(), "");
   const PlainLock plainFlag(PlainLock::Kind::kFlag), plainLock(PlainLock::Kind::kFile);
   const Shared<Holders> flagHolders, lockHolders;
-  const Shared<std::atomic<int>> refused;
+  const Shared<std::atomic<int>> refused, done;
   const int cycles = scale.of(kCycles);
   std::vector<Child> processes;
   for (int i = 0; i < 4; ++i) {
     processes.emplace_back([&] {
       for (int cycle = 0; cycle < cycles; ++cycle) {
-        const bool done = i < 2 ? cycleOfPlain(plainFlag, plainLock, *flagHolders, *lockHolders)
-                                : cycleOfOurs(*flagHolders, *lockHolders);
-        if (!done) ++*refused;
+        const bool worked = i < 2 ? cycleOfPlain(plainFlag, plainLock, *flagHolders, *lockHolders)
+                                  : cycleOfOurs(*flagHolders, *lockHolders);
+        if (!worked) ++*refused;
+        ++*done;
       }
       return 0;
     });
   }
   for (Child& process : processes)
-    addEnd(row, statusOf(process));
+    addEnd(row, statusOf(process, [&] { return done->load(); }));
   row.tried = 4 * cycles;
   row.wrong = flagHolders->together() + lockHolders->together() + *refused;
   table.print(row);
@@ -150,8 +155,14 @@ void runLines(Table& table, Scale scale, const std::string& name, int kills) {
   }
   for (int i = 0; i < kills; ++i)
     killPlainHolder();
+  const auto acknowledged = [&] {
+    int sum = 0;
+    for (const Member& member : members)
+      sum += member.progress->acknowledged;
+    return sum;
+  };
   for (Child& process : processes)
-    addEnd(row, statusOf(process));
+    addEnd(row, statusOf(process, acknowledged));
 
   const processes::LogLines found = processes::readLog(support::ownLogFolder());
   row.glued = found.glued;

@@ -171,17 +171,18 @@ void runPipe(Table& table, Scale scale) {
   const std::string pipe = support::ownHome() + "/pipe";
   (void)::mkfifo(pipe.c_str(), 0600);
   row.tried = scale.of(2000);
+  const support::Shared<std::atomic<int>> done;
   {
     const support::Swapper swapper(pipe, logPath());
     Child process([&] {
-      for (int i = 0; i < row.tried; ++i) {
+      for (; *done < row.tried; ++*done) {
         tarn::LogTargetDefault target("QSU");
         target.setLogFile("Kelvo.log", "");
         target.onRegisterTarget();
       }
       return 0;
     });
-    addEnd(row, statusOf(process));
+    addEnd(row, statusOf(process, [&] { return done->load(); }));
   }
   std::filesystem::remove(logPath());
   const support::Shared<Progress> progress;

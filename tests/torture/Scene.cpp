@@ -132,14 +132,20 @@ void makeCutDue(Writer& writer) {
   writer.line();
 }
 
-int statusOf(Child& process) {
+int statusOf(Child& process, const std::function<int()>& progress) {
   const platform::UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, process.id(), 0)));
-  pollfd ended{handle.get(), POLLIN, 0};
   const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(hangLimit);
-  const bool hasEnded = ::poll(&ended, 1, static_cast<int>(limit.count())) == 1;
-  if (!hasEnded) process.kill();
-  const int status = process.wait();
-  return hasEnded ? status : kHung;
+  pollfd ended{handle.get(), POLLIN, 0};
+  for (int before = progress(); ::poll(&ended, 1, static_cast<int>(limit.count())) != 1;) {
+    if (const int now = progress(); now != before) {
+      before = now;
+      continue;
+    }
+    process.kill();
+    process.wait();
+    return kHung;
+  }
+  return process.wait();
 }
 
 void addEnd(Row& row, int status) {

@@ -15,7 +15,7 @@
 
 namespace torture {
 
-// A process that takes longer hangs.
+// A process that makes no progress for longer hangs.
 inline std::chrono::seconds hangLimit{30};
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
@@ -74,10 +74,11 @@ std::vector<std::string> nextArchiveNames();
 // Advances the clock and logs a line, so that the next line checks the size of the log.
 void makeCutDue(Writer& writer);
 
-// Waits for the end of a process. Returns its exit status as `Child::wait` does. After `hangLimit` kills it and
-// returns `kHung`.
+// Waits for the end of a process. Returns its exit status as `Child::wait` does. If `progress` has not changed within
+// `hangLimit`, kills the process and returns `kHung`.
 constexpr int kHung = -1;
-int statusOf(support::Child& process);
+int statusOf(
+    support::Child& process, const std::function<int()>& progress = [] { return 0; });
 
 // Runs a process that logs one line. Adds its end and its duration to the row.
 void runFreshWriter(Row& row, const std::string& name, Progress& progress);

@@ -53,6 +53,13 @@ class Members {
       member.progress->exemptFrom = member.progress->acknowledged + 1;
   }
 
+  int acknowledged() const {
+    int sum = 0;
+    for (const Member& member : members_)
+      sum += member.progress->acknowledged;
+    return sum;
+  }
+
   // Adds their lines and those of a fresh writer.
   void check(Row& row) const {
     const Shared<Progress> fresh;
@@ -74,9 +81,10 @@ void startAfresh() {
 }
 
 // Runs `body` in a process that ends with `exit`.
-int statusOfProcess(const std::function<int()>& body) {
+int statusOfProcess(
+    const std::function<int()>& body, const std::function<int()>& progress = [] { return 0; }) {
   Child process(body, Child::Ending::kOrderly);
-  return statusOf(process);
+  return statusOf(process, progress);
 }
 
 void runManyThreads(Table& table, Scale scale) {
@@ -84,15 +92,16 @@ void runManyThreads(Table& table, Scale scale) {
   startAfresh();
   Members members(kThreads);
   const int count = scale.of(4000);
-  addEnd(row, statusOfProcess([&] {
-           Writer::start();
-           std::vector<std::thread> threads;
-           for (int i = 0; i < kThreads; ++i)
-             threads.emplace_back([&members, i, count] { members.writer(i).lines(count); });
-           for (std::thread& thread : threads)
-             thread.join();
-           return 0;
-         }));
+  const auto run = [&] {
+    Writer::start();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+      threads.emplace_back([&members, i, count] { members.writer(i).lines(count); });
+    for (std::thread& thread : threads)
+      thread.join();
+    return 0;
+  };
+  addEnd(row, statusOfProcess(run, [&] { return members.acknowledged(); }));
   row.tried = kThreads * count;
   members.check(row);
   table.print(row);
@@ -113,51 +122,55 @@ void runForks(Table& table, Scale scale, const char* name, ChildEnd end) {
   startAfresh();
   row.tried = scale.of(200);
   Members members(1 + row.tried);
-  addEnd(row, statusOfProcess([&] {
-           Writer parent = members.writer(0);
-           Writer::start();
-           for (int i = 1; i <= row.tried; ++i) {
-             parent.line();
-             const int status = statusOfProcess([&] { return endChild(end, members.writer(i)); });
-             if (status != 0) return status == kHung ? 1 : status;
-             parent.lines(2);
-           }
-           return 0;
-         }));
+  const auto run = [&] {
+    Writer parent = members.writer(0);
+    Writer::start();
+    for (int i = 1; i <= row.tried; ++i) {
+      parent.line();
+      const int status = statusOfProcess([&] { return endChild(end, members.writer(i)); });
+      if (status != 0) return status == kHung ? 1 : status;
+      parent.lines(2);
+    }
+    return 0;
+  };
+  addEnd(row, statusOfProcess(run, [&] { return members.acknowledged(); }));
   members.check(row);
   table.print(row);
 }
 
-// A thread opens and closes the log, while others start programs.
+bool programInheritsLog() {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::execl("/proc/self/exe", "torture", kOpenLogOption, nullptr);
+    ::_exit(127);
+  }
+  int status = 0;
+  return ::waitpid(child, &status, 0) == child && status != 0;
+}
+
+// A thread opens and closes the log, while another starts programs.
 void runExec(Table& table, Scale scale) {
   Row row("exec while the log is opened: inherited descriptors");
   startAfresh();
   row.tried = scale.of(800);
-  const Shared<std::atomic<int>> inherited;
-  addEnd(row, statusOfProcess([&] {
-           std::atomic<bool> stopped{false};
-           std::thread opener([&] {
-             while (!stopped) {
-               tarn::LogTargetDefault target("QSU");
-               target.setLogFile("Kelvo.log", "");
-               target.onRegisterTarget();
-               target.onUnregisterTarget();
-             }
-           });
-           for (int i = 0; i < row.tried; ++i) {
-             const pid_t child = ::fork();
-             if (child == 0) {
-               ::execl("/proc/self/exe", "torture", kOpenLogOption, nullptr);
-               ::_exit(127);
-             }
-             int status = 0;
-             (void)::waitpid(child, &status, 0);
-             *inherited += WEXITSTATUS(status);
-           }
-           stopped = true;
-           opener.join();
-           return 0;
-         }));
+  const Shared<std::atomic<int>> inherited, done;
+  const auto run = [&] {
+    std::atomic<bool> stopped{false};
+    std::thread opener([&] {
+      while (!stopped) {
+        tarn::LogTargetDefault target("QSU");
+        target.setLogFile("Kelvo.log", "");
+        target.onRegisterTarget();
+        target.onUnregisterTarget();
+      }
+    });
+    for (; *done < row.tried; ++*done)
+      *inherited += programInheritsLog() ? 1 : 0;
+    stopped = true;
+    opener.join();
+    return 0;
+  };
+  addEnd(row, statusOfProcess(run, [&] { return done->load(); }));
   row.wrong = *inherited;
   table.print(row);
 }
