@@ -115,7 +115,7 @@ const std::vector<Primitive>& primitives() {
       {"Bubbles",
        "const field = add('input'); field.setCustomValidity('wrong\\n'.repeat(below(20))); field.reportValidity()"},
       {"Popups",
-       "open(one('/popup?' + n, 'about:blank', '', 'mailto:a@b'), one('', '_blank', 'other', '_top'), "
+       "open(one('/popup?' + n, 'about:blank', '', 'mailto:a@b'), one('', '_blank', 'other'), "
        "one('', 'popup,width=300,height=200,left=0,top=0', 'fullscreen=yes'))"},
       {"Drags",
        "const image = document.createElement('canvas'); image.width = image.height = 600;"
