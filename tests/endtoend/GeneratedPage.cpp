@@ -115,11 +115,11 @@ const std::vector<Primitive>& primitives() {
       {"Bubbles",
        "const field = add('input'); field.setCustomValidity('wrong\\n'.repeat(below(20))); field.reportValidity()"},
       {"Popups",
-       "open(one('/popup?' + n, 'about:blank', '', 'mailto:a@b'), one('', '_blank', 'other', '_top'), "
+       "open(one('/popup?' + n, 'about:blank', '', 'mailto:a@b'), one('', '_blank', 'other'), "
        "one('', 'popup,width=300,height=200,left=0,top=0', 'fullscreen=yes'))"},
       {"Drags",
        "const image = document.createElement('canvas'); image.width = image.height = 600;"
-       "image.getContext('2d').fillRect(0, 0, 600, 600);"
+       "const context = image.getContext('2d'); context.fillStyle = '#804020'; context.fillRect(0, 0, 600, 600);"
        "const dragged = add('div', {draggable: true, ondragstart: (event) => {"
        " event.dataTransfer.setData('text/uri-list', '/signin'); event.dataTransfer.setDragImage(image, 300, 300) }});"
        "dragged.style.background = '#804020'"},
@@ -132,7 +132,7 @@ const std::vector<Primitive>& primitives() {
       {"OtherSite", "if (n === 25) location.href = otherSite"},
       {"HeldPage", "if (n % 20 === 9) location.href = '/held'; if (n % 20 === 15) stop()"},
       {"NoContent", "location.href = '/nothing?' + n"},
-      {"Downloads", "add('a', {href: '/file?' + n, download: 'x'}).click()", true},
+      {"Downloads", "add('a', {href: '/file?' + n, download: 'x'}).click()"},
       {"DownloadFrame", "if (n === 60) frame('/file')"},
       {"DownloadPage", "if (n === 50) location.href = '/file'"},
       {"SignIn", "if (n === 70) location.href = '/done?code=1'"},
@@ -142,10 +142,10 @@ const std::vector<Primitive>& primitives() {
       {"History",
        "one(() => history.pushState(n, '', '?' + n), () => history.replaceState(n, '', '?' + n), () => history.back(),"
        " () => history.forward(), () => history.go(-below(5)))()"},
-      {"States", "for (let i = 0; i < 50; ++i) history.replaceState(bytes(1000), '', '?' + n + i)", true},
-      {"Fragments", "location.hash = n + 'x'.repeat(below(2000))", true},
-      {"LongFragments", "if (n > 30) location.replace('#' + n + 'x'.repeat(60000))", true},
-      {"Titles", "for (let i = 0; i < 20; ++i) document.title = 'x'.repeat(below(100000)) + i", true},
+      {"States", "for (let i = 0; i < 50; ++i) history.replaceState(bytes(1000), '', '?' + n + i)"},
+      {"Fragments", "location.hash = n + 'x'.repeat(below(2000))"},
+      {"LongFragments", "if (n > 30) location.replace('#' + n + 'x'.repeat(60000))"},
+      {"Titles", "for (let i = 0; i < 20; ++i) document.title = 'x'.repeat(below(100000)) + i"},
       {"FullScreen",
        "document.documentElement.requestFullscreen?.().catch(none);"
        "document.documentElement.webkitRequestFullscreen?.(); await document.body.requestPointerLock?.()"},
@@ -155,7 +155,7 @@ const std::vector<Primitive>& primitives() {
        "onbeforeunload = (event) => { event.preventDefault(); return event.returnValue = 'Stay!' };"
        "onpagehide = onunload = () => { navigator.sendBeacon('/beacon'); alert('Stay!') }"},
       {"BusyUnload", "onbeforeunload = () => { for (;;); }; if (n === 30) location.href = '/signin'"},
-      {"Frames", "for (let i = 0; i < 10; ++i) frame(one('/frame', 'about:blank', 'data:text/html,x', ''))", true},
+      {"Frames", "for (let i = 0; i < 10; ++i) frame(one('/frame', 'about:blank', 'data:text/html,x', ''))"},
       {"OtherFrames", "frame(otherSite.replace('signin', 'frame'))"},
       {"ForeverFrames", "frame('/signin?' + n)", true},
       {"Permissions",
@@ -198,13 +198,13 @@ const std::vector<Primitive>& primitives() {
        "for (let i = 0; i < 500; ++i) postMessage(bytes(1000), '*'); onmessage = (event) =>"
        " postMessage(event.data, '*')",
        true},
-      {"Workers", "if (n < 8) new Worker(blob('for (;;) postMessage(1)', 'text/javascript')).onmessage = none", true},
+      {"Workers", "if (n < 8) new Worker(blob('for (;;) postMessage(1)', 'text/javascript')).onmessage = none"},
       {"Elements",
        "const all = document.createDocumentFragment(); for (let i = 0; i < 20000; ++i)"
        " all.append(document.createElement('p')); document.body.append(all)",
        true},
-      {"Memory", "if (n < 300) (window.kept = window.kept ?? []).push(bytes(2e6))", true},
-      {"BusyLoop", "if (n === 40) for (;;);", true},
+      {"Memory", "if (n < 300) (window.kept = window.kept ?? []).push(bytes(2e6))"},
+      {"BusyLoop", "if (n === 40) for (;;);"},
       {"Microtasks", "if (n === 40) for (;;) await 0", true},
       {"Recursion", "const deeper = () => deeper() + deeper(); deeper()", true},
       {"Pattern", "if (n === 30) /^(a+)+$/.test('a'.repeat(40) + 'b')", true},

@@ -17,7 +17,7 @@ namespace endtoend {
 struct Primitive {
   const char* name;
   const char* script;     // of one step, number `n`
-  bool exhausts = false;  // memory, processor, or whatever the page can get
+  bool exhausts = false;  // memory, processor or requests, and no other test has a page of this kind
 };
 
 void PrintTo(const Primitive& primitive, std::ostream* out);
