@@ -155,7 +155,13 @@ TEST_P(DragTest, ShowsNoImage) {
   untilPainted();
   const Area frame = window().frame;
   screen.drag(frame.x + 60, frame.y + kStripHeight + 40, frame.x + 60, frame.y + 8);
-  untilReported("ended");
+  bool showsWindow = false;
+  until("the end of the drag", [&] {
+    // A window that GTK maps and hides in one step may be seen once.
+    showsWindow = showsWindow || (screen.windows().size() > 1 && screen.windows().size() > 1);
+    return !reports().empty() && reports().back() == "ended";
+  });
+  EXPECT_FALSE(showsWindow);
   EXPECT_FALSE(screen.picture({0, 0, 1280, 1024}).find(0x804020, 1));
   screen.press(XK_w, {XK_Control_L});
   EXPECT_EQ(message(), kWindowClosed);

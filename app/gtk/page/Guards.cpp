@@ -85,11 +85,9 @@ gboolean cancelDrag(gpointer drag) {
   return G_SOURCE_REMOVE;
 }
 
-// A page chooses the image that follows the pointer, and what another program gets. GTK is still starting the drag:
-// it can be cancelled only afterward, before anything is drawn. Until then its window has no area.
+// A page chooses the image that follows the pointer, and what another program gets. GTK is still starting the drag: it
+// can be cancelled only afterward.
 void onDragBegin(GtkWidget*, GdkDragContext* drag, gpointer) {
-  const Owned<cairo_region_t, cairo_region_destroy> nothing(cairo_region_create());
-  gdk_window_shape_combine_region(gdk_drag_context_get_drag_window(drag), nothing.get(), 0, 0);
   g_idle_add_full(G_PRIORITY_HIGH, cancelDrag, g_object_ref(drag), g_object_unref);
 }
 
@@ -140,10 +138,17 @@ gboolean popDown(gpointer bubble) {
   return G_SOURCE_REMOVE;
 }
 
+// GTK shows the image before the drag can be cancelled.
+void hideDragImage(GtkWidget* window) {
+  if (gtk_window_get_type_hint(GTK_WINDOW(window)) != GDK_WINDOW_TYPE_HINT_DND) return;
+  gdk_window_hide(gtk_widget_get_window(window));
+}
+
 // The bubble that WebKit shows at an invalid field could cover the strip: a page chooses the field's position. A bubble
 // that does not fit into the page's area is hidden.
 gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer page) {
   GObject* const widget = G_OBJECT(g_value_get_object(values));
+  if (GTK_IS_WINDOW(widget)) hideDragImage(GTK_WIDGET(widget));
   if (GTK_IS_MENU(widget) && gtk_menu_get_attach_widget(GTK_MENU(widget)) == page) {
     watchCopying(GTK_MENU(widget), G_OBJECT(page));
   }

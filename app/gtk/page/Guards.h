@@ -15,5 +15,5 @@
 // Call once, before `view` is realized.
 void connectGuards(WebKitWebView* view);
 
-// Cancels each drag that starts at `widget`, before anything is drawn.
+// Cancels each drag that starts at `widget`. After connectGuards() nothing of it is drawn.
 void refuseDrags(GtkWidget* widget);
