@@ -23,7 +23,7 @@ struct Row {
   int reordered = 0;     // lines of one writer in another order
   int wrong = 0;         // violations of what the name of the row says
   int crashed = 0;       // processes that ended by a signal or with an error
-  int hung = 0;          // processes that did not end, or that nobody could log beside
+  int hung = 0;          // processes that did not end, or that no other could log beside
   double recovered = 0;  // seconds until a new line was in the log, the slowest
   double limit = 61;     // of `recovered`
 };

@@ -139,7 +139,7 @@ bool Screen::isEmpty(Window window) const {
   return count == 0;
 }
 
-// GTK's windows for drags and grabs are mapped, but nobody sees them: they have no area, or are left of the screen.
+// GTK's windows for drags and grabs are mapped, but invisible: they have no area, or are left of the screen.
 std::optional<ScreenWindow> Screen::describe(Window window) const {
   XWindowAttributes attributes;
   if (!XGetWindowAttributes(display_.get(), window, &attributes) || attributes.map_state != IsViewable) return {};
