@@ -134,7 +134,10 @@ void Logger::attachFlag() {
   const auto now = std::chrono::steady_clock::now();
   if (now < nextAttach_) return;
   nextAttach_ = now + kRetryInterval;
-  flagIsForeign_ = !fileFlag->createFlag() && errno == EPERM;
+  const bool created = fileFlag->createFlag();
+  flagIsForeign_ = !created && errno == EPERM;
+  // The set may lack its first value, which the next attempt assigns. A set with too many users (ERANGE) has it.
+  if (!created && errno != ERANGE) fileFlag->semid = -1;
 }
 
 void Logger::beforeFork() {
