@@ -37,7 +37,8 @@ class OwnAreaTest : public PromptTest {
     before_ = strip();
   }
 
-  void expectUnchangedStrip() { EXPECT_TRUE(strip() == before_); }
+  bool isUnchangedStrip() { return strip() == before_; }
+  void expectUnchangedStrip() { EXPECT_TRUE(isUnchangedStrip()); }
 
   // Presses the key that the page waits for, and waits for the page's report.
   void go() {
@@ -125,6 +126,27 @@ TEST_F(OwnAreaTest, ACalendarOpensInsideThePage) {
   go();
   expectUnchangedStrip();
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// The viewer is a page of the web engine with buttons of its own.
+TEST_F(OwnAreaTest, APdfIsShownInsideThePage) {
+  constexpr char kPdf[] = R"(%PDF-1.4
+1 0 obj <</Type /Catalog /Pages 2 0 R>> endobj
+2 0 obj <</Type /Pages /Kids [3 0 R] /Count 1>> endobj
+3 0 obj <</Type /Page /Parent 2 0 R /MediaBox [0 0 300 300] /Contents 4 0 R /Resources <<>>>> endobj
+4 0 obj <</Length 34>> stream
+0.5 0.25 0.125 rg 0 0 300 300 re f
+endstream endobj
+trailer <</Root 1 0 R>>
+)";
+  site.serve("/paper", tools::Response{200, kPdf, {{"Content-Type", "application/pdf"}}});
+  startOnAndRecordStrip("<script>onkeydown = () => { location.href = '/paper' }</script>");
+  screen.press(XK_g);
+  until("the paper", [&] { return picture().find(0x804020, 5000).has_value(); });
+  until("the unchanged strip", [&] { return isUnchangedStrip(); });
+  EXPECT_THAT(screen.windows(), SizeIs(1));
+  screen.press(XK_w, {XK_Control_L});
+  EXPECT_EQ(message(), kWindowClosed);
 }
 
 TEST_F(OwnAreaTest, ControlWClosesAWindowWithACalendar) {
