@@ -165,7 +165,8 @@ class DragTest : public OwnAreaTest, public testing::WithParamInterface<Named> {
 // While the button is down, the image that the page has chosen would follow the pointer over the strip and the screen.
 TEST_P(DragTest, ShowsNoImage) {
   startOn(std::string("<body style='height: 550px'>") + GetParam().script + R"(<script>
-    const image = document.createElement('canvas');
+    const image = document.body.appendChild(document.createElement('canvas'));
+    image.style.cssText = 'position: fixed; top: 560px';
     image.width = image.height = 600;
     image.getContext('2d').fillStyle = '#804020';
     image.getContext('2d').fillRect(0, 0, 600, 600);
