@@ -1,6 +1,9 @@
 #include "app/gtk/page/PagePrompts.h"
 
+#include <string.h>
+
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +13,9 @@
 
 namespace {
 
+// In bytes. A text field of GTK holds fewer characters, a label of a prompt far fewer.
+constexpr std::size_t kMaxTextLength = 256 << 10;
+
 // Shared, because `std::function` copies what the reply captures.
 using DialogRef = std::shared_ptr<WebKitScriptDialog>;
 
@@ -17,7 +23,7 @@ constexpr char kPromptId[] = "svo-prompt";
 constexpr guint kReportDelayMilliseconds = 500;
 
 std::string textOf(const char* text) {
-  return validUtf8(orEmpty(text));
+  return text == nullptr ? std::string() : validUtf8(std::string(text, ::strnlen(text, kMaxTextLength)));
 }
 
 std::string nameOf(const Site& site) {
