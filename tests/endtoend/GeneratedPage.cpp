@@ -144,8 +144,8 @@ const std::vector<Primitive>& primitives() {
       {"DownloadPage", "if (n === 5) location.href = '/file'", false, true},
       {"SignIn", "if (n === 7) location.href = '/done?code=1'", false, true},
       {"Schemes",
-       "location.href = one('mailto:a@b', 'tel:1', 'file:///etc/passwd', 'resource:///x', 'about:srcdoc', "
-       "'javascript:1', 'webkit://gpu', 'irc://x')",
+       "location.href = one('mailto:a@b', 'tel:1', 'file:///etc/passwd', 'resource:///x', 'javascript:1', "
+       "'webkit://gpu', 'irc://x')",
        false, true},
       {"History",
        "one(() => history.pushState(n, '', '?' + n), () => history.replaceState(n, '', '?' + n), () => history.back(),"
