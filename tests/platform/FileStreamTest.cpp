@@ -17,46 +17,46 @@ using platform::UniqueFd;
 
 class FileStream : public testing::Test {
  protected:
-  FileStream() { support::writeFile(path_, "first\n"); }
+  FileStream() { support::writeFile(path, "first\n"); }
 
   // Returns the descriptor that the next open file gets.
   static int nextDescriptor() { return UniqueFd(::open("/dev/null", O_RDONLY | O_CLOEXEC)).get(); }
 
-  const support::TemporaryFolder folder_;
-  const std::string path_ = folder_ / "file";
-  UniqueFd file_{::open(path_.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600)};
-  std::fstream stream_;
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "file";
+  UniqueFd file{::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600)};
+  std::fstream stream;
 };
 
 TEST_F(FileStream, AppendsToTheFile) {
-  ASSERT_TRUE(platform::openForAppending(stream_, file_.get()));
-  stream_ << "second\n" << std::flush;
-  EXPECT_EQ(support::contentsOf(path_), "first\nsecond\n");
+  ASSERT_TRUE(platform::openForAppending(stream, file.get()));
+  stream << "second\n" << std::flush;
+  EXPECT_EQ(support::contentsOf(path), "first\nsecond\n");
 }
 
 TEST_F(FileStream, IsClosedIndependentlyOfTheDescriptor) {
   const int duplicate = nextDescriptor();
-  ASSERT_TRUE(platform::openForAppending(stream_, file_.get()));
-  file_.reset();
-  stream_ << "second\n" << std::flush;
-  EXPECT_EQ(support::contentsOf(path_), "first\nsecond\n");
-  stream_.close();
+  ASSERT_TRUE(platform::openForAppending(stream, file.get()));
+  file.reset();
+  stream << "second\n" << std::flush;
+  EXPECT_EQ(support::contentsOf(path), "first\nsecond\n");
+  stream.close();
   EXPECT_EQ(::fcntl(duplicate, F_GETFD), -1);
 }
 
 TEST_F(FileStream, OpensAClosedStreamAgain) {
   for (const char* text : {"second\n", "third\n"}) {
-    ASSERT_TRUE(platform::openForAppending(stream_, file_.get()));
-    stream_ << text;
-    stream_.close();
+    ASSERT_TRUE(platform::openForAppending(stream, file.get()));
+    stream << text;
+    stream.close();
   }
-  EXPECT_TRUE(stream_.good());
-  EXPECT_EQ(support::contentsOf(path_), "first\nsecond\nthird\n");
+  EXPECT_TRUE(stream.good());
+  EXPECT_EQ(support::contentsOf(path), "first\nsecond\nthird\n");
 }
 
 TEST_F(FileStream, ItsDescriptorIsNotInherited) {
   const int duplicate = nextDescriptor();
-  ASSERT_TRUE(platform::openForAppending(stream_, file_.get()));
+  ASSERT_TRUE(platform::openForAppending(stream, file.get()));
   EXPECT_EQ(::fcntl(duplicate, F_GETFD), FD_CLOEXEC);
 }
 
@@ -64,7 +64,7 @@ TEST_F(FileStream, StaysClosedWithoutAFreeDescriptor) {
   EXPECT_EQ(support::inChild([this] {
               const rlimit none{0, 0};
               ::setrlimit(RLIMIT_NOFILE, &none);
-              return platform::openForAppending(stream_, file_.get()) || stream_.is_open() ? 1 : 7;
+              return platform::openForAppending(stream, file.get()) || stream.is_open() ? 1 : 7;
             }),
             7);
 }

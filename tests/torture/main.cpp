@@ -4,7 +4,7 @@
 //
 // - Runs in namespaces of its own for processes, semaphore sets and mounts; its home folder is in memory.
 // - Run it through tests/support/in-own-home.
-// - Ends after thirty minutes at the latest, the short form after ten.
+// - Ends after thirty minutes at the latest.
 // - Exits with 1 if a row failed, with 77 if it cannot create the namespaces.
 
 #include <sched.h>
@@ -66,7 +66,7 @@ int runGroups(const std::vector<std::string>& names, torture::Scale scale) {
   if (!support::mountMemory(support::ownHome(), kHomeSize)) return support::kImpossible;
   for (const int signal : {SIGALRM, SIGINT, SIGTERM})
     endOn(signal);
-  ::alarm(scale.isShort ? 600 : 1800);
+  ::alarm(1800);
   if (!scale.isShort) torture::hangLimit = std::chrono::seconds(10);
   torture::Table table;
   const std::chrono::seconds limit = platform::WaitLimit::limit;
