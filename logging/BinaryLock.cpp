@@ -62,11 +62,14 @@ bool BinaryLock::detach(const Attachment& attachment) {
 bool BinaryLock::wait() {
   const pid_t process = platform::currentProcessId();
   countForked(process);
-  const int id = id_;
+  int id = id_;
   if (!SemaphoreSet(id).take(kMutex)) {
-    if (!SemaphoreSet::wasRemoved(errno) || !reopen(id) || !SemaphoreSet(id_).take(kMutex)) return false;
+    if (!SemaphoreSet::wasRemoved(errno) || !reopen(id)) return false;
+    id = id_;
+    if (!SemaphoreSet(id).take(kMutex)) return false;
   }
   waitForOtherThread(process);
+  taken_ = id;
   return true;
 }
 
@@ -116,8 +119,9 @@ bool BinaryLock::signal() {
 }
 
 bool BinaryLock::release() {
+  const int taken = taken_.exchange(kClosed);
   holdingProcess_.store(kNobody, std::memory_order_release);
-  return SemaphoreSet(id_).release(kMutex);
+  return SemaphoreSet(taken == kClosed ? id_.load() : taken).release(kMutex);
 }
 
 bool BinaryLock::finalize() {

@@ -75,6 +75,7 @@ class BinaryLock {
   int projectId_ = 0;
   std::atomic<int> id_{kClosed};
   std::atomic<int> count_{kUncounted};
+  std::atomic<int> taken_{kClosed};  // the set that `wait` took; another thread may have replaced it since
   std::atomic<pid_t> countedProcess_{kNobody};
   std::atomic<pid_t> holdingProcess_{kNobody};  // this process while one of its threads holds the lock
 };
