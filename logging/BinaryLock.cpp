@@ -69,7 +69,7 @@ bool BinaryLock::wait() {
     if (!SemaphoreSet(id).take(kMutex)) return false;
   }
   waitForOtherThread(process);
-  taken_ = id;
+  taken_.store(id, std::memory_order_relaxed);
   return true;
 }
 
@@ -119,7 +119,8 @@ bool BinaryLock::signal() {
 }
 
 bool BinaryLock::release() {
-  const int taken = taken_.exchange(kClosed);
+  const int taken = taken_.load(std::memory_order_relaxed);
+  taken_.store(kClosed, std::memory_order_relaxed);
   holdingProcess_.store(kNobody, std::memory_order_release);
   return SemaphoreSet(taken == kClosed ? id_.load() : taken).release(kMutex);
 }
