@@ -61,12 +61,12 @@ TEST_F(FileStream, ItsDescriptorIsNotInherited) {
 }
 
 TEST_F(FileStream, StaysClosedWithoutAFreeDescriptor) {
-  EXPECT_EQ(support::inChild([this] {
-              const rlimit none{0, 0};
-              ::setrlimit(RLIMIT_NOFILE, &none);
-              return platform::openForAppending(stream, file.get()) || stream.is_open() ? 1 : 7;
-            }),
-            7);
+  support::Child child([this] {
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    return platform::openForAppending(stream, file.get()) || stream.is_open() ? 1 : 7;
+  });
+  EXPECT_EQ(child.wait(), 7);
 }
 
 }  // namespace
