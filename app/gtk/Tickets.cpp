@@ -22,7 +22,7 @@ namespace {
 using Realms = std::set<std::string>;
 using RealmOfDomain = std::map<std::string, std::string>;
 
-constexpr guint kProxyTimeoutMilliseconds = 1000;
+constexpr guint kProxyTimeoutMilliseconds = 10000;
 constexpr char kHostCharacters[] = "abcdefghijklmnopqrstuvwxyz0123456789-.";
 constexpr int kHttpsPort = 443;
 

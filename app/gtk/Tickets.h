@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-// Returns the addresses of the servers, each once. Empty without a ticket. Asks the system's proxy settings for at most
-// a second.
+// Returns the addresses of the servers, each once. Empty without a ticket. Reads the system's proxy settings for at
+// most ten seconds: a configuration script may have to be fetched, on which WebKit would wait too.
 //   {"https://sso.example.com/start"}, realm EXAMPLE.COM   => {"https://sso.example.com:443"}
 //   {"https://evilexample.com/"}, realm EXAMPLE.COM        => {}
 //   {"http://sso.example.com/"}, realm EXAMPLE.COM         => {}
