@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/gtk/Descendants.h"
+#include "app/gtk/PrivateFolder.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ void NetworkProcessWatch::watch() {
     return;
   }
   process_ = std::move(found.front());
+  setWriterOfPrivateFolder(process_.get());
   source_ = g_unix_fd_add(process_.get(), G_IO_IN, onReadable, this);
 }
 
