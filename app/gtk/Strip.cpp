@@ -12,6 +12,7 @@ constexpr double kFirstData = 0.1;  // WebKit reports this fraction before any d
 constexpr char kPadlockIcon[] = "channel-secure-symbolic";
 constexpr char kWarningIcon[] = "dialog-warning-symbolic";
 constexpr char kWarningClass[] = "warning";
+constexpr char kPartHidden[] = "Part of the page is hidden: zoom with Ctrl and +, then scroll";
 
 constexpr char kStyle[] = R"(
 .site { font-size: smaller; padding: 0 6px; color: @theme_fg_color; background-color: @theme_bg_color; }
@@ -78,12 +79,13 @@ Strip::Strip()
       icon_(gtk_image_new()),
       host_(newText(PANGO_ELLIPSIZE_START)),
       warning_(newText(PANGO_ELLIPSIZE_END)),
+      partHidden_(newText(PANGO_ELLIPSIZE_END)),
       line_(newLine()) {
   addStyle(kStyle);
   setStyleClass(background_, "site");
   setStyleClass(row_, "site");
   setStyleClass(host_, "host");
-  for (GtkWidget* const part : {icon_, host_, warning_}) {
+  for (GtkWidget* const part : {icon_, host_, warning_, partHidden_}) {
     gtk_widget_set_no_show_all(part, TRUE);
     gtk_box_pack_start(GTK_BOX(row_), part, FALSE, FALSE, 0);
   }
@@ -109,7 +111,19 @@ void Strip::show(const Site& site) {
   setText(warning_, text.warning);
   setStyleClass(background_, kWarningClass, !text.warning.empty());
   setStyleClass(row_, kWarningClass, !text.warning.empty());
-  atk_object_set_name(gtk_widget_get_accessible(overlay_), text.accessibleText.c_str());
+  siteText_ = text.accessibleText;
+  updateAccessibleText();
+}
+
+void Strip::showPartHidden(bool hidden) {
+  setText(partHidden_, hidden ? kPartHidden : "");
+  updateAccessibleText();
+}
+
+void Strip::updateAccessibleText() {
+  const std::string hint = gtk_label_get_text(GTK_LABEL(partHidden_));
+  const std::string text = hint.empty() ? siteText_ : siteText_ + ". " + hint;
+  atk_object_set_name(gtk_widget_get_accessible(overlay_), text.c_str());
 }
 
 void Strip::showProgress(double fraction) {

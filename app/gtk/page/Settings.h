@@ -8,6 +8,9 @@
 
 #include "app/gtk/Glib.h"
 
+// The world of the program's own scripts. Pages cannot reach what is defined there.
+inline constexpr char kScriptWorld[] = "svo-signin";
+
 using StyleSheet = Owned<WebKitUserStyleSheet, webkit_user_style_sheet_unref>;
 
 // An ephemeral session: no cookie, cache or storage is written to disk. Where a private folder has been created, a
