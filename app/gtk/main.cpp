@@ -10,6 +10,7 @@
 #include "app/gtk/Application.h"
 #include "app/gtk/DisplayWatch.h"
 #include "app/gtk/Environment.h"
+#include "app/gtk/Language.h"
 #include "app/gtk/Sandbox.h"
 #include "app/gtk/StartUp.h"
 #include "applog/Logger.h"
@@ -63,11 +64,13 @@ int main(int argc, char** argv) {
   reportAbnormalEnd(CommandLine::GetInstance()->pipe_name, removeSandboxFiles);
 
   prepareLocale();
+  selectCatalogues(platform::bundlePath());
   SandboxTrial sandbox;
 
   // GTK would parse the program's arguments, so it gets none.
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
+  selectDirection();
   setIcon();
 
   // A signal or the end of the session closes the window: the launcher gets its message.
