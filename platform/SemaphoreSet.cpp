@@ -7,11 +7,11 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <thread>
 
 #include "platform/CancellationScope.h"
+#include "platform/Failure.h"
 #include "platform/PathLock.h"
 #include "platform/Users.h"
 
@@ -201,7 +201,7 @@ void SemaphoreSet::giveUp(int member) const {
   static std::atomic<bool> reported{false};
   const int error = errno;
   if ((remove() || setValue(member, 1)) && !reported.exchange(true)) {
-    std::fprintf(stderr, "A lock of the log could not be released (%s); it was removed.\n", std::strerror(error));
+    std::fprintf(stderr, "A lock of the log could not be released (%s); it was removed.\n", errorText(error).c_str());
   }
   errno = error;
 }
