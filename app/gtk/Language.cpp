@@ -3,8 +3,9 @@
 #include <gtk/gtk.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
-#include <string_view>
 
 #include "app/gtk/Glib.h"
 #include "platform/Path.h"
@@ -15,7 +16,6 @@ constexpr char kLeftToRightMark[] = "\u200E";
 constexpr char kRightToLeftMark[] = "\u200F";
 constexpr char kFirstStrongIsolate[] = "\u2068";
 constexpr char kPopDirectionalIsolate[] = "\u2069";
-constexpr std::string_view kPlaceholder = "%1";
 
 // Whether nobody but those who may write into `trusted` may write into the folder.
 bool isAsTrusted(const std::string& folder, const struct stat& trusted) {
@@ -43,14 +43,15 @@ bool endsParagraph(gunichar character) {
 std::string isolated(const std::string& value) {
   const std::string valid = validUtf8(value);
   std::string result = kFirstStrongIsolate;
-  for (const char *at = valid.c_str(), *next = at; *at != '\0'; at = next) {
-    next = g_utf8_next_char(at);
+  for (const char* at = valid.c_str(); *at != '\0';) {
+    const char* const next = g_utf8_next_char(at);
     const gunichar character = g_utf8_get_char(at);
     if (endsParagraph(character)) {
       result += ' ';
     } else if (!changesDirection(character)) {
       result.append(at, next);
     }
+    at = next;
   }
   return result + kPopDirectionalIsolate;
 }
@@ -77,14 +78,23 @@ void selectDirection() {
   if (std::strcmp(_("default:LTR"), "default:RTL") == 0) gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL);
 }
 
-std::string filled(const char* text, const std::string& value) {
-  std::string result = text;
-  const std::string::size_type place = result.find(kPlaceholder);
-  if (place != std::string::npos) result.replace(place, kPlaceholder.size(), value);
+// One pass: a value may contain a placeholder.
+std::string filled(const char* text, const std::vector<std::string>& values) {
+  std::string result;
+  for (const char* at = text; *at != '\0'; ++at) {
+    const auto number = static_cast<std::size_t>(*at == '%' && at[1] >= '1' && at[1] <= '9' ? at[1] - '0' : 0);
+    if (number == 0 || number > values.size()) {
+      result += *at;
+    } else {
+      result += values[number - 1];
+      ++at;
+    }
+  }
   return result;
 }
 
 // The mark gives the paragraph the direction of the language: Pango takes it from the first letter, also of a value.
-std::string displayed(const char* text, const std::string& value) {
-  return (isRightToLeft() ? kRightToLeftMark : kLeftToRightMark) + filled(text, isolated(value));
+std::string displayed(const char* text, std::vector<std::string> values) {
+  std::transform(values.begin(), values.end(), values.begin(), isolated);
+  return (isRightToLeft() ? kRightToLeftMark : kLeftToRightMark) + filled(text, values);
 }

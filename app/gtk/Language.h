@@ -3,8 +3,8 @@
 // - The user's locale for messages selects it: LANGUAGE, LC_ALL, LC_MESSAGES and LANG. A text without a translation is
 //   shown in English.
 // - Log lines, messages to the launcher and lines on standard error are English in every locale.
-// - A placeholder is "%1". `msgfmt --check` compares those of a translation with those of its text; whatever a
-//   catalogue contains, nothing but "%1" is replaced.
+// - The placeholders of a text are "%1" to "%9". `msgfmt --check` compares those of a translation with those of its
+//   text. Whatever a catalogue contains, nothing else is replaced.
 // - Main thread.
 
 #pragma once
@@ -12,6 +12,7 @@
 #include <libintl.h>
 
 #include <string>
+#include <vector>
 
 inline constexpr char kTextDomain[] = "svo-signin";
 
@@ -33,10 +34,11 @@ inline const char* _(const char* text) {
   return dgettext(kTextDomain, text);
 }
 
-// Replaces "%1" in a text that is not displayed, such as the name of a widget for a screen reader.
-//   ("Site: %1", "a.example")  => "Site: a.example"
-std::string filled(const char* text, const std::string& value);
+// Replaces the placeholders of a text that is not displayed, such as the name of a widget for a screen reader.
+//   ("Site: %1", {"a.example"})  => "Site: a.example"
+std::string filled(const char* text, const std::vector<std::string>& values);
 
-// Replaces "%1" in a text that is displayed as a paragraph of its own. The value may come from a page or a server: it
-// is isolated (Unicode Standard Annex #9, section 2.4), so that right-to-left characters in it do not reorder the text.
-std::string displayed(const char* text, const std::string& value);
+// Replaces the placeholders of a text that is displayed as a paragraph of its own. The values may come from a page or a
+// server. Each is isolated (Unicode Standard Annex #9, section 2.4), so that right-to-left characters in it do not
+// reorder the text.
+std::string displayed(const char* text, std::vector<std::string> values);

@@ -58,12 +58,12 @@ StripText stripText(const Site& site) {
     case Site::Kind::kNone:
       return {nullptr, "", "", _("No site yet")};
     case Site::Kind::kEncrypted:
-      return {kPadlockIcon, site.host, "", filled(_("Site: %1, over an encrypted connection"), site.host)};
+      return {kPadlockIcon, site.host, "", filled(_("Site: %1, over an encrypted connection"), {site.host})};
     case Site::Kind::kLoopback:
-      return {nullptr, site.host, "", filled(_("Site: %1, this computer"), site.host)};
+      return {nullptr, site.host, "", filled(_("Site: %1, this computer"), {site.host})};
     case Site::Kind::kPlain:
       return {kWarningIcon, site.host, _("Not encrypted: others can read what you type"),
-              filled(_("Warning: the connection to %1 is not encrypted: others can read what you type"), site.host)};
+              filled(_("Warning: the connection to %1 is not encrypted: others can read what you type"), {site.host})};
     case Site::Kind::kFile:
       return {nullptr, _("A page on this computer"), "", _("A page on this computer")};
     case Site::Kind::kNowhere:

@@ -77,21 +77,22 @@ TEST_F(CatalogueFolderTest, IsNotUsedIfAnotherGroupMayWrite) {
   EXPECT_EQ(found(), "");
 }
 
-TEST(LanguageTest, ValuesReplaceThePlaceholder) {
-  EXPECT_EQ(filled("Site: %1, here", "a.example"), "Site: a.example, here");
-  EXPECT_EQ(filled("%1", "%1%s%n"), "%1%s%n");
+TEST(LanguageTest, ValuesReplaceThePlaceholders) {
+  EXPECT_EQ(filled("Site: %1, here", {"a.example"}), "Site: a.example, here");
+  EXPECT_EQ(filled("%2 after %1", {"one", "two"}), "two after one");
+  EXPECT_EQ(filled("%1 %2", {"%2%s%n", "%1"}), "%2%s%n %1");
 }
 
 TEST(LanguageTest, OtherPercentSignsAreKept) {
-  EXPECT_EQ(filled("%s %n %%", "value"), "%s %n %%");
+  EXPECT_EQ(filled("%s %n %% %0 %2 %", {"value"}), "%s %n %% %0 %2 %");
 }
 
 TEST(LanguageTest, DisplayedValuesAreIsolated) {
-  EXPECT_EQ(displayed("It says: %1!", "shalom"), "\u200EIt says: \u2068shalom\u2069!");
+  EXPECT_EQ(displayed("%1 says: %2!", {"he", "shalom"}), "\u200E\u2068he\u2069 says: \u2068shalom\u2069!");
 }
 
 TEST(LanguageTest, ValuesCannotEndTheirIsolation) {
-  EXPECT_EQ(displayed("%1", "a\u2069\u202Eb\nc\u2029d\u200Ee"), "\u200E\u2068ab c d\u200Ee\u2069");
+  EXPECT_EQ(displayed("%1", {"a\u2069\u202Eb\nc\u2029d\u200Ee"}), "\u200E\u2068ab c d\u200Ee\u2069");
 }
 
 // A literal that begins with a capitalized word or a placeholder, and is neither marked nor logged.
