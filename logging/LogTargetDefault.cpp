@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <memory>
@@ -17,6 +16,7 @@
 
 #include "logging/Helpers.h"
 #include "platform/CancellationScope.h"
+#include "platform/Failure.h"
 #include "platform/FileSizeSignal.h"
 #include "platform/FileStream.h"
 #include "platform/OwnersFolder.h"
@@ -108,7 +108,7 @@ bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
   if (folder && !file.isAt(folder)) file.close();
   if (!file.isOpen() && !file.use(openLog(folder))) return false;
   if (!existed && makeWritable(filePath, file.get(), folder.isForeign()) != 0) {
-    std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
+    std::fprintf(stderr, "\n Error Set File permissions. errno = %s", platform::errorText(errno).c_str());
   }
   return platform::openForAppending(handle, file.get());
 }

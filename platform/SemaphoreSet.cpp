@@ -10,11 +10,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <thread>
 
 #include "platform/CancellationScope.h"
+#include "platform/Failure.h"
 #include "platform/PathLock.h"
 #include "platform/Users.h"
 
@@ -239,7 +239,7 @@ void SemaphoreSet::giveUp(int member) const {
   if (!remove() && !setValue(member, 1)) {
     noteKept(id_);
   } else if (!reported.exchange(true)) {
-    std::fprintf(stderr, "A lock of the log could not be released (%s); it was removed.\n", std::strerror(error));
+    std::fprintf(stderr, "A lock of the log could not be released (%s); it was removed.\n", errorText(error).c_str());
   }
   errno = error;
 }

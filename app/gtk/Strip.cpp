@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "app/gtk/Language.h"
 #include "app/gtk/Style.h"
 
 namespace {
@@ -12,7 +13,6 @@ constexpr double kFirstData = 0.1;  // WebKit reports this fraction before any d
 constexpr char kPadlockIcon[] = "channel-secure-symbolic";
 constexpr char kWarningIcon[] = "dialog-warning-symbolic";
 constexpr char kWarningClass[] = "warning";
-constexpr char kPartHidden[] = "Part of the page is hidden: zoom with Ctrl and +, then scroll";
 
 constexpr char kStyle[] = R"(
 .site { font-size: smaller; padding: 0 6px; color: @theme_fg_color; background-color: @theme_bg_color; }
@@ -56,20 +56,20 @@ bool animationsEnabled() {
 StripText stripText(const Site& site) {
   switch (site.kind) {
     case Site::Kind::kNone:
-      return {nullptr, "", "", "No site yet"};
+      return {nullptr, "", "", _("No site yet")};
     case Site::Kind::kEncrypted:
-      return {kPadlockIcon, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
+      return {kPadlockIcon, site.host, "", filled(_("Site: %1, over an encrypted connection"), {site.host})};
     case Site::Kind::kLoopback:
-      return {nullptr, site.host, "", "Site: " + site.host + ", this computer"};
+      return {nullptr, site.host, "", filled(_("Site: %1, this computer"), {site.host})};
     case Site::Kind::kPlain:
-      return {kWarningIcon, site.host, "Not encrypted: others can read what you type",
-              "Warning: the connection to " + site.host + " is not encrypted: others can read what you type"};
+      return {kWarningIcon, site.host, _("Not encrypted: others can read what you type"),
+              filled(_("Warning: the connection to %1 is not encrypted: others can read what you type"), {site.host})};
     case Site::Kind::kFile:
-      return {nullptr, "A page on this computer", "", "A page on this computer"};
+      return {nullptr, _("A page on this computer"), "", _("A page on this computer")};
     case Site::Kind::kNowhere:
       break;
   }
-  return {kWarningIcon, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
+  return {kWarningIcon, "", _("This page does not say whose it is"), _("Warning: this page does not say whose it is")};
 }
 
 Strip::Strip()
@@ -116,7 +116,7 @@ void Strip::show(const Site& site) {
 }
 
 void Strip::showPartHidden(bool hidden) {
-  setText(partHidden_, hidden ? kPartHidden : "");
+  setText(partHidden_, hidden ? _("Part of the page is hidden: zoom with Ctrl and +, then scroll") : "");
   updateAccessibleText();
 }
 

@@ -11,6 +11,7 @@
 #include "app/gtk/Application.h"
 #include "app/gtk/DisplayWatch.h"
 #include "app/gtk/Environment.h"
+#include "app/gtk/Language.h"
 #include "app/gtk/PrivateFolder.h"
 #include "app/gtk/Sandbox.h"
 #include "app/gtk/StartUp.h"
@@ -86,6 +87,7 @@ int main(int argc, char** argv) {
   reportAbnormalEnd(CommandLine::GetInstance()->pipe_name, removeFiles);
 
   prepareLocale();
+  selectCatalogues(platform::bundlePath());
   SandboxTrial sandbox;
   (void)std::atexit(removeFiles);
   prepareTickets(*CommandLine::GetInstance());
@@ -93,6 +95,7 @@ int main(int argc, char** argv) {
   // GTK would parse the program's arguments, so it gets none.
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
+  selectDirection();
   setIcon();
 
   // A signal or the end of the session closes the window: the launcher gets its message.
