@@ -7,10 +7,11 @@
 // - The page reports at most ten times per second, and not at all while nothing changes or while it fits at 100 %.
 // - Zooms are tried between two frames, so that only the last one is painted.
 // - A page becomes smaller at once, but larger only after 0.4 seconds without a change, and three times at most until
-// the
-//   user clicks, presses Return or Space, or resizes the window. So every page settles, also one that changes forever.
+//   the user clicks, presses Return or Space, or resizes the window. So every page settles, also one that changes
+//   forever.
 // - At the fitting zoom the main frame cannot be scrolled, at the user's it can. The user's zoom ends with the page,
 //   unless it is above 100 %: then the following pages have it too.
+//
 // Main thread.
 
 #pragma once
