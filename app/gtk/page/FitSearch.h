@@ -1,8 +1,8 @@
-// Finds the zoom at which a page fits into its area: the largest one between 100 % and 50 %, to within 2 %.
+// Finds the zoom at which a page fits into its area: the largest one between 100 % and 50 %, in whole percent.
 //
 //   FitSearch search(100, false);
 //   search.measured(1.6)   => 62        (at 100 % the page is 1.6 times as tall as its area: measure it at 62 %)
-//   search.measured(1)     => 64        (it fits; a page whose text wraps may fit at a larger zoom)
+//   search.measured(1)     => 63        (it fits; a page whose text wraps may fit at a larger zoom)
 //   search.measured(1.03)  => nothing   (the search is over)
 //   search.zoom()          => 62
 //
