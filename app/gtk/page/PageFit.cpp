@@ -191,7 +191,7 @@ void PageFit::fit() {
     searchAgain_ = true;
     return;
   }
-  search_.emplace(fitting_, fitting_ < FitSearch::kMax && growths_.take());
+  search_.emplace(fitting_, growths_.take());
   measureAt(fitting_);
 }
 
