@@ -52,24 +52,25 @@ TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
   EXPECT_THAT(
       stagedFiles(),
       ElementsAre(
-          "/usr/bin/svo-signin", "/usr/share/applications/svo-signin.desktop", "/usr/share/doc/svo-signin/changelog.gz",
-          "/usr/share/doc/svo-signin/copyright", "/usr/share/doc/svo-signin/troubleshooting.md",
-          "/usr/share/icons/hicolor/128x128/apps/svo-signin.png", "/usr/share/icons/hicolor/16x16/apps/svo-signin.png",
-          "/usr/share/icons/hicolor/24x24/apps/svo-signin.png", "/usr/share/icons/hicolor/256x256/apps/svo-signin.png",
-          "/usr/share/icons/hicolor/32x32/apps/svo-signin.png", "/usr/share/icons/hicolor/48x48/apps/svo-signin.png",
-          "/usr/share/icons/hicolor/64x64/apps/svo-signin.png", "/usr/share/icons/hicolor/scalable/apps/svo-signin.svg",
+          "/usr/bin/svo-signin", "/usr/bin/svo-signin-ask", "/usr/share/applications/svo-signin.desktop",
+          "/usr/share/doc/svo-signin/changelog.gz", "/usr/share/doc/svo-signin/copyright",
+          "/usr/share/doc/svo-signin/troubleshooting.md", "/usr/share/icons/hicolor/128x128/apps/svo-signin.png",
+          "/usr/share/icons/hicolor/16x16/apps/svo-signin.png", "/usr/share/icons/hicolor/24x24/apps/svo-signin.png",
+          "/usr/share/icons/hicolor/256x256/apps/svo-signin.png", "/usr/share/icons/hicolor/32x32/apps/svo-signin.png",
+          "/usr/share/icons/hicolor/48x48/apps/svo-signin.png", "/usr/share/icons/hicolor/64x64/apps/svo-signin.png",
+          "/usr/share/icons/hicolor/scalable/apps/svo-signin.svg", "/usr/share/man/man1/svo-signin-ask.1.gz",
           "/usr/share/man/man1/svo-signin.1.gz"));
 }
 
 TEST_F(OtherPrefixTest, InstallsEveryFileThere) {
   const std::vector<std::string> files = stagedFiles();
-  EXPECT_EQ(files.size(), 14u);
+  EXPECT_EQ(files.size(), 16u);
   EXPECT_THAT(files, testing::Each(StartsWith("/opt/sign in/")));
 }
 
-TEST_F(StagedInstallTest, OnlyTheProgramIsExecutable) {
+TEST_F(StagedInstallTest, OnlyTheProgramsAreExecutable) {
   for (const std::string& file : stagedFiles())
-    EXPECT_EQ(support::modeOf(staged(file)), file == "/usr/bin/svo-signin" ? 0755u : 0644u) << file;
+    EXPECT_EQ(support::modeOf(staged(file)), file.rfind("/usr/bin/", 0) == 0 ? 0755u : 0644u) << file;
 }
 
 TEST_F(StagedInstallTest, ContainsAnIconOfEverySize) {
@@ -86,18 +87,24 @@ TEST_F(StagedInstallTest, DesktopFileIsValid) {
   EXPECT_EQ(check.output, "");
 }
 
-TEST_F(StagedInstallTest, ManualHasNoWarnings) {
-  const Outcome check = run("mandoc -Tlint -Wwarning '" + staged("/usr/share/man/man1/svo-signin.1.gz") + "'");
-  EXPECT_EQ(check.status, 0);
-  EXPECT_EQ(check.output, "");
+TEST_F(StagedInstallTest, ManualsHaveNoWarnings) {
+  for (const std::string& manual : support::namesIn(staged("/usr/share/man/man1"))) {
+    const Outcome check = run("mandoc -Tlint -Wwarning '" + staged("/usr/share/man/man1/" + manual) + "'");
+    EXPECT_EQ(check.status, 0);
+    EXPECT_EQ(check.output, "");
+  }
 }
 
-TEST_F(StagedInstallTest, ManualNamesEveryOption) {
+TEST_F(StagedInstallTest, ManualsNameEveryOption) {
   const std::string manual = decompressed(staged("/usr/share/man/man1/svo-signin.1.gz"));
+  const std::string manualOfAsk = decompressed(staged("/usr/share/man/man1/svo-signin-ask.1.gz"));
   for (const char* const option :
        {CommandLine::zel_url_param, CommandLine::redirect_url_param, CommandLine::redirect_type3_url_param,
         CommandLine::pipe_name_param, CommandLine::app_name_param, CommandLine::type3_window_title_param}) {
-    EXPECT_THAT(manual, HasSubstr(std::string("\n.It Fl ") + (option + 1) + " Ns = Ns Ar "));
+    const std::string item = std::string("\n.It Fl ") + (option + 1) + " Ns = Ns Ar ";
+    EXPECT_THAT(manual, HasSubstr(item));
+    if (option == CommandLine::pipe_name_param) continue;
+    EXPECT_THAT(manualOfAsk, HasSubstr(item));
   }
 }
 
