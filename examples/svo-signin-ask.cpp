@@ -132,7 +132,7 @@ void readOptions(const std::vector<std::string>& arguments, Options& options) {
     const std::size_t equals = argument.find('=');
     const auto option = values.find(argument.substr(0, equals));
     if (option == values.end()) throw WrongOption("unknown option " + argument + "; --help lists the options");
-    if (equals == std::string::npos) throw WrongOption(argument + " needs a value: " + argument + "=VALUE");
+    if (equals == std::string::npos) throw WrongOption(argument + " needs a value, after '='");
     if (!option->second.empty()) throw WrongOption(option->first + " is given twice");
     option->second = argument.substr(equals + 1);
     if (option->first != "--timeout")
@@ -270,10 +270,8 @@ pid_t startWindow(std::vector<std::string> command) {
   (void)std::signal(SIGPIPE, SIG_DFL);
   const sigset_t none = signalSet({});
   (void)sigprocmask(SIG_SETMASK, &none, nullptr);
-  std::vector<char*> arguments;
-  for (std::string& argument : command)
-    arguments.push_back(argument.data());
-  arguments.push_back(nullptr);
+  std::vector<char*> arguments(command.size() + 1);  // the last one is null
+  std::transform(command.begin(), command.end(), arguments.begin(), [](std::string& each) { return each.data(); });
   std::error_code unknown;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown);
   (void)execv((program.parent_path() / command[0]).c_str(), arguments.data());
@@ -298,7 +296,7 @@ class Window {
       if (!message_.empty()) deadline_ = std::min(deadline_, Clock::now() + kTimeToEnd);
       if (std::exchange(events[2].revents, 0) != 0) {
         events[2].fd = -1;
-        close();
+        stop();
       }
       readSignals(signals.fd);
       if (!hasEnded_ && Clock::now() >= deadline_) end();
@@ -316,12 +314,12 @@ class Window {
 
   void readSignals(int signals) {
     for (signalfd_siginfo next{}; read(signals, &next, sizeof next) == sizeof next;) {
-      if (next.ssi_signo != SIGCHLD) close();
+      if (next.ssi_signo != SIGCHLD) stop();
     }
     hasEnded_ = waitpid(process_, &status_, WNOHANG) == process_;
   }
 
-  void close() {
+  void stop() {
     if (!isClosing_) deadline_ = Clock::now();
   }
 
@@ -333,7 +331,7 @@ class Window {
 
   Outcome outcome() const {
     if (message_.empty() && isClosing_) return {kClosed, ""};
-    const Outcome outcome = meaningOf(message_);
+    Outcome outcome = meaningOf(message_);
     const std::string end = WIFSIGNALED(status_) ? "which was ended by signal " + std::to_string(WTERMSIG(status_))
                                                  : "whose exit status is " + std::to_string(WEXITSTATUS(status_));
     if (outcome.status == kNoMessage) complain("no complete message from the window, " + end);

@@ -142,6 +142,7 @@ TEST_F(AskTest, PassesTheOptionsAndAPrivatePipe) {
 TEST_F(AskTest, StandardOutputHasTheResultOnly) {
   makeWindow("echo noise; echo -n '<result><URL>h</URL></result>' >\"$pipe\"\n");
   EXPECT_EQ(run("{ " + command() + " 2>/dev/null; }").output, "h\n");
+  EXPECT_EQ(run("{ " + command() + " 2>&-; }").output, "h\n");
 }
 
 TEST_F(AskTest, JsonKeepsCharactersAndEncodesOtherBytes) {
@@ -201,10 +202,11 @@ TEST_F(AskTest, ASignalClosesTheWindow) {
 }
 
 TEST_F(AskTest, BlockedAndIgnoredSignalsDoNotMatter) {
-  makeWaitingWindow("kill -TERM $first");
+  makeWaitingWindow("grep SigBlk /proc/self/status >\"$here/signals\"; kill -TERM $first");
   const std::string setting = "env --block-signal=TERM --ignore-signal=CHLD --ignore-signal=PIPE ";
   EXPECT_EQ(run(setting + command()).status, 1);
   EXPECT_TRUE(windowWasClosed());
+  EXPECT_THAT(support::linesOf(folder / "signals"), ElementsAre("SigBlk:\t0000000000000000"));
 }
 
 // `run` returns when no process has its standard error open.
@@ -234,8 +236,9 @@ TEST_F(AskTest, KillsAWindowThatDoesNotClose) {
 TEST_F(AskTest, AReaderThatLeavesClosesTheWindow) {
   ASSERT_EQ(::mkfifo((folder / "started").c_str(), 0600), 0);
   makeWaitingWindow("echo >\"$here/started\"");
-  EXPECT_EQ(run("{ { " + command() + "; echo $? >&3; } | read -r line <'" + (folder / "started") + "'; } 3>&1").output,
-            "1\n");
+  const std::string reader = "read -r line <'" + (folder / "started") + "'";
+  EXPECT_EQ(run("{ { " + command(std::string(kAddresses) + "--json") + "; echo $? >&2; } | " + reader + "; }").output,
+            "svo-signin-ask: standard output: Broken pipe\n1\n");
   EXPECT_TRUE(windowWasClosed());
 }
 
