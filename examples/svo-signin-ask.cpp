@@ -321,10 +321,12 @@ class Window {
 
   void stop() {
     if (!isClosing_) deadline_ = Clock::now();
+    isClosing_ = true;
   }
 
   void end() {
-    kill(process_, isClosing_ ? SIGKILL : SIGTERM);
+    kill(process_, nextSignal_);
+    nextSignal_ = SIGKILL;
     isClosing_ = true;
     deadline_ = Clock::now() + kTimeToEnd;
   }
@@ -340,7 +342,8 @@ class Window {
 
   pid_t process_;
   int pipe_;
-  Clock::time_point deadline_;  // of the next signal to the window
+  Clock::time_point deadline_;
+  int nextSignal_ = SIGTERM;
   bool isClosing_ = false;
   bool hasEnded_ = false;
   int status_ = 0;

@@ -201,6 +201,14 @@ TEST_F(AskTest, ASignalClosesTheWindow) {
   }
 }
 
+// Ctrl+C reaches every process of the terminal, also a window that cannot write its message yet.
+TEST_F(AskTest, ASignalMayEndTheWindowFirst) {
+  makeWindow(std::string(kFindProcesses) +
+             "(until grep -q 'State:.Z' /proc/$$/status; do sleep 0.01; done; kill -CONT $second) &\n"
+             "kill -STOP $second; kill -INT $second; kill -KILL $$\n");
+  EXPECT_EQ(ask("--json").output, "{\"code\":1,\"url\":null}\n");
+}
+
 TEST_F(AskTest, BlockedAndIgnoredSignalsDoNotMatter) {
   makeWaitingWindow("grep SigBlk /proc/self/status >\"$here/signals\"; kill -TERM $first");
   const std::string setting = "env --block-signal=TERM --ignore-signal=CHLD --ignore-signal=PIPE ";
@@ -262,7 +270,9 @@ TEST_F(AskTest, AFullDiskIsAnError) {
   const int status = support::withOwnMounts([&] {
     fs::current_path(folder / "bin");
     if (::mount("full", "/tmp", "tmpfs", 0, "nr_inodes=1") != 0) return support::kImpossible;
-    const Outcome outcome = run(std::string("env -u TMPDIR -u XDG_RUNTIME_DIR ./svo-signin-ask") + kAddresses);
+    // The sources, and with them the suppressions of the thread sanitizer, may be in /tmp.
+    const Outcome outcome =
+        run(std::string("env -u TMPDIR -u XDG_RUNTIME_DIR -u TSAN_OPTIONS ./svo-signin-ask") + kAddresses);
     EXPECT_THAT(outcome.output, testing::ContainsRegex("^svo-signin-ask: /tmp/.*: No space left on device\n$"));
     return outcome.status;
   });
