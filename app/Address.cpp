@@ -6,10 +6,13 @@
 #include <cctype>
 #include <cstddef>
 #include <iterator>
+#include <utility>
 
 #include "applog/Redaction.h"
 
 namespace {
+
+using Redirects = std::initializer_list<std::string>;
 
 constexpr char kHidden[] = "…";
 
@@ -18,10 +21,13 @@ constexpr std::string_view kEngineSchemes[] = {"webkit", "resource", "inspector-
 constexpr std::string_view kInlineSchemes[] = {"javascript", "data", "blob", "about"};
 
 constexpr std::string_view kCredentials[] = {
-    "code",        "access_token", "id_token", "refresh_token", "token", "assertion", "client_secret",
-    "device_code", "samlresponse", "samlart",  "ticket",        "sid",   "session",   "password",
-    "passwd",      "pwd",          "pin",      "otp",           "key",   "sig",       "signature",
+    "code",      "access_token",  "id_token",    "id_token_hint", "refresh_token",    "logout_token", "token",
+    "assertion", "client_secret", "device_code", "code_verifier", "client_assertion", "samlresponse", "samlart",
+    "ticket",    "sid",           "session",     "password",      "passwd",           "pwd",          "pin",
+    "otp",       "key",           "sig",         "signature",
 };
+
+constexpr int kMaxEncodings = 8;  // bounds the time for an address that a page has written
 
 template <std::size_t size>
 bool hasOneOf(const std::string_view (&schemes)[size], const std::string& address) {
@@ -47,7 +53,7 @@ int hexValue(char c) {
   return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
-std::string decodedLowerCase(std::string_view text) {
+std::string percentDecoded(std::string_view text) {
   std::string decoded;
   for (std::size_t i = 0; i < text.size(); ++i) {
     int c = static_cast<unsigned char>(text[i]);
@@ -55,32 +61,27 @@ std::string decodedLowerCase(std::string_view text) {
       c = hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]);
       i += 2;
     }
-    decoded += static_cast<char>(std::tolower(c));
+    decoded += static_cast<char>(c);
   }
   return decoded;
 }
 
 bool isCredential(std::string_view name) {
-  return std::find(std::begin(kCredentials), std::end(kCredentials), decodedLowerCase(name)) != std::end(kCredentials);
+  std::string decoded = percentDecoded(name);
+  std::transform(decoded.begin(), decoded.end(), decoded.begin(), [](unsigned char c) { return std::tolower(c); });
+  return std::find(std::begin(kCredentials), std::end(kCredentials), decoded) != std::end(kCredentials);
 }
 
-// A name may also follow ";", or the "?" or "#" of a route inside a fragment. The value of a credential ends at "&"
-// only.
-std::string withoutCredentials(std::string_view parameters) {
-  std::string result;
-  while (!parameters.empty()) {
-    const std::string_view parameter = parameters.substr(0, parameters.find_first_of("&;?#"));
-    const std::size_t equals = parameter.find('=');
-    std::size_t size = std::min(parameter.size() + 1, parameters.size());
-    if (equals != std::string_view::npos && isCredential(parameter.substr(0, equals))) {
-      result.append(parameter.substr(0, equals + 1)).append(kHidden);
-      size = std::min(parameters.find('&'), parameters.size());
-    } else {
-      result += parameters.substr(0, size);
-    }
-    parameters.remove_prefix(size);
+// Returns where the value of the first credential begins, or npos. A name may also follow ";", or the "?" or "#" of a
+// route inside a fragment.
+std::size_t findCredential(std::string_view parameters) {
+  for (std::size_t begin = 0; begin < parameters.size();) {
+    const std::size_t end = std::min(parameters.find_first_of("&;?#", begin), parameters.size());
+    const std::size_t equals = parameters.substr(0, end).find('=', begin);
+    if (equals != std::string_view::npos && isCredential(parameters.substr(begin, equals - begin))) return equals + 1;
+    begin = end + 1;
   }
-  return result;
+  return std::string_view::npos;
 }
 
 // `address` has neither query nor fragment. Its authority ends at the next slash, its user info at the last "@".
@@ -93,6 +94,60 @@ std::string withoutPassword(std::string address) {
   const std::size_t colon = address.find(':', begin);
   if (at == std::string::npos || at < begin || colon >= at) return address;
   return address.replace(colon + 1, at - colon - 1, kHidden);
+}
+
+bool containsPassword(const std::string& text) {
+  for (std::size_t slashes = text.find("//"); slashes != std::string::npos; slashes = text.find("//", slashes + 1)) {
+    const std::size_t end = std::min(text.find_first_of("/?#", slashes + 2), text.size());
+    const std::string authority = text.substr(slashes, end - slashes);
+    if (withoutPassword(authority) != authority) return true;
+  }
+  return false;
+}
+
+bool containsParametersOf(const std::string& redirect, const std::string& text) {
+  if (redirect.empty()) return false;
+  const auto isSameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); };
+  const auto found = std::search(text.begin(), text.end(), redirect.begin(), redirect.end(), isSameLetter);
+  return std::any_of(found, text.end(), [](char c) { return c == '?' || c == '#'; });
+}
+
+// Whether `encoded`, a part of an address, contains an address with something that is not logged. Credentials that
+// follow their names without percent-encoding are not considered.
+bool containsSecretAddress(std::string_view encoded, const Redirects& redirects) {
+  std::string text(encoded);
+  for (int i = 0; i <= kMaxEncodings; ++i) {
+    const auto isParameterOf = [&](const std::string& redirect) { return containsParametersOf(redirect, text); };
+    if (containsPassword(text) || std::any_of(redirects.begin(), redirects.end(), isParameterOf)) return true;
+    std::string decoded = percentDecoded(text);
+    if (decoded == text) return false;
+    text = std::move(decoded);
+    if (containsToken(text.c_str()) || findCredential(text) != std::string::npos) return true;
+  }
+  return true;
+}
+
+// `parameter` has no "&". Keeps what precedes the credential, or only the name, if it is harmless itself.
+std::string withoutCredential(std::string_view parameter, const Redirects& redirects) {
+  const std::size_t credential = findCredential(parameter);
+  const std::size_t equals = parameter.find('=');
+  const std::size_t value = equals + 1;  // 0 without a name
+  std::string_view kept = parameter.substr(0, credential);
+  if (containsSecretAddress(kept.substr(value), redirects)) kept = kept.substr(0, value);
+  if (containsSecretAddress(kept.substr(0, equals), redirects)) kept = {};
+  const bool isWhole = credential == std::string_view::npos && kept.size() == parameter.size();
+  return std::string(kept) + (isWhole ? "" : kHidden);
+}
+
+std::string withoutCredentials(std::string_view parameters, const Redirects& redirects) {
+  std::string result;
+  for (;;) {
+    const std::size_t end = parameters.find('&');
+    result += withoutCredential(parameters.substr(0, end), redirects);
+    if (end == std::string_view::npos) return result;
+    result += '&';
+    parameters.remove_prefix(end + 1);
+  }
 }
 
 // Also encodes the control characters U+0080 to U+009F, which some terminals interpret.
@@ -156,7 +211,7 @@ std::string loggableAddress(const std::string& address, std::initializer_list<st
   });
   const auto parameters = [&](std::string_view text) {
     if (text.size() < 2) return std::string(text);
-    return text[0] + (isRedirect ? std::string(kHidden) : withoutCredentials(text.substr(1)));
+    return text[0] + (isRedirect ? std::string(kHidden) : withoutCredentials(text.substr(1), redirects));
   };
 
   const std::size_t fragment = std::min(address.find('#'), address.size());

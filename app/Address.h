@@ -45,13 +45,18 @@ std::string percentEncoded(char byte);
 //
 // - The password of a user info (RFC 3986, section 3.2.1) is written as "…".
 // - The value of a parameter that carries a credential is written as "…", in the query and in the fragment. The names
-//   are those of OAuth 2.0 (RFC 6749, 7521, 8628), OpenID Connect, SAML 2.0 bindings, CAS and common session, password
-//   and signature parameters. They are compared percent-decoded and without regard to case.
+//   are those of OAuth 2.0 (RFC 6749, 7521, 7523, 7636, 8628), OpenID Connect (Core, RP-Initiated and Back-Channel
+//   Logout), SAML 2.0 bindings, CAS and common session, password and signature parameters. They are compared
+//   percent-decoded and without regard to case. `state` and `nonce` are kept: they connect a response with its request
+//   and grant nothing.
 // - Of an address that begins with one of `redirects` the whole query and fragment are written as "…". An empty element
 //   of `redirects` is ignored; case is ignored.
+// - A value that contains an address with such a part, percent-encoded any number of times, is written as "…". So is a
+//   value that is encoded more than eight times.
 // - Control characters are percent-encoded.
 // - An address with a JSON Web Token is returned with its credentials: the log replaces a line with such a token.
 //
 //   "https://user:pw@host/?CODE=1&state=2#id_token=3"  => "https://user:…@host/?CODE=…&state=2#id_token=…"
+//   "https://host/?next=http%3A%2F%2Fi%2F%3Fcode%3D1"  => "https://host/?next=…"
 //   "cb:/done?x=1", {"cb:/done"}                       => "cb:/done?…"
 std::string loggableAddress(const std::string& address, std::initializer_list<std::string> redirects);

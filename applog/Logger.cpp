@@ -17,6 +17,7 @@
 
 #include "logging/Helpers.h"
 #include "logging/LoggingCore.h"
+#include "platform/CancellationScope.h"
 #include "platform/Users.h"
 #include "platform/WaitLimit.h"
 
@@ -77,6 +78,7 @@ Logger* Logger::getInstance() {
 }
 
 Logger::Logger() : tarn::Logger(kTargetIdentifier) {
+  const platform::CancellationScope scope;
   const platform::WaitLimit limit;
   // Without the folder nothing is logged, and the program runs on.
   (void)platform::makeLogsFolder(platform::homeFolderOfConsoleUser());
@@ -104,6 +106,7 @@ void Logger::registerTargetWhenDue() {
   const auto now = std::chrono::steady_clock::now();
   if (now < nextRegistration_) return;
   nextRegistration_ = now + kRetryInterval;
+  const platform::CancellationScope scope;
   registerTarget();
 }
 
@@ -134,7 +137,10 @@ void Logger::attachFlag() {
   const auto now = std::chrono::steady_clock::now();
   if (now < nextAttach_) return;
   nextAttach_ = now + kRetryInterval;
-  flagIsForeign_ = !fileFlag->createFlag() && errno == EPERM;
+  const bool created = fileFlag->createFlag();
+  flagIsForeign_ = !created && errno == EPERM;
+  // The set may lack its first value, which the next attempt assigns. A set with too many users (ERANGE) has it.
+  if (!created && errno != ERANGE) fileFlag->semid = -1;
 }
 
 void Logger::beforeFork() {

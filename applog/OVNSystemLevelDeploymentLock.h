@@ -27,7 +27,8 @@ class OVNSystemLevelDeploymentLock : public OVNLockClass {
   // Returns whether any object holds the lock, without taking it.
   bool isLocked2() const;
 
-  // Waits without limit until no object holds the lock. Does not keep it. Returns true immediately if no set exists.
+  // Waits until no object holds the lock, without a limit: a deployment may take any time, and the caller must not
+  // start before its end. Does not keep the lock. Returns true immediately if no set exists.
   bool waitUntilReleased();
 
  private:

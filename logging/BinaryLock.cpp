@@ -32,7 +32,7 @@ bool BinaryLock::create(const std::string& path, int projectId) {
   projectId_ = projectId;
   Attachment made;
   if (!attach(made)) return false;
-  isCounted_ = made.isCounted;
+  count_ = made.count;
   countedProcess_ = platform::currentProcessId();
   id_ = made.id;
   return true;
@@ -44,8 +44,8 @@ bool BinaryLock::attach(Attachment& made) const {
 
   const auto initialize = [](const SemaphoreSet& set) { return set.setValue(kMutex, 1); };
   const auto countCaller = [&](const SemaphoreSet& set) {
-    made.isCounted = set.change(kReferences, +1, IPC_NOWAIT);
-    return made.isCounted || errno == ERANGE;
+    made.count = set.change(kReferences, +1, kCounted) ? kCounted : kUncounted;
+    return made.count == kCounted || errno == ERANGE;
   };
   SemaphoreSet::AttachSteps steps{kMembers, initialize, countCaller};
   steps.mutex = kMutex;
@@ -53,20 +53,23 @@ bool BinaryLock::attach(Attachment& made) const {
 }
 
 bool BinaryLock::detach(const Attachment& attachment) {
-  if (!attachment.isCounted) return true;
+  if (attachment.count == kUncounted) return true;
   const SemaphoreSet set(attachment.id);
-  if (!set.change(kReferences, -1, attachment.isForked ? SEM_UNDO | IPC_NOWAIT : IPC_NOWAIT)) return false;
+  if (!set.change(kReferences, -1, attachment.count)) return false;
   return set.value(kReferences) != 0 || set.remove();
 }
 
 bool BinaryLock::wait() {
   const pid_t process = platform::currentProcessId();
   countForked(process);
-  const int id = id_;
+  int id = id_;
   if (!SemaphoreSet(id).take(kMutex)) {
-    if (!SemaphoreSet::wasRemoved(errno) || !reopen(id) || !SemaphoreSet(id_).take(kMutex)) return false;
+    if (!SemaphoreSet::wasRemoved(errno) || !reopen(id)) return false;
+    id = id_;
+    if (!SemaphoreSet(id).take(kMutex)) return false;
   }
   waitForOtherThread(process);
+  taken_.store(id, std::memory_order_relaxed);
   return true;
 }
 
@@ -76,8 +79,7 @@ void BinaryLock::countForked(pid_t process) {
   pid_t counted = countedProcess_.load(std::memory_order_relaxed);
   if (counted == process || id_ == kClosed) return;
   if (!countedProcess_.compare_exchange_strong(counted, process)) return;
-  isForked_ = true;
-  isCounted_ = SemaphoreSet(id_).change(kReferences, +1, SEM_UNDO | IPC_NOWAIT);
+  count_ = SemaphoreSet(id_).change(kReferences, +1, kCountedAfterFork) ? kCountedAfterFork : kUncounted;
 }
 
 // Opens the lock again after its set was removed. Returns false if it is closed or cannot be opened.
@@ -89,8 +91,7 @@ bool BinaryLock::reopen(int removed) {
   Attachment made;
   if (!attach(made)) return false;
   if (id_.compare_exchange_strong(removed, made.id)) {
-    isForked_ = false;
-    isCounted_ = made.isCounted;
+    count_ = made.count;
     return true;
   }
   // Another thread was faster.
@@ -118,12 +119,14 @@ bool BinaryLock::signal() {
 }
 
 bool BinaryLock::release() {
+  const int taken = taken_.load(std::memory_order_relaxed);
+  taken_.store(kClosed, std::memory_order_relaxed);
   holdingProcess_.store(kNobody, std::memory_order_release);
-  return SemaphoreSet(id_).release(kMutex);
+  return SemaphoreSet(taken == kClosed ? id_.load() : taken).release(kMutex);
 }
 
 bool BinaryLock::finalize() {
-  const Attachment former{id_.exchange(kClosed), isCounted_, isForked_};
+  const Attachment former{id_.exchange(kClosed), count_};
   holdingProcess_ = kNobody;
   if (former.id == kClosed) return true;
   const bool isInherited = countedProcess_ != ::getpid();

@@ -11,6 +11,8 @@
 
 #pragma once
 
+#include <sys/ipc.h>
+#include <sys/sem.h>
 #include <sys/types.h>
 
 #include <atomic>
@@ -53,10 +55,14 @@ class BinaryLock {
   static constexpr int kClosed = -1;
   static constexpr pid_t kNobody = 0;
 
+  // How the lock was counted: the flags of the operation, with which it must be reversed.
+  static constexpr int kUncounted = 0;
+  static constexpr int kCounted = IPC_NOWAIT;
+  static constexpr int kCountedAfterFork = SEM_UNDO | IPC_NOWAIT;
+
   struct Attachment {
     int id = kClosed;
-    bool isCounted = false;
-    bool isForked = false;  // counted by a forked process that inherited the lock
+    int count = kUncounted;
   };
 
   bool attach(Attachment& made) const;
@@ -68,8 +74,8 @@ class BinaryLock {
   std::string path_;
   int projectId_ = 0;
   std::atomic<int> id_{kClosed};
-  std::atomic<bool> isCounted_{false};
-  std::atomic<bool> isForked_{false};
+  std::atomic<int> count_{kUncounted};
+  std::atomic<int> taken_{kClosed};  // the set that `wait` took; another thread may have replaced it since
   std::atomic<pid_t> countedProcess_{kNobody};
   std::atomic<pid_t> holdingProcess_{kNobody};  // this process while one of its threads holds the lock
 };

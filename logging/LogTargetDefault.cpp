@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <memory>
@@ -17,8 +16,9 @@
 
 #include "logging/Helpers.h"
 #include "platform/CancellationScope.h"
-#include "platform/CloseOnExec.h"
+#include "platform/Failure.h"
 #include "platform/FileSizeSignal.h"
+#include "platform/FileStream.h"
 #include "platform/OwnersFolder.h"
 #include "platform/Path.h"
 #include "platform/PathLock.h"
@@ -39,17 +39,6 @@ bool systemHasThreadIds() {
   int minor = 0;
   int bugFix = 0;
   return !utilGetCurrentOSVersion(major, minor, bugFix) || hasThreadIds(major, minor);
-}
-
-// The path of an open descriptor leads to the file that was checked. A system may lack /dev/fd, for example in a folder
-// that became the root folder.
-bool openStream(std::fstream& handle, int file, const std::string& path, bool isForeign) {
-  constexpr std::ios::openmode kAppend = std::ios::out | std::ios::app;
-  const std::string descriptor = "/dev/fd/" + std::to_string(file);
-  handle.open(descriptor, kAppend);
-  if (!handle.is_open() && !isForeign) handle.open(path, kAppend);
-  platform::closeFileOnExec(descriptor);
-  return handle.is_open();
 }
 
 // Creates the user's log folder again if it was removed. Other folders are the caller's.
@@ -119,9 +108,9 @@ bool LogTargetDefault::SetStreamHandle(std::fstream& handle) {
   if (folder && !file.isAt(folder)) file.close();
   if (!file.isOpen() && !file.use(openLog(folder))) return false;
   if (!existed && makeWritable(filePath, file.get(), folder.isForeign()) != 0) {
-    std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
+    std::fprintf(stderr, "\n Error Set File permissions. errno = %s", platform::errorText(errno).c_str());
   }
-  return openStream(handle, file.get(), filePath, folder.isForeign());
+  return platform::openForAppending(handle, file.get());
 }
 
 bool LogTargetDefault::SetStreamPath(const char* name) {

@@ -42,7 +42,8 @@ class LogTargetDefault : public LogTargetBase {
   ~LogTargetDefault() override;
 
   // Opens the log file for appending. A new file gets mode 0666; an existing file keeps its mode. Returns false for a
-  // named pipe.
+  // named pipe. The stream uses a duplicate of the descriptor that the target opens with close-on-exec, so that no
+  // program inherits the file, whichever thread starts it.
   bool SetStreamHandle(std::fstream& handle) override;
 
   // Sets the path to the file of this name in the user's log folder.

@@ -5,15 +5,9 @@
 
 #pragma once
 
-#include <string>
-
 namespace platform {
 
 // For the descriptors that the process was started with.
 void closeAllOnExec();
-
-// For the descriptors of one file. A C++ stream opens its file without close-on-exec and does not return its
-// descriptor.
-void closeFileOnExec(const std::string& path);
 
 }  // namespace platform

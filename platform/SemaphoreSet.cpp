@@ -3,15 +3,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <thread>
 
 #include "platform/CancellationScope.h"
+#include "platform/Failure.h"
 #include "platform/PathLock.h"
 #include "platform/Users.h"
 
@@ -46,7 +49,38 @@ constexpr int kNoSet = -1;
 // The set of the last take that timed out, until it is taken. A second stuck set is found when the first is free.
 std::atomic<int> stuckSet{kNoSet};
 
+// The sets that could be neither released nor removed, so that this process keeps them: process and set in one number,
+// because a forked process inherits this memory, but not the sets. A line has two locks.
+using KeptSet = std::uint64_t;
+constexpr int kProcessShift = 32;
+std::array<std::atomic<KeptSet>, 4> keptSets{};
+std::atomic<bool> everKept{false};
+
 using Clock = WaitLimit::Clock;
+
+KeptSet keptByThisProcess(int set) {
+  return KeptSet{static_cast<std::uint32_t>(::getpid())} << kProcessShift | static_cast<std::uint32_t>(set);
+}
+
+void noteKept(int set) {
+  everKept = true;
+  const KeptSet kept = keptByThisProcess(set);
+  for (std::atomic<KeptSet>& each : keptSets) {
+    KeptSet former = each;
+    const bool isFree = former >> kProcessShift != kept >> kProcessShift;
+    if (isFree && each.compare_exchange_strong(former, kept)) return;
+  }
+}
+
+// Returns true to one caller, if this process keeps the set.
+bool forgetKept(int set) {
+  if (!everKept.load(std::memory_order_relaxed)) return false;
+  const KeptSet kept = keptByThisProcess(set);
+  return std::any_of(keptSets.begin(), keptSets.end(), [kept](std::atomic<KeptSet>& each) {
+    KeptSet expected = kept;
+    return each.compare_exchange_strong(expected, 0);
+  });
+}
 
 void waitForRetry() {
   const Clock::time_point next = Clock::now() + kRetryInterval;
@@ -181,6 +215,7 @@ bool SemaphoreSet::take(int member) const {
 
 bool SemaphoreSet::wait(int member, bool isStuck) const {
   const Clock::time_point deadline = WaitLimit::deadline();
+  if (forgetKept(id_)) (void)release(member);
   if (isStuck) return takeBefore(std::min(deadline, Clock::now() + kStuckWait), member);
   for (int tries = 1; tries < kTriesBeforeBlocking; ++tries) {
     waitForRetry();
@@ -191,6 +226,7 @@ bool SemaphoreSet::wait(int member, bool isStuck) const {
 }
 
 bool SemaphoreSet::release(int member) const {
+  (void)forgetKept(id_);  // of an earlier try
   if (operate(id_, member, +1, SEM_UNDO)) return true;
   giveUp(member);
   return false;
@@ -200,8 +236,10 @@ bool SemaphoreSet::release(int member) const {
 void SemaphoreSet::giveUp(int member) const {
   static std::atomic<bool> reported{false};
   const int error = errno;
-  if ((remove() || setValue(member, 1)) && !reported.exchange(true)) {
-    std::fprintf(stderr, "A lock of the log could not be released (%s); it was removed.\n", std::strerror(error));
+  if (!remove() && !setValue(member, 1)) {
+    noteKept(id_);
+  } else if (!reported.exchange(true)) {
+    std::fprintf(stderr, "A lock of the log could not be released (%s); it was removed.\n", errorText(error).c_str());
   }
   errno = error;
 }

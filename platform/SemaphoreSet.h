@@ -66,7 +66,8 @@ class SemaphoreSet {
   bool take(int member) const;
 
   // Adds 1 to a member with SEM_UNDO, after `take`. On failure removes the set, so that the processes that wait for it
-  // can create another, and prints that to the standard error, once per process.
+  // can create another, and prints that to the standard error, once per process. If it cannot be removed either, the
+  // next `take` of this process that would have to wait for it releases it first.
   bool release(int member) const;
 
   // Subtracts 1 from a count of users with SEM_UNDO. If it is 0, waits for an increase as `take` does.

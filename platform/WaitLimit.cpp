@@ -1,17 +1,10 @@
 #include "platform/WaitLimit.h"
 
-#include <chrono>
-
 namespace platform {
-namespace {
-
-constexpr std::chrono::seconds kLimit{2};
-
-}  // namespace
 
 WaitLimit::Clock::time_point WaitLimit::deadline() {
   if (state == State::kWaited) return sharedDeadline;
-  const Clock::time_point deadline = Clock::now() + kLimit;
+  const Clock::time_point deadline = Clock::now() + limit;
   if (state == State::kNoScope) return deadline;
   state = State::kWaited;
   sharedDeadline = deadline;

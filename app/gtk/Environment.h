@@ -11,6 +11,8 @@ inline constexpr std::array kDebuggingVariables = {
     "DEBUG_INVOCATION", "G_DBUS_DEBUG", "G_MESSAGES_DEBUG", "G_TLS_GNUTLS_PRIORITY",
     // GTK
     "GDK_DEBUG", "GTK_DEBUG",
+    // Kerberos
+    "KRB5_TRACE",
     // GStreamer
     "GST_DEBUG", "GST_DEBUG_DUMP_DOT_DIR", "GST_DEBUG_FILE", "GST_DEBUG_OPTIONS", "GST_TRACERS",
     // libsoup

@@ -6,10 +6,10 @@
 
 #include "app/WindowKeys.h"
 #include "app/gtk/Glib.h"
+#include "app/gtk/Language.h"
 
 namespace {
 
-constexpr char kInitialTitle[] = "Sign In";
 constexpr int kInitialWidth = 680;
 constexpr int kInitialWebViewHeight = 550;
 constexpr double kZoomStep = 1.1;
@@ -64,7 +64,7 @@ void GtkSignInWindow::open(SignInFlow& flow, bool sandboxed) {
   g_signal_connect(window_, "key-press-event", G_CALLBACK(onKeyPress), this);
   gdk_event_handler_set(handleEvent, window_, nullptr);
 
-  gtk_window_set_title(window_, kInitialTitle);
+  gtk_window_set_title(window_, _("Sign In"));
   gtk_window_set_position(window_, GTK_WIN_POS_CENTER);
   gtk_window_set_resizable(window_, FALSE);
 }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "app/gtk/Glib.h"
+#include "app/gtk/Language.h"
 #include "app/gtk/Style.h"
 #include "app/gtk/page/Guards.h"
 
@@ -186,11 +187,11 @@ void Prompts::addButtons(bool canBeDeclined) {
   gtk_widget_set_sensitive(buttons_, FALSE);
   add(buttons_);
   if (canBeDeclined) {
-    GtkWidget* const decline = gtk_button_new_with_label("Cancel");
+    GtkWidget* const decline = gtk_button_new_with_label(_("Cancel"));
     g_signal_connect_swapped(decline, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(false); }), this);
     gtk_container_add(GTK_CONTAINER(buttons_), decline);
   }
-  accept_ = gtk_button_new_with_label("OK");
+  accept_ = gtk_button_new_with_label(_("OK"));
   gtk_widget_set_can_default(accept_, TRUE);
   g_signal_connect_swapped(accept_, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(true); }), this);
   gtk_container_add(GTK_CONTAINER(buttons_), accept_);

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "app/gtk/Language.h"
 #include "app/gtk/Style.h"
 
 namespace {
@@ -55,20 +56,20 @@ bool animationsEnabled() {
 StripText stripText(const Site& site) {
   switch (site.kind) {
     case Site::Kind::kNone:
-      return {nullptr, "", "", "No site yet"};
+      return {nullptr, "", "", _("No site yet")};
     case Site::Kind::kEncrypted:
-      return {kPadlockIcon, site.host, "", "Site: " + site.host + ", over an encrypted connection"};
+      return {kPadlockIcon, site.host, "", filled(_("Site: %1, over an encrypted connection"), {site.host})};
     case Site::Kind::kLoopback:
-      return {nullptr, site.host, "", "Site: " + site.host + ", this computer"};
+      return {nullptr, site.host, "", filled(_("Site: %1, this computer"), {site.host})};
     case Site::Kind::kPlain:
-      return {kWarningIcon, site.host, "Not encrypted: others can read what you type",
-              "Warning: the connection to " + site.host + " is not encrypted: others can read what you type"};
+      return {kWarningIcon, site.host, _("Not encrypted: others can read what you type"),
+              filled(_("Warning: the connection to %1 is not encrypted: others can read what you type"), {site.host})};
     case Site::Kind::kFile:
-      return {nullptr, "A page on this computer", "", "A page on this computer"};
+      return {nullptr, _("A page on this computer"), "", _("A page on this computer")};
     case Site::Kind::kNowhere:
       break;
   }
-  return {kWarningIcon, "", "This page does not say whose it is", "Warning: this page does not say whose it is"};
+  return {kWarningIcon, "", _("This page does not say whose it is"), _("Warning: this page does not say whose it is")};
 }
 
 Strip::Strip()
@@ -78,12 +79,13 @@ Strip::Strip()
       icon_(gtk_image_new()),
       host_(newText(PANGO_ELLIPSIZE_START)),
       warning_(newText(PANGO_ELLIPSIZE_END)),
+      partHidden_(newText(PANGO_ELLIPSIZE_END)),
       line_(newLine()) {
   addStyle(kStyle);
   setStyleClass(background_, "site");
   setStyleClass(row_, "site");
   setStyleClass(host_, "host");
-  for (GtkWidget* const part : {icon_, host_, warning_}) {
+  for (GtkWidget* const part : {icon_, host_, warning_, partHidden_}) {
     gtk_widget_set_no_show_all(part, TRUE);
     gtk_box_pack_start(GTK_BOX(row_), part, FALSE, FALSE, 0);
   }
@@ -109,7 +111,19 @@ void Strip::show(const Site& site) {
   setText(warning_, text.warning);
   setStyleClass(background_, kWarningClass, !text.warning.empty());
   setStyleClass(row_, kWarningClass, !text.warning.empty());
-  atk_object_set_name(gtk_widget_get_accessible(overlay_), text.accessibleText.c_str());
+  siteText_ = text.accessibleText;
+  updateAccessibleText();
+}
+
+void Strip::showPartHidden(bool hidden) {
+  setText(partHidden_, hidden ? _("Part of the page is hidden: zoom with Ctrl and +, then scroll") : "");
+  updateAccessibleText();
+}
+
+void Strip::updateAccessibleText() {
+  const std::string hint = gtk_label_get_text(GTK_LABEL(partHidden_));
+  const std::string text = hint.empty() ? siteText_ : siteText_ + ". " + hint;
+  atk_object_set_name(gtk_widget_get_accessible(overlay_), text.c_str());
 }
 
 void Strip::showProgress(double fraction) {

@@ -1,4 +1,5 @@
-// The strip above the page. Shows the page's site, a warning if others can read the connection, and a progress line.
+// The strip above the page. Shows the page's site, a warning if others can read the connection, whether a part of the
+// page is hidden, and a progress line.
 //
 // - Lies outside the page's area, where no page can draw.
 // - 20 pixels high, higher only if the user's font needs it.
@@ -37,6 +38,9 @@ class Strip {
 
   void show(const Site& site);
 
+  // Whether a part of the page lies below its area. Then the strip says how to reach it.
+  void showPartHidden(bool hidden);
+
   // `fraction` of the page has arrived, 0 to 1. The line pulses until the first data arrive, unless the user has
   // disabled animations.
   void showProgress(double fraction);
@@ -45,6 +49,7 @@ class Strip {
  private:
   static gboolean onPulse(gpointer self);
   void stopPulse();
+  void updateAccessibleText();
 
   GtkWidget* overlay_;
   GtkWidget* background_;  // as high as a line of text
@@ -52,6 +57,8 @@ class Strip {
   GtkWidget* icon_;
   GtkWidget* host_;
   GtkWidget* warning_;
+  GtkWidget* partHidden_;
+  std::string siteText_;  // for a screen reader
   GtkWidget* line_;
   guint pulse_ = 0;
 };

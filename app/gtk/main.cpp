@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "app/AbnormalEnd.h"
 #include "app/CommandLine.h"
@@ -10,8 +11,11 @@
 #include "app/gtk/Application.h"
 #include "app/gtk/DisplayWatch.h"
 #include "app/gtk/Environment.h"
+#include "app/gtk/Language.h"
+#include "app/gtk/PrivateFolder.h"
 #include "app/gtk/Sandbox.h"
 #include "app/gtk/StartUp.h"
+#include "app/gtk/Tickets.h"
 #include "applog/Logger.h"
 #include "platform/Machine.h"
 
@@ -32,13 +36,33 @@ int reportMissingDisplay() {
 // Without a working sandbox the sign-in continues with a warning.
 bool canSandbox(SandboxTrial& trial) {
   if (trial.failure().empty()) {
-    (void)std::atexit(removeSandboxFiles);
     return true;
   }
   const std::string warning = "bwrap does not work here (" + trial.failure() + "); pages run without a sandbox";
   Logger::getInstance()->logWarn("SVO", "%s", warning.c_str());
   std::fprintf(stderr, "%s: %s\n", kProgramName, warning.c_str());
   return false;
+}
+
+void removeFiles() {
+  removeSandboxFiles();
+  removePrivateFolder();
+}
+
+// Gives the web session what it needs to sign in by Kerberos, if the user has a ticket for one of the servers.
+void prepareTickets(const CommandLine& options) {
+  removeAbandonedFolders();
+  const std::vector<std::string> servers =
+      serversForTickets({options.zel_url, options.redirect_url, options.redirect_type3_url});
+  if (servers.empty()) return;
+  if (createPrivateFolder().empty()) {
+    Logger::getInstance()->logWarn("SVO",
+                                   "Kerberos is not used: neither XDG_RUNTIME_DIR nor the temporary folder is safe");
+    return;
+  }
+  permitTickets(servers);
+  for (const std::string& each : servers)
+    Logger::getInstance()->logInfo("SVO", "Kerberos may be used at %s", each.c_str());
 }
 
 // The icon is compiled in, so that it is shown even if the package is not installed.
@@ -60,14 +84,18 @@ int main(int argc, char** argv) {
   Logger::getInstance()->setLogLevel(Log_Level_Info, "SVO", nullptr);
   CommandLine::GetInstance()->InitCommandLine(static_cast<unsigned long>(argc), const_cast<const char**>(argv));
 
-  reportAbnormalEnd(CommandLine::GetInstance()->pipe_name, removeSandboxFiles);
+  reportAbnormalEnd(CommandLine::GetInstance()->pipe_name, removeFiles);
 
   prepareLocale();
+  selectCatalogues(platform::bundlePath());
   SandboxTrial sandbox;
+  (void)std::atexit(removeFiles);
+  prepareTickets(*CommandLine::GetInstance());
 
   // GTK would parse the program's arguments, so it gets none.
   g_set_prgname(kProgramName);
   if (!gtk_init_check(nullptr, nullptr)) return reportMissingDisplay();
+  selectDirection();
   setIcon();
 
   // A signal or the end of the session closes the window: the launcher gets its message.

@@ -19,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Failure.h"
 #include "platform/Text.h"
 #include "platform/Url.h"
 #include "platform/linux/Glib.h"
@@ -288,7 +289,7 @@ LaunchResult launchInForeground(const std::string& path, const std::vector<std::
   if (::stat(path.c_str(), &item) == 0) return {};
   const int error = errno;
   const char* const name = ::strerrorname_np(error);
-  return {false, ReferenceFailure{name == nullptr ? std::to_string(error) : name, g_strerror(error)}};
+  return {false, ReferenceFailure{name == nullptr ? std::to_string(error) : name, errorText(error)}};
 }
 
 // Runs on a detached thread, because an X client waits without limit for the reply of a stalled server.

@@ -56,7 +56,7 @@ TEST(MayFollow, AFileMayLeadToAFile) {
 
 TEST(LoggableAddress, KeepsAnAddressWithoutCredentials) {
   for (const char* address :
-       {"", "?", "#", "cb:", "https://user@host:8443/p;code=1/a@b:c?state=1&encoded=a%3Fcode%3D2&=&==&x#top",
+       {"", "?", "#", "cb:", "https://user@host:8443/p;code=1/a@b:c?state=1&nonce=2&encoded=a%3Fcodes%3D2&=&==&x#top",
         "https://host/?codes=1&xcode=2&next=code=3", "mailto:code=1", "https://host/code=1"})
     EXPECT_EQ(loggableAddress(address, {}), address);
 }
@@ -78,7 +78,8 @@ TEST_P(CredentialTest, IsHiddenInQueryAndFragment) {
 
 INSTANTIATE_TEST_SUITE_P(OfTheName, CredentialTest,
                          testing::Values("code", "access_token", "id_token", "refresh_token", "token", "assertion",
-                                         "client_secret", "device_code", "SAMLResponse", "SAMLart", "ticket", "sid",
+                                         "client_assertion", "client_secret", "code_verifier", "device_code",
+                                         "id_token_hint", "logout_token", "SAMLResponse", "SAMLart", "ticket", "sid",
                                          "session", "password", "passwd", "pwd", "pin", "otp", "key", "sig",
                                          "signature", "CODE", "c%6fde", "%43%4F%44%45"));
 
@@ -86,6 +87,57 @@ TEST(LoggableAddress, HidesCredentialsBehindOtherSeparators) {
   EXPECT_EQ(loggableAddress("https://host/?a=1;code=2;b=3&c=4", {}), "https://host/?a=1;code=…&c=4");
   EXPECT_EQ(loggableAddress("https://host/#/route?code=2&c=4#code=1", {}), "https://host/#/route?code=…&c=4#code=…");
   EXPECT_EQ(loggableAddress("https://host/?next=http://x/?code=2", {}), "https://host/?next=http://x/?code=…");
+}
+
+TEST(LoggableAddress, HidesValuesWithEncodedCredentials) {
+  for (const char* value :
+       {"https%3A%2F%2Fh%2F%3Fcode%3Dsecret", "%2Fp%3Fa%3D1%26CODE%3Dsecret", "%23a%3D1%3bcode%3dsecret",
+        "code%3Dsecret", "https%253A%252F%252Fh%252F%253Fcode%253Dsecret", "https://h/%3Fcode%3Dsecret",
+        "https%3A%2F%2Fh%2F%3Fnext%3Dhttps%253A%252F%252Fi%252F%253Fc%25256Fde%253Dsecret", "%3Fx%3DeyJa%252EeyJb"})
+    EXPECT_EQ(loggableAddress(std::string("https://host/?a=1&continue=") + value + "&b=2", {}),
+              "https://host/?a=1&continue=…&b=2")
+        << value;
+}
+
+TEST(LoggableAddress, HidesValuesWithPasswordsOfAddresses) {
+  for (const char* value : {"https://user:secret@h/", "https://user:a;b@h/", "https%3A%2F%2Fuser%3Aa%26b%40h",
+                            "https://h//user@h%2F%2Fuser:secret%40h"})
+    EXPECT_EQ(loggableAddress(std::string("https://host/#next=") + value + "&b=2", {}), "https://host/#next=…&b=2")
+        << value;
+}
+
+TEST(LoggableAddress, HidesValuesWithParametersOfARedirectAddress) {
+  for (const char* value : {"cb:/Done?x=1", "cb%3A%2FDone%3Fx%3D1", "cb:/done%23x", "https://h/%3Fnext=cb:/done%253Fx"})
+    EXPECT_EQ(loggableAddress(std::string("https://host/?next=") + value + "&b=2", {"", "cb:/done"}),
+              "https://host/?next=…&b=2")
+        << value;
+  EXPECT_EQ(loggableAddress("https://host/?next=cb%3A%2Fdone&b=2", {"cb:/done"}),
+            "https://host/?next=cb%3A%2Fdone&b=2");
+}
+
+TEST(LoggableAddress, HidesEncodedCredentialsWithoutAName) {
+  EXPECT_EQ(loggableAddress("https://host/?a&https%3A%2F%2Fh%2F%3Fcode%3Dsecret", {}), "https://host/?a&…");
+  EXPECT_EQ(loggableAddress("https://host/?%3Fcode%3Dsecret=1&b", {}), "https://host/?…&b");
+  EXPECT_EQ(loggableAddress("https://host/#/route?next=%3Fcode%3Dsecret", {}), "https://host/#/route?next=…");
+}
+
+TEST(LoggableAddress, HidesAnEncodedCredentialBeforeAnother) {
+  EXPECT_EQ(loggableAddress("https://host/?next=%3Fcode%3Dsecret;code=2&b", {}), "https://host/?next=…&b");
+  EXPECT_EQ(loggableAddress("https://host/?next=https://user:secret@h/?code=2&b", {}), "https://host/?next=…&b");
+}
+
+TEST(LoggableAddress, HidesWhatIsEncodedTooOften) {
+  std::string value = "%3D";
+  for (int i = 0; i < 20; ++i)
+    value.insert(1, "25");
+  EXPECT_EQ(loggableAddress("https://host/?a=" + value, {}), "https://host/?a=…");
+}
+
+TEST(LoggableAddress, KeepsHarmlessEncodedValues) {
+  for (const char* value :
+       {"https%3A%2F%2Fuser%40h%3A80%2Fa%3A%40%3Fstate%3D2", "100%", "%zz%4", "%25253D", "a%00b", "%26"})
+    EXPECT_EQ(loggableAddress(std::string("https://host/?a=") + value + "&b=2", {}),
+              std::string("https://host/?a=") + value + "&b=2");
 }
 
 TEST(LoggableAddress, HidesAllParametersOfARedirectAddress) {

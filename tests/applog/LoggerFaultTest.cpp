@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
@@ -29,6 +32,8 @@ using testing::SizeIs;
 constexpr int kFlagNumber = 2147483547;
 constexpr int kLockNumber = 11;
 constexpr int kMutex = 1;
+
+std::time_t secondsToAdd = 0;
 
 class LoggerFaultTest : public LoggerTest {
  protected:
@@ -212,6 +217,38 @@ TEST_F(LoggerFaultTest, AFailedReleaseStopsNoProcess) {
   EXPECT_THAT(lines, ElementsAre(EndsWith(" | one"), EndsWith(" | two"), EndsWith(" | three")));
 }
 
+// Both locks of the first line are neither released nor removed.
+TEST_F(LoggerFaultTest, AProcessDoesNotWaitForItself) {
+  const auto lines = linesAt(4, [this](Logger& logger) {
+    {
+      const support::FailingOperation failing(kMutex, +1, EIO, 2);
+      const support::FailingRemoval failingToo;
+      logger.logInfo("SVO", "one");
+    }
+    EXPECT_EQ(support::inChild([&] {
+                logger.logInfo("SVO", "lost");
+                return support::valueOf(flagSet(), kMutex);
+              }),
+              0);
+    logger.logInfo("SVO", "two");
+    EXPECT_EQ(support::valueOf(flagSet(), kMutex), 1);
+    EXPECT_EQ(support::valueOf(lockSet(), kMutex), 1);
+  });
+  EXPECT_THAT(lines, ElementsAre(EndsWith(" | one"), EndsWith(" | two")));
+}
+
+TEST_F(LoggerFaultTest, AFlagWithoutFirstValueGetsOneLater) {
+  const support::FailingOperation failing(kMutex, +1, EIO);
+  const auto lines = linesAfter([this](Logger& logger) {
+    EXPECT_EQ(support::valueOf(flagSet(), kMutex), 0);
+    logger.setLogLevel(level(4), nullptr, nullptr);
+    logger.logInfo("SVO", "lost");
+    secondsToAdd = 60;
+    logger.logInfo("SVO", "text");
+  });
+  EXPECT_THAT(lines, ElementsAre(HasSubstr(" | Missing log lines: 1 "), EndsWith(" | text")));
+}
+
 TEST_F(LoggerFaultTest, AnExceptionReleasesTheFlag) {
   linesAt(4, [this](Logger& logger) {
     const Interrupted target([] { throw std::runtime_error("full"); });
@@ -344,3 +381,10 @@ TEST_F(LoggerFaultTest, ALateStaticObjectMayLog) {
 }
 
 }  // namespace
+
+// Replaces the function of the C library, which the clocks of the C++ library call.
+extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
+  const long result = ::syscall(SYS_clock_gettime, clock, now);
+  now->tv_sec += secondsToAdd;
+  return static_cast<int>(result);
+}

@@ -13,6 +13,7 @@ using platform::Owned;
 
 namespace {
 
+constexpr char kBus[] = "org.freedesktop.DBus";
 constexpr char kService[] = "/usr/libexec/at-spi-bus-launcher";
 constexpr char kRegistry[] = "org.a11y.atspi.Registry";
 constexpr char kRootPath[] = "/org/a11y/atspi/accessible/root";
@@ -93,11 +94,19 @@ GVariant* Accessibility::property(const AccessibleObject& object, const char* na
   return g_variant_get_variant(boxed);
 }
 
-AccessibleObject Accessibility::describe(const std::string& owner, const std::string& path) const {
-  AccessibleObject object{owner, path, ATSPI_ROLE_INVALID, ""};
+AccessibleObject Accessibility::describe(const AccessibleObject& reference) const {
+  AccessibleObject object = reference;
   if (g_autoptr(GVariant) reply = call(object, kAccessible, "GetRole", nullptr)) object.role = roleIn(reply);
   if (g_autoptr(GVariant) name = property(object, "Name")) object.name = g_variant_get_string(name, nullptr);
   return object;
+}
+
+pid_t Accessibility::processOf(const AccessibleObject& object) const {
+  const AccessibleObject bus{kBus, "/org/freedesktop/DBus", ATSPI_ROLE_INVALID, ""};
+  g_autoptr(GVariant) reply = call(bus, kBus, "GetConnectionUnixProcessID", g_variant_new("(s)", object.owner.c_str()));
+  guint32 process = 0;
+  if (reply != nullptr) g_variant_get(reply, "(u)", &process);
+  return static_cast<pid_t>(process);
 }
 
 bool Accessibility::isSensitive(const AccessibleObject& object) const {
@@ -110,7 +119,7 @@ bool Accessibility::isSensitive(const AccessibleObject& object) const {
 }
 
 // One by one: GetChildren of GTK omits the page, which belongs to another process.
-std::vector<AccessibleObject> Accessibility::childrenOf(const AccessibleObject& object) const {
+std::vector<AccessibleObject> Accessibility::referencesBelow(const AccessibleObject& object) const {
   std::vector<AccessibleObject> children;
   g_autoptr(GVariant) count = property(object, "ChildCount");
   for (int i = 0; count != nullptr && i < g_variant_get_int32(count); ++i) {
@@ -118,19 +127,32 @@ std::vector<AccessibleObject> Accessibility::childrenOf(const AccessibleObject& 
     if (child == nullptr) break;
     const char *owner = nullptr, *path = nullptr;
     g_variant_get(child, "((&s&o))", &owner, &path);
-    children.push_back(describe(owner, path));
+    children.push_back({owner, path, ATSPI_ROLE_INVALID, ""});
   }
   return children;
 }
 
-std::vector<AccessibleObject> Accessibility::below(const AccessibleObject& above) const {
+// All objects if `owner` is empty.
+std::vector<AccessibleObject> Accessibility::below(const AccessibleObject& above, const std::string& owner) const {
   std::vector<AccessibleObject> found;
-  for (const AccessibleObject& child : childrenOf(above)) {
-    found.push_back(child);
-    const std::vector<AccessibleObject> further = below(child);
+  for (const AccessibleObject& child : referencesBelow(above)) {
+    if (!owner.empty() && child.owner != owner) continue;
+    found.push_back(describe(child));
+    const std::vector<AccessibleObject> further = below(child, owner);
     found.insert(found.end(), further.begin(), further.end());
   }
   return found;
+}
+
+std::vector<AccessibleObject> Accessibility::below(const AccessibleObject& above) const {
+  return below(above, "");
+}
+
+std::vector<AccessibleObject> Accessibility::allOf(pid_t process) const {
+  for (const AccessibleObject& program : referencesBelow({kRegistry, kRootPath, ATSPI_ROLE_INVALID, ""})) {
+    if (processOf(program) == process) return below(program, program.owner);
+  }
+  return {};
 }
 
 std::vector<AccessibleObject> Accessibility::all() const {

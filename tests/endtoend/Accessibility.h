@@ -10,6 +10,7 @@
 #pragma once
 
 #include <atspi/atspi.h>
+#include <sys/types.h>
 
 #include <filesystem>
 #include <map>
@@ -55,12 +56,18 @@ class Accessibility {
   std::vector<AccessibleObject> below(const AccessibleObject& above) const;
   std::vector<AccessibleObject> all() const;
 
+  // Returns the objects of one process. Those of a page belong to another one, which does not respond while the page
+  // waits for a dialog.
+  std::vector<AccessibleObject> allOf(pid_t process) const;
+
  private:
   std::string addressOfTheService() const;
   GVariant* call(const AccessibleObject& object, const char* interface, const char* method, GVariant* arguments) const;
   GVariant* property(const AccessibleObject& object, const char* name) const;
-  AccessibleObject describe(const std::string& owner, const std::string& path) const;
-  std::vector<AccessibleObject> childrenOf(const AccessibleObject& object) const;
+  AccessibleObject describe(const AccessibleObject& reference) const;
+  pid_t processOf(const AccessibleObject& object) const;
+  std::vector<AccessibleObject> referencesBelow(const AccessibleObject& object) const;  // without role and name
+  std::vector<AccessibleObject> below(const AccessibleObject& above, const std::string& owner) const;
 
   SessionBus bus_;
   tools::ChildProcess service_;

@@ -50,6 +50,16 @@ TEST_F(AccessibilityTest, TheStripNamesTheSite) {
   find(ATSPI_ROLE_STATUS_BAR, "Site: 127.0.0.1, this computer");
 }
 
+TEST_F(AccessibilityTest, TheStripSaysThatAPartIsHidden) {
+  site.serve("/signin", pageThatReportsItsLoad("<div style='height: 1500px'></div>"));
+  start();
+  find(ATSPI_ROLE_STATUS_BAR,
+       "Site: 127.0.0.1, this computer. Part of the page is hidden: zoom with Ctrl and +, then scroll");
+  screen.focus(window().id);
+  screen.press(XK_plus, {XK_Control_L});
+  find(ATSPI_ROLE_STATUS_BAR, "Site: 127.0.0.1, this computer");
+}
+
 TEST_F(AccessibilityTest, TheStripNamesALookAlikeInAscii) {
   const Proxy proxy(site);
   options.environment.merge(proxy.environment());

@@ -1,5 +1,6 @@
 #include "tests/endtoend/GeneratedPage.h"
 
+#include <algorithm>
 #include <iterator>
 #include <random>
 
@@ -47,6 +48,8 @@ const run = (period, step) => {
   if (period) return setInterval(next, period);
   for (const each of ['mousedown', 'mouseup', 'mousemove', 'wheel', 'keydown']) addEventListener(each, next, true);
 };
+// A page may cancel its own requests.
+const late = (start) => fetch('/late').then(start, () => setTimeout(late, 100, start));
 onload = () => fetch('/go').then(() => {
 )";
 
@@ -58,7 +61,8 @@ constexpr char kFrame[] = R"(<script>
 </script>)";
 
 std::string callOf(const Primitive& primitive, unsigned period) {
-  return "run(" + std::to_string(period) + ", async (n, event) => { " + primitive.script + " });\n";
+  const std::string call = "run(" + std::to_string(period) + ", async (n, event) => { " + primitive.script + " })";
+  return (primitive.ends ? "late(() => " + call + ")" : call) + ";\n";
 }
 
 std::string htmlOf(unsigned seed, const std::string& calls) {
@@ -67,13 +71,14 @@ std::string htmlOf(unsigned seed, const std::string& calls) {
   return html + calls + "});</script>";
 }
 
-HandAction nextAction(Random& random, bool clicksRight) {
+HandAction nextAction(Random& random, bool clicksRight, bool drags) {
   using Kind = HandAction::Kind;
   static constexpr Kind kKinds[] = {Kind::kMove,        Kind::kMove,       Kind::kClick,     Kind::kClick, Kind::kClick,
                                     Kind::kDoubleClick, Kind::kDrag,       Kind::kWheel,     Kind::kKey,   Kind::kKey,
                                     Kind::kText,        Kind::kEditingKey, Kind::kRightClick};
   HandAction action{kKinds[random.below(std::size(kKinds))]};
   if (action.kind == Kind::kRightClick && !clicksRight) action.kind = Kind::kClick;
+  if (action.kind == Kind::kMove && drags) action.kind = Kind::kDrag;
   action.x = static_cast<int>(random.below(kWidth));
   action.y = static_cast<int>(random.below(kHeight));
   action.toX = static_cast<int>(random.below(kWidth));
@@ -83,12 +88,13 @@ HandAction nextAction(Random& random, bool clicksRight) {
 }
 
 // A page rarely loses a process, in the last third of its time.
-std::vector<HandAction> handOf(Random& random, std::size_t actions) {
+std::vector<HandAction> handOf(Random& random, std::size_t actions, const std::vector<std::string>& primitives) {
   using Kind = HandAction::Kind;
   std::vector<HandAction> hand;
   const bool clicksRight = random.oneIn(4);
+  const bool drags = std::find(primitives.begin(), primitives.end(), "Drags") != primitives.end();
   for (std::size_t i = 0; i < actions; ++i)
-    hand.push_back(nextAction(random, clicksRight));
+    hand.push_back(nextAction(random, clicksRight, drags));
   const std::size_t late = actions - 1 - random.below(actions / 3 + 1);
   if (random.oneIn(10)) hand[late].kind = Kind::kEndPage;
   if (random.oneIn(10)) hand[late].kind = Kind::kEndNetwork;
@@ -118,33 +124,35 @@ const std::vector<Primitive>& primitives() {
        "open(one('/popup?' + n, 'about:blank', '', 'mailto:a@b'), one('', '_blank', 'other'), "
        "one('', 'popup,width=300,height=200,left=0,top=0', 'fullscreen=yes'))"},
       {"Drags",
-       "const image = document.createElement('canvas'); image.width = image.height = 600;"
+       "if (n > 0) return;"
+       "const image = document.body.appendChild(document.createElement('canvas')); image.width = image.height = 600;"
+       "image.style.cssText = 'position: fixed; top: 560px';"  // only an element of the page becomes an image
        "const context = image.getContext('2d'); context.fillStyle = '#804020'; context.fillRect(0, 0, 600, 600);"
-       "const dragged = add('div', {draggable: true, ondragstart: (event) => {"
-       " event.dataTransfer.setData('text/uri-list', '/signin'); event.dataTransfer.setDragImage(image, 300, 300) }});"
-       "dragged.style.background = '#804020'"},
+       "document.body.draggable = true; ondragstart = (event) => {"
+       " event.dataTransfer.setData('text/uri-list', '/signin'); event.dataTransfer.setDragImage(image, 300, 300) }"},
       {"PasswordFrames", "frame('/password?' + n); fetch('/password?' + n)"},
       {"PasswordPage", "if (n % 40 === 5) location.href = '/password'"},
-      {"RedirectedFrames", "frame('/redirect?left=3')"},
+      {"RedirectedFrames", "frame('/redirect?left=3')", false, true},
       {"RedirectLoops", "(new Image).src = '/redirect?left=50'; await fetch('/redirect?left=99')"},
       {"RefreshingFrames", "frame('/refresh')"},
       {"Reloads", "if (n === 20) location.reload()"},
       {"OtherSite", "if (n === 25) location.href = otherSite"},
       {"HeldPage", "if (n % 20 === 9) location.href = '/held'; if (n % 20 === 15) stop()"},
-      {"NoContent", "location.href = '/nothing?' + n"},
+      {"NoContent", "location.href = '/nothing?' + n", false, true},
       {"Downloads", "add('a', {href: '/file?' + n, download: 'x'}).click()"},
-      {"DownloadFrame", "if (n === 60) frame('/file')"},
-      {"DownloadPage", "if (n === 50) location.href = '/file'"},
-      {"SignIn", "if (n === 70) location.href = '/done?code=1'"},
+      {"DownloadFrame", "if (n === 6) frame('/file')", false, true},
+      {"DownloadPage", "if (n === 5) location.href = '/file'", false, true},
+      {"SignIn", "if (n === 7) location.href = '/done?code=1'", false, true},
       {"Schemes",
-       "location.href = one('mailto:a@b', 'tel:1', 'file:///etc/passwd', 'resource:///x', 'about:srcdoc', "
-       "'javascript:1', 'webkit://gpu', 'irc://x')"},
+       "location.href = one('mailto:a@b', 'tel:1', 'file:///etc/passwd', 'resource:///x', 'javascript:1', "
+       "'webkit://gpu', 'irc://x')",
+       false, true},
       {"History",
        "one(() => history.pushState(n, '', '?' + n), () => history.replaceState(n, '', '?' + n), () => history.back(),"
        " () => history.forward(), () => history.go(-below(5)))()"},
       {"States", "for (let i = 0; i < 50; ++i) history.replaceState(bytes(1000), '', '?' + n + i)"},
       {"Fragments", "location.hash = n + 'x'.repeat(below(2000))"},
-      {"LongFragments", "if (n > 30) location.replace('#' + n + 'x'.repeat(60000))"},
+      {"LongFragments", "location.replace('#' + n + 'x'.repeat(60000))", false, true},
       {"Titles", "for (let i = 0; i < 20; ++i) document.title = 'x'.repeat(below(100000)) + i"},
       {"FullScreen",
        "document.documentElement.requestFullscreen?.().catch(none);"
@@ -252,13 +260,13 @@ GeneratedPage generatedPage(unsigned seed, std::size_t actions) {
     left.erase(chosen);
   }
   page.html = htmlOf(seed, calls);
-  page.hand = handOf(random, actions);
+  page.hand = handOf(random, actions, page.primitives);
   return page;
 }
 
 GeneratedPage pageOf(const Primitive& primitive, std::size_t actions) {
   Random random(0);
-  return {{primitive.name}, htmlOf(0, callOf(primitive, 10)), handOf(random, actions)};
+  return {{primitive.name}, htmlOf(0, callOf(primitive, 10)), handOf(random, actions, {primitive.name})};
 }
 
 void serveFiles(tools::LoopbackServer& site) {

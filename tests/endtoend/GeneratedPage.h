@@ -18,6 +18,7 @@ struct Primitive {
   const char* name;
   const char* script;     // of one step, number `n`
   bool exhausts = false;  // memory, processor or requests, and no other test has a page of this kind
+  bool ends = false;      // the run, so it starts when "/late" has a response
 };
 
 void PrintTo(const Primitive& primitive, std::ostream* out);
@@ -47,8 +48,8 @@ struct HandAction {
 
 struct GeneratedPage {
   std::vector<std::string> primitives;
-  std::string html;  // requests "/go" when it has loaded, and starts when that has a response
-  std::vector<HandAction> hand;
+  std::string html;              // requests "/go" when it has loaded, and starts when that has a response
+  std::vector<HandAction> hand;  // before its last third, "/late" gets no response
 };
 
 GeneratedPage generatedPage(unsigned seed, std::size_t actions);

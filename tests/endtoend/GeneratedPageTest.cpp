@@ -43,7 +43,7 @@ constexpr milliseconds kPace{80};  // of the hand
 constexpr milliseconds kMaxClosingTime{2000};
 
 struct Choice {
-  unsigned first = 1;
+  unsigned first = 4;  // a page with drags is among the first ten
   unsigned count = 10;
   unsigned seconds = 3;
   bool isStrict = false;
@@ -95,9 +95,9 @@ class GeneratedPageTest : public PromptTest {
     std::cout << std::endl;
 
     startQuietly(generated.html);
-    for (const HandAction& each : generated.hand) {
-      if (run->ended()) break;
-      perform(each);
+    for (std::size_t i = 0; i < generated.hand.size() && !run->ended(); ++i) {
+      if (i == generated.hand.size() * 2 / 3) site.release("/late");
+      perform(generated.hand[i]);
       pauseAndLook();
     }
     if (!run->ended()) checkGrabs();
@@ -110,15 +110,16 @@ class GeneratedPageTest : public PromptTest {
   }
 
  private:
-  // Opens an ordinary page of another site first, and records what the strip shows for both sites. The page waits for
-  // "/go".
+  // Opens ordinary pages first, of another site, of this one, and one of which a part is hidden. Records what the strip
+  // shows for them. The page waits for "/go".
   void startQuietly(const std::string& html) {
     serveFiles(site);
     site.serve("/signin", page(html));
-    site.serve("/first", page("<script>onload = () => fetch('/next').then(() => { location.href = '" +
-                              site.address("/signin") + "' })</script>"));
-    site.hold("/next");
+    serveBefore("/first", "/short", "");
+    serveBefore("/short", "/tall", "");
+    serveBefore("/tall", "/signin", "<div style='height: 2000px'></div>");
     site.hold("/go");
+    site.hold("/late");
     options.signIn = "http://localhost" + site.address("/first").substr(site.address().rfind(':'));
     files_ = filesIn(std::filesystem::temp_directory_path());
     screen.moveTo(0, 0);
@@ -126,18 +127,28 @@ class GeneratedPageTest : public PromptTest {
     start();
     window_ = window();
     screen.focus(window_.id);
-    for (const char* const held : {"/next", "/go"}) {
-      untilRequested(held);
+    for (const char* const held : {"/first", "/short", "/tall"}) {
+      untilRequested(std::string("/after") + held);
       recordStrip();
-      site.release(held);
+      site.release(std::string("/after") + held);
     }
+    untilRequested("/go");
+    site.release("/go");
+  }
+
+  // An ordinary page that goes to another one when the site lets it.
+  void serveBefore(const std::string& path, const std::string& next, const std::string& body) {
+    site.hold("/after" + path);
+    site.serve(path, page(body + "<script>onload = () => fetch('/after" + path + "').then(() => { location.href = '" +
+                          site.address(next) + "' })</script>"));
   }
 
   void recordStrip() {
     until("the site", [this] {
       Picture strip = screen.picture({window_.frame.x, window_.frame.y, window_.frame.width, kStripHeight});
-      const bool isReady = isEmpty(strip, kStripHeight - 1) && !isEmpty(strip, kStripHeight / 2) &&
-                           (strips_.empty() || differs(strip, strips_.front()));
+      const bool isReady =
+          isEmpty(strip, kStripHeight - 1) && !isEmpty(strip, kStripHeight / 2) &&
+          std::all_of(strips_.begin(), strips_.end(), [&](const Picture& each) { return differs(strip, each); });
       if (isReady) strips_.push_back(std::move(strip));
       return isReady;
     });

@@ -261,8 +261,9 @@ TEST_F(KeyboardTest, AZoomedPageMayBeScrolled) {
   startOn(
       "<body style='height: 3000px'><script>onresize = () => fetch('/width?' + innerWidth); "
       "onscroll = () => { location.href = '/done?scrolled' }</script>");
+  untilRequested("/width?1360");  // the page is shown at half its size
   screen.press(XK_plus, {XK_Control_L});
-  untilRequested("/width?618");
+  untilRequested("/width?1236");
   const Area frame = window().frame;
   screen.moveTo(frame.x + 300, frame.y + 300);
   screen.turnWheel(3);

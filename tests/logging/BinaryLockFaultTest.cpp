@@ -81,15 +81,19 @@ TEST_F(BinaryLockFaultTest, ThreadsExcludeEachOtherAfterTheRemoval) {
   ASSERT_TRUE(create(lock));
   ASSERT_TRUE(lock.wait());
   removeSet();
-  std::atomic<bool> released{false};
+  std::atomic<bool> releases{false}, hasReleased{false};
   std::thread other([&] {
     EXPECT_TRUE(lock.wait());
-    EXPECT_TRUE(released);
+    EXPECT_TRUE(releases);
+    EXPECT_TRUE(support::becomesTrue([&] { return hasReleased.load(); }));
+    EXPECT_EQ(support::valueOf(set(), kMutex), 0);
     lock.release();
+    EXPECT_EQ(support::valueOf(set(), kMutex), 1);
   });
   EXPECT_TRUE(support::becomesTrue([&] { return set() != -1 && support::valueOf(set(), kMutex) == 0; }));
-  released = true;
+  releases = true;
   lock.release();
+  hasReleased = true;
   other.join();
 }
 

@@ -17,9 +17,9 @@ namespace {
 using support::contentsOf;
 using support::Outcome;
 using support::run;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
+using testing::UnorderedElementsAreArray;
 
 std::string decompressed(const std::string& path) {
   return run("gzip -dc '" + path + "'").output;
@@ -38,6 +38,10 @@ std::pair<int, int> sizeOfImage(const std::string& path) {
   return {number(16), number(20)};
 }
 
+std::vector<std::string> languages() {
+  return support::linesOf(LANGUAGES);
+}
+
 class StagedInstallTest : public packaging_test::StagedTest {
  protected:
   explicit StagedInstallTest(const std::string& prefix = "/usr") { install("signin", prefix); }
@@ -49,22 +53,30 @@ class OtherPrefixTest : public StagedInstallTest {
 };
 
 TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
-  EXPECT_THAT(
-      stagedFiles(),
-      ElementsAre(
-          "/usr/bin/svo-signin", "/usr/bin/svo-signin-ask", "/usr/share/applications/svo-signin.desktop",
-          "/usr/share/doc/svo-signin/changelog.gz", "/usr/share/doc/svo-signin/copyright",
-          "/usr/share/doc/svo-signin/troubleshooting.md", "/usr/share/icons/hicolor/128x128/apps/svo-signin.png",
-          "/usr/share/icons/hicolor/16x16/apps/svo-signin.png", "/usr/share/icons/hicolor/24x24/apps/svo-signin.png",
-          "/usr/share/icons/hicolor/256x256/apps/svo-signin.png", "/usr/share/icons/hicolor/32x32/apps/svo-signin.png",
-          "/usr/share/icons/hicolor/48x48/apps/svo-signin.png", "/usr/share/icons/hicolor/64x64/apps/svo-signin.png",
-          "/usr/share/icons/hicolor/scalable/apps/svo-signin.svg", "/usr/share/man/man1/svo-signin-ask.1.gz",
-          "/usr/share/man/man1/svo-signin.1.gz"));
+  std::vector<std::string> files = {"/usr/bin/svo-signin",
+                                    "/usr/bin/svo-signin-ask",
+                                    "/usr/share/applications/svo-signin.desktop",
+                                    "/usr/share/doc/svo-signin/changelog.gz",
+                                    "/usr/share/doc/svo-signin/copyright",
+                                    "/usr/share/doc/svo-signin/troubleshooting.md",
+                                    "/usr/share/icons/hicolor/128x128/apps/svo-signin.png",
+                                    "/usr/share/icons/hicolor/16x16/apps/svo-signin.png",
+                                    "/usr/share/icons/hicolor/24x24/apps/svo-signin.png",
+                                    "/usr/share/icons/hicolor/256x256/apps/svo-signin.png",
+                                    "/usr/share/icons/hicolor/32x32/apps/svo-signin.png",
+                                    "/usr/share/icons/hicolor/48x48/apps/svo-signin.png",
+                                    "/usr/share/icons/hicolor/64x64/apps/svo-signin.png",
+                                    "/usr/share/icons/hicolor/scalable/apps/svo-signin.svg",
+                                    "/usr/share/man/man1/svo-signin-ask.1.gz",
+                                    "/usr/share/man/man1/svo-signin.1.gz"};
+  for (const std::string& language : languages())
+    files.push_back("/usr/share/locale/" + language + "/LC_MESSAGES/svo-signin.mo");
+  EXPECT_THAT(stagedFiles(), UnorderedElementsAreArray(files));
 }
 
 TEST_F(OtherPrefixTest, InstallsEveryFileThere) {
   const std::vector<std::string> files = stagedFiles();
-  EXPECT_EQ(files.size(), 16u);
+  EXPECT_EQ(files.size(), 16u + languages().size());
   EXPECT_THAT(files, testing::Each(StartsWith("/opt/sign in/")));
 }
 
@@ -92,6 +104,14 @@ TEST_F(StagedInstallTest, ManualsHaveNoWarnings) {
     const Outcome check = run("mandoc -Tlint -Wwarning '" + staged("/usr/share/man/man1/" + manual) + "'");
     EXPECT_EQ(check.status, 0);
     EXPECT_EQ(check.output, "");
+  }
+}
+
+TEST_F(StagedInstallTest, DesktopFileHasEveryLanguage) {
+  const std::string file = contentsOf(staged("/usr/share/applications/svo-signin.desktop"));
+  for (const std::string& language : languages()) {
+    EXPECT_THAT(file, HasSubstr("\nName[" + language + "]="));
+    EXPECT_THAT(file, HasSubstr("\nComment[" + language + "]="));
   }
 }
 

@@ -24,21 +24,8 @@ class CloseOnExec : public testing::Test {
 
   const support::TemporaryFolder folder_;
   const UniqueFd first_ = open("first");
-  const UniqueFd again_ = open("first");
   const UniqueFd second_ = open("second");
 };
-
-TEST_F(CloseOnExec, AppliesToEveryDescriptorOfAFile) {
-  platform::closeFileOnExec(folder_ / "first");
-  EXPECT_FALSE(isInherited(first_.get()));
-  EXPECT_FALSE(isInherited(again_.get()));
-  EXPECT_TRUE(isInherited(second_.get()));
-}
-
-TEST_F(CloseOnExec, IgnoresAMissingFile) {
-  platform::closeFileOnExec(folder_ / "third");
-  EXPECT_TRUE(isInherited(first_.get()));
-}
 
 // In a child: the test program has descriptors of its own.
 TEST_F(CloseOnExec, AppliesToAllButTheStandardDescriptors) {

@@ -1,5 +1,6 @@
 #include "tests/support/SemaphoreOperations.h"
 
+#include <stdarg.h>
 #include <sys/sem.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -18,6 +19,7 @@ int failingMember = 0;
 int failingChange = 0;
 int failingError = 0;
 std::atomic<int> failuresLeft{0};
+std::atomic<bool> removalFails{false};
 
 bool mustFail(const sembuf& operation) {
   return failuresLeft > 0 && operation.sem_num == failingMember && operation.sem_op == failingChange &&
@@ -45,6 +47,14 @@ support::FailingOperation::~FailingOperation() {
   failuresLeft = 0;
 }
 
+support::FailingRemoval::FailingRemoval() {
+  removalFails = true;
+}
+
+support::FailingRemoval::~FailingRemoval() {
+  removalFails = false;
+}
+
 // Replaces the function of the C library.
 extern "C" int semop(int set, sembuf* operations, std::size_t count) noexcept {
   for (std::size_t i = 0; recorded != nullptr && i < count; ++i)
@@ -54,4 +64,17 @@ extern "C" int semop(int set, sembuf* operations, std::size_t count) noexcept {
     return -1;
   }
   return static_cast<int>(::syscall(SYS_semop, set, operations, count));
+}
+
+// Replaces the function of the C library.
+extern "C" int semctl(int set, int member, int command, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, command);
+  void* const argument = va_arg(arguments, void*);  // the union, whose largest member is a pointer
+  va_end(arguments);
+  if (removalFails && (command == IPC_RMID || command == SETVAL)) {
+    errno = EIO;
+    return -1;
+  }
+  return static_cast<int>(::syscall(SYS_semctl, set, member, command, argument));
 }

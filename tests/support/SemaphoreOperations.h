@@ -1,5 +1,5 @@
 // Records the semaphore operations of this process, and makes one fail. Requires SemaphoreOperations.cpp, which
-// replaces `semop`.
+// replaces `semop` and `semctl`.
 
 #pragma once
 
@@ -23,6 +23,15 @@ class FailingOperation {
   FailingOperation(const FailingOperation&) = delete;
   FailingOperation& operator=(const FailingOperation&) = delete;
   ~FailingOperation();
+};
+
+// While it exists, no set can be removed, and no value assigned.
+class FailingRemoval {
+ public:
+  FailingRemoval();
+  FailingRemoval(const FailingRemoval&) = delete;
+  FailingRemoval& operator=(const FailingRemoval&) = delete;
+  ~FailingRemoval();
 };
 
 }  // namespace support

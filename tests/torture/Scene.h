@@ -16,7 +16,7 @@
 namespace torture {
 
 // A process that makes no progress for longer hangs.
-inline std::chrono::seconds hangLimit{30};
+inline std::chrono::seconds hangLimit{60};
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 

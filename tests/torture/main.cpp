@@ -4,7 +4,7 @@
 //
 // - Runs in namespaces of its own for processes, semaphore sets and mounts; its home folder is in memory.
 // - Run it through tests/support/in-own-home.
-// - Ends after thirty minutes at the latest, the short form after ten.
+// - Ends after thirty minutes at the latest.
 // - Exits with 1 if a row failed, with 77 if it cannot create the namespaces.
 
 #include <sched.h>
@@ -20,6 +20,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/WaitLimit.h"
 #include "tests/support/Home.h"
 #include "tests/support/Mounts.h"
 #include "tests/support/OwnProcesses.h"
@@ -31,11 +32,15 @@ namespace {
 struct Group {
   const char* name;
   void (*run)(torture::Table&, torture::Scale);
+  bool hasRivals = false;  // whether lines wait only for other lines
 };
 
-constexpr Group kGroups[] = {{"kills", torture::runKills},           {"faults", torture::runFaults},
-                             {"conditions", torture::runConditions}, {"others", torture::runOthers},
-                             {"families", torture::runFamilies},     {"threads", torture::runThreads}};
+constexpr Group kGroups[] = {{"kills", torture::runKills, true},       {"faults", torture::runFaults},
+                             {"conditions", torture::runConditions},   {"others", torture::runOthers},
+                             {"families", torture::runFamilies, true}, {"threads", torture::runThreads, true}};
+
+// The limit of these groups in the short form, which runs beside other tests.
+constexpr std::chrono::seconds kRivalsWait{20};
 
 constexpr std::size_t kHomeSize = std::size_t{4} << 30;
 
@@ -61,12 +66,15 @@ int runGroups(const std::vector<std::string>& names, torture::Scale scale) {
   if (!support::mountMemory(support::ownHome(), kHomeSize)) return support::kImpossible;
   for (const int signal : {SIGALRM, SIGINT, SIGTERM})
     endOn(signal);
-  ::alarm(scale.isShort ? 600 : 1800);
+  ::alarm(1800);
   if (!scale.isShort) torture::hangLimit = std::chrono::seconds(10);
   torture::Table table;
+  const std::chrono::seconds limit = platform::WaitLimit::limit;
   for (const Group& group : kGroups) {
     const bool isChosen = names.empty() || std::find(names.begin(), names.end(), group.name) != names.end();
-    if (isChosen) group.run(table, scale);
+    if (!isChosen) continue;
+    platform::WaitLimit::limit = group.hasRivals && scale.isShort ? kRivalsWait : limit;
+    group.run(table, scale);
   }
   return table.passed() ? 0 : 1;
 }

@@ -4,11 +4,10 @@
 
 #include "app/gtk/Glib.h"
 #include "app/gtk/Style.h"
+#include "app/gtk/page/Settings.h"
 
 namespace {
 
-// Pages cannot reach the handler: it exists only in this script world.
-constexpr char kWorld[] = "svo-signin";
 constexpr char kHandler[] = "painted";
 constexpr char kSignal[] = "script-message-received::painted";
 
@@ -45,9 +44,9 @@ Cover::Cover(WebKitWebView* view, WebKitUserContentManager* content)
 
   const Owned<WebKitUserScript, webkit_user_script_unref> script(
       webkit_user_script_new_for_world(kReportPaint, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
-                                       WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, kWorld, nullptr, nullptr));
+                                       WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, kScriptWorld, nullptr, nullptr));
   webkit_user_content_manager_add_script(content_, script.get());
-  webkit_user_content_manager_register_script_message_handler_in_world(content_, kHandler, kWorld);
+  webkit_user_content_manager_register_script_message_handler_in_world(content_, kHandler, kScriptWorld);
   g_signal_connect(content_, kSignal, G_CALLBACK(onPainted), this);
 }
 

@@ -10,6 +10,7 @@ namespace {
 
 constexpr double kMaxAboveHotSpot = 16;
 constexpr int kMaxBubbleLines = 4;
+constexpr int kOutsideTheScreen = -10000;
 constexpr char kCopyingItems[] = "svo-copying-items";
 
 gboolean onPermissionRequest(WebKitWebView*, WebKitPermissionRequest* request, gpointer) {
@@ -138,17 +139,27 @@ gboolean popDown(gpointer bubble) {
   return G_SOURCE_REMOVE;
 }
 
-// GTK shows the image before the drag can be cancelled.
-void hideDragImage(GtkWidget* window) {
-  if (gtk_window_get_type_hint(GTK_WINDOW(window)) != GDK_WINDOW_TYPE_HINT_DND) return;
-  gdk_window_hide(gtk_widget_get_window(window));
+bool showsDragImage(GtkWidget* widget) {
+  return GTK_IS_WINDOW(widget) && gtk_window_get_type_hint(GTK_WINDOW(widget)) == GDK_WINDOW_TYPE_HINT_DND;
+}
+
+// GTK maps the window of the image before the drag can be cancelled. It is hidden at once; an X server may show it in
+// between, so it is outside the screen until then.
+gboolean onWidgetRealized(GSignalInvocationHint*, guint, const GValue* values, gpointer) {
+  auto* const widget = GTK_WIDGET(g_value_get_object(values));
+  if (showsDragImage(widget)) gdk_window_move(gtk_widget_get_window(widget), kOutsideTheScreen, kOutsideTheScreen);
+  return TRUE;
+}
+
+void hideDragImage(GtkWidget* widget) {
+  if (showsDragImage(widget)) gdk_window_hide(gtk_widget_get_window(widget));
 }
 
 // The bubble that WebKit shows at an invalid field could cover the strip: a page chooses the field's position. A bubble
 // that does not fit into the page's area is hidden.
 gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer page) {
   GObject* const widget = G_OBJECT(g_value_get_object(values));
-  if (GTK_IS_WINDOW(widget)) hideDragImage(GTK_WIDGET(widget));
+  hideDragImage(GTK_WIDGET(widget));
   if (GTK_IS_MENU(widget) && gtk_menu_get_attach_widget(GTK_MENU(widget)) == page) {
     watchCopying(GTK_MENU(widget), G_OBJECT(page));
   }
@@ -167,6 +178,7 @@ gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpo
 void onRealize(GtkWidget* view, gpointer) {
   g_signal_connect(gtk_widget_get_window(view), "notify::cursor", G_CALLBACK(onCursor), nullptr);
   g_signal_add_emission_hook(g_signal_lookup("map", GTK_TYPE_WIDGET), 0, onWidgetMapped, view, nullptr);
+  g_signal_add_emission_hook(g_signal_lookup("realize", GTK_TYPE_WIDGET), 0, onWidgetRealized, nullptr, nullptr);
 
   // A file or an address that is dropped on a page would replace the page.
   gtk_drag_dest_unset(view);

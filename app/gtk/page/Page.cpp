@@ -1,7 +1,5 @@
 #include "app/gtk/page/Page.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 #include "app/Address.h"
@@ -16,8 +14,6 @@ namespace {
 
 using Kind = LoadEvent::Kind;
 
-constexpr double kMinZoom = 0.5;
-constexpr double kMaxZoom = 3.0;
 constexpr std::size_t kMaxAddressLength = 256 << 10;
 constexpr char kResourceNumber[] = "svo-resource-number";
 
@@ -106,6 +102,7 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
       content_(webkit_user_content_manager_new()),
       view_(newWebView(context_.get(), content_.get())),
       cover_(view_, content_.get()),
+      fit_(view_, content_.get(), [this](bool hidden) { strip_.showPartHidden(hidden); }),
       options_(cover_.area(), widget()),
       idleTimer_([this] { tracker_.timedOut(); }),
       tracker_(flow, idleTimer_),
@@ -160,6 +157,7 @@ void Page::loadHTML(const std::string& html) {
 void Page::loadAddress(const std::string& address) {
   if (site_.kind == Site::Kind::kNone) tracker_.awaitPage(validUtf8(address) == address ? address : "");
   mainFrame_.requested(address);
+  fit_.start();
   webkit_web_view_load_uri(view_, address.c_str());
 }
 
@@ -168,34 +166,10 @@ void Page::openOutside(const std::string& address) {
   g_app_info_launch_default_for_uri_async(address.c_str(), nullptr, nullptr, nullptr, nullptr);
 }
 
-void Page::forbidScrolling() {
-  if (!std::exchange(scrollingForbidden_, true)) updateScrolling();
-}
-
 void Page::edit(EditingCommand command) {
   if (!gtk_widget_is_sensitive(widget())) return;
   if (command == EditingCommand::kCopy || command == EditingCommand::kCut) permitCopy();
   webkit_web_view_execute_editing_command(view_, nameOf(command));
-}
-
-void Page::zoomBy(double factor) {
-  setZoom(webkit_web_view_get_zoom_level(view_) * factor);
-}
-
-void Page::resetZoom() {
-  setZoom(1);
-}
-
-void Page::setZoom(double level) {
-  const bool isAlmostOne = std::abs(level - 1) < 0.01;
-  webkit_web_view_set_zoom_level(view_, isAlmostOne ? 1 : std::clamp(level, kMinZoom, kMaxZoom));
-  updateScrolling();
-}
-
-void Page::updateScrolling() {
-  webkit_user_content_manager_remove_all_style_sheets(content_.get());
-  if (!scrollingForbidden_ || webkit_web_view_get_zoom_level(view_) > 1) return;
-  webkit_user_content_manager_add_style_sheet(content_.get(), newStyleSheetWithoutScrolling().get());
 }
 
 void Page::report(const LoadEvent& event) {
@@ -215,7 +189,7 @@ void Page::showProgress() {
 
 void Page::stopPage() {
   if (std::exchange(stopped_, true)) return;
-  Logger::getInstance()->logWarn("SVO", "The page was stopped: it needed too much memory of the window");
+  Logger::getInstance()->logWarn("SVO", "The page was stopped: it needed too much memory");
   webkit_web_view_terminate_web_process(view_);
 }
 
@@ -237,6 +211,7 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
     self->mainFrame_.committed(event.address);
     self->updateSite(event.address);
     self->cover_.committed(event.address, self->site_.kind == Site::Kind::kNone);
+    self->fit_.committed();
     self->options_.close();
     self->listPress_ = {};  // it was meant for the page before
     self->prompts_.pageCommitted();
@@ -380,6 +355,7 @@ gboolean Page::onUserInput(GtkWidget*, GdkEvent* event, Page* self) {
   if (isDeliberate(event)) {
     self->opened_.reset();
     self->prompts_.resetLimit();
+    self->fit_.userActed();
   }
   return FALSE;
 }

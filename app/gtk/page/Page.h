@@ -9,9 +9,10 @@
 //   Further requests are dropped.
 // - The list of a select field opens once for each click, Return, Space, Up or Down, inside the page's area.
 // - A page cannot navigate to a web address of more than 256 KiB, four times what the launcher's pipe holds.
-// - A page that uses more than two such addresses, or makes this process need too much memory, is stopped. That is a
-//   failed load.
-// - While a page is zoomed in, its main frame can be scrolled; otherwise parts of it would be out of reach.
+// - A page that uses more than two such addresses, or needs too much memory, is stopped. That is a failed load.
+// - A page that is taller than its area is shown smaller. At a zoom that the user chose, its main frame can be
+// scrolled.
+//
 // Main thread only; needs an open display.
 
 #pragma once
@@ -36,6 +37,7 @@
 #include "app/gtk/page/FreshPress.h"
 #include "app/gtk/page/MainFrame.h"
 #include "app/gtk/page/OptionList.h"
+#include "app/gtk/page/PageFit.h"
 #include "app/gtk/page/PagePrompts.h"
 #include "app/gtk/page/RequestLimit.h"
 #include "app/gtk/page/Site.h"
@@ -63,15 +65,17 @@ class Page {
   // Opens an address with the user's default program, if its scheme and the page's limit allow that.
   void openOutside(const std::string& address);
 
-  // Stops the main frame of every page from scrolling, except while it is zoomed in.
-  void forbidScrolling();
+  // Stops the main frame of every page from scrolling, except at a zoom that the user chose.
+  void forbidScrolling() { fit_.forbidScrolling(); }
 
   // Does nothing while a prompt is shown.
   void edit(EditingCommand command);
 
-  // Multiplies the zoom level, within 0.5 to 3.
-  void zoomBy(double factor);
-  void resetZoom();
+  // Multiplies the zoom, within 50 % to 300 %.
+  void zoomBy(double factor) { fit_.zoomBy(factor); }
+
+  // Returns to the zoom at which the page fits, and to its top.
+  void resetZoom() { fit_.resetZoom(); }
 
   // Also passes each load event to `observer`, before it is interpreted. For recording traces.
   void observeLoads(std::function<void(const LoadEvent&)> observer) { observer_ = std::move(observer); }
@@ -113,8 +117,6 @@ class Page {
   bool mayNavigate(const std::string& address) const;
   void stopPage();
   void limitLength(const std::string& address);
-  void setZoom(double level);
-  void updateScrolling();
 
   Strip& strip_;
   SignInFlow& flow_;
@@ -122,6 +124,7 @@ class Page {
   Owned<WebKitUserContentManager> content_;
   WebKitWebView* view_;
   Cover cover_;
+  PageFit fit_;
   OptionList options_;
   FreshPress listPress_;
   Site site_;  // of the page that is shown
@@ -129,7 +132,6 @@ class Page {
   RequestLimit opened_{3};
   RequestLimit longAddresses_{2};
   bool stopped_ = false;
-  bool scrollingForbidden_ = false;
   GlibIdleTimer idleTimer_;
   LoadTracker tracker_;
   NetworkProcessWatch networkProcess_;

@@ -1,14 +1,21 @@
 #include "app/gtk/page/PagePrompts.h"
 
+#include <string.h>
+
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "app/gtk/Glib.h"
+#include "app/gtk/Language.h"
 
 namespace {
+
+// In bytes. A text field of GTK holds fewer characters, a label of a prompt far fewer.
+constexpr std::size_t kMaxTextLength = 256 << 10;
 
 // Shared, because `std::function` copies what the reply captures.
 using DialogRef = std::shared_ptr<WebKitScriptDialog>;
@@ -17,17 +24,18 @@ constexpr char kPromptId[] = "svo-prompt";
 constexpr guint kReportDelayMilliseconds = 500;
 
 std::string textOf(const char* text) {
-  return validUtf8(orEmpty(text));
+  return text == nullptr ? std::string() : validUtf8(std::string(text, ::strnlen(text, kMaxTextLength)));
 }
 
-std::string nameOf(const Site& site) {
-  if (!site.host.empty()) return leftToRight(site.host);
-  return site.kind == Site::Kind::kFile ? "A page on this computer" : "A page that does not say whose it is";
+std::string headingFor(const Site& site) {
+  if (!site.host.empty()) return displayed(_("%1 says:"), {leftToRight(site.host)});
+  return site.kind == Site::Kind::kFile ? _("A page on this computer says:")
+                                        : _("A page that does not say whose it is says:");
 }
 
 Prompt promptFor(WebKitScriptDialog* dialog, const std::string& message, const Site& site) {
   Prompt prompt;
-  prompt.heading = nameOf(site) + " says:";
+  prompt.heading = headingFor(site);
   prompt.message = message;
   const WebKitScriptDialogType type = webkit_script_dialog_get_dialog_type(dialog);
   prompt.canBeDeclined = type != WEBKIT_SCRIPT_DIALOG_ALERT;
@@ -79,17 +87,19 @@ Prompt promptFor(WebKitAuthenticationRequest* request) {
   const std::string realm = textOf(webkit_authentication_request_get_realm(request));
 
   Prompt prompt;
-  prompt.heading = (isProxy ? "The proxy " : "") + leftToRight(displayHost(host)) + " asks for your name and password";
-  if (!realm.empty()) prompt.message = "It says: \u201C" + realm + "\u201D";
-  if (webkit_authentication_request_is_retry(request)) prompt.warning = "That name or password was not right.";
+  prompt.heading =
+      displayed(isProxy ? _("The proxy %1 asks for your name and password") : _("%1 asks for your name and password"),
+                {leftToRight(displayHost(host))});
+  if (!realm.empty()) prompt.message = displayed(_("It says: \u201C%1\u201D"), {realm});
+  if (webkit_authentication_request_is_retry(request)) prompt.warning = _("That name or password was not right.");
   const std::string address =
       "http://" + host + ":" + std::to_string(webkit_authentication_request_get_port(request)) + "/";
   const Site::Kind kind = siteOf(address, isEncrypted(request)).kind;
   if (!isProxy && kind != Site::Kind::kEncrypted && kind != Site::Kind::kLoopback) {
     prompt.warning += std::string(prompt.warning.empty() ? "" : " ") +
-                      "The connection is not encrypted: others can read what you type.";
+                      _("The connection is not encrypted: others can read what you type.");
   }
-  prompt.fields = {{"Name", "", false}, {"Password", "", true}};
+  prompt.fields = {{_("Name"), "", false}, {_("Password"), "", true}};
   return prompt;
 }
 

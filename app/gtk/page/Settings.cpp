@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "app/gtk/PrivateFolder.h"
+
 namespace {
 
 void disableFeature(WebKitSettings* settings, const char* name) {
@@ -79,10 +81,19 @@ void setLanguages(WebKitWebContext* context) {
   webkit_web_context_set_preferred_languages(context, list.data());
 }
 
+// WebKit has no Negotiate authentication in an ephemeral session.
+Owned<WebKitWebContext> newContextIn(const std::string& folder) {
+  const Owned<WebKitWebsiteDataManager> manager(webkit_website_data_manager_new(
+      "base-data-directory", folder.c_str(), "base-cache-directory", folder.c_str(), nullptr));
+  webkit_website_data_manager_set_persistent_credential_storage_enabled(manager.get(), FALSE);
+  return Owned<WebKitWebContext>(webkit_web_context_new_with_website_data_manager(manager.get()));
+}
+
 }  // namespace
 
 Owned<WebKitWebContext> newContext(bool sandboxed) {
-  Owned<WebKitWebContext> owned(webkit_web_context_new_ephemeral());
+  Owned<WebKitWebContext> owned(privateFolder().empty() ? Owned<WebKitWebContext>(webkit_web_context_new_ephemeral())
+                                                        : newContextIn(privateFolder()));
   WebKitWebContext* const context = owned.get();
   webkit_web_context_set_sandbox_enabled(context, sandboxed);
   setLanguages(context);

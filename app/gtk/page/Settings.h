@@ -8,9 +8,13 @@
 
 #include "app/gtk/Glib.h"
 
+// The world of the program's own scripts. Pages cannot reach what is defined there.
+inline constexpr char kScriptWorld[] = "svo-signin";
+
 using StyleSheet = Owned<WebKitUserStyleSheet, webkit_user_style_sheet_unref>;
 
-// An ephemeral session: no cookie, cache or storage is written to disk.
+// An ephemeral session: no cookie, cache or storage is written to disk. Where a private folder has been created, a
+// session in that folder, which authenticates by Kerberos tickets. Cookies and passwords stay in memory.
 //
 // - Pages see the languages of the user's locale in its order, or "en-US" if it names none ("C", "POSIX").
 // - `sandboxed` puts web processes into WebKit's sandbox, which must work on this machine.
