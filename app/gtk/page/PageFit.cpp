@@ -16,15 +16,15 @@ constexpr char kSignal[] = "script-message-received::changed";
 // Defines heightAt(present, shown), which returns the height of the main frame as a multiple of the height of its area
 // at the present zoom, and settle(zoom, fits) for the end of a search. Reports changes of the page and of its area, but
 // not those of the zoom. An area that changes during a search is reported, too: some of the heights were those in the
-// area before. A height that was reported counts once at this zoom, also if the page is lower again: otherwise a page
-// that changes all the time would not settle.
+// area before. The largest height of all frames since the last report counts, and once at this zoom also if the page is
+// lower again: otherwise a page that changes all the time would not settle.
 //
 // A body of the area's height with margins, or with a header above it, is taller than its area at every zoom. So where
 // an element is as tall as the area, its contents count instead of its own height.
 constexpr char kScript[] = R"((() => {
   'use strict';
   const rate = 100, quiet = 400;  // milliseconds
-  let zoom = 1, known = 1, seen = 1, width = innerWidth, height = innerHeight;
+  let zoom = 1, known = 1, seen = 1, tallest = 1, width = innerWidth, height = innerHeight;
   let changed = false, resized = false, check = 0, report = 0;
 
   const textBottom = (text) => {
@@ -66,7 +66,8 @@ constexpr char kScript[] = R"((() => {
   const send = () => webkit.messageHandlers.changed.postMessage(0);
   const look = () => {
     check = 0;
-    const page = measure();
+    const page = Math.max(measure(), tallest);
+    tallest = 1;
     noteArea();
     if ((page > 1.002 && Math.abs(page - known) > 0.001) || resized) {
       seen = known = page;
@@ -80,10 +81,11 @@ constexpr char kScript[] = R"((() => {
   };
   const schedule = () => { check ||= setTimeout(look, rate); };
   const noteChange = () => { changed = true; schedule(); };
+  const noteSize = () => { tallest = Math.max(measure(), tallest); schedule(); };
 
   window.heightAt = (present, shown) => {
     known = Math.max(measure(), present === shown ? seen : 1);
-    seen = 1;
+    seen = tallest = 1;
     zoom = present;
     noteArea();
     zoom = shown;
@@ -91,6 +93,7 @@ constexpr char kScript[] = R"((() => {
   };
   window.settle = (level, fits) => {
     zoom = level;
+    tallest = 1;
     if (fits) known = 1;
     noteArea();
   };
@@ -100,7 +103,7 @@ constexpr char kScript[] = R"((() => {
     addEventListener(type, schedule, true);
   new MutationObserver(noteChange).observe(
       document, { subtree: true, childList: true, attributes: true, characterData: true });
-  const sizes = new ResizeObserver(schedule);
+  const sizes = new ResizeObserver(noteSize);
   for (const each of [document.documentElement, document.body, ...document.body?.children ?? []])
     if (each) sizes.observe(each);
   look();
@@ -191,7 +194,7 @@ void PageFit::fit() {
     searchAgain_ = true;
     return;
   }
-  search_.emplace(fitting_, fitting_ < FitSearch::kMax && growths_.take());
+  search_.emplace(fitting_, growths_.take());
   measureAt(fitting_);
 }
 
