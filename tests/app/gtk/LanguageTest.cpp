@@ -105,7 +105,8 @@ TEST(LanguageTest, EveryTextIsMarked) {
   constexpr char kText[] = R"(^msgid "([A-Z][a-z]+"|[A-Z][A-Za-z]* |%1 | [a-z]+ [a-z]))";
   for (const std::string& line : linesOf(folder / "unmarked")) {
     EXPECT_FALSE(g_regex_match_simple(kText, line.c_str(), G_REGEX_DEFAULT, G_REGEX_MATCH_DEFAULT))
-        << "mark it: _(\"...\")\n" << line;
+        << "mark it: _(\"...\")\n"
+        << line;
   }
 }
 
