@@ -55,6 +55,7 @@ class OtherPrefixTest : public StagedInstallTest {
 TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
   std::vector<std::string> files = {"/usr/bin/svo-signin",
                                     "/usr/bin/svo-signin-ask",
+                                    "/usr/libexec/svo-signin-tokens",
                                     "/usr/share/applications/svo-signin.desktop",
                                     "/usr/share/doc/svo-signin/changelog.gz",
                                     "/usr/share/doc/svo-signin/copyright",
@@ -76,13 +77,15 @@ TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
 
 TEST_F(OtherPrefixTest, InstallsEveryFileThere) {
   const std::vector<std::string> files = stagedFiles();
-  EXPECT_EQ(files.size(), 16u + languages().size());
+  EXPECT_EQ(files.size(), 17u + languages().size());
   EXPECT_THAT(files, testing::Each(StartsWith("/opt/sign in/")));
 }
 
 TEST_F(StagedInstallTest, OnlyTheProgramsAreExecutable) {
-  for (const std::string& file : stagedFiles())
-    EXPECT_EQ(support::modeOf(staged(file)), file.rfind("/usr/bin/", 0) == 0 ? 0755u : 0644u) << file;
+  for (const std::string& file : stagedFiles()) {
+    const bool isProgram = file.rfind("/usr/bin/", 0) == 0 || file.rfind("/usr/libexec/", 0) == 0;
+    EXPECT_EQ(support::modeOf(staged(file)), isProgram ? 0755u : 0644u) << file;
+  }
 }
 
 TEST_F(StagedInstallTest, ContainsAnIconOfEverySize) {
