@@ -1,0 +1,113 @@
+"""Signs in at every provider and prints the table: sign-ins.py WINDOW [PART OF A ROW]...
+
+Writes the table and a picture of every page to the folder "providers". Exits with 1 if a row is not as expected."""
+
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+from html import unescape
+from urllib.parse import urlsplit
+
+import hand
+import service
+from service import OpenIdConnect, Page, Saml
+
+PASSWORD = "Correct-Horse-7"
+NODE = "https://oidc.example.test"
+SIMPLESAML = "https://saml.example.test/simplesamlphp/saml2/idp/metadata.php"
+GLEWLWYD = "https://glewlwyd.example.test/api/oidc"
+APACHE = "https://www.example.test"
+
+# What the user does: a name is clicked, a pair is a field and what is written into it.
+AT_NODE = [("Enter any login", "ada"), ("and password", PASSWORD), "Sign-in"]
+AT_SIMPLESAML = [("Username", "ada"), ("Password", PASSWORD), "Login"]
+AT_GLEWLWYD = [("Login", "ada"), ("Password", PASSWORD), "OK"]
+IN_PROMPT = [("Name", "ada"), ("Password", PASSWORD), "OK"]
+
+# Provider, flow, sign-in, what the user does, what is found in the end.
+ROWS = [
+    ("node-oidc-provider", "code with PKCE, consent", OpenIdConnect(NODE), AT_NODE + ["Continue"], "of ada"),
+    ("node-oidc-provider", "fragment", OpenIdConnect(NODE, "fragment"), AT_NODE + ["Continue"], "of ada"),
+    ("node-oidc-provider", "form_post", OpenIdConnect(NODE, "form_post"), AT_NODE + ["Continue"], "of ada"),
+    ("node-oidc-provider", "cancel", OpenIdConnect(NODE), ["[ Cancel ]"], "error=access_denied"),
+    ("node-oidc-provider", "consent refused", OpenIdConnect(NODE), AT_NODE + ["[ Cancel ]"], "error=access_denied"),
+    ("SimpleSAMLphp", "SAML redirect binding, consent", Saml(SIMPLESAML, "redirect"),
+     AT_SIMPLESAML + ["Yes, continue"], "of ada"),
+    ("SimpleSAMLphp", "SAML POST binding, wrong password first", Saml(SIMPLESAML, "post"),
+     [("Username", "ada"), ("Password", "wrong"), "Login"] + AT_SIMPLESAML + ["Yes, continue"], "of ada"),
+    ("Glewlwyd", "code with PKCE", OpenIdConnect(GLEWLWYD), AT_GLEWLWYD + ["Continue"], "code exchanged"),
+    ("Apache", "Basic", Page(APACHE + "/basic/"), IN_PROMPT, "user ada"),
+    ("Apache", "Digest", Page(APACHE + "/digest/"), IN_PROMPT, "user ada"),
+]
+
+
+def sign_in(window, screen, sign_in, steps, pictures):
+    """Returns the message of the window, and what went wrong."""
+    problem = ""
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "message")
+        os.mkfifo(path, 0o600)
+        pipe = os.open(path, os.O_RDONLY | os.O_NONBLOCK)
+        process = subprocess.Popen([window, "--zelURL=" + sign_in.start(), "--redirectURL=" + service.REDIRECT,
+                                    "--redirectType3URL=" + service.SERVICE + "/enterprise", "--productName=Example",
+                                    "--pipeName=" + path])
+        user = hand.Hand(screen, pictures, process)
+        try:
+            for step in steps:
+                if isinstance(step, str):
+                    user.click(step)
+                else:
+                    user.write(step[0], step[1]() if callable(step[1]) else step[1])
+            process.wait(hand.TIMEOUT)
+        except Exception as error:
+            user.picture()
+            problem = f" {error}; the window shows {user.names()}"
+        finally:
+            process.terminate()
+            process.wait(hand.TIMEOUT)
+            message = os.read(pipe, 65536).decode()
+            os.close(pipe)
+    return message, problem
+
+
+def run(window, screen, row):
+    """Returns a line of the table, and whether the row is as expected."""
+    provider, flow, start, steps, expected = row
+    began = time.monotonic()
+    pictures = "providers/" + re.sub(r"\W+", "-", f"{provider} {flow}")
+    message, problem = sign_in(window, screen, start, steps, pictures)
+    seconds = time.monotonic() - began
+    if problem or not (match := re.fullmatch("<result><URL>(.*)</URL></result>", message)):
+        return f"| {provider} | {flow} | `{message}`{problem} | | {seconds:.0f} |", False
+    address = unescape(match[1])
+    try:
+        found = start.finish(address)
+    except Exception as error:
+        found = repr(error)
+    parts = urlsplit(address)
+    shown = re.sub("=[^&]*", "=…", parts.query and "?" + parts.query or "#" + parts.fragment)
+    return f"| {provider} | {flow} | 0, `{parts.path}{shown}` | {found} | {seconds:.0f} |", expected in found
+
+
+def main(window, *wanted):
+    os.makedirs("providers", exist_ok=True)
+    service.start()
+    screen = hand.start_display()
+    passed = True
+    with open("providers/table.md", "w") as table:
+        def line(text):
+            print(text, file=table, flush=True)
+            print(text, flush=True)
+        line("| provider | flow | message | verified | seconds |\n|---|---|---|---|---|")
+        for row in ROWS:
+            if all(word in " ".join(row[:2]) for word in wanted):
+                text, good = run(window, screen, row)
+                line(text)
+                passed = passed and good
+    return 0 if passed else 1
+
+
+sys.exit(main(*sys.argv[1:]))
