@@ -78,8 +78,12 @@ class Thing:
         return (self.call("org.a11y.atspi.Accessible", "GetRole") or [None])[0]
 
     def name(self):
-        """Without the characters of icon fonts."""
-        return re.sub("[\ue000-\uf8ff]", "", (self._property("org.a11y.atspi.Accessible", "Name") or [""])[0]).strip()
+        """Without the characters of icon fonts. A field whose label is an icon has the name of its placeholder."""
+        name = re.sub("[\ue000-\uf8ff]", "", (self._property("org.a11y.atspi.Accessible", "Name") or [""])[0]).strip()
+        if name or self.role() not in FIELDS:
+            return name
+        attributes = self.call("org.a11y.atspi.Accessible", "GetAttributes")
+        return attributes[0].get("placeholder-text", "") if attributes else ""
 
     def takes_input(self):
         states = self.call("org.a11y.atspi.Accessible", "GetState")
@@ -104,11 +108,13 @@ class Hand:
         self.count = 0
 
     def click(self, name):
-        """Clicks a button or link, and waits until it is gone; a check box stays."""
+        """Clicks a button, link or check box, and waits until it is gone or the window shows something else."""
         thing = self._find(name, BUTTONS)
+        before = self.names()
         self._press(thing, name)
         if thing.role() != CHECK_BOX:
-            wait_for(f"end of '{name}'", lambda: self.window.poll() is not None or thing.role() is None)
+            wait_for(f"end of '{name}'", lambda: self.window.poll() is not None or thing.role() is None or
+                     self.names() != before)
 
     def write(self, name, text):
         """Clicks the field and types into it. Three clicks select what it contains."""

@@ -5,6 +5,7 @@ import base64
 import hashlib
 import json
 import secrets
+import subprocess
 import threading
 import urllib.request
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
@@ -113,6 +114,22 @@ class Page:
 
     def finish(self, address):
         return "user " + first_values(urlsplit(address).query)["user"]
+
+
+class Ticket(Page):
+    """A page whose server takes a Kerberos ticket. The user has one during this sign-in only."""
+
+    def __init__(self, address, password):
+        super().__init__(address)
+        self.password = password
+
+    def start(self):
+        subprocess.run(["kinit"], input=self.password + "\n", text=True, check=True, stdout=subprocess.DEVNULL)
+        return super().start()
+
+    def finish(self, address):
+        subprocess.run(["kdestroy"], check=True)
+        return super().finish(address)
 
 
 class Handler(BaseHTTPRequestHandler):

@@ -13,18 +13,26 @@ from urllib.parse import urlsplit
 
 import hand
 import service
-from service import OpenIdConnect, Page, Saml
+from service import OpenIdConnect, Page, Saml, Ticket
 
 PASSWORD = "Correct-Horse-7"
 NODE = "https://oidc.example.test"
 SIMPLESAML = "https://saml.example.test/simplesamlphp/saml2/idp/metadata.php"
 GLEWLWYD = "https://glewlwyd.example.test/api/oidc"
+LEMON = "https://auth.example.test"
 APACHE = "https://www.example.test"
+
+
+def one_time_code():
+    secret = "GEZDGNBVGY3TQOJQGEZDGNBVGY3TQOJQ"  # as in glewlwyd/start
+    return subprocess.run(["oathtool", "--totp", "-b", secret], check=True, capture_output=True, text=True).stdout.strip()
+
 
 # What the user does: a name is clicked, a pair is a field and what is written into it.
 AT_NODE = [("Enter any login", "ada"), ("and password", PASSWORD), "Sign-in"]
 AT_SIMPLESAML = [("Username", "ada"), ("Password", PASSWORD), "Login"]
 AT_GLEWLWYD = [("Login", "ada"), ("Password", PASSWORD), "OK"]
+AT_LEMON = [("Login", "dwho"), ("Password", "dwho"), "Connect"]
 IN_PROMPT = [("Name", "ada"), ("Password", PASSWORD), "OK"]
 
 # Provider, flow, sign-in, what the user does, what is found in the end.
@@ -39,8 +47,21 @@ ROWS = [
     ("SimpleSAMLphp", "SAML POST binding, wrong password first", Saml(SIMPLESAML, "post"),
      [("Username", "ada"), ("Password", "wrong"), "Login"] + AT_SIMPLESAML + ["Yes, continue"], "of ada"),
     ("Glewlwyd", "code with PKCE", OpenIdConnect(GLEWLWYD), AT_GLEWLWYD + ["Continue"], "code exchanged"),
+    ("Glewlwyd", "form_post, wrong password first", OpenIdConnect(GLEWLWYD, "form_post"),
+     [("Login", "ada"), ("Password", "wrong"), "OK"] + AT_GLEWLWYD + ["Continue"], "code exchanged"),
+    ("Glewlwyd", "one-time code, consent", OpenIdConnect(GLEWLWYD, scope="openid strong"), AT_GLEWLWYD + ["Strong", "Grant access", ("Code", one_time_code), "OK", "Continue"], "code exchanged"),
+    ("LemonLDAP::NG", "code with PKCE, consent", OpenIdConnect(LEMON), AT_LEMON + ["Accept"], "of dwho"),
+    ("LemonLDAP::NG", "fragment, wrong password first", OpenIdConnect(LEMON, "fragment"),
+     [("Login", "rtyler"), ("Password", "wrong"), "Connect", ("Login", "rtyler"), ("Password", "rtyler"), "Connect",
+      "Accept"], "of rtyler"),
+    ("LemonLDAP::NG", "SAML redirect binding", Saml(LEMON + "/saml/metadata", "redirect"), AT_LEMON, "of dwho"),
+    ("LemonLDAP::NG", "SAML POST binding", Saml(LEMON + "/saml/metadata", "post"), AT_LEMON, "of dwho"),
     ("Apache", "Basic", Page(APACHE + "/basic/"), IN_PROMPT, "user ada"),
+    ("Apache", "Basic, wrong password first", Page(APACHE + "/basic/"),
+     [("Name", "ada"), ("Password", "wrong"), "OK"] + IN_PROMPT, "user ada"),
+    ("Apache", "Basic, cancel", Page(APACHE + "/basic/"), ["Cancel", "Continue as a guest"], "user guest"),
     ("Apache", "Digest", Page(APACHE + "/digest/"), IN_PROMPT, "user ada"),
+    ("Apache", "Negotiate", Ticket("https://sso.example.test/negotiate/", PASSWORD), [], "user ada@EXAMPLE.TEST"),
 ]
 
 
