@@ -127,7 +127,8 @@ bool Logger::waitForThreads(std::unique_lock<std::timed_mutex>& lock) {
   return lock.try_lock_until(std::chrono::system_clock::now() + left);
 }
 
-bool Logger::startLine() {
+// Inline: after a system call every return costs time.
+inline bool Logger::startLine() {
   if (isClosed_) return false;
   if (fileFlag->semid == -1) attachFlag();
   return flagIsForeign_ || fileFlag->startFileOperation();

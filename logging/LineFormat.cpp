@@ -3,9 +3,13 @@
 #include <langinfo.h>
 #include <sys/time.h>
 
+#include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <ctime>
 #include <initializer_list>
+#include <iterator>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -17,6 +21,7 @@ namespace tarn {
 namespace {
 
 constexpr std::size_t kTimeSize = 256;  // of the buffer that `getTimeStr` fills
+constexpr std::size_t kMaxDigits = std::numeric_limits<std::uint64_t>::digits10 + 1;
 
 std::string_view bracketedName(Log_Level level) {
   switch (level) {
@@ -39,17 +44,29 @@ std::string_view bracketedName(Log_Level level) {
   }
 }
 
+// Not `std::to_string`, which fills a string twice for each line.
+std::string_view currentThreadIdText(char (&digits)[kMaxDigits]) {
+  const char* const end = std::to_chars(digits, std::end(digits), platform::currentThreadId()).ptr;
+  return {digits, static_cast<std::size_t>(end - digits)};
+}
+
+char* copyText(std::string_view text, char* to) {
+  std::memcpy(to, text.data(), text.size());
+  return to + text.size();
+}
+
 // Resizes `out` once: appending the many short fields one by one is slower.
 void appendJoined(std::initializer_list<std::string_view> fields, std::string_view separator, std::string& out) {
   std::size_t size = separator.size() * (fields.size() - 1);
   for (const std::string_view field : fields)
     size += field.size();
 
-  std::size_t position = out.size();
+  const std::size_t position = out.size();
   out.resize(position + size);
+  char* to = &out[position];
   for (const std::string_view& field : fields) {
-    if (&field != fields.begin()) position += separator.copy(&out[position], separator.size());
-    position += field.copy(&out[position], field.size());
+    if (&field != fields.begin()) to = copyText(separator, to);
+    to = copyText(field, to);
   }
 }
 
@@ -95,7 +112,8 @@ void LogTargetDefault::formatLog(unsigned long long timeMs, Log_Level level, con
     level = WARN;
   }
 
-  const std::string threadId = getCurrentThreadID();
+  char digits[kMaxDigits];
+  const std::string_view threadId = threadIdEnabled ? currentThreadIdText(digits) : "";
   appendJoined({time, bracketedName(level), orEmpty(sessionId), orEmpty(domain), orEmpty(subDomain), orEmpty(component),
                 orEmpty(extra1), orEmpty(extra2), threadId, message},
                separator, out);
@@ -113,7 +131,7 @@ void LogTargetDefault::getTimeStr(unsigned long long timeMs, char* buffer) {
 
   const std::string& text = timestamps_.at(time.tv_sec);
   const auto milliseconds = static_cast<unsigned>(time.tv_usec / 1000);
-  buffer += text.copy(buffer, kTimeSize - sizeof ":000");
+  buffer = copyText(text, buffer);
   *buffer++ = ':';
   for (const unsigned divisor : {100u, 10u, 1u})
     *buffer++ = static_cast<char>('0' + milliseconds / divisor % 10);
@@ -121,7 +139,8 @@ void LogTargetDefault::getTimeStr(unsigned long long timeMs, char* buffer) {
 }
 
 std::string LogTargetDefault::getCurrentThreadID() const {
-  return threadIdEnabled ? std::to_string(platform::currentThreadId()) : std::string();
+  char digits[kMaxDigits];
+  return std::string(threadIdEnabled ? currentThreadIdText(digits) : "");
 }
 
 std::string LogTargetDefault::getLogLevelString(Log_Level level) const {

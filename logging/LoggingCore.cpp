@@ -76,12 +76,6 @@ void LoggingCore::log(const char* identifier, Log_Level level, const char* sessi
   }
 }
 
-void LoggingCore::log(const char* identifier, Log_Level level, const char* sessionId, const char* domain,
-                      const char* subDomain, const char* component, const char* extra1, const char* extra2,
-                      const char* format, unsigned long long timeMs) {
-  log(identifier, level, sessionId, domain, subDomain, component, extra1, extra2, format, nullptr, timeMs);
-}
-
 std::string LoggingCore::generateSessionId() {
   std::srand(static_cast<unsigned>(std::time(nullptr)));
   int number = 0;

@@ -39,7 +39,9 @@ class LoggingCore {
            unsigned long long timeMs);
   void log(const char* identifier, Log_Level level, const char* sessionId, const char* domain, const char* subDomain,
            const char* component, const char* extra1, const char* extra2, const char* format,
-           unsigned long long timeMs);
+           unsigned long long timeMs) {
+    log(identifier, level, sessionId, domain, subDomain, component, extra1, extra2, format, nullptr, timeMs);
+  }
 
   // Returns five digits, the first of which is not 0. Two calls within a second return the same id.
   //   => "27403"

@@ -27,7 +27,8 @@ sign-in window for installers and launchers
 A small window in which a user signs in to a web service on behalf of an
 installer or launcher. It is started with six options and sends one message
 through a named pipe: the address at which the sign-in ended, or an error
-number.
+number. For launchers in any language, the program svo-signin-ask creates the
+pipe, starts the window and prints the address.
 .
 The window never reads a page, and stores nothing on disk except its log.]])
 

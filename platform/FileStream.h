@@ -1,7 +1,7 @@
 // C++ file streams of open files.
 //
 // - The standard library opens a stream's file without close-on-exec: another thread may start a program that inherits
-//   it. These streams use a duplicate of a descriptor instead, which is never inherited.
+//   it. These streams use a descriptor that is never inherited instead.
 
 #pragma once
 

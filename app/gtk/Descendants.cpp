@@ -1,7 +1,6 @@
 #include "app/gtk/Descendants.h"
 
 #include <sys/syscall.h>
-#include <sys/types.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -28,16 +27,17 @@ void addChildren(std::vector<pid_t>& processes, pid_t parent) {
 }  // namespace
 
 // A pidfd that was opened before its program is read cannot be of a later process with the same number.
-std::vector<platform::UniqueFd> descendantsRunning(const std::string& program) {
-  std::vector<platform::UniqueFd> found;
+std::vector<Descendant> webKitProcesses() {
+  std::vector<Descendant> found;
   std::vector<pid_t> processes;
   addChildren(processes, ::getpid());
   for (std::size_t i = 0; i < processes.size(); ++i) {
     const pid_t each = processes[i];
     // Several releases of glibc declare pidfd_open without C linkage.
-    platform::UniqueFd process(static_cast<int>(::syscall(SYS_pidfd_open, each, 0)));
-    const bool matches = std::filesystem::path(platform::programOf(each)).filename() == program;
-    if (process && matches) found.push_back(std::move(process));
+    platform::UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, each, 0)));
+    std::string program = std::filesystem::path(platform::programOf(each)).filename();
+    const bool matches = program == kPageProgram || program == kNetworkProgram;
+    if (handle && matches) found.push_back({std::move(program), each, std::move(handle)});
     addChildren(processes, each);
   }
   return found;

@@ -6,10 +6,21 @@
 
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <vector>
 
 #include "platform/UniqueFd.h"
 
-// Returns a pidfd of each descendant of this process whose program has this file name.
-std::vector<platform::UniqueFd> descendantsRunning(const std::string& program);
+inline constexpr char kPageProgram[] = "WebKitWebProcess";
+inline constexpr char kNetworkProgram[] = "WebKitNetworkProcess";
+
+struct Descendant {
+  std::string program;  // file name
+  pid_t id = 0;
+  platform::UniqueFd handle;  // a pidfd
+};
+
+// Returns the descendants of this process that run one of the two programs.
+std::vector<Descendant> webKitProcesses();

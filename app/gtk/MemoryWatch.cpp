@@ -6,25 +6,28 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
-#include <cstdio>
+#include <optional>
 #include <utility>
 
 #include "app/gtk/Descendants.h"
+#include "app/gtk/PageMemory.h"
 
 namespace {
 
-constexpr std::chrono::milliseconds kInterval{10};
-constexpr long kMaxGrowth = 64L << 20;  // bytes, without the pictures of the page
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds kInterval{10};
+constexpr milliseconds kSearchDelay{250};
+constexpr long kMaxGrowth = 64L << 20;     // bytes, without the pictures of the page
+constexpr long kMaxPageMemory = 1L << 30;  // bytes
 constexpr long kBytesPerPixel = 4;
 
 // In pages; 0 if unknown.
-long unsharedMemory(int figures) {
-  std::array<char, 128> text{};
-  long resident = 0, shared = 0;
-  if (::pread(figures, text.data(), text.size() - 1, 0) <= 0) return 0;
-  return std::sscanf(text.data(), "%*d %ld %ld", &resident, &shared) == 2 ? resident - shared : 0;
+long unsharedMemory(int statm) {
+  const MemoryFigures figures = readMemoryFigures(statm);
+  return figures.resident - figures.shared;
 }
 
 // A window that fills the screen keeps two pictures of its page.
@@ -35,8 +38,24 @@ long pictures() {
 }
 
 void killPages() {
-  for (const platform::UniqueFd& page : descendantsRunning("WebKitWebProcess"))
-    (void)::syscall(SYS_pidfd_send_signal, page.get(), SIGKILL, nullptr, 0);
+  for (const Descendant& each : webKitProcesses()) {
+    if (each.program != kPageProgram) continue;
+    (void)::syscall(SYS_pidfd_send_signal, each.handle.get(), SIGKILL, nullptr, 0);
+  }
+}
+
+// The signal that wakes the thread, which blocks it.
+int wakeSignal() {
+  return SIGRTMIN;
+}
+
+void waitForSignal(std::optional<milliseconds> timeout) {
+  sigset_t wake;
+  (void)::sigemptyset(&wake);
+  (void)::sigaddset(&wake, wakeSignal());
+  const milliseconds time = timeout.value_or(milliseconds::zero());
+  const timespec limit{time.count() / 1000, time.count() % 1000 * 1'000'000};
+  (void)::sigtimedwait(&wake, nullptr, timeout ? &limit : nullptr);
 }
 
 // The handlers of signals expect the main thread.
@@ -69,33 +88,62 @@ MemoryWatch::MemoryWatch(std::function<void()> onExceeded)
 MemoryWatch::~MemoryWatch() {
   g_source_destroy(source_);
   g_source_unref(source_);
-  {
-    const std::lock_guard lock(mutex_);
-    closing_ = true;
-  }
-  wake_.notify_one();
+  closing_ = true;
+  wake();
   thread_.join();
 }
 
+void MemoryWatch::wake() {
+  (void)::pthread_kill(thread_.native_handle(), wakeSignal());
+}
+
 void MemoryWatch::run() {
-  std::unique_lock lock(mutex_);
-  for (;;) {
-    wake_.wait(lock, [this] { return closing_ || iterated_ || !waiting_; });
-    if (closing_) return;
-    iterated_ = false;
-    if (unsharedMemory(figures_.get()) > max_) break;
-    (void)wake_.wait_for(lock, kInterval, [this] { return closing_; });
-  }
+  watchMemory();
+  if (closing_) return;
   exceeded_ = true;
-  lock.unlock();
   killPages();
   g_main_context_wakeup(nullptr);
+}
+
+// Returns when the page needs too much memory, or when the watch is closed.
+void MemoryWatch::watchMemory() {
+  PageMemory page(wakeSignal());
+  std::optional<steady_clock::time_point> search;  // when to look for new processes of WebKit
+  while (!closing_) {
+    const bool busy = takeActivity();
+    const auto now = steady_clock::now();
+    if (busy && !search) search = now + kSearchDelay;  // WebKit starts none while the main loop waits
+    if (search && now >= *search) {
+      page.search();
+      search.reset();
+    }
+    if (unsharedMemory(figures_.get()) > max_ || page.resident() > kMaxPageMemory) return;
+
+    if (busy) {
+      waitForSignal(kInterval);
+    } else if (search) {
+      waitForSignal(std::chrono::ceil<milliseconds>(*search - now));
+    } else {
+      sleep();
+    }
+  }
+}
+
+// Returns whether the main loop has been busy since the last call, or is.
+bool MemoryWatch::takeActivity() {
+  return iterated_.exchange(false) || !waiting_;
+}
+
+// Until the main loop is busy or a process of WebKit has computed.
+void MemoryWatch::sleep() {
+  sleeping_ = true;
+  if (!iterated_ && waiting_ && !closing_) waitForSignal(std::nullopt);
+  sleeping_ = false;
 }
 
 // Before the main loop waits.
 gboolean MemoryWatch::onPrepare(GSource* source, int* timeout) {
   MemoryWatch* const watch = reinterpret_cast<Source*>(source)->watch;
-  const std::lock_guard lock(watch->mutex_);
   *timeout = -1;
   watch->waiting_ = true;
   return watch->exceeded_;
@@ -104,9 +152,9 @@ gboolean MemoryWatch::onPrepare(GSource* source, int* timeout) {
 // After it.
 gboolean MemoryWatch::onCheck(GSource* source) {
   MemoryWatch* const watch = reinterpret_cast<Source*>(source)->watch;
-  const std::lock_guard lock(watch->mutex_);
   watch->waiting_ = false;
-  if (!std::exchange(watch->iterated_, true)) watch->wake_.notify_one();
+  watch->iterated_ = true;
+  if (watch->sleeping_.exchange(false)) watch->wake();
   return watch->exceeded_;
 }
 

@@ -15,6 +15,8 @@
 namespace endtoend {
 namespace {
 
+using testing::Contains;
+using testing::HasSubstr;
 using testing::SizeIs;
 
 class HostilePageTest : public PromptTest {
@@ -118,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
               "const a = document.createElement('a'); a.href = '/file?' + n; a.download = 'x';"
               "document.body.append(a); a.click()"},
         Named{"Permissions", "navigator.geolocation.getCurrentPosition(() => 0); Notification.requestPermission()"},
-        Named{"Memory", "(window.all = window.all ?? []).push(new Uint8Array(2e6).fill(1))"},
+        Named{"Memory", "if (n < 150) (window.all = window.all ?? []).push(new Uint8Array(2e6).fill(1))"},
         Named{"Workers", "if (n < 8) new Worker(URL.createObjectURL(new Blob(['for (;;);'])))"}),
     nameOf);
 
@@ -194,6 +196,30 @@ INSTANTIATE_TEST_SUITE_P(
                           "const a = document.createElement('a'); a.href = 'data:x/y,' + n + long; a.download = 'x';"
                           "document.body.append(a); a.click()"},
                     Named{"Titles", "document.title = n + long"}),
+    nameOf);
+
+class PageMemoryTest : public HostilePageTest, public testing::WithParamInterface<Named> {};
+
+// 3 GB at most, so that a machine survives a window without the limit.
+TEST_P(PageMemoryTest, APageThatNeedsTooMuchIsStopped) {
+  startOn(std::string("<script>const all = []; let n = 0; const step = () => "
+                      "{ if (++n < 1500) all.push(new Uint8Array(2e6).fill(1)) };"
+                      "onkeydown = () => { ") +
+          GetParam().script + " }</script>");
+  screen.press(XK_g);
+  EXPECT_EQ(message(), kLoadFailed);
+  EXPECT_THAT(logLines(), Contains(HasSubstr("needed too much memory")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, PageMemoryTest,
+    testing::Values(Named{"InOneScript", "for (;;) step()"}, Named{"InManySteps", "setInterval(step)"},
+                    Named{"InWorkers",
+                          "for (let i = 0; i < 3; ++i) new Worker(URL.createObjectURL(new Blob(["
+                          "'const all = []; for (let n = 0; n < 500; ++n) all.push(new Uint8Array(2e6).fill(1));"
+                          "for (;;);'])))"},
+                    Named{"InBlobs",
+                          "setInterval(() => { if (++n < 150) all.push(new Blob([new Uint8Array(2e7).fill(n)])) })"}),
     nameOf);
 
 class EndlessNavigationTest : public HostilePageTest, public testing::WithParamInterface<Named> {};

@@ -87,7 +87,7 @@ TEST_F(LockedDownTest, AColorFieldOpensNoChooser) {
 
 TEST_F(LockedDownTest, PlainTextHasNoContextMenu) {
   startOnWithMenus(
-      "<style>body > * { display: block; height: 100px; margin: 0 }</style>"
+      "<style>body > :not(script) { display: block; height: 100px; margin: 0 }</style>"
       "<a href='/help'>help</a>"
       "<img src='data:image/svg+xml,<svg xmlns=\"http://www.w3.org/2000/svg\"/>' width=200>"
       "<video src='/video' controls></video><p>words</p><main></main>");

@@ -136,8 +136,14 @@ TEST_F(LineFormatTest, TimeFollowsTheLocale) {
 
 TEST_F(LineFormatTest, ThreadIdIsTheCallingThreads) {
   if (thread.empty()) GTEST_SKIP() << "no thread ids on this system version";
-  EXPECT_EQ(thread, std::to_string(::syscall(SYS_gettid)));
-  std::thread([&] { EXPECT_EQ(target.getCurrentThreadID(), std::to_string(::syscall(SYS_gettid))); }).join();
+  const auto isOwnId = [this] {
+    const std::string own = std::to_string(::syscall(SYS_gettid));
+    return target.getCurrentThreadID() == own &&
+           lineOf(tarn::INFO, "text").find(" | " + own + " | text") != std::string::npos;
+  };
+  EXPECT_TRUE(isOwnId());
+  std::thread([&] { EXPECT_TRUE(isOwnId()); }).join();
+  EXPECT_EQ(support::inChild([&] { return isOwnId() ? 0 : 1; }), 0);
 }
 
 TEST_F(LineFormatTest, ThreadIdIsEmptyBeforeVersion10Point6) {

@@ -54,6 +54,7 @@ class OtherPrefixTest : public StagedInstallTest {
 
 TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
   std::vector<std::string> files = {"/usr/bin/svo-signin",
+                                    "/usr/bin/svo-signin-ask",
                                     "/usr/share/applications/svo-signin.desktop",
                                     "/usr/share/doc/svo-signin/changelog.gz",
                                     "/usr/share/doc/svo-signin/copyright",
@@ -66,6 +67,7 @@ TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
                                     "/usr/share/icons/hicolor/48x48/apps/svo-signin.png",
                                     "/usr/share/icons/hicolor/64x64/apps/svo-signin.png",
                                     "/usr/share/icons/hicolor/scalable/apps/svo-signin.svg",
+                                    "/usr/share/man/man1/svo-signin-ask.1.gz",
                                     "/usr/share/man/man1/svo-signin.1.gz"};
   for (const std::string& language : languages())
     files.push_back("/usr/share/locale/" + language + "/LC_MESSAGES/svo-signin.mo");
@@ -74,13 +76,13 @@ TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
 
 TEST_F(OtherPrefixTest, InstallsEveryFileThere) {
   const std::vector<std::string> files = stagedFiles();
-  EXPECT_EQ(files.size(), 14u + languages().size());
+  EXPECT_EQ(files.size(), 16u + languages().size());
   EXPECT_THAT(files, testing::Each(StartsWith("/opt/sign in/")));
 }
 
-TEST_F(StagedInstallTest, OnlyTheProgramIsExecutable) {
+TEST_F(StagedInstallTest, OnlyTheProgramsAreExecutable) {
   for (const std::string& file : stagedFiles())
-    EXPECT_EQ(support::modeOf(staged(file)), file == "/usr/bin/svo-signin" ? 0755u : 0644u) << file;
+    EXPECT_EQ(support::modeOf(staged(file)), file.rfind("/usr/bin/", 0) == 0 ? 0755u : 0644u) << file;
 }
 
 TEST_F(StagedInstallTest, ContainsAnIconOfEverySize) {
@@ -97,6 +99,14 @@ TEST_F(StagedInstallTest, DesktopFileIsValid) {
   EXPECT_EQ(check.output, "");
 }
 
+TEST_F(StagedInstallTest, ManualsHaveNoWarnings) {
+  for (const std::string& manual : support::namesIn(staged("/usr/share/man/man1"))) {
+    const Outcome check = run("mandoc -Tlint -Wwarning '" + staged("/usr/share/man/man1/" + manual) + "'");
+    EXPECT_EQ(check.status, 0);
+    EXPECT_EQ(check.output, "");
+  }
+}
+
 TEST_F(StagedInstallTest, DesktopFileHasEveryLanguage) {
   const std::string file = contentsOf(staged("/usr/share/applications/svo-signin.desktop"));
   for (const std::string& language : languages()) {
@@ -105,18 +115,16 @@ TEST_F(StagedInstallTest, DesktopFileHasEveryLanguage) {
   }
 }
 
-TEST_F(StagedInstallTest, ManualHasNoWarnings) {
-  const Outcome check = run("mandoc -Tlint -Wwarning '" + staged("/usr/share/man/man1/svo-signin.1.gz") + "'");
-  EXPECT_EQ(check.status, 0);
-  EXPECT_EQ(check.output, "");
-}
-
-TEST_F(StagedInstallTest, ManualNamesEveryOption) {
+TEST_F(StagedInstallTest, ManualsNameEveryOption) {
   const std::string manual = decompressed(staged("/usr/share/man/man1/svo-signin.1.gz"));
+  const std::string manualOfAsk = decompressed(staged("/usr/share/man/man1/svo-signin-ask.1.gz"));
   for (const char* const option :
        {CommandLine::zel_url_param, CommandLine::redirect_url_param, CommandLine::redirect_type3_url_param,
         CommandLine::pipe_name_param, CommandLine::app_name_param, CommandLine::type3_window_title_param}) {
-    EXPECT_THAT(manual, HasSubstr(std::string("\n.It Fl ") + (option + 1) + " Ns = Ns Ar "));
+    const std::string item = std::string("\n.It Fl ") + (option + 1) + " Ns = Ns Ar ";
+    EXPECT_THAT(manual, HasSubstr(item));
+    if (option == CommandLine::pipe_name_param) continue;
+    EXPECT_THAT(manualOfAsk, HasSubstr(item));
   }
 }
 

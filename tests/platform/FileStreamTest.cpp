@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <string>
@@ -10,6 +11,7 @@
 #include "platform/UniqueFd.h"
 #include "tests/support/Child.h"
 #include "tests/support/Files.h"
+#include "tests/support/Mounts.h"
 
 namespace {
 
@@ -58,6 +60,23 @@ TEST_F(FileStream, ItsDescriptorIsNotInherited) {
   const int duplicate = nextDescriptor();
   ASSERT_TRUE(platform::openForAppending(stream, file.get()));
   EXPECT_EQ(::fcntl(duplicate, F_GETFD), FD_CLOEXEC);
+}
+
+TEST_F(FileStream, HasAPositionOfItsOwn) {
+  ASSERT_TRUE(platform::openForAppending(stream, file.get()));
+  stream << "second\n" << std::flush;
+  EXPECT_EQ(::lseek(file.get(), 0, SEEK_CUR), 0);
+}
+
+TEST_F(FileStream, OpensWithoutProc) {
+  const int result = support::withOwnMounts([this] {
+    if (!support::mountMemory("/proc", 4096)) return support::kImpossible;
+    if (!platform::openForAppending(stream, file.get())) return 1;
+    stream << "second\n" << std::flush;
+    return support::contentsOf(path) == "first\nsecond\n" ? 0 : 2;
+  });
+  if (result == support::kImpossible) GTEST_SKIP() << "cannot mount";
+  EXPECT_EQ(result, 0);
 }
 
 TEST_F(FileStream, StaysClosedWithoutAFreeDescriptor) {

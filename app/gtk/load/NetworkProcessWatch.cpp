@@ -2,6 +2,7 @@
 
 #include <glib-unix.h>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -21,12 +22,14 @@ void NetworkProcessWatch::start() {
 }
 
 void NetworkProcessWatch::watch() {
-  std::vector<platform::UniqueFd> found = descendantsRunning("WebKitNetworkProcess");
-  if (found.empty()) {
+  std::vector<Descendant> all = webKitProcesses();
+  const auto found =
+      std::find_if(all.begin(), all.end(), [](const Descendant& each) { return each.program == kNetworkProgram; });
+  if (found == all.end()) {
     if (++tries_ < kMaxTries) source_ = g_timeout_add(kRetryMilliseconds, onRetry, this);
     return;
   }
-  process_ = std::move(found.front());
+  process_ = std::move(found->handle);
   setWriterOfPrivateFolder(process_.get());
   source_ = g_unix_fd_add(process_.get(), G_IO_IN, onReadable, this);
 }

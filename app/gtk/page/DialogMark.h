@@ -3,9 +3,9 @@
 // - A script in the page and in every frame of its origin puts a secret text in front of the message of each dialog.
 // - The script does not do that in a frame of another origin, and such a frame has no access to the secret. Its dialogs
 //   carry no mark, nor do those of a document in which the script has not run.
-// - A page can read the secret: it may replace `alert` in a frame before the script runs there. So each page has
-// another
-//   one, and a page that was shown before cannot give it to a frame.
+// - A page can read the secret: it may replace `alert` in a frame before the script runs there. So each page has its
+//   own secret, and a page that was shown before cannot give it to a frame.
+//
 // Main thread.
 
 #pragma once

@@ -7,7 +7,6 @@ namespace {
 // Heights are rounded to whole pixels: one pixel of an area of 550 does not count.
 constexpr double kMaxHeight = 1.002;
 
-constexpr int kPrecision = 2;
 constexpr int kMaxGuesses = 3;
 
 }  // namespace
@@ -31,8 +30,8 @@ std::optional<int> FitSearch::chooseNext() const {
   // A page whose height follows the height of its area misses every guess.
   if (!fits()) return misses_ > kMaxGuesses ? kMin : std::clamp(guess_, kMin, tooLarge_ - 1);
 
-  if (tooLarge_ > kMax) return mayGrow_ ? std::optional(kMax) : std::nullopt;
-  if (tooLarge_ - fitting_ <= kPrecision) return std::nullopt;
+  if (!mayGrow_ || tooLarge_ - fitting_ <= 1) return std::nullopt;
+  if (tooLarge_ > kMax) return kMax;
   if (fitting_ > guess_ || misses_ > kMaxGuesses) return (fitting_ + tooLarge_) / 2;
-  return std::max(guess_, fitting_ + kPrecision);
+  return std::max(guess_, fitting_ + 1);
 }

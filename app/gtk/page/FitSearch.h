@@ -1,8 +1,8 @@
-// Finds the zoom at which a page fits into its area: the largest one between 100 % and 50 %, to within 2 %.
+// Finds the zoom at which a page fits into its area: the largest one between 100 % and 50 %, in whole percent.
 //
-//   FitSearch search(100, false);
+//   FitSearch search(100, true);
 //   search.measured(1.6)   => 62        (at 100 % the page is 1.6 times as tall as its area: measure it at 62 %)
-//   search.measured(1)     => 64        (it fits; a page whose text wraps may fit at a larger zoom)
+//   search.measured(1)     => 63        (it fits; a page whose text wraps may fit at a larger zoom)
 //   search.measured(1.03)  => nothing   (the search is over)
 //   search.zoom()          => 62
 //
@@ -20,8 +20,8 @@ class FitSearch {
   static constexpr int kMin = 50;
   static constexpr int kMax = 100;
 
-  // `shown`: the page's present zoom in percent, at which it is measured first. A page that fits there is tried at a
-  // larger zoom if it `mayGrow`.
+  // `shown`: the page's present zoom in percent, at which it is measured first. Unless it `mayGrow`, a page gets the
+  // first zoom at which it fits.
   FitSearch(int shown, bool mayGrow) : next_(shown), mayGrow_(mayGrow) {}
 
   // Takes the page's height at the zoom measured last, as a multiple of the height of its area. Returns the zoom to

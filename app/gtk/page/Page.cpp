@@ -189,7 +189,7 @@ void Page::showProgress() {
 
 void Page::stopPage() {
   if (std::exchange(stopped_, true)) return;
-  Logger::getInstance()->logWarn("SVO", "The page was stopped: it needed too much memory of the window");
+  Logger::getInstance()->logWarn("SVO", "The page was stopped: it needed too much memory");
   webkit_web_view_terminate_web_process(view_);
 }
 

@@ -9,10 +9,11 @@
 //   Further requests are dropped.
 // - The list of a select field opens once for each click, Return, Space, Up or Down, inside the page's area.
 // - A page cannot navigate to a web address of more than 256 KiB, four times what the launcher's pipe holds.
-// - A page that uses more than two such addresses, or makes this process need too much memory, is stopped. That is a
-//   failed load.
+// - A page that uses more than two such addresses, or needs too much memory, is stopped. That is a failed load.
 // - A page that is taller than its area is shown smaller. At a zoom that the user chose, its main frame can be
-// scrolled. Main thread only; needs an open display.
+// scrolled.
+//
+// Main thread only; needs an open display.
 
 #pragma once
 

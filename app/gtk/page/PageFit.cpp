@@ -13,18 +13,19 @@ constexpr double kMaxZoom = 3.0;
 constexpr char kHandler[] = "changed";
 constexpr char kSignal[] = "script-message-received::changed";
 
-// Defines heightAt(zoom), which returns the height of the main frame as a multiple of the height of its area, and
-// fitsAt(zoom) for the end of a search. `zoom` is the present one. Reports changes of the page and of its area, but not
-// those of the zoom. A height that was reported counts once at this zoom, also if the page is lower again: otherwise a
-// page that changes all the time would not settle.
+// Defines heightAt(present, shown), which returns the height of the main frame as a multiple of the height of its area
+// at the present zoom, and settle(zoom, fits) for the end of a search. Reports changes of the page and of its area, but
+// not those of the zoom. An area that changes during a search is reported, too: some of the heights were those in the
+// area before. The largest height of all frames since the last report counts, and once at this zoom also if the page is
+// lower again: otherwise a page that changes all the time would not settle.
 //
 // A body of the area's height with margins, or with a header above it, is taller than its area at every zoom. So where
 // an element is as tall as the area, its contents count instead of its own height.
 constexpr char kScript[] = R"((() => {
   'use strict';
   const rate = 100, quiet = 400;  // milliseconds
-  let zoom = 1, known = 1, seen = 1, width = innerWidth, height = innerHeight;
-  let changed = false, check = 0, report = 0;
+  let zoom = 1, known = 1, seen = 1, tallest = 1, width = innerWidth, height = innerHeight;
+  let changed = false, resized = false, check = 0, report = 0;
 
   const textBottom = (text) => {
     const range = document.createRange();
@@ -55,19 +56,22 @@ constexpr char kScript[] = R"((() => {
   };
 
   const differs = (one, other) => Math.abs(one - other) > 3;
-  const isResized = () => differs(innerWidth * zoom, width) || differs(innerHeight * zoom, height);
-  const remember = (page) => {
-    known = page;
-    width = innerWidth * zoom;
-    height = innerHeight * zoom;
-    return page;
+  const noteArea = () => {
+    const area = [innerWidth * zoom, innerHeight * zoom];
+    if (!differs(area[0], width) && !differs(area[1], height)) return;
+    [width, height] = area;
+    resized = true;
+    schedule();
   };
   const send = () => webkit.messageHandlers.changed.postMessage(0);
   const look = () => {
     check = 0;
-    const page = measure();
-    if ((page > 1.002 && Math.abs(page - known) > 0.001) || isResized()) {
-      seen = remember(page);
+    const page = Math.max(measure(), tallest);
+    tallest = 1;
+    noteArea();
+    if ((page > 1.002 && Math.abs(page - known) > 0.001) || resized) {
+      seen = known = page;
+      resized = false;
       send();
     } else if (changed && zoom < 1) {
       clearTimeout(report);
@@ -77,16 +81,21 @@ constexpr char kScript[] = R"((() => {
   };
   const schedule = () => { check ||= setTimeout(look, rate); };
   const noteChange = () => { changed = true; schedule(); };
+  const noteSize = () => { tallest = Math.max(measure(), tallest); schedule(); };
 
-  window.heightAt = (level) => {
-    const page = Math.max(measure(), level === zoom ? seen : 1);
-    zoom = level;
-    seen = 1;
-    return remember(page);
+  window.heightAt = (present, shown) => {
+    known = Math.max(measure(), present === shown ? seen : 1);
+    seen = tallest = 1;
+    zoom = present;
+    noteArea();
+    zoom = shown;
+    return known;
   };
-  window.fitsAt = (level) => {
+  window.settle = (level, fits) => {
     zoom = level;
-    remember(1);
+    tallest = 1;
+    if (fits) known = 1;
+    noteArea();
   };
   for (const type of ['load', 'change', 'toggle', 'transitionend', 'animationend'])
     addEventListener(type, noteChange, true);
@@ -94,7 +103,7 @@ constexpr char kScript[] = R"((() => {
     addEventListener(type, schedule, true);
   new MutationObserver(noteChange).observe(
       document, { subtree: true, childList: true, attributes: true, characterData: true });
-  const sizes = new ResizeObserver(schedule);
+  const sizes = new ResizeObserver(noteSize);
   for (const each of [document.documentElement, document.body, ...document.body?.children ?? []])
     if (each) sizes.observe(each);
   look();
@@ -111,6 +120,10 @@ constexpr char kScrollToTop[] =
 constexpr char kShowFocus[] =
     "if (document.activeElement !== document.body)"
     " document.activeElement?.scrollIntoViewIfNeeded()";
+
+std::string fraction(int percent) {
+  return std::to_string(percent) + " / 100";
+}
 
 }  // namespace
 
@@ -181,7 +194,7 @@ void PageFit::fit() {
     searchAgain_ = true;
     return;
   }
-  search_.emplace(fitting_, fitting_ < FitSearch::kMax && growths_.take());
+  search_.emplace(fitting_, growths_.take());
   measureAt(fitting_);
 }
 
@@ -189,7 +202,7 @@ void PageFit::fit() {
 void PageFit::measureAt(int percent) {
   if (percent != fitting_) run(kAwaitRequests);
   webkit_web_view_set_zoom_level(view_, percent / 100.0);
-  run("heightAt(" + std::to_string(percent) + " / 100)", onMeasured);
+  run("heightAt(" + fraction(percent) + ", " + fraction(fitting_) + ")", onMeasured);
   webkit_web_view_set_zoom_level(view_, fitting_ / 100.0);
 }
 
@@ -197,7 +210,7 @@ void PageFit::measured(double height) {
   if (const std::optional<int> next = search_->measured(height)) return measureAt(*next);
   fitting_ = search_->zoom();
   webkit_web_view_set_zoom_level(view_, fitting_ / 100.0);
-  if (search_->fits()) run("fitsAt(" + std::to_string(fitting_) + " / 100)");
+  run("settle(" + fraction(fitting_) + (search_->fits() ? ", true)" : ", false)"));
   setPartHidden(!search_->fits());
   search_.reset();
   if (std::exchange(searchAgain_, false)) fit();

@@ -6,11 +6,12 @@
 //   has another size. A script in a world of its own observes that and returns the height; pages cannot reach it.
 // - The page reports at most ten times per second, and not at all while nothing changes or while it fits at 100 %.
 // - Zooms are tried between two frames, so that only the last one is painted.
-// - A page becomes smaller at once, but larger only after 0.4 seconds without a change, and three times at most until
-// the
-//   user clicks, presses Return or Space, or resizes the window. So every page settles, also one that changes forever.
+// - A page becomes smaller at once, but larger only after 0.4 seconds without a change. After six measurements larger
+//   zooms are not tried until the user clicks, presses Return or Space, or resizes the window. So every page settles,
+//   also one that changes forever.
 // - At the fitting zoom the main frame cannot be scrolled, at the user's it can. The user's zoom ends with the page,
 //   unless it is above 100 %: then the following pages have it too.
+//
 // Main thread.
 
 #pragma once
@@ -72,7 +73,7 @@ class PageFit {
   Owned<GCancellable> measurements_;  // of the present search
   std::optional<FitSearch> search_;
   bool searchAgain_ = false;
-  RequestLimit growths_{3};
+  RequestLimit growths_{6};
   int fitting_ = FitSearch::kMax;   // in percent
   std::optional<double> userZoom_;  // instead of it
   bool partHidden_ = false;

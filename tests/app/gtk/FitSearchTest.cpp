@@ -58,7 +58,7 @@ TEST(FitSearchTest, AShortPageIsMeasuredOnce) {
 
 TEST(FitSearchTest, ATallPageGetsTheZoomAtWhichItFits) {
   for (const int height : {560, 600, 733, 900, 1099}) {
-    const Search done = searchFor(ofHeight(height));
+    const Search done = searchFor(ofHeight(height), 100, true);
     EXPECT_EQ(done.zoom, static_cast<int>(100 * kArea / height)) << height;
     EXPECT_THAT(done.measuredAt, SizeIs(Le(3u))) << height;
     EXPECT_TRUE(done.fits);
@@ -66,8 +66,8 @@ TEST(FitSearchTest, ATallPageGetsTheZoomAtWhichItFits) {
 }
 
 TEST(FitSearchTest, TextThatWrapsStaysAsLargeAsPossible) {
-  const Search done = searchFor(ofText(1100));  // it fits at 70.7 %
-  EXPECT_THAT(done.zoom, AllOf(Ge(69), Le(70)));
+  const Search done = searchFor(ofText(1100), 100, true);  // it fits at 70.7 %
+  EXPECT_EQ(done.zoom, 70);
   EXPECT_TRUE(done.fits);
 }
 
@@ -105,10 +105,21 @@ TEST(FitSearchTest, AShrunkPageKeepsItsZoomUnlessItMayGrow) {
   EXPECT_EQ(searchFor(ofHeight(700), 61, true).zoom, 78);
 }
 
+TEST(FitSearchTest, APageThatMayNotGrowGetsTheFirstZoomAtWhichItFits) {
+  EXPECT_THAT(searchFor(ofText(1100), 100, false).measuredAt, ElementsAre(100, 50));
+}
+
 TEST(FitSearchTest, AnUnchangedPageKeepsItsZoom) {
   for (const int height : {560, 733, 900, 1099}) {
     const int zoom = searchFor(ofHeight(height)).zoom;
     EXPECT_EQ(searchFor(ofHeight(height), zoom, true).zoom, zoom) << height;
+  }
+}
+
+TEST(FitSearchTest, TheResultDoesNotDependOnTheZoomBefore) {
+  for (int shown = 50; shown <= 100; ++shown) {
+    EXPECT_EQ(searchFor(ofHeight(687.5), shown, true).zoom, 80) << shown;
+    EXPECT_EQ(searchFor(ofText(1100), shown, true).zoom, 70) << shown;
   }
 }
 

@@ -140,6 +140,13 @@ void waitUntilExit(NSTask* self, SEL) {
   }
 }
 
+// GNUstep's handler of SIGCHLD lets the next run loop wait for every child of the process. GNUstep 1.31 starts a
+// program while it is initialized, so that the handler has run already: a run loop without children forgets it.
+void removeChildHandler() {
+  ::signal(SIGCHLD, SIG_DFL);
+  [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate date]];
+}
+
 }  // namespace
 
 @interface TaskReplacement : NSObject
@@ -153,7 +160,7 @@ void waitUntilExit(NSTask* self, SEL) {
   NSTask* const task = [[NSTask alloc] init];
   const Class concrete = [task class];
   [task release];
-  ::signal(SIGCHLD, SIG_DFL);  // GNUstep's handler waits for every child of the process
+  removeChildHandler();
 
   doubles::replaceMethod(concrete, @selector(init), initTask, "@@:");
   originalDealloc = doubles::replaceMethod(concrete, @selector(dealloc), deallocTask, "v@:");

@@ -21,7 +21,8 @@ bool isSet(const char* variable) {
 
 }  // namespace
 
-DemoRunner::DemoRunner(std::string build, std::string window) : build_(std::move(build)), window_(std::move(window)) {
+DemoRunner::DemoRunner(std::string build, std::string launcher)
+    : build_(std::move(build)), launcher_(std::move(launcher)) {
   if (!std::filesystem::is_directory(build_)) throw std::runtime_error("there is no folder " + build_);
   if (isSet("DISPLAY") || isSet("WAYLAND_DISPLAY")) return;
   display_ = std::make_unique<VirtualDisplay>();
@@ -51,7 +52,13 @@ bool DemoRunner::run(const Scenario& scenario) {
 
 ChildProcess::Setup DemoRunner::launch(const SignInSite& site, const std::string& signInAddress) const {
   ChildProcess::Setup setup;
-  setup.command = {build_ + "/bin/launcher", window_, signInAddress, site.redirectAddress(), site.enterpriseAddress()};
+  setup.command = {launcher_,
+                   "--zelURL=" + signInAddress,
+                   "--redirectURL=" + site.redirectAddress(),
+                   "--redirectType3URL=" + site.enterpriseAddress(),
+                   "--productName=Example Product",
+                   "--type3WindowTitle=Example Product for Enterprises",
+                   "--json"};
   if (isAutomated()) setup.environment = {{"DISPLAY", display_->name()}};
   return setup;
 }

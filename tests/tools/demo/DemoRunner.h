@@ -13,9 +13,9 @@ namespace tools {
 
 class DemoRunner {
  public:
-  // `build` is the build folder, `window` the sign-in window's program. Without a display it creates a virtual one and
+  // `build` is the build folder, `launcher` the program svo-signin-ask. Without a display it creates a virtual one and
   // uses automated input, whose screenshots are in "demo" in the build folder.
-  DemoRunner(std::string build, std::string window);
+  DemoRunner(std::string build, std::string launcher);
 
   bool isAutomated() const { return display_ != nullptr; }
 
@@ -27,7 +27,7 @@ class DemoRunner {
   ChildProcess::Setup launch(const SignInSite& site, const std::string& signInAddress) const;
 
   std::string build_;
-  std::string window_;
+  std::string launcher_;
   std::unique_ptr<VirtualDisplay> display_;
 };
 

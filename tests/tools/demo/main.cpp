@@ -4,11 +4,13 @@
 //
 // - With a display the user signs in. Without one, automated input signs in on a virtual display and saves screenshots
 //   in BUILD_FOLDER/demo.
-// - The sign-in window is the program in BUILD_FOLDER, or the one named by the variable SVO_SIGNIN.
+// - The sign-in window is the program in BUILD_FOLDER, or the one named by the variable SVO_SIGNIN, whose folder
+//   also contains svo-signin-ask.
 // - Exits with 0 if the launcher got the expected result.
 
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -17,13 +19,15 @@
 
 namespace {
 
-std::string windowProgram(const std::string& build) {
+// The launcher beside the window, which starts that window.
+std::string launcherProgram(const std::string& build) {
   const char* const named = std::getenv("SVO_SIGNIN");
-  return named != nullptr && *named != '\0' ? named : build + "/bin/svo-signin";
+  const bool isNamed = named != nullptr && *named != '\0';
+  return std::filesystem::path(isNamed ? named : build + "/bin/svo-signin").replace_filename("svo-signin-ask");
 }
 
 int run(const std::string& build, const std::string& name) {
-  tools::DemoRunner runner(build, windowProgram(build));
+  tools::DemoRunner runner(build, launcherProgram(build));
   const std::vector<tools::Scenario> scenarios = tools::scenariosFor(name, runner.isAutomated());
   if (scenarios.empty()) {
     std::cerr << "demo: unknown scenario \"" << name << "\"; use sign-in, enterprise, fail or close\n";
