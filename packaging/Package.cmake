@@ -16,12 +16,13 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 
 # The linked libraries are found by dpkg-shlibdeps. At run time the program also starts the two programs of the sandbox and
-# loads the TLS module and the trusted certificates. Icon themes with SVG images need librsvg.
+# loads the TLS module and the trusted certificates. Icon themes with SVG images need librsvg. OpenSC is the module of most
+# smart cards.
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_NAME svo-signin)
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_DEPENDS "bubblewrap, ca-certificates, glib-networking, xdg-dbus-proxy")
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_RECOMMENDS librsvg2-common)
-set(CPACK_DEBIAN_SIGNIN_PACKAGE_SUGGESTS www-browser)
+set(CPACK_DEBIAN_SIGNIN_PACKAGE_SUGGESTS "opensc-pkcs11, www-browser")
 set(CPACK_DEBIAN_SIGNIN_DESCRIPTION [[
 sign-in window for installers and launchers
 A small window in which a user signs in to a web service on behalf of an

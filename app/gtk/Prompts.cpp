@@ -1,5 +1,7 @@
 #include "app/gtk/Prompts.h"
 
+#include <cstring>  // explicit_bzero
+
 #include <algorithm>
 #include <utility>
 
@@ -17,6 +19,8 @@ constexpr int kMaxWidthInCharacters = 48;
 constexpr int kMaxLines = 12;
 constexpr glong kMaxCharacters = 600;
 constexpr guint kInputDelayMilliseconds = 700;
+
+constexpr char kChoice[] = "svo-choice";
 
 constexpr char kStyle[] = R"(
 .prompt { padding: 18px; border: 1px solid @borders; border-radius: 0 0 8px 8px;
@@ -53,6 +57,16 @@ GtkWidget* newText(const std::string& text, const char* styleClass) {
   gtk_label_set_xalign(GTK_LABEL(label), 0);
   setStyleClass(label, styleClass);
   return label;
+}
+
+// Shrinks below the height of `child` if the window is too small for it.
+GtkWidget* newScroller(GtkWidget* child, GtkPolicyType scrollbar) {
+  GtkWidget* const scroller = gtk_scrolled_window_new(nullptr, nullptr);
+  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, scrollbar);
+  gtk_scrolled_window_set_propagate_natural_height(GTK_SCROLLED_WINDOW(scroller), TRUE);
+  gtk_scrolled_window_set_propagate_natural_width(GTK_SCROLLED_WINDOW(scroller), TRUE);
+  gtk_container_add(GTK_CONTAINER(scroller), child);
+  return scroller;
 }
 
 GtkEntry* newEntry(const Prompt::Field& field) {
@@ -116,7 +130,8 @@ void Prompts::build(const Prompt& prompt) {
   addText(prompt.warning, "warning");
   for (const Prompt::Field& field : prompt.fields)
     addField(field, field.label.empty() ? message : addText(field.label, "label"));
-  addButtons(prompt.canBeDeclined);
+  if (!prompt.choices.empty()) addChoices(prompt.choices);
+  addButtons(prompt);
 
   gtk_widget_set_sensitive(page_, FALSE);
   gtk_overlay_add_overlay(overlay_, frame_);
@@ -141,6 +156,7 @@ void Prompts::takeInput() {
   takesInput_ = true;
   for (GtkEntry* const entry : entries_)
     gtk_widget_set_sensitive(GTK_WIDGET(entry), TRUE);
+  if (choices_ != nullptr) gtk_widget_set_sensitive(choices_, TRUE);
   gtk_widget_set_sensitive(buttons_, TRUE);
   gtk_widget_set_can_focus(frame_, FALSE);
   gtk_widget_grab_default(accept_);
@@ -158,14 +174,10 @@ GtkWidget* Prompts::addText(const std::string& text, const char* styleClass) {
   return label;
 }
 
-// The message scrolls if the window is too small for it: the heading and the buttons must be visible.
+// The message scrolls: the heading and the buttons must be visible.
 GtkWidget* Prompts::addMessage(const std::string& message) {
   GtkWidget* const label = newText(message, "message");
-  GtkWidget* const scroller = gtk_scrolled_window_new(nullptr, nullptr);
-  gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER, GTK_POLICY_EXTERNAL);
-  gtk_scrolled_window_set_propagate_natural_height(GTK_SCROLLED_WINDOW(scroller), TRUE);
-  gtk_scrolled_window_set_propagate_natural_width(GTK_SCROLLED_WINDOW(scroller), TRUE);
-  gtk_container_add(GTK_CONTAINER(scroller), label);
+  GtkWidget* const scroller = newScroller(label, GTK_POLICY_EXTERNAL);
   gtk_widget_set_no_show_all(scroller, message.empty());
   add(scroller);
   return label;
@@ -180,21 +192,42 @@ void Prompts::addField(const Prompt::Field& field, GtkWidget* label) {
   entries_.push_back(entry);
 }
 
-void Prompts::addButtons(bool canBeDeclined) {
+// One below the other.
+void Prompts::addChoices(const std::vector<std::string>& choices) {
+  choices_ = gtk_box_new(GTK_ORIENTATION_VERTICAL, 8);
+  gtk_widget_set_sensitive(choices_, FALSE);
+  add(newScroller(choices_, GTK_POLICY_AUTOMATIC));
+  for (std::size_t i = 0; i < choices.size(); ++i) {
+    GtkWidget* const button = newButton(true, i);
+    gtk_container_add(GTK_CONTAINER(button), newText(choices[i], "choice"));
+    gtk_container_add(GTK_CONTAINER(choices_), button);
+    if (i == 0) accept_ = button;
+  }
+}
+
+void Prompts::addButtons(const Prompt& prompt) {
   buttons_ = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
   gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons_), GTK_BUTTONBOX_END);
   gtk_box_set_spacing(GTK_BOX(buttons_), 8);
   gtk_widget_set_sensitive(buttons_, FALSE);
   add(buttons_);
-  if (canBeDeclined) {
-    GtkWidget* const decline = gtk_button_new_with_label(_("Cancel"));
-    g_signal_connect_swapped(decline, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(false); }), this);
-    gtk_container_add(GTK_CONTAINER(buttons_), decline);
-  }
-  accept_ = gtk_button_new_with_label(_("OK"));
-  gtk_widget_set_can_default(accept_, TRUE);
-  g_signal_connect_swapped(accept_, "clicked", G_CALLBACK(+[](Prompts* self) { self->reply(true); }), this);
-  gtk_container_add(GTK_CONTAINER(buttons_), accept_);
+  if (prompt.canBeDeclined) addButton(_("Cancel"), false);
+  if (prompt.canBeAccepted && prompt.choices.empty()) addButton(_("OK"), true);
+}
+
+void Prompts::addButton(const char* label, bool accepts) {
+  GtkWidget* const button = newButton(accepts, 0);
+  gtk_button_set_label(GTK_BUTTON(button), label);
+  gtk_container_add(GTK_CONTAINER(buttons_), button);
+  if (accepts || accept_ == nullptr) accept_ = button;
+}
+
+GtkWidget* Prompts::newButton(bool accepts, std::size_t choice) {
+  GtkWidget* const button = gtk_button_new();
+  gtk_widget_set_can_default(button, TRUE);
+  g_object_set_data(G_OBJECT(button), kChoice, GSIZE_TO_POINTER(choice));
+  g_signal_connect(button, "clicked", accepts ? G_CALLBACK(onAccept) : G_CALLBACK(onDecline), this);
+  return button;
 }
 
 // Shows the next prompt before the reply is sent: the receiver may request another one.
@@ -210,6 +243,7 @@ void Prompts::removeFrame() {
   cancelDelay();
   takesInput_ = false;
   entries_.clear();
+  choices_ = accept_ = nullptr;
   if (frame_ == nullptr) return;
   gtk_widget_destroy(std::exchange(frame_, nullptr));
   gtk_widget_queue_draw(GTK_WIDGET(overlay_));
@@ -220,9 +254,10 @@ void Prompts::enablePage() {
   gtk_widget_grab_focus(page_);
 }
 
-void Prompts::reply(bool accepted) {
+void Prompts::reply(bool accepted, std::size_t choice) {
   PromptReply result;
   result.accepted = accepted;
+  result.choice = choice;
   if (accepted) {
     for (GtkEntry* const entry : entries_)
       result.values.emplace_back(gtk_entry_get_text(entry));
@@ -230,6 +265,8 @@ void Prompts::reply(bool accepted) {
   const std::function<void(const PromptReply&)> onReply = std::move(queue_.front().onReply);
   removeFirst();
   onReply(result);
+  for (std::string& value : result.values)
+    explicit_bzero(value.data(), value.size());
 }
 
 // Centered below the strip, whose height depends on the user's font, and inside the window.
@@ -257,13 +294,21 @@ gboolean Prompts::onDraw(GtkWidget*, cairo_t*, Prompts* self) {
   return FALSE;
 }
 
+void Prompts::onAccept(GtkWidget* button, Prompts* self) {
+  self->reply(true, GPOINTER_TO_SIZE(g_object_get_data(G_OBJECT(button), kChoice)));
+}
+
+void Prompts::onDecline(GtkWidget*, Prompts* self) {
+  self->reply(false, 0);
+}
+
 gboolean Prompts::onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self) {
   if (!self->takesInput_) {
     if (self->delay_ != 0) self->delayInput();
     return TRUE;
   }
   if (event->keyval != GDK_KEY_Escape) return FALSE;
-  self->reply(false);
+  self->reply(false, 0);
   return TRUE;
 }
 

@@ -5,7 +5,7 @@
 // - The page gets no input while a prompt is shown.
 // - A prompt takes input only after it has been shown for 700 ms without a key press. Earlier keys and clicks are
 //   dropped: they were meant for the page, which decides when a prompt appears.
-// - Return accepts. Escape declines.
+// - Return accepts, or takes the choice that has the focus. Escape declines.
 // - Further prompts wait in a queue.
 // Main thread.
 
@@ -13,6 +13,7 @@
 
 #include <gtk/gtk.h>
 
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <string>
@@ -29,12 +30,15 @@ struct Prompt {
   std::string message;  // the sender's text; shortened to fit into the window
   std::string warning;
   std::vector<Field> fields;
+  std::vector<std::string> choices;  // one button each, instead of OK
+  bool canBeAccepted = true;
   bool canBeDeclined = true;
 };
 
 struct PromptReply {
   bool accepted = false;
   std::vector<std::string> values;  // of the fields; empty if declined
+  std::size_t choice = 0;           // the index of the chosen one
 };
 
 class Prompts {
@@ -72,7 +76,10 @@ class Prompts {
   GtkWidget* addText(const std::string& text, const char* styleClass);
   GtkWidget* addMessage(const std::string& message);
   void addField(const Prompt::Field& field, GtkWidget* label);
-  void addButtons(bool canBeDeclined);
+  void addChoices(const std::vector<std::string>& choices);
+  void addButtons(const Prompt& prompt);
+  void addButton(const char* label, bool accepts);
+  GtkWidget* newButton(bool accepts, std::size_t choice);
   void delayInput();
   void cancelDelay();
   void takeInput();
@@ -80,10 +87,12 @@ class Prompts {
   void removeFirst();
   void removeFrame();
   void enablePage();
-  void reply(bool accepted);
+  void reply(bool accepted, std::size_t choice);
 
   static gboolean onPosition(GtkOverlay* overlay, GtkWidget* child, GdkRectangle* position, Prompts* self);
   static gboolean onDraw(GtkWidget* frame, cairo_t*, Prompts* self);
+  static void onAccept(GtkWidget* button, Prompts* self);
+  static void onDecline(GtkWidget* button, Prompts* self);
   static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self);
   static gboolean onDelayOver(gpointer self);
 
@@ -91,8 +100,9 @@ class Prompts {
   GtkWidget* page_;
   GtkWidget* frame_ = nullptr;      // of the prompt that is shown
   std::vector<GtkEntry*> entries_;  // of the prompt that is shown
+  GtkWidget* choices_ = nullptr;    // of the prompt that is shown; nullptr: it has none
   GtkWidget* buttons_ = nullptr;    // of the prompt that is shown
-  GtkWidget* accept_ = nullptr;     // one of the buttons
+  GtkWidget* accept_ = nullptr;     // the button that has the focus first
   bool takesInput_ = false;         // the prompt that is shown
   guint delay_ = 0;
   std::deque<Entry> queue_;  // the first one is shown

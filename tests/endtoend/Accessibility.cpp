@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <stdexcept>
+#include <string_view>
 
 #include "tests/tools/support/EventLoop.h"
 
@@ -43,6 +45,14 @@ void onAppears(GDBusConnection*, const char*, const char*, gpointer appeared) {
 void onChange(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*, gpointer) {}
 
 }  // namespace
+
+std::string withoutMarks(std::string name) {
+  for (const std::string_view mark : {"\u200E", "\u200F", "\u2068", "\u2069"}) {
+    for (std::size_t at = 0; (at = name.find(mark, at)) != std::string::npos;)
+      name.erase(at, mark.size());
+  }
+  return name;
+}
 
 bool Accessibility::isPossible() {
   return SessionBus::isPossible() && std::filesystem::exists(kService);

@@ -30,6 +30,9 @@ struct AccessibleObject {
   std::string name;
 };
 
+// Returns a name without the characters that give its text a direction, which are not displayed.
+std::string withoutMarks(std::string name);
+
 class Accessibility {
  public:
   // Whether this system has the required programs.

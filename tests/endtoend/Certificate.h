@@ -36,8 +36,11 @@ class Authority {
   // The authority's certificate, in PEM.
   const std::filesystem::path& file() const { return file_; }
 
-  // Creates a certificate for a host in `file`.
+  // Creates a certificate for a host name or IP address in `file`.
   Certificate sign(const std::string& host, const std::filesystem::path& file) const;
+
+  // Creates a certificate for a client in `file`, and its key in "<file>.key".
+  Certificate signClient(const std::string& name, const std::filesystem::path& file) const;
 
  private:
   std::filesystem::path file_;

@@ -104,14 +104,6 @@ class LanguageTest : public PromptTest {
     EXPECT_TRUE(isEmpty(0));
   }
 
-  static std::string withoutMarks(std::string text) {
-    for (const std::string mark : {"\u200E", "\u200F", "\u2068", "\u2069"}) {
-      for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;)
-        text.erase(at, mark.size());
-    }
-    return text;
-  }
-
   std::unique_ptr<Accessibility> accessibility;
 };
 

@@ -54,6 +54,10 @@ void sendReply(WebKitScriptDialog* dialog, const PromptReply& reply) {
   webkit_script_dialog_close(dialog);
 }
 
+bool isCertificateRequest(WebKitAuthenticationRequest* request) {
+  return webkit_authentication_request_get_scheme(request) == WEBKIT_AUTHENTICATION_SCHEME_CLIENT_CERTIFICATE_REQUESTED;
+}
+
 bool isPasswordRequest(WebKitAuthenticationRequest* request) {
   switch (webkit_authentication_request_get_scheme(request)) {
     case WEBKIT_AUTHENTICATION_SCHEME_DEFAULT:
@@ -78,7 +82,8 @@ bool isEncrypted(WebKitAuthenticationRequest* request) {
 }
 
 bool isForUser(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
-  return webkit_authentication_request_is_for_proxy(request) || mainFrame.isAt(originOf(request).get());
+  const bool isForProxy = webkit_authentication_request_is_for_proxy(request) && !isCertificateRequest(request);
+  return isForProxy || mainFrame.isAt(originOf(request).get());
 }
 
 Prompt promptFor(WebKitAuthenticationRequest* request) {
@@ -114,7 +119,14 @@ void sendReply(WebKitAuthenticationRequest* request, const PromptReply& reply) {
 
 PagePrompts::PagePrompts(GtkOverlay* overlay, GtkWidget* page, WebKitUserContentManager* content,
                          std::function<void(bool)> onShown)
-    : prompts_(overlay, page), mark_(content), onShown_(std::move(onShown)) {}
+    : prompts_(overlay, page),
+      mark_(content),
+      onShown_(std::move(onShown)),
+      certificates_(
+          [this](Prompt prompt, std::function<void(const PromptReply&)> onReply) {
+            return show(std::move(prompt), std::move(onReply));
+          },
+          [this](Prompts::Id id) { cancel(id); }, limit_) {}
 
 void PagePrompts::showDialog(WebKitScriptDialog* dialog, const Site& site) {
   if (webkit_script_dialog_get_dialog_type(dialog) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
@@ -136,13 +148,18 @@ PagePrompts::~PagePrompts() {
 
 void PagePrompts::pageCommitted() {
   mark_.committed();
+  certificates_.declineAll();
   prompts_.declineAll();
 }
 
 void PagePrompts::authenticate(WebKitAuthenticationRequest* request, const MainFrame& mainFrame) {
   const RequestRef kept(WEBKIT_AUTHENTICATION_REQUEST(g_object_ref(request)), g_object_unref);
-  if (!isPasswordRequest(request) || isForUser(request, mainFrame))
-    return showOrDecline(kept, isPasswordRequest(request));
+  if (webkit_authentication_request_get_scheme(request) ==
+      WEBKIT_AUTHENTICATION_SCHEME_CLIENT_CERTIFICATE_PIN_REQUESTED) {
+    return certificates_.unlock(request);
+  }
+  const bool isKnown = isPasswordRequest(request) || isCertificateRequest(request);
+  if (!isKnown || isForUser(request, mainFrame)) return showOrDecline(kept, isKnown);
   undecided_.push_back({kept, &mainFrame, g_timeout_add(kReportDelayMilliseconds, onDelayOver, this)});
   g_signal_connect(request, "cancelled", G_CALLBACK(onUndecidedCancelled), this);
 }
@@ -165,6 +182,7 @@ void PagePrompts::onUndecidedCancelled(WebKitAuthenticationRequest* request, Pag
 }
 
 void PagePrompts::showOrDecline(const RequestRef& request, bool isForUser) {
+  if (isForUser && isCertificateRequest(request.get())) return certificates_.choose(request.get());
   if (!isForUser || !limit_.take()) return webkit_authentication_request_authenticate(request.get(), nullptr);
   const Prompts::Id id =
       show(promptFor(request.get()), [request](const PromptReply& reply) { sendReply(request.get(), reply); });
@@ -175,8 +193,11 @@ void PagePrompts::showOrDecline(const RequestRef& request, bool isForUser) {
 
 // A cancelled load cancels its request.
 void PagePrompts::onCancelled(WebKitAuthenticationRequest* request, PagePrompts* self) {
-  const Prompts::Id id = GPOINTER_TO_UINT(g_object_get_data(G_OBJECT(request), kPromptId));
-  if (self->prompts_.cancel(id)) self->onShown_(false);
+  self->cancel(GPOINTER_TO_UINT(g_object_get_data(G_OBJECT(request), kPromptId)));
+}
+
+void PagePrompts::cancel(Prompts::Id id) {
+  if (prompts_.cancel(id)) onShown_(false);
 }
 
 Prompts::Id PagePrompts::show(Prompt prompt, std::function<void(const PromptReply&)> onReply) {

@@ -1,12 +1,12 @@
-// The prompts of a page: script dialogs, and name and password of HTTP authentication (RFC 9110, section 11).
+// The prompts of a page: script dialogs, name and password of HTTP authentication (RFC 9110, section 11), and client
+// certificates.
 //
 // - Each prompt names the site.
-// - A frame of another origin gets no prompt: its dialogs and its servers' requests for a password are declined. A
-//   proxy's request is always shown.
+// - A frame of another origin gets no prompt: its dialogs and its servers' requests for a password or a
+//   certificate are declined. A proxy's request for a password is always shown.
 // - A page may show five prompts without user input. Further dialogs are declined.
 // - A dialog that a page shows before it is left is confirmed without a prompt.
 // - Names and passwords are kept in memory for this run.
-// - Client certificates are not offered.
 // Main thread.
 
 #pragma once
@@ -18,6 +18,7 @@
 #include <memory>
 
 #include "app/gtk/Prompts.h"
+#include "app/gtk/page/Certificates.h"
 #include "app/gtk/page/DialogMark.h"
 #include "app/gtk/page/MainFrame.h"
 #include "app/gtk/page/RequestLimit.h"
@@ -68,6 +69,7 @@ class PagePrompts {
   static void onUndecidedCancelled(WebKitAuthenticationRequest* request, PagePrompts* self);
   void showOrDecline(const RequestRef& request, bool isForUser);
   static void onCancelled(WebKitAuthenticationRequest* request, PagePrompts* self);
+  void cancel(Prompts::Id id);
   Prompts::Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
   Prompts prompts_;
@@ -75,4 +77,5 @@ class PagePrompts {
   RequestLimit limit_{5};
   std::deque<Undecided> undecided_;  // in the order of their arrival
   std::function<void(bool)> onShown_;
+  Certificates certificates_;
 };

@@ -43,6 +43,14 @@ std::string targetOf(SoupServerMessage* message) {
   return std::string(g_uri_get_path(address)) + (query == nullptr ? "" : std::string("?") + query);
 }
 
+gboolean acceptCertificate(SoupServerMessage*, GTlsCertificate*, GTlsCertificateFlags, gpointer) {
+  return TRUE;
+}
+
+void onRequestStarted(SoupServer*, SoupServerMessage* message, gpointer) {
+  g_signal_connect(message, "accept-certificate", G_CALLBACK(acceptCertificate), nullptr);
+}
+
 void send(SoupServerMessage* message, const Response& response) {
   soup_server_message_set_status(message, response.status, nullptr);
   SoupMessageHeaders* headers = soup_server_message_get_response_headers(message);
@@ -82,6 +90,11 @@ LoopbackServer::~LoopbackServer() {
   soup_server_disconnect(server_.get());
 }
 
+void LoopbackServer::askForCertificates(GTlsAuthenticationMode mode) {
+  g_object_set(server_.get(), "tls-auth-mode", mode, nullptr);
+  g_signal_connect(server_.get(), "request-started", G_CALLBACK(onRequestStarted), nullptr);
+}
+
 void LoopbackServer::serve(const std::string& path, const Response& response) {
   serve(path, [response](const Request&) { return response; });
 }
@@ -105,11 +118,24 @@ bool LoopbackServer::wasRequested(const std::string& methodAndTarget) const {
   return std::find(all.begin(), all.end(), methodAndTarget) != all.end();
 }
 
+// libsoup names the certificate of a connection at its first request only.
+std::string LoopbackServer::certificateOf(SoupServerMessage* message) {
+  const platform::Owned<char, g_free> client(
+      g_socket_connectable_to_string(G_SOCKET_CONNECTABLE(soup_server_message_get_remote_address(message))));
+  GTlsCertificate* const certificate = soup_server_message_get_tls_peer_certificate(message);
+  if (certificate != nullptr) {
+    const platform::Owned<char, g_free> subject(g_tls_certificate_get_subject_name(certificate));
+    certificates_[client.get()] = subject.get();
+  }
+  return certificates_[client.get()];
+}
+
 void LoopbackServer::onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query,
                                gpointer self) {
-  Request request{soup_server_message_get_method(message), targetOf(message), toMap(query), postedForm(message),
-                  headerOf(message, "Authorization")};
-  static_cast<LoopbackServer*>(self)->respond(message, path, std::move(request));
+  auto* const server = static_cast<LoopbackServer*>(self);
+  server->respond(message, path,
+                  {soup_server_message_get_method(message), targetOf(message), toMap(query), postedForm(message),
+                   headerOf(message, "Authorization"), server->certificateOf(message)});
 }
 
 void LoopbackServer::respond(SoupServerMessage* message, const std::string& path, Request request) {

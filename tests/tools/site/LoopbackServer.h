@@ -23,6 +23,7 @@ struct Request {
   std::map<std::string, std::string> query;   // of the target, decoded
   std::map<std::string, std::string> fields;  // of a posted form, decoded
   std::string authorization;                  // the header, empty if missing
+  std::string certificate;                    // the subject of the client's certificate, empty if missing
 };
 
 struct Response {
@@ -48,6 +49,9 @@ class LoopbackServer {
   //   address("/done?code=1")  => "http://127.0.0.1:40123/done?code=1"
   std::string address(const std::string& target = "") const { return base_ + target; }
 
+  // From now on asks every client for a certificate, and accepts any. `mode`: whether a client may come without one.
+  void askForCertificates(GTlsAuthenticationMode mode);
+
   // Paths without a handler get the status 404.
   void serve(const std::string& path, Handler handler) { handlers_[path] = std::move(handler); }
   void serve(const std::string& path, const Response& response);
@@ -63,6 +67,7 @@ class LoopbackServer {
   bool wasRequested(const std::string& methodAndTarget) const;
 
  private:
+  std::string certificateOf(SoupServerMessage* message);
   static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer self);
   void respond(SoupServerMessage* message, const std::string& path, Request request);
 
@@ -72,6 +77,7 @@ class LoopbackServer {
   std::set<std::string> held_;
   std::multimap<std::string, platform::Owned<SoupServerMessage>> waiting_;
   std::vector<Request> requests_;
+  std::map<std::string, std::string> certificates_;  // of each connection, by the client's address
 };
 
 }  // namespace tools
