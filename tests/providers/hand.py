@@ -1,5 +1,5 @@
-"""Operates a window on a virtual display as a user does: finds fields and buttons by their accessible names, clicks and
-types through XTest, and takes pictures."""
+"""Operates a window on a virtual display as a user does: finds fields and buttons by their accessible names, clicks
+and types through XTest, and takes pictures."""
 
 import os
 import re
@@ -24,8 +24,8 @@ ON_SCREEN = 0
 
 
 def start_display():
-    """Starts the display and the accessibility service, which end with this process's session. Returns the connection to
-    the service. Sets DISPLAY."""
+    """Starts the display and the accessibility service, which end with this process's session. Sets DISPLAY. Returns
+    the connection to the service."""
     reader, writer = os.pipe()
     subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1024x768x24", "-r", "-nolisten", "tcp"],
                      pass_fds=[writer], stderr=subprocess.DEVNULL)
@@ -61,7 +61,8 @@ class Thing:
 
     def call(self, interface, method, arguments=None):
         try:
-            return self.connection.call_sync(self.owner, self.path, interface, method, arguments, None, 0, 5000).unpack()
+            reply = self.connection.call_sync(self.owner, self.path, interface, method, arguments, None, 0, 5000)
+            return reply.unpack()
         except GLib.Error:
             return None
 
@@ -71,15 +72,18 @@ class Thing:
     def children(self):
         """One by one: GetChildren of GTK omits the page, which belongs to another process."""
         count = (self._property("org.a11y.atspi.Accessible", "ChildCount") or [0])[0]
-        found = (self.call("org.a11y.atspi.Accessible", "GetChildAtIndex", GLib.Variant("(i)", (i,))) for i in range(count))
+        found = (self.call("org.a11y.atspi.Accessible", "GetChildAtIndex", GLib.Variant("(i)", (i,)))
+                 for i in range(count))
         return [Thing(self.connection, *child[0]) for child in found if child]
 
     def role(self):
         return (self.call("org.a11y.atspi.Accessible", "GetRole") or [None])[0]
 
     def name(self):
-        """Without the characters of icon fonts. A field whose label is an icon has the name of its placeholder."""
-        name = re.sub("[\ue000-\uf8ff]", "", (self._property("org.a11y.atspi.Accessible", "Name") or [""])[0]).strip()
+        """The first line, without marks of direction and the characters of icon fonts. A field whose label is an icon
+        has the name of its placeholder."""
+        name = (self._property("org.a11y.atspi.Accessible", "Name") or [""])[0]
+        name = re.sub("[\u200e\u200f\u2066-\u2069\ue000-\uf8ff]", "", name).strip().partition("\n")[0]
         if name or self.role() not in FIELDS:
             return name
         attributes = self.call("org.a11y.atspi.Accessible", "GetAttributes")
@@ -102,7 +106,7 @@ class Hand:
     """Pictures are saved as PICTURES-1.png, PICTURES-2.png, …"""
 
     def __init__(self, connection, pictures, window):
-        self.window = window  # its process
+        self.window = window  # the process that has started it
         self.desktop = Thing(connection, "org.a11y.atspi.Registry", ROOT)
         self.pictures = pictures
         self.count = 0

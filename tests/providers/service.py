@@ -1,5 +1,5 @@
-"""The service that the user signs in to: https://app.example.test. A client of OpenID Connect and SAML, which verifies what
-it gets with PyJWT and PySAML2."""
+"""The service that the user signs in to, https://app.example.test: a client of OpenID Connect and of SAML, which
+verifies what it gets with PyJWT and PySAML2."""
 
 import base64
 import hashlib
@@ -70,33 +70,32 @@ class OpenIdConnect:
 class Saml:
     """A sign-in by SAML. `binding` is the one of the request: redirect or post."""
 
-    waiting = {}  # the sign-ins by the identifiers of their requests
+    last = None  # the sign-in that runs
 
     def __init__(self, metadata, binding):
         self.metadata, self.binding = metadata, binding
-        self.page = ""
 
     def start(self):
         config = saml2.config.SPConfig()
         config.load({
             "entityid": SERVICE + "/saml",
             "metadata": {"inline": [urllib.request.urlopen(self.metadata).read().decode()]},
-            "service": {"sp": {"endpoints": {"assertion_consumer_service": [(SERVICE + "/acs", saml2.BINDING_HTTP_POST)]},
-                               "want_assertions_signed": True, "want_response_signed": False}},
+            "service": {"sp": {
+                "endpoints": {"assertion_consumer_service": [(SERVICE + "/acs", saml2.BINDING_HTTP_POST)]},
+                "want_assertions_signed": True, "want_response_signed": False}},
         })
         self.client = saml2.client.Saml2Client(config)
         binding = saml2.BINDING_HTTP_REDIRECT if self.binding == "redirect" else saml2.BINDING_HTTP_POST
-        request, http = self.client.prepare_for_authenticate(binding=binding)
-        Saml.waiting[request] = self
+        self.request, http = self.client.prepare_for_authenticate(binding=binding)
+        Saml.last = self
         if self.binding == "redirect":
             return dict(http["headers"])["Location"]
         self.page = http["data"]
-        return SERVICE + "/request/" + request
+        return SERVICE + "/request"
 
     def receive(self, response):
-        """Verifies a response. Returns the user."""
-        parsed = self.client.parse_authn_request_response(response, saml2.BINDING_HTTP_POST,
-                                                          {id: "/" for id in Saml.waiting})
+        """Verifies that a response is signed and replies to our request. Returns the user."""
+        parsed = self.client.parse_authn_request_response(response, saml2.BINDING_HTTP_POST, {self.request: "/"})
         return parsed.get_subject().text
 
     def finish(self, address):
@@ -134,17 +133,15 @@ class Ticket(Page):
 
 class Handler(BaseHTTPRequestHandler):
     def do_GET(self):
-        if self.path.startswith("/request/"):
-            self.reply(Saml.waiting[self.path.removeprefix("/request/")].page)
+        if self.path == "/request":
+            self.reply(Saml.last.page)
         else:
             self.reply("<!DOCTYPE html><title>Signed in</title><h1>Signed in</h1>")
 
     def do_POST(self):
         form = first_values(self.rfile.read(int(self.headers["Content-Length"])).decode())
         if self.path == "/acs":
-            # The response names its request; the client checks that it is one of those that wait.
-            sign_in = list(Saml.waiting.values())[-1]
-            form = {"user": sign_in.receive(form["SAMLResponse"])}
+            form = {"user": Saml.last.receive(form["SAMLResponse"])}
         self.send_response(303)
         self.send_header("Location", REDIRECT + "?" + urlencode(form))
         self.end_headers()

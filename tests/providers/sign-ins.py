@@ -1,15 +1,13 @@
-"""Signs in at every provider and prints the table: sign-ins.py WINDOW [PART OF A ROW]...
+"""Signs in at every provider and prints the table: sign-ins.py SVO_SIGNIN_ASK [PART OF A ROW]...
 
 Writes the table and a picture of every page to the folder "providers". Exits with 1 if a row is not as expected."""
 
+import json
 import os
 import re
 import subprocess
 import sys
-import tempfile
 import time
-from html import unescape
-from urllib.parse import urlsplit
 
 import hand
 import service
@@ -25,7 +23,7 @@ APACHE = "https://www.example.test"
 
 def one_time_code():
     secret = "GEZDGNBVGY3TQOJQGEZDGNBVGY3TQOJQ"  # as in glewlwyd/start
-    return subprocess.run(["oathtool", "--totp", "-b", secret], check=True, capture_output=True, text=True).stdout.strip()
+    return subprocess.check_output(["oathtool", "--totp", "-b", secret], text=True).strip()
 
 
 # What the user does: a name is clicked, a pair is a field and what is written into it.
@@ -49,7 +47,8 @@ ROWS = [
     ("Glewlwyd", "code with PKCE", OpenIdConnect(GLEWLWYD), AT_GLEWLWYD + ["Continue"], "code exchanged"),
     ("Glewlwyd", "form_post, wrong password first", OpenIdConnect(GLEWLWYD, "form_post"),
      [("Login", "ada"), ("Password", "wrong"), "OK"] + AT_GLEWLWYD + ["Continue"], "code exchanged"),
-    ("Glewlwyd", "one-time code, consent", OpenIdConnect(GLEWLWYD, scope="openid strong"), AT_GLEWLWYD + ["Strong", "Grant access", ("Code", one_time_code), "OK", "Continue"], "code exchanged"),
+    ("Glewlwyd", "one-time code, consent", OpenIdConnect(GLEWLWYD, scope="openid strong"),
+     AT_GLEWLWYD + ["Strong", "Grant access", ("Code", one_time_code), "OK", "Continue"], "code exchanged"),
     ("LemonLDAP::NG", "code with PKCE, consent", OpenIdConnect(LEMON), AT_LEMON + ["Accept"], "of dwho"),
     ("LemonLDAP::NG", "fragment, wrong password first", OpenIdConnect(LEMON, "fragment"),
      [("Login", "rtyler"), ("Password", "wrong"), "Connect", ("Login", "rtyler"), ("Password", "rtyler"), "Connect",
@@ -61,59 +60,50 @@ ROWS = [
      [("Name", "ada"), ("Password", "wrong"), "OK"] + IN_PROMPT, "user ada"),
     ("Apache", "Basic, cancel", Page(APACHE + "/basic/"), ["Cancel", "Continue as a guest"], "user guest"),
     ("Apache", "Digest", Page(APACHE + "/digest/"), IN_PROMPT, "user ada"),
+    ("Apache", "client certificate", Page("https://card.example.test/card/"),
+     ["Ada", ("PIN of “Card”", "1234"), "OK"], "user Ada"),
     ("Apache", "Negotiate", Ticket("https://sso.example.test/negotiate/", PASSWORD), [], "user ada@EXAMPLE.TEST"),
 ]
 
 
-def sign_in(window, screen, sign_in, steps, pictures):
-    """Returns the message of the window, and what went wrong."""
-    problem = ""
-    with tempfile.TemporaryDirectory() as folder:
-        path = os.path.join(folder, "message")
-        os.mkfifo(path, 0o600)
-        pipe = os.open(path, os.O_RDONLY | os.O_NONBLOCK)
-        process = subprocess.Popen([window, "--zelURL=" + sign_in.start(), "--redirectURL=" + service.REDIRECT,
-                                    "--redirectType3URL=" + service.SERVICE + "/enterprise", "--productName=Example",
-                                    "--pipeName=" + path])
-        user = hand.Hand(screen, pictures, process)
-        try:
-            for step in steps:
-                if isinstance(step, str):
-                    user.click(step)
-                else:
-                    user.write(step[0], step[1]() if callable(step[1]) else step[1])
-            process.wait(hand.TIMEOUT)
-        except Exception as error:
-            user.picture()
-            problem = f" {error}; the window shows {user.names()}"
-        finally:
-            process.terminate()
-            process.wait(hand.TIMEOUT)
-            message = os.read(pipe, 65536).decode()
-            os.close(pipe)
-    return message, problem
+def sign_in(ask, screen, start, steps, pictures):
+    """Returns the result of the window, with a "problem" if a step could not be done."""
+    problem = {}
+    launcher = subprocess.Popen([ask, "--json", "--zelURL=" + start.start(), "--redirectURL=" + service.REDIRECT,
+                                 "--redirectType3URL=" + service.SERVICE + "/enterprise", "--productName=Example"],
+                                stdout=subprocess.PIPE, text=True)
+    user = hand.Hand(screen, pictures, launcher)
+    try:
+        for step in steps:
+            if isinstance(step, str):
+                user.click(step)
+            else:
+                user.write(step[0], step[1]() if callable(step[1]) else step[1])
+        launcher.wait(hand.TIMEOUT)
+    except Exception as error:
+        user.picture()
+        problem = {"problem": f"{error}; the window shows {user.names()}"}
+        launcher.terminate()
+    return json.loads(launcher.communicate()[0]) | problem
 
 
-def run(window, screen, row):
+def run(ask, screen, row):
     """Returns a line of the table, and whether the row is as expected."""
     provider, flow, start, steps, expected = row
     began = time.monotonic()
-    pictures = "providers/" + re.sub(r"\W+", "-", f"{provider} {flow}")
-    message, problem = sign_in(window, screen, start, steps, pictures)
+    result = sign_in(ask, screen, start, steps, "providers/" + re.sub(r"\W+", "-", f"{provider} {flow}"))
     seconds = time.monotonic() - began
-    if problem or not (match := re.fullmatch("<result><URL>(.*)</URL></result>", message)):
-        return f"| {provider} | {flow} | `{message}`{problem} | | {seconds:.0f} |", False
-    address = unescape(match[1])
+    if result["code"] != 0 or "problem" in result:
+        return f"| {provider} | {flow} | {result} | | {seconds:.0f} |", False
     try:
-        found = start.finish(address)
+        found = start.finish(result["url"])
     except Exception as error:
         found = repr(error)
-    parts = urlsplit(address)
-    shown = re.sub("=[^&]*", "=…", parts.query and "?" + parts.query or "#" + parts.fragment)
-    return f"| {provider} | {flow} | 0, `{parts.path}{shown}` | {found} | {seconds:.0f} |", expected in found
+    shown = re.sub("=[^&]*", "=…", result["url"].removeprefix(service.SERVICE))
+    return f"| {provider} | {flow} | 0, `{shown}` | {found} | {seconds:.0f} |", expected in found
 
 
-def main(window, *wanted):
+def main(ask, *wanted):
     os.makedirs("providers", exist_ok=True)
     service.start()
     screen = hand.start_display()
@@ -125,7 +115,7 @@ def main(window, *wanted):
         line("| provider | flow | message | verified | seconds |\n|---|---|---|---|---|")
         for row in ROWS:
             if all(word in " ".join(row[:2]) for word in wanted):
-                text, good = run(window, screen, row)
+                text, good = run(ask, screen, row)
                 line(text)
                 passed = passed and good
     return 0 if passed else 1
