@@ -79,7 +79,7 @@ def sign_in(ask, screen, start, steps, pictures):
                 user.click(step)
             else:
                 user.write(step[0], step[1]() if callable(step[1]) else step[1])
-        launcher.wait(hand.TIMEOUT)
+        hand.wait_for("message", lambda: launcher.poll() is not None)
     except Exception as error:
         user.picture()
         problem = {"problem": f"{error}; the window shows {user.names()}"}
