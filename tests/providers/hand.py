@@ -134,8 +134,8 @@ class Hand:
             picture.savev(f"{self.pictures}-{self.count}.png", "png", [], [])
 
     def names(self):
-        """What the window shows, for an error message."""
-        return sorted({f"{thing.role()} '{thing.name()}'" for thing in self._things() if thing.name()})
+        """What the window shows: roles and names."""
+        return sorted({f"{thing.role()} '{name}'" for thing in self._things() if (name := thing.name())})
 
     def _find(self, name, roles):
         """Waits until the object takes input and no longer moves."""
