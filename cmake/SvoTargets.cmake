@@ -19,8 +19,9 @@ function(svo_configure target)
     target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:OBJCXX>:-fno-objc-arc>")
   endif()
   if(SVO_SANITIZE STREQUAL "address")
+    # Without "vptr": libraries use the program's copy of std::shared_ptr's functions, on objects without type information.
     target_compile_options(${target} PUBLIC -fsanitize=address,undefined -fno-sanitize-recover=undefined
-                                            -fno-omit-frame-pointer)
+                                            -fno-sanitize=vptr -fno-omit-frame-pointer)
     target_link_options(${target} PUBLIC -fsanitize=address,undefined)
   elseif(SVO_SANITIZE STREQUAL "fuzzer")
     target_compile_options(${target} PUBLIC -fsanitize=fuzzer-no-link,address,undefined
