@@ -121,11 +121,13 @@ class Hand:
                      self.names() != before)
 
     def write(self, name, text):
-        """Clicks the field and types into it. Three clicks select what it contains."""
+        """Clicks the field and types into it, each character when the last one is shown. Three clicks select what it
+        contains."""
         field = self._find(name, FIELDS)
         self._press(field, name, 3 if field.length() else 1)
-        subprocess.run(["xdotool", "type", "--delay", "20", text], check=True)
-        wait_for(f"text in '{name}'", lambda: field.length() == len(text))
+        for count, character in enumerate(text, 1):
+            subprocess.run(["xdotool", "type", character], check=True)
+            wait_for(f"character {count} in '{name}'", lambda count=count: field.length() == count)
 
     def picture(self):
         if frame := self._frame():
