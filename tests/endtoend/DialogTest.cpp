@@ -78,17 +78,20 @@ TEST_F(DialogTest, AReplyReturnsTheFocusToThePage) {
 
 TEST_F(DialogTest, ThePageGetsNoClicksDuringAPrompt) {
   startOn(
-      "<body style='height: 550px'><script>onclick = () => report('clicked');"
-      "onload = async () => { await report('asking'); alert('Terms of use'); await report('read') }</script>");
+      "<body style='height: 500px'><script>onclick = () => { onclick = null; report('clicked') };"
+      "onload = async () => { await report('asking'); alert('Terms of use'); await frames(5); await report('read') }"
+      "</script>");
   untilReported("asking");
   untilPromptTakesInput();
-  clickAt(340, 500);
+  clickAt(340, 480);
   screen.press(XK_Return);
   untilReported("read");
   untilPromptIsClosed();
-  clickAt(340, 500);
-  untilReported("clicked");
-  EXPECT_THAT(reports(), testing::UnorderedElementsAre("loaded", "asking", "read", "clicked"));
+  EXPECT_THAT(reports(), testing::UnorderedElementsAre("loaded", "asking", "read"));
+  until("the click", [this] {
+    clickAt(340, 480);  // WebKitGTK 2.54 may lose the first one
+    return reports().back() == "clicked";
+  });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -16,6 +16,11 @@ class MainFrame {
   // The page at `address` is shown.
   void committed(const std::string& address) { shown_ = requested_ = address; }
 
+  // The load of `address` has ended without a page.
+  void failed(const std::string& address) {
+    if (requested_ == address) requested_ = shown_;
+  }
+
   // Whether `origin` is one of the two. Compares scheme, host and port.
   bool isAt(WebKitSecurityOrigin* origin) const;
 

@@ -222,12 +222,14 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
 // Returns TRUE: otherwise WebKit loads an error page, which finishes under the failed address.
 gboolean Page::onLoadFailed(WebKitWebView*, WebKitLoadEvent step, char* address, GError* error, Page* self) {
   const Kind kind = step < WEBKIT_LOAD_COMMITTED ? Kind::kProvisionalFailed : Kind::kFailed;
+  self->mainFrame_.failed(orEmpty(address));
   self->report({kind, orEmpty(address), 0, errorOf(error)});
   return TRUE;
 }
 
 gboolean Page::onLoadFailedWithTlsErrors(WebKitWebView*, char* address, GTlsCertificate*, GTlsCertificateFlags flags,
                                          Page* self) {
+  self->mainFrame_.failed(orEmpty(address));
   self->report({Kind::kProvisionalFailed, orEmpty(address), 0, errorOf(flags)});
   return TRUE;
 }
