@@ -1,7 +1,7 @@
 // The memory of WebKit's processes: those of the page, and the network process, which keeps the page's blobs.
 //
 // - A process gets memory only while it computes. Whenever one has computed for 50 ms, the owning thread gets a signal:
-//   an idle page wakes nobody, and a busy one is seen although it reports nothing to the window.
+//   an idle page wakes no thread, and a busy one is measured although it reports nothing.
 // - One thread, which must block the signal.
 
 #pragma once
