@@ -17,7 +17,7 @@ constexpr char kRightToLeftMark[] = "\u200F";
 constexpr char kFirstStrongIsolate[] = "\u2068";
 constexpr char kPopDirectionalIsolate[] = "\u2069";
 
-// Whether nobody but those who may write into `trusted` may write into the folder.
+// Whether only those who may write into `trusted` may write into the folder.
 bool isAsTrusted(const std::string& folder, const struct stat& trusted) {
   struct stat item {};
   if (::lstat(folder.c_str(), &item) != 0 || !S_ISDIR(item.st_mode)) return false;

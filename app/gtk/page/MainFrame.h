@@ -1,6 +1,6 @@
 // The origins of the main frame: of the page that is shown, and of the page that it loads.
 //
-// Only they may ask the user for a name and password. Main thread; needs no display.
+// Only they may ask the user for a name and password, or for a certificate. Main thread; needs no display.
 
 #pragma once
 
