@@ -28,10 +28,14 @@ set(modules nativeutils applog logging platform)
 list(TRANSFORM modules REPLACE "(.+)" "$<TARGET_OBJECTS:svo-\\1>" OUTPUT_VARIABLE objects)
 if(SVO_PLATFORM STREQUAL "linux")
   set(object "${CMAKE_CURRENT_BINARY_DIR}/nativeutils.o")
+  if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Machine code instead of GCC's intermediate code, which other compilers cannot link.
+    set(output -flinker-output=nolto-rel)
+  endif()
   add_custom_command(
     OUTPUT "${object}"
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/one-object" "${CMAKE_CXX_COMPILER}" "${CMAKE_NM}" "${CMAKE_OBJCOPY}"
-            "$<TARGET_FILE:nativeutils>" "${object}" "${objects}"
+            "$<TARGET_FILE:nativeutils>" "${object}" ${output} "${objects}"
     DEPENDS one-object nativeutils "${objects}"
     COMMAND_EXPAND_LISTS VERBATIM)
   set_source_files_properties("${object}" PROPERTIES EXTERNAL_OBJECT TRUE GENERATED TRUE)
