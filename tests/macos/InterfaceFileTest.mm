@@ -1,4 +1,4 @@
-// The main interface file, read by GNUstep's loader.
+// The main interface file and the property list, read by GNUstep's loader.
 
 #include "tests/macos/CocoaTest.h"
 
@@ -55,6 +55,12 @@ TEST_F(InterfaceFileTest, QuittingClosesTheWindow) {
   EXPECT_TRUE(sel_isEqual([quit action], @selector(performClose:)));
   EXPECT_EQ([quit target], [loaded window]);
   EXPECT_EQ(doubles::text([quit keyEquivalent]), "q");
+}
+
+TEST_F(InterfaceFileTest, PagesMayUsePlainHttp) {
+  NSDictionary* const list = [NSDictionary dictionaryWithContentsOfFile:@SVO_PROPERTY_LIST];
+  EXPECT_TRUE([[list objectForKey:@"NSAppTransportSecurity"]
+      isEqual:[NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES] forKey:@"NSAllowsArbitraryLoads"]]);
 }
 
 TEST_F(InterfaceFileTest, NoMenuTakesAKeyFromThePage) {
