@@ -48,12 +48,12 @@ TEST_F(InterfaceFileTest, KeepsTheWindowWhenItCloses) {
   EXPECT_FALSE([[loaded window] isReleasedWhenClosed]);
 }
 
-// `terminate:` would end the run without its message.
-TEST_F(InterfaceFileTest, QuittingClosesTheWindow) {
+// A window that is minimized does not perform `performClose:`.
+TEST_F(InterfaceFileTest, QuittingNeedsNoWindow) {
   NSMenuItem* const quit = [items(0) lastObject];
   EXPECT_EQ(doubles::text([quit title]), "Quit SVO");
-  EXPECT_TRUE(sel_isEqual([quit action], @selector(performClose:)));
-  EXPECT_EQ([quit target], [loaded window]);
+  EXPECT_TRUE(sel_isEqual([quit action], @selector(terminate:)));
+  EXPECT_EQ([quit target], nil);
   EXPECT_EQ(doubles::text([quit keyEquivalent]), "q");
 }
 
