@@ -33,8 +33,8 @@ std::string ConstructOutputString(int code, std::string& url);
 //
 // - The pipe is opened for reading and writing, so the call returns at once even if nothing reads yet. It is never
 //   created.
-// - Returns true if every byte was written. A message longer than the pipe's buffer (64 KiB on Linux) is cut;
-//   the result is then false.
+// - Returns true if every byte was written. A message longer than the pipe's buffer (64 KiB on Linux, 8 KiB on
+//   macOS) is cut; the result is then false.
 // - The message is lost when no process has the pipe open: the launcher opens its end before it starts the window.
 // - A regular file is written at its start and not truncated. For anything else, such as a device or a folder, returns
 //   false and changes nothing.

@@ -1,5 +1,7 @@
 #include "applog/OVNBinarySemaphore.h"
 
+#include <cerrno>
+
 #include "platform/SemaphoreSet.h"
 
 namespace {
@@ -18,11 +20,18 @@ bool OVNBinarySemaphore::create(const char* path, int projectNumber) {
   const key_t key = SemaphoreSet::keyFor(path, projectNumber);
   if (key == -1) return false;
 
-  const auto initialize = [](const SemaphoreSet& set) { return set.change(kMutex, +1, IPC_NOWAIT); };
+  bool isInitialized = true;
+  const auto initialize = [&](const SemaphoreSet& set) {
+    isInitialized = set.change(kMutex, +1, IPC_NOWAIT);
+    return isInitialized;
+  };
   const auto countCaller = [](const SemaphoreSet& set) { return set.change(kAttached, +1, SEM_UNDO); };
   SemaphoreSet::AttachSteps steps{kMembers, initialize, countCaller};
   steps.mutex = kMutex;
-  return SemaphoreSet::attach(path, key, steps, semid);
+  if (SemaphoreSet::attach(path, key, steps, semid)) return true;
+  // `finalize` must not detach an object that was not counted. A set with too many users is used without the count.
+  if (isInitialized && errno != ERANGE) semid = -1;
+  return false;
 }
 
 bool OVNBinarySemaphore::finalize() {

@@ -15,7 +15,8 @@
 class OVNBinarySemaphore {
  public:
   // Attaches to the set. Creates the set if there is none. Returns true without effect if already attached.
-  // `SemaphoreSet::attach` says which existing sets are refused.
+  // `SemaphoreSet::attach` says which existing sets are refused. An object that could not be counted, for example
+  // because no undo entry is free (ENOSPC), is not attached.
   bool create(const char* path, int projectNumber);
 
   // Detaches, and removes the set if no other object is attached. Does not release a mutex that is held.

@@ -67,8 +67,8 @@ class TemporaryFile {
   UniqueFd file_;
 };
 
-bool flushToDisk(int fd) {
-  while (::fsync(fd) != 0) {
+bool flush(int fd) {
+  while (flushToDisk(fd) != 0) {
     if (errno == EINVAL) return true;  // the file system has no disk
     if (errno != EINTR) return false;
   }
@@ -95,7 +95,7 @@ bool writeFileAtomically(const std::string& path, std::string_view bytes) {
   TemporaryFile file(parent, replaces ? 0600 : 0666);
   if (!file) return false;
   if (replaces && !copyOwnerAndMode(file.get(), previous, permissions)) return false;
-  return writeAll(file.get(), bytes) && flushToDisk(file.get()) && file.renameToTarget();
+  return writeAll(file.get(), bytes) && flush(file.get()) && file.renameToTarget();
 }
 
 }  // namespace platform

@@ -18,4 +18,7 @@ namespace platform {
 // - The folder must exist.
 bool writeFileAtomically(const std::string& path, std::string_view bytes);
 
+// Implemented per system: writes what was written to an open file to the disk itself. Returns what `fsync` returns.
+int flushToDisk(int file);
+
 }  // namespace platform

@@ -1,5 +1,6 @@
 #include "platform/Replace.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -7,11 +8,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "platform/FileKind.h"
 #include "platform/Path.h"
 #include "platform/Text.h"
 #include "platform/TreeRemoval.h"
+#include "platform/UniqueFd.h"
 
 namespace platform {
 namespace {
@@ -26,15 +29,26 @@ bool endsInSlash(const std::string& path) {
 }
 
 // Returns EINVAL if the folder at `path` is `top` or a folder below it, 0 if not, or the `errno` value of a failure.
-int errorIfInside(const struct stat& top, std::string path) {
+//
+// Opens the parents one by one: with "/.." for each of them a path could become longer than the system permits. A
+// parent that cannot be read is passed by its name.
+int errorIfInside(const struct stat& top, const std::string& path) {
+  constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+  UniqueFd base(::open(path.c_str(), kFolder));
+  std::string name = base ? "." : path;
+  const auto at = [&] { return base ? base.get() : AT_FDCWD; };
   struct stat folder {};
-  if (::stat(path.c_str(), &folder) != 0) return errno;
+  if (::fstatat(at(), name.c_str(), &folder, 0) != 0) return errno;
   while (!isSame(folder, top)) {
-    path += "/..";
+    name += "/..";
     struct stat parent {};
-    if (::stat(path.c_str(), &parent) != 0) return errno;
+    if (::fstatat(at(), name.c_str(), &parent, 0) != 0) return errno;
     if (isSame(parent, folder)) return 0;
     folder = parent;
+    if (UniqueFd next(::openat(at(), name.c_str(), kFolder)); next) {
+      base = std::move(next);
+      name = ".";
+    }
   }
   return EINVAL;
 }

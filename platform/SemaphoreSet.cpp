@@ -103,6 +103,12 @@ void noteNewSet(int set) {
   if (stuckSet != set) stuckSet = kNoSet;
 }
 
+// macOS also reports EINVAL if the process has used up its undo entries, of which it has 10.
+int errorOf(int id, int error) {
+  const bool mayExist = error == EINVAL && (::semctl(id, 0, GETVAL) != -1 || !SemaphoreSet::wasRemoved(errno));
+  return mayExist ? ENOSPC : error;
+}
+
 // Inline: after a system call every return costs more than the work of this function.
 inline bool operate(int id, int member, int delta, int flags) {
   sembuf operation{};
@@ -110,7 +116,9 @@ inline bool operate(int id, int member, int delta, int flags) {
   operation.sem_op = static_cast<short>(delta);
   operation.sem_flg = static_cast<short>(flags);
   while (::semop(id, &operation, 1) != 0) {
-    if (errno != EINTR) return false;
+    if (errno == EINTR) continue;
+    errno = errorOf(id, errno);
+    return false;
   }
   return true;
 }

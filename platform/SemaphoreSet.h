@@ -1,7 +1,8 @@
 // A System V semaphore set.
 //
 // - A value type that holds the set's identifier: copying and destroying it do not change the set.
-// - A failed call returns false or -1 and sets `errno`.
+// - A failed call returns false or -1 and sets `errno`. ENOSPC: no undo entry is free for an operation with SEM_UNDO;
+//   macOS allows a process 10.
 // - Thread-safe. Excludes threads of one process too. The C++ memory model does not know semaphore sets: an owner that
 //   shares data between threads orders its accesses by another means.
 

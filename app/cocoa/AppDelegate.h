@@ -8,6 +8,7 @@
 #import <Cocoa/Cocoa.h>
 #import <WebKit/WebKit.h>
 
+#include "app/cocoa/NewWindows.h"
 #include "app/cocoa/SVOWindow.h"
 
 struct SignIn;
@@ -21,6 +22,7 @@ struct SignIn;
   SignIn* _signIn;
   SVOWindow* _window;
   WebView* _webView;
+  NewWindows* _newWindows;
 }
 
 @property(nonatomic, retain) IBOutlet SVOWindow* window;

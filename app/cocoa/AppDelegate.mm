@@ -45,12 +45,15 @@ LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool p
 
 - (id)init {
   self = [super init];
-  if (self != nil) _signIn = std::make_unique<SignIn>(self).release();
+  if (self == nil) return nil;
+  _signIn = std::make_unique<SignIn>(self).release();
+  _newWindows = [[NewWindows alloc] init];
   return self;
 }
 
 - (void)dealloc {
   const std::unique_ptr<SignIn> owner(_signIn);
+  [_newWindows release];
   [_window release];
   [_webView release];
   [super dealloc];
@@ -68,6 +71,7 @@ LoadFailure failureOf(NSError* error, std::optional<std::string> address, bool p
   [_webView setFrameLoadDelegate:self];
   [_window setContentView:_webView];
   [_webView setPolicyDelegate:self];
+  [_webView setUIDelegate:_newWindows];
   [application setDelegate:self];
   [application activateIgnoringOtherApps:YES];
   [_window makeFirstResponder:_webView];

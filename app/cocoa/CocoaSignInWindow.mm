@@ -62,7 +62,7 @@ void CocoaSignInWindow::makeResizable() {
 }
 
 void CocoaSignInWindow::openInBrowser(const std::string&) {
-  [[NSWorkspace sharedWorkspace] openURL:requestedURL_];
+  if (requestedURL_ != nil) [[NSWorkspace sharedWorkspace] openURL:requestedURL_];  // throws for nil
 }
 
 void CocoaSignInWindow::terminate() {

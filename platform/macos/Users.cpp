@@ -25,6 +25,10 @@ bool isLoginWindow(const Text& name) {
          std::strcmp(text, kLoginWindow) == 0;
 }
 
+// The Folder Manager and its constants are deprecated.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
 FSVolumeRefNum volumeOf(FolderDomain domain) {
   switch (domain) {
     case FolderDomain::kUser:
@@ -49,8 +53,6 @@ OSType typeOf(FolderKind kind) {
   return kUtilitiesFolderType;
 }
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 // Creates the folder if it is missing. Thread-safe.
 FolderSearch findOrCreate(FSVolumeRefNum domain, OSType kind) {
   using Failure = FolderSearch::Failure;
@@ -62,9 +64,18 @@ FolderSearch findOrCreate(FSVolumeRefNum domain, OSType kind) {
   if (!isUtf8(path)) return {Failure::kText, noErr, ""};
   return {Failure::kNone, noErr, path};
 }
-#pragma GCC diagnostic pop
 
 }  // namespace
+
+std::string homeFolder() {
+  return findOrCreate(kUserDomain, kVolumeRootFolderType).path;
+}
+
+FolderSearch findFolder(FolderDomain domain, FolderKind kind) {
+  return findOrCreate(volumeOf(domain), typeOf(kind));
+}
+
+#pragma GCC diagnostic pop
 
 bool isOtherUser(uid_t owner) {
   return owner != 0;
@@ -85,14 +96,6 @@ std::optional<uid_t> consoleUser() {
   const Text name(SCDynamicStoreCopyConsoleUser(nullptr, &user, nullptr));
   if (!name || isLoginWindow(name)) return std::nullopt;
   return user;
-}
-
-std::string homeFolder() {
-  return findOrCreate(kUserDomain, kVolumeRootFolderType).path;
-}
-
-FolderSearch findFolder(FolderDomain domain, FolderKind kind) {
-  return findOrCreate(volumeOf(domain), typeOf(kind));
 }
 
 }  // namespace platform

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <vector>
 
 #include "tests/support/Barrier.h"
@@ -191,6 +192,34 @@ TEST_F(OVNBinarySemaphoreTest, KilledHolderIsDetachedAndReleases) {
   holder.wait();
   EXPECT_EQ(support::valueOf(one.semid, kAttached), 1);
   one.release();
+}
+
+// macOS: the error of a process without a free undo entry.
+TEST_F(OVNBinarySemaphoreTest, AnUncountedCreateForgetsTheSet) {
+  OVNBinarySemaphore other = notCreated();
+  ASSERT_TRUE(create(other));
+  {
+    const support::FailingOperation failing(kAttached, +1, EINVAL);
+    EXPECT_FALSE(create(one));
+    EXPECT_EQ(errno, ENOSPC);
+  }
+  EXPECT_EQ(one.semid, -1);
+  EXPECT_TRUE(one.finalize());
+  EXPECT_EQ(support::valueOf(other.semid, kAttached), 1);
+  EXPECT_TRUE(create(one));
+  EXPECT_TRUE(other.finalize());
+}
+
+TEST_F(OVNBinarySemaphoreTest, ATakeWithoutUndoEntryKeepsTheSet) {
+  ASSERT_TRUE(create(one));
+  {
+    const support::FailingOperation failing(kMutex, -1, EINVAL);
+    EXPECT_FALSE(one.tryWait());
+    EXPECT_EQ(errno, ENOSPC);
+  }
+  EXPECT_EQ(one.getCount(), 1);
+  EXPECT_TRUE(one.tryWait());
+  EXPECT_TRUE(one.release());
 }
 
 TEST_F(OVNBinarySemaphoreTest, ConcurrentCreatesMakeOneFreeMutex) {

@@ -43,7 +43,8 @@ class CocoaTest : public testing::Test {
   Calls finish(const std::string& address) { return finish(requestFor(address)); }
   Calls finish(NSURLRequest* request);
 
-  // Reports that a load of the frame has failed. Returns the messages that are then logged.
+  // Reports that a load of the frame has failed, a provisional one before its page replaced the former one. Returns the
+  // messages that are then logged.
   std::vector<std::string> fail(WebFrame* frame, const std::string& address, NSInteger code, bool provisional = false);
 
   WebFrame* mainFrame() const { return [[delegate webView] mainFrame]; }

@@ -89,7 +89,7 @@ Calls CocoaTest::finish(NSURLRequest* request) {
 std::vector<std::string> CocoaTest::fail(WebFrame* frame, const std::string& address, NSInteger code,
                                          bool provisional) {
   const std::size_t before = endtoend::logMessages().size();
-  [frame showRequest:requestFor(address)];
+  if (!provisional) [frame showRequest:requestFor(address)];
   NSError* const error = [NSError errorWithDomain:@"NSURLErrorDomain" code:code userInfo:nil];
   if (provisional) {
     [delegate webView:webView didFailProvisionalLoadWithError:error forFrame:frame];

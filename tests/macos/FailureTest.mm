@@ -26,11 +26,19 @@ TEST_F(FailureTest, AFailedLoadEndsTheRunWith2) {
 
 TEST_F(FailureTest, AProvisionalFailureHasItsOwnLogLines) {
   EXPECT_THAT(fail(mainFrame(), "http://host/a", -1003, true),
-              ElementsAre("didFailProvisionalLoadWithError for URL http://host/a",
+              ElementsAre("didFailProvisionalLoadWithError for URL " + spinnerHTMLBaseURL,
                           "didFailProvisionalLoadWithError Error code -1003",
                           MatchesRegex("didFailProvisionalLoadWithError Error domain -?[0-9]+")));
   EXPECT_TRUE(terminated());
   EXPECT_EQ(message(), "<errorNo><error>2</error></errorNo>");
+}
+
+TEST_F(FailureTest, AFrameWithoutAPageHasNoAddress) {
+  WebFrame* const frame = [[WebFrame alloc] initWithWebView:webView];
+  EXPECT_THAT(fail(frame, "http://host/a", -1003, true),
+              ElementsAre("didFailProvisionalLoadWithError Error code -1003",
+                          MatchesRegex("didFailProvisionalLoadWithError Error domain -?[0-9]+")));
+  [frame release];
 }
 
 TEST_F(FailureTest, ACancelledLoadDoesNotEndTheRun) {

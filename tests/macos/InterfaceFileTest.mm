@@ -1,4 +1,4 @@
-// The main interface file, read by GNUstep's loader.
+// The main interface file and the property list, read by GNUstep's loader.
 
 #include "tests/macos/CocoaTest.h"
 
@@ -48,13 +48,19 @@ TEST_F(InterfaceFileTest, KeepsTheWindowWhenItCloses) {
   EXPECT_FALSE([[loaded window] isReleasedWhenClosed]);
 }
 
-// `terminate:` would end the run without its message.
-TEST_F(InterfaceFileTest, QuittingClosesTheWindow) {
+// A window that is minimized does not perform `performClose:`.
+TEST_F(InterfaceFileTest, QuittingNeedsNoWindow) {
   NSMenuItem* const quit = [items(0) lastObject];
   EXPECT_EQ(doubles::text([quit title]), "Quit SVO");
-  EXPECT_TRUE(sel_isEqual([quit action], @selector(performClose:)));
-  EXPECT_EQ([quit target], [loaded window]);
+  EXPECT_TRUE(sel_isEqual([quit action], @selector(terminate:)));
+  EXPECT_EQ([quit target], nil);
   EXPECT_EQ(doubles::text([quit keyEquivalent]), "q");
+}
+
+TEST_F(InterfaceFileTest, PagesMayUsePlainHttp) {
+  NSDictionary* const list = [NSDictionary dictionaryWithContentsOfFile:@SVO_PROPERTY_LIST];
+  EXPECT_TRUE([[list objectForKey:@"NSAppTransportSecurity"]
+      isEqual:[NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES] forKey:@"NSAllowsArbitraryLoads"]]);
 }
 
 TEST_F(InterfaceFileTest, NoMenuTakesAKeyFromThePage) {

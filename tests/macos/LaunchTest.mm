@@ -15,14 +15,26 @@ class LaunchTest : public CocoaTest {
 TEST_F(LaunchTest, FollowsTheLaunchSequence) {
   options().app_name = "Kelvo";
   const Calls calls = launch();
-  EXPECT_EQ(calls,
-            (Calls{"preferences", "setJavaEnabled NO", "setPlugInsEnabled NO", "setJavaScriptEnabled YES",
-                   "setLoadsImagesAutomatically YES", "setTabsToLinks YES",
-                   "setJavaScriptCanOpenWindowsAutomatically YES", "setFrameLoadDelegate AppDelegate",
-                   "setContentView WebView", "setPolicyDelegate AppDelegate", "application setDelegate AppDelegate",
-                   "activateIgnoringOtherApps YES", "makeFirstResponder WebView", "window frame", "webView frame",
-                   "window setFrame 99,199 680x570 display YES animate YES", "webView setFrame 1,1 680x550",
-                   "loadHTMLString " + spinnerHTMLSource + " base " + spinnerHTMLBaseURL, "setTitle Kelvo"}));
+  EXPECT_EQ(calls, (Calls{"preferences",
+                          "setJavaEnabled NO",
+                          "setPlugInsEnabled NO",
+                          "setJavaScriptEnabled YES",
+                          "setLoadsImagesAutomatically YES",
+                          "setTabsToLinks YES",
+                          "setJavaScriptCanOpenWindowsAutomatically YES",
+                          "setFrameLoadDelegate AppDelegate",
+                          "setContentView WebView",
+                          "setPolicyDelegate AppDelegate",
+                          "setUIDelegate NewWindows",
+                          "application setDelegate AppDelegate",
+                          "activateIgnoringOtherApps YES",
+                          "makeFirstResponder WebView",
+                          "window frame",
+                          "webView frame",
+                          "window setFrame 99,199 680x570 display YES animate YES",
+                          "webView setFrame 1,1 680x550",
+                          "loadHTMLString " + spinnerHTMLSource + " base " + spinnerHTMLBaseURL,
+                          "setTitle Kelvo"}));
 }
 
 TEST_F(LaunchTest, SetsTheSizesAndKeepsTheOrigins) {

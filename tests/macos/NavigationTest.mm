@@ -19,7 +19,24 @@ Calls addressCallsAnd(const Calls& rest) {
   return all;
 }
 
-class NavigationTest : public CocoaTest {};
+class NavigationTest : public CocoaTest {
+ protected:
+  // What the legacy web view does for a script's `window.open`: it asks for a web view without a request, and loads the
+  // address into that web view.
+  WebView* openWindow(const std::string& address) {
+    WebView* const created = [[webView UIDelegate] webView:webView createWebViewWithRequest:nil];
+    navigate(created, [created mainFrame], address);
+    return created;
+  }
+
+  static void navigate(WebView* view, WebFrame* frame, const std::string& address) {
+    [[view policyDelegate] webView:view
+        decidePolicyForNavigationAction:[NSDictionary dictionary]
+                                request:requestFor(address)
+                                  frame:frame
+                       decisionListener:[PolicyListener listener]];
+  }
+};
 
 TEST_F(NavigationTest, TheFinishedSpinnerPageStartsTheSignIn) {
   launch();
@@ -156,7 +173,47 @@ TEST_F(NavigationTest, ANewWindowWithoutAddressIsIgnored) {
                              request:nil
                         newFrameName:nil
                     decisionListener:[PolicyListener listener]];
-  EXPECT_EQ(doubles::takeCalls(), (Calls{"ignore", "openURL nil"}));
+  EXPECT_EQ(doubles::takeCalls(), Calls{"ignore"});
+}
+
+TEST_F(NavigationTest, AScriptsWindowOpensInTheBrowser) {
+  signIn();
+  WebView* const created = openWindow("http://host/help?a=1&b=2");
+  EXPECT_THAT(doubles::takeCalls(), testing::IsSupersetOf({"ignore", "openURL http://host/help?a=1&b=2"}));
+  EXPECT_EQ([created window], nil);
+  EXPECT_EQ(openWindow("http://host/next"), created);
+  EXPECT_EQ(doubles::takeCalls(), (Calls{"ignore", "openURL http://host/next"}));
+}
+
+TEST_F(NavigationTest, AWindowWithARequestOpensAtOnce) {
+  signIn();
+  EXPECT_EQ([[webView UIDelegate] webView:webView createWebViewWithRequest:requestFor("http://host/help")], nil);
+  EXPECT_EQ(doubles::takeCalls(), Calls{"openURL http://host/help"});
+}
+
+TEST_F(NavigationTest, AnEmptyScriptsWindowOpensNothing) {
+  signIn();
+  for (const char* const address : {"about:blank", "ABOUT:blank#top", ""}) {
+    openWindow(address);
+    EXPECT_THAT(doubles::takeCalls(), testing::Not(Contains(HasSubstr("openURL")))) << address;
+  }
+}
+
+TEST_F(NavigationTest, AFrameOfAScriptsWindowOpensNothing) {
+  signIn();
+  WebView* const created = openWindow("about:blank");
+  WebFrame* const frame = [[WebFrame alloc] initWithWebView:created];
+  (void)doubles::takeCalls();
+  navigate(created, frame, "http://host/frame");
+  EXPECT_EQ(doubles::takeCalls(), Calls{"ignore"});
+  [frame release];
+}
+
+TEST_F(NavigationTest, NoWindowOpensAfterTheMessage) {
+  signIn();
+  finish("cb:/done");
+  openWindow("http://host/help");
+  EXPECT_THAT(doubles::takeCalls(), testing::Not(Contains(HasSubstr("openURL"))));
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ TEST_F(RunTest, AnEnterpriseSignInIsFollowed) {
 
 TEST_F(RunTest, AFailedLoadEndsWith2AndIsLogged) {
   EXPECT_EQ(run(signInAt("gone:/")), "<errorNo><error>2</error></errorNo>");
-  EXPECT_TRUE(endtoend::logSays("didFailProvisionalLoadWithError for URL gone:/"));
+  EXPECT_FALSE(endtoend::logSays("didFailProvisionalLoadWithError for URL gone:/"));
   EXPECT_TRUE(endtoend::logSays("didFailProvisionalLoadWithError Error code -1003"));
 }
 
@@ -58,8 +58,16 @@ TEST_F(RunTest, AClosedWindowEndsWith1) {
   EXPECT_EQ(run(signInAt("close:/")), "<errorNo><error>1</error></errorNo>");
 }
 
-TEST_F(RunTest, QuittingClosesTheWindow) {
+TEST_F(RunTest, QuittingEndsWith1) {
   EXPECT_EQ(run(signInAt("quit:/")), "<errorNo><error>1</error></errorNo>");
+}
+
+TEST_F(RunTest, TheEndOfTheSessionEndsWith1) {
+  EXPECT_EQ(run(signInAt("logout:/")), "<errorNo><error>1</error></errorNo>");
+}
+
+TEST_F(RunTest, TheApplicationIsActiveOnceShown) {
+  EXPECT_EQ(run(signInAt("active:/cb:/done")), "<result><URL>cb:/done</URL></result>");
 }
 
 TEST_F(RunTest, WithoutArgumentsTheOptionsAreMissing) {

@@ -176,6 +176,29 @@ TEST_F(RenameFolderTest, MovesBetweenFoldersAtAnyDepth) {
   EXPECT_EQ(contentsOf(t + "/other/deep/old/file"), "new");
 }
 
+// "/.." does not fit behind the path.
+TEST_F(RenameFolderTest, MovesFromTheLongestPath) {
+  makeApp(app, "old");
+  std::string deep = t + "/d";
+  ASSERT_TRUE(support::makeDeepFolder(deep, static_cast<int>(4090 - deep.size()) / 2));
+  while (deep.size() < 4090)
+    deep += "/d";
+  support::writeFile(deep + "/n", "new");
+  EXPECT_TRUE(util_renameFolderToFolder(deep + "/n", app));
+  EXPECT_EQ(contentsOf(app), "new");
+}
+
+TEST_F(RenameFolderTest, ParentsNeedNotBeReadable) {
+  makeApp(app, "old");
+  makeFolder(t + "/closed");
+  makeFolder(t + "/closed/inner");
+  makeApp(t + "/closed/inner/new", "new");
+  ASSERT_EQ(::chmod((t + "/closed").c_str(), 0100), 0);
+  EXPECT_TRUE(withoutPowers([&] { return util_renameFolderToFolder(t + "/closed/inner/new", app); }));
+  ASSERT_EQ(::chmod((t + "/closed").c_str(), 0700), 0);
+  EXPECT_EQ(contentsOf(app + "/file"), "new");
+}
+
 TEST_F(RenameFolderTest, KeepsTheTargetAcrossFileSystems) {
   makeApp(app, "current");
   makeFolder(t + "/mount");

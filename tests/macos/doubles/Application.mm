@@ -18,7 +18,9 @@ void keyDown(NSWindow*, SEL, NSEvent* event) {
   record("super keyDown " + text([event charactersIgnoringModifiers]));
 }
 
+// Throws for nil, as on macOS.
 BOOL openUrl(NSWorkspace*, SEL, NSURL* url) {
+  if (url == nil) [NSException raise:NSInvalidArgumentException format:@"nil URL"];
   record("openURL " + text(url));
   [openedUrl release];
   openedUrl = [url retain];

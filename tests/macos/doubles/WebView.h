@@ -17,7 +17,7 @@
 // Creates a main frame or a sub-frame.
 - (id)initWithWebView:(WebView*)webView;
 
-// Sets the request of the shown page; nil: no page.
+// Sets the request of the committed page; nil: no page. A provisional load has not changed it.
 - (void)showRequest:(NSURLRequest*)request;
 @end
 

@@ -172,6 +172,15 @@ std::function<void(WebView*, WebFrame*, NSURLRequest*)> onLoadRequest;
   return _policyDelegate;
 }
 
+- (void)setUIDelegate:(id<WebUIDelegate>)delegate {
+  record(std::string("setUIDelegate ") + object_getClassName(delegate));
+  _uiDelegate = delegate;
+}
+
+- (id<WebUIDelegate>)UIDelegate {
+  return _uiDelegate;
+}
+
 @end
 
 @implementation PolicyListener

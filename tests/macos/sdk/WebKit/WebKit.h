@@ -26,8 +26,18 @@
 - (void)webView:(WebView*)sender didFailLoadWithError:(NSError*)error forFrame:(WebFrame*)frame;
 @end
 
+@protocol WebUIDelegate <NSObject>
+@optional
+- (WebView*)webView:(WebView*)sender createWebViewWithRequest:(NSURLRequest*)request;
+@end
+
 @protocol WebPolicyDelegate <NSObject>
 @optional
+- (void)webView:(WebView*)webView
+    decidePolicyForNavigationAction:(NSDictionary*)actionInformation
+                            request:(NSURLRequest*)request
+                              frame:(WebFrame*)frame
+                   decisionListener:(id<WebPolicyDecisionListener>)listener;
 - (void)webView:(WebView*)webView
     decidePolicyForNewWindowAction:(NSDictionary*)actionInformation
                            request:(NSURLRequest*)request
@@ -78,6 +88,7 @@ SDK_DEPRECATED
   WebFrame* _mainFrame;
   id _frameLoadDelegate;
   id _policyDelegate;
+  id _uiDelegate;
 }
 - (WebPreferences*)preferences SDK_DEPRECATED;
 - (WebFrame*)mainFrame SDK_DEPRECATED;
@@ -85,4 +96,6 @@ SDK_DEPRECATED
 - (id<WebFrameLoadDelegate>)frameLoadDelegate SDK_DEPRECATED;
 - (void)setPolicyDelegate:(id<WebPolicyDelegate>)delegate SDK_DEPRECATED;
 - (id<WebPolicyDelegate>)policyDelegate SDK_DEPRECATED;
+- (void)setUIDelegate:(id<WebUIDelegate>)delegate SDK_DEPRECATED;
+- (id<WebUIDelegate>)UIDelegate SDK_DEPRECATED;
 @end
