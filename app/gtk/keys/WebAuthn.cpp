@@ -106,17 +106,10 @@ Bytes withoutAaguid(Bytes authenticatorData) {
 }
 
 Bytes attestationObject(const Bytes& authenticatorData) {
-  constexpr std::string_view kBeginning =
-      "\xa3\x63"
-      "fmt"
-      "\x64"
-      "none"
-      "\x67"
-      "attStmt"
-      "\xa0\x68"
-      "authData";  // a map of three
-  return joined(
-      {Bytes(kBeginning.begin(), kBeginning.end()), byteStringHead(authenticatorData.size()), authenticatorData});
+  // A map of three. Each text follows its head.
+  const Bytes beginning{0xa3, 0x63, 'f', 'm', 't',  0x64, 'n', 'o', 'n', 'e', 0x67, 'a', 't', 't',
+                        'S',  't',  'm', 't', 0xa0, 0x68, 'a', 'u', 't', 'h', 'D',  'a', 't', 'a'};
+  return joined({beginning, byteStringHead(authenticatorData.size()), authenticatorData});
 }
 
 std::optional<Bytes> publicKeyDer(int algorithm, const Bytes& key) {
