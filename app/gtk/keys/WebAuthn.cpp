@@ -7,6 +7,8 @@
 #include <memory>
 #include <string_view>
 
+#include "app/gtk/Glib.h"
+
 namespace {
 
 constexpr std::size_t kMaxHost = 253;
@@ -14,6 +16,8 @@ constexpr std::size_t kFlags = 32;   // offset in authenticator data, after the 
 constexpr std::size_t kAaguid = 37;  // after flags and counter
 constexpr std::size_t kAaguidSize = 16;
 constexpr std::uint8_t kHasCredential = 0x40;  // flag AT
+constexpr std::uint8_t kUserPresent = 0x01;
+constexpr std::uint8_t kUserVerified = 0x04;
 
 constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
 
@@ -96,6 +100,23 @@ bool mayUse(const std::string& host, const std::string& rpId) {
 std::string clientDataJson(const std::string& type, const Bytes& challenge, const std::string& origin) {
   return "{\"type\":" + quoted(type) + ",\"challenge\":" + quoted(toBase64Url(challenge)) +
          ",\"origin\":" + quoted(origin) + ",\"crossOrigin\":false}";
+}
+
+Bytes sha256(const std::string& text) {
+  const Owned<GChecksum, g_checksum_free> checksum(g_checksum_new(G_CHECKSUM_SHA256));
+  g_checksum_update(checksum.get(), reinterpret_cast<const guchar*>(text.data()), static_cast<gssize>(text.size()));
+  Bytes hash(32);
+  gsize size = hash.size();
+  g_checksum_get_digest(checksum.get(), hash.data(), &size);
+  return hash;
+}
+
+bool isFor(const Bytes& rpIdHash, UserVerification userVerification, const Bytes& authenticatorData) {
+  if (authenticatorData.size() < kAaguid) return false;
+  if (!std::equal(rpIdHash.begin(), rpIdHash.end(), authenticatorData.begin(), authenticatorData.begin() + kFlags))
+    return false;
+  const unsigned needed = userVerification == UserVerification::kRequired ? kUserPresent | kUserVerified : kUserPresent;
+  return (authenticatorData[kFlags] & needed) == needed;
 }
 
 Bytes withoutAaguid(Bytes authenticatorData) {

@@ -79,6 +79,12 @@ bool mayUse(const std::string& host, const std::string& rpId);
 //     => {"type":"webauthn.get","challenge":"AQID","origin":"https://a.example","crossOrigin":false}
 std::string clientDataJson(const std::string& type, const Bytes& challenge, const std::string& origin);
 
+Bytes sha256(const std::string& text);
+
+// Whether authenticator data (section 6.1) are for the RP ID or AppID with this hash, and say that the user was present
+// and, where `userVerification` requires it, verified.
+bool isFor(const Bytes& rpIdHash, UserVerification userVerification, const Bytes& authenticatorData);
+
 // Replaces the AAGUID of authenticator data (section 6.1) by zeros, as for attestation "none" (section 5.1.3, step 21).
 // Data without attested credential data are returned unchanged.
 Bytes withoutAaguid(Bytes authenticatorData);

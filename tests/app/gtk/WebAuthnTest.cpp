@@ -110,6 +110,23 @@ TEST(AttestationTest, LosesTheModelOfTheKey) {
   EXPECT_EQ(withoutAaguid(data), data);
 }
 
+TEST(AuthenticatorDataTest, IsForOneRelyingParty) {
+  const Bytes hash = sha256("a.example");
+  EXPECT_EQ(toBase64Url(sha256("abc")), "ungWv48Bz-pBQUDeXa4iI7ADYaOWF3qctBD_YfIAFa0");
+  Bytes data = hash;
+  data.insert(data.end(), {0x01, 0, 0, 0, 0});
+  EXPECT_TRUE(isFor(hash, UserVerification::kPreferred, data));
+  EXPECT_FALSE(isFor(hash, UserVerification::kRequired, data));
+  EXPECT_FALSE(isFor(sha256("b.example"), UserVerification::kPreferred, data));
+  data[32] = 0x05;
+  EXPECT_TRUE(isFor(hash, UserVerification::kRequired, data));
+  data[32] = 0x04;
+  EXPECT_FALSE(isFor(hash, UserVerification::kRequired, data));
+  EXPECT_FALSE(isFor(hash, UserVerification::kDiscouraged, data));
+  EXPECT_FALSE(isFor(hash, UserVerification::kDiscouraged, Bytes(hash)));
+  EXPECT_FALSE(isFor(hash, UserVerification::kDiscouraged, {}));
+}
+
 TEST(PublicKeyTest, HasTheFormOfACertificatesKey) {
   const Bytes p256 = publicKeyDer(kEs256, sequence(64)).value();
   EXPECT_THAT(p256, SizeIs(91));
