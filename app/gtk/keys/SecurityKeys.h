@@ -22,22 +22,13 @@
 #include <vector>
 
 #include "app/gtk/Glib.h"
+#include "app/gtk/keys/Protocol.h"
 #include "app/gtk/keys/WebAuthn.h"
-
-// In bytes of UTF-8 (CTAP 2.1, section 6.5.1). A PIN contains no line break.
-inline constexpr std::size_t kMaxKeyPin = 63;
 
 // An account whose credential a key holds. One of the two names may be empty.
 struct KeyAccount {
   std::string name;
   std::string displayName;
-};
-
-enum class KeyError {
-  kNotAllowed,    // no key has a credential, the user refused at the key, or the time is over
-  kInvalidState,  // the key has one of the excluded credentials
-  kConstraint,    // the key can neither store a credential nor verify the user as required
-  kNotSupported,  // the key has none of the algorithms
 };
 
 class SecurityKeys {
@@ -76,7 +67,7 @@ class SecurityKeys {
 
  private:
   void run(GVariant* request, std::chrono::milliseconds timeout, Events events);
-  void send(std::string answer);
+  void answer(const char* text);
   void readLine();
   void receive(const std::string& line);
   void receiveRegistration(GVariant* value);
