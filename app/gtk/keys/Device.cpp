@@ -59,6 +59,7 @@ Device::~Device() {
   if (handle_ == nullptr) return;
   const std::lock_guard<std::mutex> guard(openDevicesLock);
   openDevices.erase(handle_);
+  (void)fido_dev_cancel(handle_);  // a key that still waits would be busy when it is opened again
   (void)fido_dev_close(handle_);
   fido_dev_free(&handle_);
 }
