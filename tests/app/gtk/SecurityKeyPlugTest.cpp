@@ -145,4 +145,13 @@ TEST_F(SecurityKeyPlugTest, EndsWhenTheUserRefusesAtTheKey) {
   EXPECT_EQ(failed, KeyError::kNotAllowed);
 }
 
+TEST_F(SecurityKeyPlugTest, OpensAKeyAgainThatDoesNotReply) {
+  keys.plug("a", kTouched);
+  keys.at("a", kGetInfo, R"("hang")");
+  start(registration());
+  ASSERT_TRUE(keys.waitFor("hanging a"));
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(registered);
+}
+
 }  // namespace
