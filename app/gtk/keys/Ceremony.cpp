@@ -104,7 +104,7 @@ std::vector<std::string> Ceremony::usableKeys() {
   return usable;
 }
 
-// Returns null when another key is plugged in or pulled out.
+// Returns null when another key is plugged in or pulled out, or one does not wait any longer.
 std::unique_ptr<Device> Ceremony::touchedOf(const std::vector<std::string>& paths) {
   std::vector<std::unique_ptr<Device>> keys;
   for (const std::string& each : paths) {
@@ -122,9 +122,6 @@ std::unique_ptr<Device> Ceremony::touchedOf(const std::vector<std::string>& path
       touched = std::move(each);
       break;
     }
-  }
-  for (const std::unique_ptr<Device>& each : keys) {
-    if (each) (void)fido_dev_cancel(each->handle());
   }
   return touched;
 }

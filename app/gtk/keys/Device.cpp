@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kMaxDevices = 16;
 constexpr std::size_t kMaxU2fId = 255;
+constexpr int kOpenTimeout = 3000;  // milliseconds; nothing then waits for the user
 
 std::mutex openDevicesLock;
 std::set<fido_dev_t*> openDevices;
@@ -46,33 +47,35 @@ Device::Device(const std::string& path) : path_(path) {
     if (path == fido_dev_info_path(each)) handle_ = fido_dev_new_with_info(each);
   }
   if (handle_ == nullptr) return;
-  const std::lock_guard<std::mutex> guard(openDevicesLock);
-  if (fido_dev_open_with_info(handle_) != FIDO_OK) {
+  (void)fido_dev_set_timeout(handle_, kOpenTimeout);
+  if (fido_dev_open_with_info(handle_) != FIDO_OK || !readInfo()) {
+    (void)fido_dev_close(handle_);
     fido_dev_free(&handle_);
     return;
   }
+  (void)fido_dev_set_timeout(handle_, -1);
+  const std::lock_guard<std::mutex> guard(openDevicesLock);
   openDevices.insert(handle_);
-  readInfo();
 }
 
 Device::~Device() {
   if (handle_ == nullptr) return;
   const std::lock_guard<std::mutex> guard(openDevicesLock);
   openDevices.erase(handle_);
+  (void)fido_dev_cancel(handle_);  // a key that still waits would be busy when it is opened again
   (void)fido_dev_close(handle_);
   fido_dev_free(&handle_);
 }
 
-void Device::readInfo() {
-  const FidoOwned<fido_cbor_info_t, fido_cbor_info_free> info(fido_cbor_info_new());
-  const bool isCtap2 = fido_dev_is_fido2(handle_) && fido_dev_get_cbor_info(handle_, info.get()) == FIDO_OK;
-  if (!isCtap2) {
-    fido_dev_force_u2f(handle_);
+bool Device::readInfo() {
+  if (!fido_dev_is_fido2(handle_)) {
     info_.algorithms = {COSE_ES256};
     info_.maxCredentialId = kMaxU2fId;
     info_.transports = {"usb"};
-    return;
+    return true;
   }
+  const FidoOwned<fido_cbor_info_t, fido_cbor_info_free> info(fido_cbor_info_new());
+  if (fido_dev_get_cbor_info(handle_, info.get()) != FIDO_OK) return false;
   info_.isCtap2 = true;
   info_.hasPin = fido_dev_has_pin(handle_);
   info_.hasBuiltInVerification = fido_dev_has_uv(handle_);
@@ -90,6 +93,7 @@ void Device::readInfo() {
   info_.transports.emplace_back("usb");
   info_.maxCredentials = fido_cbor_info_maxcredcntlst(info.get());
   info_.maxCredentialId = fido_cbor_info_maxcredidlen(info.get());
+  return true;
 }
 
 void cancelOpenDevicesAndExit() {

@@ -50,7 +50,7 @@ class Device {
   const KeyInfo& info() const { return info_; }
 
  private:
-  void readInfo();
+  bool readInfo();
 
   std::string path_;
   fido_dev_t* handle_ = nullptr;

@@ -75,12 +75,15 @@ void SecurityKeys::run(GVariant* request, std::chrono::milliseconds timeout, Eve
   readLine();
 }
 
-// Normalized, as CTAP 2.1 (section 6.5.1) requires.
+// Normalized, as CTAP 2.1 (section 6.5.1) requires. GLib leaves copies of what it normalizes; ASCII needs none.
 void SecurityKeys::givePin(std::string pin) {
-  const Owned<char, g_free> normalized(g_utf8_normalize(pin.c_str(), -1, G_NORMALIZE_NFC));
+  if (g_str_is_ascii(pin.c_str()) != FALSE) {
+    answer(pin.c_str());
+  } else {
+    const Owned<char, g_free> normalized(g_utf8_normalize(pin.c_str(), -1, G_NORMALIZE_NFC));
+    answer(orEmpty(normalized.get()));
+  }
   explicit_bzero(pin.data(), pin.size());
-  answer(normalized ? normalized.get() : "");
-  if (normalized) explicit_bzero(normalized.get(), strlen(normalized.get()));
 }
 
 void SecurityKeys::chooseAccount(std::size_t index) {

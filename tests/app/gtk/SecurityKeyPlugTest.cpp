@@ -64,6 +64,20 @@ TEST_F(SecurityKeyPlugTest, UsesTheKeyThatIsTouched) {
   EXPECT_TRUE(asserted);
 }
 
+TEST_F(SecurityKeyPlugTest, AsksAllKeysAgainWhenOneGivesUp) {
+  keys.plug("a");
+  keys.plug("b");
+  keys.at("b", kMakeCredential, "47");  // USER_ACTION_TIMEOUT
+  start(registration());
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  ASSERT_TRUE(keys.waitFor("cancelled a"));
+  ASSERT_TRUE(keys.waitFor("waiting b"));
+  keys.touch("b");
+  keys.touch("b");
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(registered);
+}
+
 TEST_F(SecurityKeyPlugTest, WaitsLongerThanTheKey) {
   keys.plug("a", kTouched);
   keys.at("a", kMakeCredential, "47");  // USER_ACTION_TIMEOUT
@@ -88,6 +102,15 @@ TEST_F(SecurityKeyPlugTest, ACancelledKeyStopsWaiting) {
   EXPECT_FALSE(registered || failed);
 }
 
+// U2F knows no cancellation.
+TEST_F(SecurityKeyPlugTest, ACancelledU2fKeyIsReleased) {
+  keys.plug("a", R"("u2f": true)");
+  start(registration());
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  securityKeys.cancel();
+  EXPECT_TRUE(keys.waitFor("closed a"));
+}
+
 TEST_F(SecurityKeyPlugTest, ANewCeremonyCancelsThePreviousOne) {
   keys.plug("a");
   start(registration());
@@ -106,6 +129,7 @@ TEST_F(SecurityKeyPlugTest, AHangingKeyDoesNotBlock) {
   start(registration());
   ASSERT_TRUE(keys.waitFor("hanging a"));
   securityKeys.cancel();
+  ASSERT_TRUE(keys.waitFor("closed a"));
   keys.plug("a", kTouched);
   start(registration());
   ASSERT_TRUE(waitForEnd());
@@ -119,6 +143,15 @@ TEST_F(SecurityKeyPlugTest, EndsWhenTheUserRefusesAtTheKey) {
   keys.refuse("a");
   ASSERT_TRUE(waitForEnd());
   EXPECT_EQ(failed, KeyError::kNotAllowed);
+}
+
+TEST_F(SecurityKeyPlugTest, OpensAKeyAgainThatDoesNotReply) {
+  keys.plug("a", kTouched);
+  keys.at("a", kGetInfo, R"("hang")");
+  start(registration());
+  ASSERT_TRUE(keys.waitFor("hanging a"));
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(registered);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/linux/Glib.h"
+#include "tests/support/Environment.h"
 
 namespace {
 
@@ -24,6 +25,7 @@ std::string quoted(const std::string& text) {
 
 // The verdict of a relying party.
 std::string verdict(const std::string& request) {
+  const support::Variable withoutLibraries("LD_PRELOAD", std::nullopt);
   const platform::Owned<GSubprocess> process(
       g_subprocess_new(static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDIN_PIPE | G_SUBPROCESS_FLAGS_STDOUT_PIPE),
                        nullptr, "/usr/bin/python3", RELYING_PARTY, nullptr));

@@ -9,9 +9,9 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -26,7 +26,7 @@ int connectWith(std::string_view request) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (path == nullptr || std::strlen(path) >= sizeof(address.sun_path)) return -1;
-  std::strcpy(address.sun_path, path);
+  std::memcpy(address.sun_path, path, std::strlen(path));
   const int link = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   const bool isConnected = ::connect(link, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 &&
                            ::send(link, request.data(), request.size(), MSG_NOSIGNAL) > 0;
@@ -36,20 +36,20 @@ int connectWith(std::string_view request) {
 }
 
 int linkOf(void* handle) {
-  return static_cast<int>(reinterpret_cast<std::intptr_t>(handle));
+  return *static_cast<int*>(handle);
 }
 
 void* openKey(const char* name) {
   const int link = connectWith(name);
   std::array<char, 8> reply{};
-  if (link >= 0 && ::recv(link, reply.data(), reply.size(), 0) > 0)
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(link));
+  if (link >= 0 && ::recv(link, reply.data(), reply.size(), 0) > 0) return std::make_unique<int>(link).release();
   if (link >= 0) ::close(link);
   return nullptr;
 }
 
 void closeKey(void* handle) {
-  ::close(linkOf(handle));
+  const std::unique_ptr<int> link(static_cast<int*>(handle));
+  ::close(*link);
 }
 
 int readFrame(void* handle, unsigned char* data, std::size_t size, int milliseconds) {
