@@ -1,6 +1,7 @@
 // The whole way from a page to a security key and back. A relying party of others verifies what the page gets.
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <fstream>
 #include <string>
@@ -180,6 +181,39 @@ TEST_F(SecurityKeyFlowTest, ANavigationEndsTheWaitOfTheKey) {
   site.release("/go");
   EXPECT_TRUE(keys.waitFor("cancelled a"));
   untilRequested("/next");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// Both documents listen for replies to the one before. A click is lost while the new page is not shown yet.
+TEST_F(SecurityKeyFlowTest, AReplyReachesNoOtherDocument) {
+  constexpr std::ptrdiff_t kTimes = 50;
+  site.serve("/asked", page(""));
+  site.serve("/next", page("<script>addEventListener('svo-credentials-reply', () => fetch('/leak'));"
+                           "onload = () => setTimeout(() => { location = '" +
+                           onLocalhost("/signin") + "' })</script>"));
+  keys.plug("a", R"("touched": true)");
+  startAsking(R"(
+    let hasAsked = false;
+    addEventListener('svo-credentials-reply', () => hasAsked || fetch('/leak'));
+    onclick = () => {
+      if (hasAsked) return;
+      hasAsked = true;
+      fetch('/asked');
+      navigator.credentials.create(registration()).then(() => report('granted'), () => {});
+      setTimeout(() => { location = ')" +
+              site.address("/next") + R"(' }, Math.random() * 300);
+    };)");
+  const auto count = [&](const char* line) {
+    const std::vector<std::string> all = site.requestLines();
+    return std::count(all.begin(), all.end(), line);
+  };
+  for (std::ptrdiff_t i = 1; i <= kTimes; ++i) {
+    until("the first page", [&] { return count("GET /report?what=loaded") >= i; });
+    do {
+      clickPage();
+    } while (!tools::waitUntil([&] { return count("GET /asked") == i; }, std::chrono::milliseconds(100)));
+  }
+  EXPECT_FALSE(site.wasRequested("GET /leak"));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
