@@ -1,5 +1,7 @@
 // The whole way from a page to a security key and back. A relying party of others verifies what the page gets.
 
+#include <signal.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
@@ -7,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/endtoend/Processes.h"
 #include "tests/endtoend/SecurityKeyTest.h"
 #include "tests/support/Shell.h"
 
@@ -181,6 +184,62 @@ TEST_F(SecurityKeyFlowTest, ANavigationEndsTheWaitOfTheKey) {
   site.release("/go");
   EXPECT_TRUE(keys.waitFor("cancelled a"));
   untilRequested("/next");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyFlowTest, AnAbortEndsTheWaitOfTheKey) {
+  site.serve("/go", page(""));
+  site.hold("/go");
+  keys.plug("a");
+  startAsking(R"(onclick = () => {
+    const controller = new AbortController();
+    tell(navigator.credentials.create({ ...registration(), signal: controller.signal }));
+    fetch('/go').then(() => controller.abort());
+  })");
+  clickPage();
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  site.release("/go");
+  untilReported("AbortError");
+  EXPECT_TRUE(keys.waitFor("cancelled a"));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyFlowTest, AKilledPageEndsTheWaitOfTheKey) {
+  keys.plug("a");
+  startWith("[['create']]");
+  clickPage();
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  const auto process = descendantNamed(run->pid(), "WebKitWebProces");
+  ASSERT_TRUE(process);
+  kill(*process, SIGKILL);
+  EXPECT_EQ(message(), kLoadFailed);
+  EXPECT_TRUE(keys.waitFor("cancelled a"));
+}
+
+TEST_F(SecurityKeyFlowTest, AKeyMayBePulledOutAtItsPin) {
+  startWith("[['create', () => ({ authenticatorSelection: { userVerification: 'required' } })]]");
+  clickPage();
+  const int end = untilPromptEndsBelow(0);
+  keys.plug("a", R"("pin": "1234", "touched": true)");
+  (void)untilPromptEndsBelow(end);
+  keys.pull("a");
+  screen.type("1234");
+  screen.press(XK_Return);
+  until("the prompt without a PIN", [&] { return promptIn(picture()).end <= end; });
+  replyWith(XK_Escape);
+  EXPECT_EQ(outcome(), "NotAllowedError");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyFlowTest, ALockedPinIsReported) {
+  startWith("[['create', () => ({ authenticatorSelection: { userVerification: 'required' } })]]");
+  clickPage();
+  int end = untilPromptEndsBelow(0);
+  keys.plug("a", R"("pin": "1234", "tries": 1, "touched": true)");
+  end = enterPin("4321", end);
+  until("the prompt without a PIN", [&] { return showsPrompt(picture()) && promptIn(picture()).end < end; });
+  replyWith(XK_Escape);
+  EXPECT_EQ(outcome(), "NotAllowedError");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
