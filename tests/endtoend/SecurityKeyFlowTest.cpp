@@ -1,11 +1,15 @@
 // The whole way from a page to a security key and back. A relying party of others verifies what the page gets.
 
+#include <signal.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "tests/endtoend/Processes.h"
 #include "tests/endtoend/SecurityKeyTest.h"
 #include "tests/support/Shell.h"
 
@@ -180,6 +184,95 @@ TEST_F(SecurityKeyFlowTest, ANavigationEndsTheWaitOfTheKey) {
   site.release("/go");
   EXPECT_TRUE(keys.waitFor("cancelled a"));
   untilRequested("/next");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyFlowTest, AnAbortEndsTheWaitOfTheKey) {
+  site.serve("/go", page(""));
+  site.hold("/go");
+  keys.plug("a");
+  startAsking(R"(onclick = () => {
+    const controller = new AbortController();
+    tell(navigator.credentials.create({ ...registration(), signal: controller.signal }));
+    fetch('/go').then(() => controller.abort());
+  })");
+  clickPage();
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  site.release("/go");
+  untilReported("AbortError");
+  EXPECT_TRUE(keys.waitFor("cancelled a"));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyFlowTest, AKilledPageEndsTheWaitOfTheKey) {
+  keys.plug("a");
+  startWith("[['create']]");
+  clickPage();
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  const auto process = descendantNamed(run->pid(), "WebKitWebProces");
+  ASSERT_TRUE(process);
+  kill(*process, SIGKILL);
+  EXPECT_EQ(message(), kLoadFailed);
+  EXPECT_TRUE(keys.waitFor("cancelled a"));
+}
+
+TEST_F(SecurityKeyFlowTest, AKeyMayBePulledOutAtItsPin) {
+  startWith("[['create', () => ({ authenticatorSelection: { userVerification: 'required' } })]]");
+  clickPage();
+  const int end = untilPromptEndsBelow(0);
+  keys.plug("a", R"("pin": "1234", "touched": true)");
+  (void)untilPromptEndsBelow(end);
+  keys.pull("a");
+  screen.type("1234");
+  screen.press(XK_Return);
+  until("the prompt without a PIN", [&] { return promptIn(picture()).end <= end; });
+  replyWith(XK_Escape);
+  EXPECT_EQ(outcome(), "NotAllowedError");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyFlowTest, ALockedPinIsReported) {
+  startWith("[['create', () => ({ authenticatorSelection: { userVerification: 'required' } })]]");
+  clickPage();
+  int end = untilPromptEndsBelow(0);
+  keys.plug("a", R"("pin": "1234", "tries": 1, "touched": true)");
+  end = enterPin("4321", end);
+  until("the prompt without a PIN", [&] { return showsPrompt(picture()) && promptIn(picture()).end < end; });
+  replyWith(XK_Escape);
+  EXPECT_EQ(outcome(), "NotAllowedError");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// Both documents listen for replies to the one before. A click is lost while the new page is not shown yet.
+TEST_F(SecurityKeyFlowTest, AReplyReachesNoOtherDocument) {
+  constexpr std::ptrdiff_t kTimes = 50;
+  site.serve("/asked", page(""));
+  site.serve("/next", page("<script>addEventListener('svo-credentials-reply', () => fetch('/leak'));"
+                           "onload = () => setTimeout(() => { location = '" +
+                           onLocalhost("/signin") + "' })</script>"));
+  keys.plug("a", R"("touched": true)");
+  startAsking(R"(
+    let hasAsked = false;
+    addEventListener('svo-credentials-reply', () => hasAsked || fetch('/leak'));
+    onclick = () => {
+      if (hasAsked) return;
+      hasAsked = true;
+      fetch('/asked');
+      navigator.credentials.create(registration()).then(() => report('granted'), () => {});
+      setTimeout(() => { location = ')" +
+              site.address("/next") + R"(' }, Math.random() * 300);
+    };)");
+  const auto count = [&](const char* line) {
+    const std::vector<std::string> all = site.requestLines();
+    return std::count(all.begin(), all.end(), line);
+  };
+  for (std::ptrdiff_t i = 1; i <= kTimes; ++i) {
+    until("the first page", [&] { return count("GET /report?what=loaded") >= i; });
+    do {
+      clickPage();
+    } while (!tools::waitUntil([&] { return count("GET /asked") == i; }, std::chrono::milliseconds(100)));
+  }
+  EXPECT_FALSE(site.wasRequested("GET /leak"));
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -5,18 +5,18 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string_view>
+#include <string>
 #include <system_error>
 
 namespace {
 
 // The item "usage page 0xF1D0" of a HID report descriptor (CTAP 2.1, section 11.2.8.1).
-constexpr std::string_view kUsagePage("\x06\xd0\xf1", 3);
+constexpr char kUsagePage[] = {'\x06', '\xd0', '\xf1'};
 
 bool isKey(const std::filesystem::path& device) {
   std::ifstream file(device / "device" / "report_descriptor", std::ios::binary);
   const std::string descriptor(std::istreambuf_iterator<char>(file), {});
-  return descriptor.find(kUsagePage) != std::string::npos;
+  return descriptor.find(kUsagePage, 0, sizeof(kUsagePage)) != std::string::npos;
 }
 
 }  // namespace

@@ -109,7 +109,7 @@ class Credentials::Reply {
 };
 
 struct Credentials::Ceremony {
-  Ceremony(Reply replyTo, const CredentialRequest& request, const Site& site, std::string relyingParty)
+  Ceremony(Reply replyTo, const CredentialRequest& request, const Site& site, const std::string& relyingParty)
       : id(request.id),
         reply(std::move(replyTo)),
         isRegistration(std::holds_alternative<Registration>(request.options)),
