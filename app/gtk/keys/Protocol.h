@@ -17,7 +17,7 @@ inline constexpr std::size_t kMaxKeyPin = 63;
 enum class KeyError {
   kNotAllowed,    // no key has a credential, the user refused at the key, or the time is over
   kInvalidState,  // the key has one of the excluded credentials
-  kConstraint,    // the key can neither store a credential nor verify the user as required
+  kConstraint,    // the key cannot store a credential or verify the user, as required
   kNotSupported,  // the key has none of the algorithms
 };
 
