@@ -142,7 +142,6 @@ Credentials::Credentials(WebKitUserContentManager* content, PagePrompts& prompts
 
 Credentials::~Credentials() {
   g_signal_handlers_disconnect_by_data(content_, this);
-  if (ceremony_) keys_.cancel();
 }
 
 void Credentials::navigationStarted() {
