@@ -25,6 +25,7 @@ Answer::~Answer() {
 
 void Answer::clear() {
   explicit_bzero(text_.data(), text_.size());
+  size_ = 0;
 }
 
 std::string Answers::readRequest() {
@@ -39,30 +40,40 @@ Answers::Answers() {
   std::thread([this] { read(); }).detach();
 }
 
+unsigned Answers::ask() {
+  const std::lock_guard<std::mutex> guard(lock_);
+  answer_.clear();
+  return ++asked_;
+}
+
 bool Answers::wait(std::chrono::milliseconds time, Answer& to) {
   std::unique_lock<std::mutex> guard(lock_);
-  if (!arrived_.wait_for(guard, time, [this] { return hasNext_; })) return false;
-  to.text_ = next_.text_;
-  next_.clear();
-  hasNext_ = false;
+  if (!arrived_.wait_for(guard, time, [this] { return answered_ == asked_; })) return false;
+  to.text_ = answer_.text_;
+  answer_.clear();
   return true;
 }
 
-void Answers::read() {
-  Answer line;
-  std::size_t size = 0;
+// Returns false at the end of the input. What is longer than a PIN is dropped.
+bool Answers::readAnswer(unsigned& question, Answer& to) {
   char each = 0;
+  question = 0;
+  while (readByte(each) && each >= '0' && each <= '9')
+    question = question * 10 + static_cast<unsigned>(each - '0');
   while (readByte(each)) {
-    if (each != '\n') {
-      if (size < kMaxKeyPin) line.text_[size++] = each;
-      continue;
-    }
-    each = 0;
+    if (each == '\n') return true;
+    if (to.size_ < kMaxKeyPin) to.text_[to.size_++] = each;
+  }
+  return false;
+}
+
+void Answers::read() {
+  unsigned question = 0;
+  for (Answer line; readAnswer(question, line); line.clear()) {
     const std::lock_guard<std::mutex> guard(lock_);
-    next_.text_ = line.text_;
-    hasNext_ = true;
-    line.clear();
-    size = 0;
+    if (question != asked_) continue;
+    answer_.text_ = line.text_;
+    answered_ = question;
     arrived_.notify_one();
   }
   // A key that hangs does not keep the process from ending.

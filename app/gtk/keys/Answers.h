@@ -1,6 +1,8 @@
 // Reads standard input: the request, then the answers of the user. Ends the process when the input ends.
 //
 // - An answer may be a PIN: its copies here are overwritten.
+// - An answer is only used for the question whose number it has: a PIN for a key that has been pulled out never reaches
+//   another key.
 
 #pragma once
 
@@ -13,7 +15,7 @@
 
 #include "app/gtk/keys/Protocol.h"
 
-// A line with a terminating NUL; overwritten at the end of its life.
+// A text with a terminating NUL; overwritten at the end of its life.
 class Answer {
  public:
   Answer() = default;
@@ -28,6 +30,7 @@ class Answer {
  private:
   friend class Answers;
   std::array<char, kMaxKeyPin + 1> text_{};
+  std::size_t size_ = 0;
 };
 
 class Answers {
@@ -42,14 +45,19 @@ class Answers {
   Answers(const Answers&) = delete;
   Answers& operator=(const Answers&) = delete;
 
-  // Waits for the next answer. Returns false after `time`.
+  // Returns the number of a new question. Answers to earlier ones are dropped.
+  unsigned ask();
+
+  // Waits for the answer to the last question. Returns false after `time`.
   bool wait(std::chrono::milliseconds time, Answer& to);
 
  private:
   void read();
+  static bool readAnswer(unsigned& question, Answer& to);
 
   std::mutex lock_;
   std::condition_variable arrived_;
-  Answer next_;
-  bool hasNext_ = false;
+  unsigned asked_ = 0;
+  unsigned answered_ = 0;  // `answer_` is for this question
+  Answer answer_;
 };

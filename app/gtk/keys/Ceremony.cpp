@@ -220,7 +220,7 @@ Ceremony::Step Ceremony::chooseAccount(const Device& key, const fido_assert_t* a
   }
   const Variant list(g_variant_ref_sink(g_variant_builder_end(&accounts)));
   if (!areNamed) return Step::kDone;
-  report_(kHasAccounts, list.get());
+  report_(kHasAccounts, g_variant_new("(u@a(ss))", answers_.ask(), list.get()));
   Answer answer;
   if (!waitForAnswer(key, answer)) return Step::kOtherKey;
   chosen = std::strtoul(answer.text(), nullptr, 10);
@@ -270,7 +270,7 @@ int Ceremony::askPin(const Device& key, bool wasWrong, Answer& pin) {
   int triesLeft = -1;
   if (fido_dev_get_retry_count(key.handle(), &triesLeft) != FIDO_OK) triesLeft = -1;
   if (triesLeft == 0) return FIDO_ERR_PIN_BLOCKED;
-  report_(kNeedsPin, g_variant_new("(ib)", triesLeft, wasWrong ? TRUE : FALSE));
+  report_(kNeedsPin, g_variant_new("(uib)", answers_.ask(), triesLeft, wasWrong ? TRUE : FALSE));
   return waitForAnswer(key, pin) ? FIDO_OK : FIDO_ERR_RX;
 }
 

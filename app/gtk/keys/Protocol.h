@@ -17,7 +17,7 @@ inline constexpr std::size_t kMaxKeyPin = 63;
 enum class KeyError {
   kNotAllowed,    // no key has a credential, the user refused at the key, or the time is over
   kInvalidState,  // the key has one of the excluded credentials
-  kConstraint,    // the key can neither store a credential nor verify the user as required
+  kConstraint,    // the key cannot store a credential or verify the user, as required
   kNotSupported,  // the key has none of the algorithms
 };
 
@@ -27,16 +27,16 @@ enum class KeyError {
 inline constexpr char kRegistrationType[] = "(ssayssayaiaayuu)";
 //   RP ID, hash of the client data, allowed credentials, `UserVerification`, AppID
 inline constexpr char kAssertionType[] = "(sayaayums)";
-// Then, for each question, a PIN or the number of an account, not as a GVariant. The end of the input ends the
-// ceremony.
+// Then, for each question, not as a GVariant: its number, a space, and a PIN or the index of an account. The end of the
+// input ends the ceremony.
 
 // From the program: the name of an event and its value.
 inline constexpr char kEventType[] = "(sv)";
 inline constexpr char kNeedsKey[] = "needs-key";        // b: without permission
 inline constexpr char kNeedsTouch[] = "needs-touch";    // b: of no meaning
-inline constexpr char kNeedsPin[] = "needs-pin";        // (ib): tries left or -1, wrong
+inline constexpr char kNeedsPin[] = "needs-pin";        // (uib): question, tries left or -1, wrong
 inline constexpr char kPinBlocked[] = "pin-blocked";    // b: until reinserted
-inline constexpr char kHasAccounts[] = "has-accounts";  // a(ss): name, display name
+inline constexpr char kHasAccounts[] = "has-accounts";  // (ua(ss)): question; name and display name of each
 inline constexpr char kRegistered[] = "registered";     // kRegisteredType
 inline constexpr char kAsserted[] = "asserted";         // kAssertedType
 inline constexpr char kFailed[] = "failed";             // u: `KeyError`

@@ -34,6 +34,17 @@ GVariant* requestOf(const Assertion& from) {
                        static_cast<guint32>(from.userVerification), from.appId ? from.appId->c_str() : nullptr);
 }
 
+std::vector<KeyAccount> accountsOf(GVariant* list) {
+  std::vector<KeyAccount> accounts;
+  for (gsize i = 0; i < g_variant_n_children(list); ++i) {
+    const char* name = nullptr;
+    const char* displayName = nullptr;
+    g_variant_get_child(list, i, "(&s&s)", &name, &displayName);
+    accounts.push_back({name, displayName});
+  }
+  return accounts;
+}
+
 void onWritten(GObject* stream, GAsyncResult* result, gpointer text) {
   (void)g_output_stream_write_all_finish(G_OUTPUT_STREAM(stream), result, nullptr, nullptr);
   g_free(text);
@@ -92,8 +103,11 @@ void SecurityKeys::chooseAccount(std::size_t index) {
 
 // The program waits for an answer, so that this does not block.
 void SecurityKeys::answer(const char* text) {
-  if (!std::exchange(isAsked_, false)) return;
+  const guint32 question = std::exchange(question_, 0);
+  if (question == 0) return;
   GOutputStream* const input = g_subprocess_get_stdin_pipe(process_.get());
+  const std::string number = std::to_string(question) + " ";
+  (void)g_output_stream_write_all(input, number.data(), number.size(), nullptr, nullptr, nullptr);
   (void)g_output_stream_write_all(input, text, strlen(text), nullptr, nullptr, nullptr);
   (void)g_output_stream_write_all(input, "\n", 1, nullptr, nullptr, nullptr);
 }
@@ -104,7 +118,7 @@ void SecurityKeys::cancel() {
 
 SecurityKeys::Events SecurityKeys::end() {
   if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
-  isAsked_ = false;
+  question_ = 0;
   if (process_) {
     g_cancellable_cancel(cancellable_.get());
     // The program ends with its input. While the request is being written it cannot be closed; then no key is in use.
@@ -150,27 +164,20 @@ void SecurityKeys::receive(const std::string& line) {
     return strcmp(name, expected) == 0 && g_variant_is_of_type(content, G_VARIANT_TYPE(type));
   };
 
+  question_ = 0;
   const Events events = events_;
   if (is(kNeedsKey, "b")) return events.onNeedsKey(g_variant_get_boolean(content) != FALSE);
   if (is(kNeedsTouch, "b")) return events.onNeedsTouch();
   if (is(kPinBlocked, "b")) return events.onPinBlocked(g_variant_get_boolean(content) != FALSE);
-  if (is(kNeedsPin, "(ib)")) {
+  if (is(kNeedsPin, "(uib)")) {
     gint32 triesLeft = 0;
     gboolean isWrong = FALSE;
-    g_variant_get(content, "(ib)", &triesLeft, &isWrong);
-    isAsked_ = true;
+    g_variant_get(content, "(uib)", &question_, &triesLeft, &isWrong);
     return events.onNeedsPin(triesLeft < 0 ? std::nullopt : std::optional<int>(triesLeft), isWrong != FALSE);
   }
-  if (is(kHasAccounts, "a(ss)")) {
-    std::vector<KeyAccount> accounts;
-    for (gsize i = 0; i < g_variant_n_children(content); ++i) {
-      const char* user = nullptr;
-      const char* displayName = nullptr;
-      g_variant_get_child(content, i, "(&s&s)", &user, &displayName);
-      accounts.push_back({user, displayName});
-    }
-    isAsked_ = true;
-    return events.onAccounts(std::move(accounts));
+  if (is(kHasAccounts, "(ua(ss))")) {
+    g_variant_get_child(content, 0, "u", &question_);
+    return events.onAccounts(accountsOf(Variant(g_variant_get_child_value(content, 1)).get()));
   }
   if (is(kRegistered, kRegisteredType) && std::holds_alternative<Registration>(request_))
     return receiveRegistration(content);

@@ -83,6 +83,6 @@ class SecurityKeys {
   Owned<GCancellable> cancellable_;
   guint timeout_ = 0;
   Events events_;
-  bool isAsked_ = false;  // a PIN or an account
+  guint32 question_ = 0;  // 0: none
   std::variant<Registration, Assertion> request_;
 };

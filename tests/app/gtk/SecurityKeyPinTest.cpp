@@ -128,6 +128,20 @@ TEST_F(SecurityKeyPinTest, ForgetsTheQuestionWhenTheKeyIsPulledOut) {
   EXPECT_TRUE(registered);
 }
 
+TEST_F(SecurityKeyPinTest, APinNeverReachesAnotherKey) {
+  keys.plug("a", kWithPin);
+  start(registration());
+  ASSERT_TRUE(waitForEvent("pin 8"));
+  keys.pull("a");
+  keys.plug("b", R"("pin": "5678", "touched": true)");
+  events.clear();
+  securityKeys.givePin("1234");
+  ASSERT_TRUE(waitForEvent("pin 8"));
+  securityKeys.givePin("5678");
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(registered);
+}
+
 TEST_F(SecurityKeyPinTest, ARequiredVerificationNeedsAPinThatIsSet) {
   keys.plug("a", R"("touched": true)");
   start(wanting(UserVerification::kRequired));

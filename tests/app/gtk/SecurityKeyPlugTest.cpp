@@ -1,6 +1,7 @@
 // Keys that come and go, and ceremonies that end early.
 
 #include <chrono>
+#include <vector>
 
 #include "tests/app/gtk/SecurityKeysTest.h"
 
@@ -117,6 +118,19 @@ TEST_F(SecurityKeyPlugTest, ANewCeremonyCancelsThePreviousOne) {
   ASSERT_TRUE(keys.waitFor("waiting a"));
   start(registration());
   EXPECT_TRUE(keys.waitFor("cancelled a"));
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  keys.touch("a");
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(registered);
+}
+
+// While the long request of the first is still being written.
+TEST_F(SecurityKeyPlugTest, ACeremonyMayBeReplacedAtOnce) {
+  keys.plug("a");
+  Registration request = registration();
+  request.excluded = std::vector<Bytes>(64, Bytes(1023, 1));
+  start(request);
+  start(request);
   ASSERT_TRUE(keys.waitFor("waiting a"));
   keys.touch("a");
   ASSERT_TRUE(waitForEnd());

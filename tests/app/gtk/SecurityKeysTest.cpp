@@ -180,13 +180,18 @@ TEST_F(CeremonyTest, FindsACredentialInALongList) {
   ids.push_back(registerAtOnce().credentialId);
   ids.emplace_back(60, 8);
 
+  keys.plug("a", R"("maxList": 3, "maxId": 100)");
   start(assertion(ids));
+  ASSERT_TRUE(keys.waitFor("waiting a"));  // once: the search needs no touch
+  keys.touch("a");
   ASSERT_TRUE(waitForEnd());
   EXPECT_TRUE(asserted);
 
   Registration request = registration();
   request.excluded = ids;
   start(request);
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  keys.touch("a");
   ASSERT_TRUE(waitForEnd());
   EXPECT_EQ(failed, KeyError::kInvalidState);
 }
