@@ -84,8 +84,9 @@ const char* nameOf(KeyError error) {
 }
 
 std::string nameOf(const KeyAccount& account) {
-  if (account.displayName.empty() || account.displayName == account.name) return displayed("%1", {account.name});
-  return displayed("%1", {account.displayName}) + "\n" + displayed("%1", {account.name});
+  const std::string& first = account.displayName.empty() ? account.name : account.displayName;
+  if (account.name.empty() || account.name == first) return displayed("%1", {first});
+  return displayed("%1", {first}) + "\n" + displayed("%1", {account.name});
 }
 
 }  // namespace
