@@ -2,7 +2,7 @@
 
 #include "tests/endtoend/SecurityKeyTest.h"
 
-#include <memory>
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -13,10 +13,7 @@
 namespace endtoend {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
 
 constexpr char kReportInterface[] = R"(<script>
   report([typeof PublicKeyCredential, typeof navigator.credentials, typeof webkit].join(' '));

@@ -84,8 +84,9 @@ const char* nameOf(KeyError error) {
 }
 
 std::string nameOf(const KeyAccount& account) {
-  if (account.displayName.empty() || account.displayName == account.name) return displayed("%1", {account.name});
-  return displayed("%1", {account.displayName}) + "\n" + displayed("%1", {account.name});
+  const std::string& first = account.displayName.empty() ? account.name : account.displayName;
+  if (account.name.empty() || account.name == first) return displayed("%1", {first});
+  return displayed("%1", {first}) + "\n" + displayed("%1", {account.name});
 }
 
 }  // namespace
@@ -142,7 +143,6 @@ Credentials::Credentials(WebKitUserContentManager* content, PagePrompts& prompts
 
 Credentials::~Credentials() {
   g_signal_handlers_disconnect_by_data(content_, this);
-  if (ceremony_) keys_.cancel();
 }
 
 void Credentials::navigationStarted() {
