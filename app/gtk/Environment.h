@@ -15,6 +15,8 @@ inline constexpr std::array kDebuggingVariables = {
     "KRB5_TRACE",
     // Token modules
     "OPENSC_DEBUG", "P11_KIT_DEBUG", "PKCS11SPY_OUTPUT",
+    // libfido2
+    "FIDO_DEBUG",
     // GStreamer
     "GST_DEBUG", "GST_DEBUG_DUMP_DOT_DIR", "GST_DEBUG_FILE", "GST_DEBUG_OPTIONS", "GST_TRACERS",
     // libsoup

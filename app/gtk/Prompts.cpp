@@ -109,8 +109,18 @@ Prompts::Id Prompts::show(Prompt prompt, std::function<void(const PromptReply&)>
   return lastId_;
 }
 
+bool Prompts::replace(Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply) {
+  const auto found = find(id);
+  if (found == queue_.end()) return false;
+  *found = {id, std::move(prompt), std::move(onReply)};
+  if (found != queue_.begin()) return true;
+  removeFrame();
+  build(found->prompt);
+  return true;
+}
+
 bool Prompts::cancel(Id id) {
-  const auto found = std::find_if(queue_.begin(), queue_.end(), [id](const Entry& each) { return each.id == id; });
+  const auto found = find(id);
   if (found == queue_.end()) return false;
   if (found == queue_.begin()) {
     removeFirst();
@@ -118,6 +128,10 @@ bool Prompts::cancel(Id id) {
     queue_.erase(found);
   }
   return true;
+}
+
+std::deque<Prompts::Entry>::iterator Prompts::find(Id id) {
+  return std::find_if(queue_.begin(), queue_.end(), [id](const Entry& each) { return each.id == id; });
 }
 
 void Prompts::build(const Prompt& prompt) {

@@ -58,6 +58,12 @@ class Prompts {
   // Shows a prompt or queues it. Calls `onReply` once, unless the prompt is cancelled first.
   Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
+  // Shows another prompt in the place of `id`, also in the queue. Returns false if that one already has a reply.
+  bool replace(Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply);
+
+  // Whether a prompt is shown.
+  bool isShown() const { return !queue_.empty(); }
+
   // Removes a prompt without a reply. Returns false if it already has one.
   bool cancel(Id id);
 
@@ -71,6 +77,7 @@ class Prompts {
     std::function<void(const PromptReply&)> onReply;
   };
 
+  std::deque<Entry>::iterator find(Id id);
   void build(const Prompt& prompt);
   void add(GtkWidget* part);
   GtkWidget* addText(const std::string& text, const char* styleClass);

@@ -138,6 +138,19 @@ TEST_F(LanguageTest, EveryTextOfAPasswordPromptIsMarked) {
   expectBrackets({"Example Product", "shop.example", "ada"});
 }
 
+TEST_F(LanguageTest, EveryTextOfAKeyPromptIsMarked) {
+  const fs::path keys = options.program.parent_path() / "svo-signin-keys";
+  putTextsInBrackets();
+  fs::copy(keys, temporary("copy/bin"));
+  options.signIn = "http://localhost" + site.address("/signin").substr(site.address().rfind(':'));
+  startOn(
+      "<script>onclick = () => navigator.credentials.get({ publicKey: { challenge: new Uint8Array(32) } })</script>");
+  clickAt(300, 300);
+  untilShows("[localhost asks for your security key]");
+  EXPECT_TRUE(shows("[Sign in to localhost with a security key.]\n[Insert your security key.]"));
+  expectBrackets({"Example Product", "localhost"});
+}
+
 TEST_F(LanguageTest, TheFirstTitleIsMarked) {
   putTextsInBrackets();
   options.product.reset();

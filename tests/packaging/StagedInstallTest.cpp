@@ -55,6 +55,7 @@ class OtherPrefixTest : public StagedInstallTest {
 TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
   std::vector<std::string> files = {"/usr/bin/svo-signin",
                                     "/usr/bin/svo-signin-ask",
+                                    "/usr/libexec/svo-signin-keys",
                                     "/usr/libexec/svo-signin-tokens",
                                     "/usr/share/applications/svo-signin.desktop",
                                     "/usr/share/doc/svo-signin/changelog.gz",

@@ -110,9 +110,11 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
         report({Kind::kProcessEnded, {}, 0, {}});
       }),
       memory_([this] { stopPage(); }),
-      prompts_(overlay, widget(), content_.get(), [this](bool shown) {
-        report({shown ? Kind::kPromptShown : Kind::kPromptClosed, {}, 0, {}});
-      }) {
+      prompts_(overlay, widget(), content_.get(),
+               [this](bool shown) {
+                 report({shown ? Kind::kPromptShown : Kind::kPromptClosed, {}, 0, {}});
+               }),
+      credentials_(content_.get(), prompts_) {
   connectSignals();
 }
 
@@ -206,6 +208,7 @@ bool Page::mayNavigate(const std::string& address) const {
 
 void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) {
   const LoadEvent event{kindOf(step), addressOf(view), 0, {}};
+  if (event.kind == Kind::kStarted) self->credentials_.navigationStarted();
   if (event.kind == Kind::kRedirected) self->mainFrame_.requested(event.address);
   if (event.kind == Kind::kCommitted) {
     self->mainFrame_.committed(event.address);
@@ -215,6 +218,7 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
     self->options_.close();
     self->listPress_ = {};  // it was meant for the page before
     self->prompts_.pageCommitted();
+    self->credentials_.committed(event.address, self->site_);
   }
   self->report(event);
 }
@@ -223,6 +227,7 @@ void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) 
 gboolean Page::onLoadFailed(WebKitWebView*, WebKitLoadEvent step, char* address, GError* error, Page* self) {
   const Kind kind = step < WEBKIT_LOAD_COMMITTED ? Kind::kProvisionalFailed : Kind::kFailed;
   self->mainFrame_.failed(orEmpty(address));
+  self->credentials_.navigationFailed();
   self->report({kind, orEmpty(address), 0, errorOf(error)});
   return TRUE;
 }
@@ -230,6 +235,7 @@ gboolean Page::onLoadFailed(WebKitWebView*, WebKitLoadEvent step, char* address,
 gboolean Page::onLoadFailedWithTlsErrors(WebKitWebView*, char* address, GTlsCertificate*, GTlsCertificateFlags flags,
                                          Page* self) {
   self->mainFrame_.failed(orEmpty(address));
+  self->credentials_.navigationFailed();
   self->report({Kind::kProvisionalFailed, orEmpty(address), 0, errorOf(flags)});
   return TRUE;
 }
@@ -250,6 +256,7 @@ void Page::onAddress(WebKitWebView* view, GParamSpec*, Page* self) {
 }
 
 void Page::onProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, Page* self) {
+  self->credentials_.processEnded();
   self->report({Kind::kProcessEnded, {}, 0, {}});
 }
 
@@ -357,6 +364,7 @@ gboolean Page::onUserInput(GtkWidget*, GdkEvent* event, Page* self) {
   if (isDeliberate(event)) {
     self->opened_.reset();
     self->prompts_.resetLimit();
+    self->credentials_.pressed(g_get_monotonic_time());
     self->fit_.userActed();
   }
   return FALSE;

@@ -34,6 +34,7 @@
 #include "app/gtk/load/LoadTracker.h"
 #include "app/gtk/load/NetworkProcessWatch.h"
 #include "app/gtk/page/Cover.h"
+#include "app/gtk/page/Credentials.h"
 #include "app/gtk/page/FreshPress.h"
 #include "app/gtk/page/MainFrame.h"
 #include "app/gtk/page/OptionList.h"
@@ -137,5 +138,6 @@ class Page {
   NetworkProcessWatch networkProcess_;
   MemoryWatch memory_;
   PagePrompts prompts_;
+  Credentials credentials_;
   std::function<void(const LoadEvent&)> observer_;
 };

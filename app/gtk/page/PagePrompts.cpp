@@ -202,8 +202,16 @@ void PagePrompts::cancel(Prompts::Id id) {
 
 Prompts::Id PagePrompts::show(Prompt prompt, std::function<void(const PromptReply&)> onReply) {
   onShown_(true);
-  return prompts_.show(std::move(prompt), [this, onReply = std::move(onReply)](const PromptReply& reply) {
+  return prompts_.show(std::move(prompt), reporting(std::move(onReply)));
+}
+
+bool PagePrompts::replace(Prompts::Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply) {
+  return prompts_.replace(id, std::move(prompt), reporting(std::move(onReply)));
+}
+
+std::function<void(const PromptReply&)> PagePrompts::reporting(std::function<void(const PromptReply&)> onReply) {
+  return [this, onReply = std::move(onReply)](const PromptReply& reply) {
     onReply(reply);
     onShown_(false);
-  });
+  };
 }

@@ -46,6 +46,18 @@ class PagePrompts {
   // The server has responded with another page, which WebKit has not committed yet.
   void pageResponded() { mark_.renew(); }
 
+  // Shows a prompt of the page or queues it. Calls `onReply` once, unless the prompt is cancelled first.
+  Prompts::Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
+
+  // Shows another prompt in the place of `id`. Returns false if that one already has a reply.
+  bool replace(Prompts::Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply);
+
+  // Removes a prompt without a reply.
+  void cancel(Prompts::Id id);
+
+  // Whether a prompt is shown.
+  bool isShown() const { return prompts_.isShown(); }
+
   // Another page has been committed: declines every prompt. WebKit cancels the requests of the main frame, but not
   // those of sub-frames and images.
   void pageCommitted();
@@ -69,8 +81,7 @@ class PagePrompts {
   static void onUndecidedCancelled(WebKitAuthenticationRequest* request, PagePrompts* self);
   void showOrDecline(const RequestRef& request, bool isForUser);
   static void onCancelled(WebKitAuthenticationRequest* request, PagePrompts* self);
-  void cancel(Prompts::Id id);
-  Prompts::Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
+  std::function<void(const PromptReply&)> reporting(std::function<void(const PromptReply&)> onReply);
 
   Prompts prompts_;
   DialogMark mark_;

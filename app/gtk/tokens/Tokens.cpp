@@ -4,20 +4,12 @@
 
 #include <utility>
 
-#include "platform/Machine.h"
+#include "app/gtk/OwnProgram.h"
 
 namespace {
 
 constexpr guint kListTimeoutSeconds = 20;
 constexpr guint kOpenTimeoutSeconds = 120;
-constexpr char kProgram[] = "svo-signin-tokens";
-
-// Beside this program, or where the package installs it.
-std::string programPath() {
-  const std::string folder = platform::bundlePath();
-  const std::string beside = folder + "/" + kProgram;
-  return g_file_test(beside.c_str(), G_FILE_TEST_IS_EXECUTABLE) ? beside : folder + "/../libexec/" + kProgram;
-}
 
 std::vector<TokenCertificate> certificatesIn(const std::string& text) {
   std::vector<TokenCertificate> certificates;
@@ -68,8 +60,9 @@ void Tokens::run(const char* command, const std::string& key, const std::string&
       G_SUBPROCESS_FLAGS_STDIN_PIPE | G_SUBPROCESS_FLAGS_STDOUT_PIPE | G_SUBPROCESS_FLAGS_STDERR_SILENCE;
   onEnded_ = std::move(onEnded);
   timeout_ = g_timeout_add_seconds(timeoutSeconds, onTimeout, this);
-  process_.reset(g_subprocess_new(static_cast<GSubprocessFlags>(kFlags), nullptr, programPath().c_str(),
-                                  std::to_string(getpid()).c_str(), command, key.c_str(), nullptr));
+  process_.reset(g_subprocess_new(static_cast<GSubprocessFlags>(kFlags), nullptr,
+                                  ownProgram("svo-signin-tokens").c_str(), std::to_string(getpid()).c_str(), command,
+                                  key.c_str(), nullptr));
   if (!process_) {
     g_source_remove(timeout_);
     timeout_ = g_idle_add(onTimeout, this);  // the caller does not expect a result yet
