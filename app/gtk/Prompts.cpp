@@ -74,6 +74,7 @@ GtkEntry* newEntry(const Prompt::Field& field) {
   gtk_entry_set_text(entry, validUtf8(field.value).c_str());
   gtk_entry_set_activates_default(entry, TRUE);
   gtk_entry_set_visibility(entry, !field.secret);
+  g_object_set(entry, "truncate-multiline", TRUE, nullptr);  // a pasted line break cannot be seen
   if (field.secret) gtk_entry_set_input_purpose(entry, GTK_INPUT_PURPOSE_PASSWORD);
   refuseDrags(GTK_WIDGET(entry));  // a page may have written the text
   return entry;
@@ -81,26 +82,32 @@ GtkEntry* newEntry(const Prompt::Field& field) {
 
 }  // namespace
 
-Prompts::Prompts(GtkOverlay* overlay, GtkWidget* page) : overlay_(overlay), page_(page) {
+Prompts::Prompts(GtkOverlay* overlay, GtkWidget* page)
+    : overlay_(overlay), page_(page), clicks_(gtk_gesture_multi_press_new(GTK_WIDGET(overlay))) {
   addStyle(kStyle);
   g_signal_connect(overlay, "get-child-position", G_CALLBACK(onPosition), this);
+
+  // Insensitive widgets get no clicks, but their parents see them first.
+  gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(clicks_.get()), GTK_PHASE_CAPTURE);
+  gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(clicks_.get()), 0);  // every button
+  g_signal_connect(clicks_.get(), "pressed", G_CALLBACK(onClick), this);
+}
+
+Prompts::~Prompts() {
+  cancelDelay();
 }
 
 void Prompts::close() {
-  (void)clear();
+  removeFrame();
+  queue_.clear();
 }
 
 void Prompts::declineAll() {
   if (queue_.empty()) return;
-  const std::deque<Entry> declined = clear();
-  enablePage();
+  const std::deque<Entry> declined = std::exchange(queue_, {});
+  withdraw();
   for (const Entry& each : declined)
     each.onReply({});
-}
-
-std::deque<Prompts::Entry> Prompts::clear() {
-  removeFrame();
-  return std::exchange(queue_, {});
 }
 
 Prompts::Id Prompts::show(Prompt prompt, std::function<void(const PromptReply&)> onReply) {
@@ -113,20 +120,16 @@ bool Prompts::replace(Id id, Prompt prompt, std::function<void(const PromptReply
   const auto found = find(id);
   if (found == queue_.end()) return false;
   *found = {id, std::move(prompt), std::move(onReply)};
-  if (found != queue_.begin()) return true;
-  removeFrame();
-  build(found->prompt);
+  if (found == queue_.begin()) build(found->prompt);
   return true;
 }
 
 bool Prompts::cancel(Id id) {
   const auto found = find(id);
   if (found == queue_.end()) return false;
-  if (found == queue_.begin()) {
-    removeFirst();
-  } else {
-    queue_.erase(found);
-  }
+  const bool isShown = found == queue_.begin();
+  queue_.erase(found);
+  if (isShown) withdraw();
   return true;
 }
 
@@ -135,6 +138,7 @@ std::deque<Prompts::Entry>::iterator Prompts::find(Id id) {
 }
 
 void Prompts::build(const Prompt& prompt) {
+  removeFrame();
   frame_ = newFrame(prompt.heading);
   g_signal_connect(frame_, "key-press-event", G_CALLBACK(onKeyPress), this);
   g_signal_connect(frame_, "draw", G_CALLBACK(onDraw), this);
@@ -156,7 +160,7 @@ void Prompts::build(const Prompt& prompt) {
   gtk_widget_grab_focus(frame_);
 }
 
-// Key presses that have already arrived are handled first: they have the default priority.
+// Key presses and clicks that have already arrived are handled first: they have the default priority.
 void Prompts::delayInput() {
   cancelDelay();
   delay_ = g_timeout_add_full(G_PRIORITY_DEFAULT + 10, kInputDelayMilliseconds, onDelayOver, this, nullptr);
@@ -245,11 +249,23 @@ GtkWidget* Prompts::newButton(bool accepts, std::size_t choice) {
 }
 
 // Shows the next prompt before the reply is sent: the receiver may request another one.
-void Prompts::removeFirst() {
-  queue_.pop_front();
-  removeFrame();
+void Prompts::showNextOrEnablePage() {
   if (!queue_.empty()) return build(queue_.front().prompt);
+  removeFrame();
   enablePage();
+}
+
+// The next prompt drops what is typed during its own delay.
+void Prompts::withdraw() {
+  if (!queue_.empty()) return build(queue_.front().prompt);
+  takesInput_ = false;
+  for (GtkEntry* const entry : entries_)
+    gtk_entry_set_text(entry, "");
+  gtk_container_foreach(
+      GTK_CONTAINER(frame_), [](GtkWidget* part, gpointer) { gtk_widget_set_sensitive(part, FALSE); }, nullptr);
+  gtk_widget_set_can_focus(frame_, TRUE);
+  gtk_widget_grab_focus(frame_);
+  delayInput();
 }
 
 // GTK redraws the place of the frame, but not that of its shadow.
@@ -277,7 +293,8 @@ void Prompts::reply(bool accepted, std::size_t choice) {
       result.values.emplace_back(gtk_entry_get_text(entry));
   }
   const std::function<void(const PromptReply&)> onReply = std::move(queue_.front().onReply);
-  removeFirst();
+  queue_.pop_front();
+  showNextOrEnablePage();
   onReply(result);
   for (std::string& value : result.values)
     explicit_bzero(value.data(), value.size());
@@ -326,9 +343,15 @@ gboolean Prompts::onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self) {
   return TRUE;
 }
 
+// A withdrawn prompt is not clicked by mistake, and a user who clicks the page again and again gets it back.
+void Prompts::onClick(GtkGestureMultiPress*, int, double, double, Prompts* self) {
+  if (self->delay_ != 0 && !self->queue_.empty()) self->delayInput();
+}
+
+// No prompt is left if one was withdrawn.
 gboolean Prompts::onDelayOver(gpointer self) {
   auto* const prompts = static_cast<Prompts*>(self);
   prompts->delay_ = 0;
-  prompts->takeInput();
+  prompts->queue_.empty() ? prompts->showNextOrEnablePage() : prompts->takeInput();
   return G_SOURCE_REMOVE;
 }

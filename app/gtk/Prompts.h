@@ -3,8 +3,10 @@
 // - A prompt overlaps the strip, where no page can draw, and is part of the window: nothing can hide it, and the window
 //   can be closed while it is shown.
 // - The page gets no input while a prompt is shown.
-// - A prompt takes input only after it has been shown for 700 ms without a key press. Earlier keys and clicks are
+// - A prompt takes input only after it has been shown for 700 ms without a key press or click. Earlier ones are
 //   dropped: they were meant for the page, which decides when a prompt appears.
+// - A prompt that ends without the user's reply drops keys and clicks until 700 ms have passed without a key press: the
+//   keys were meant for the prompt, and may be the rest of a password.
 // - Return accepts, or takes the choice that has the focus. Escape declines.
 // - Further prompts wait in a queue.
 // Main thread.
@@ -18,6 +20,8 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "app/gtk/Glib.h"
 
 struct Prompt {
   struct Field {
@@ -47,7 +51,7 @@ class Prompts {
 
   // Shows prompts in `overlay`, at the upper edge of `page`. Both must outlive this object.
   Prompts(GtkOverlay* overlay, GtkWidget* page);
-  ~Prompts() { cancelDelay(); }
+  ~Prompts();
 
   Prompts(const Prompts&) = delete;
   Prompts& operator=(const Prompts&) = delete;
@@ -91,7 +95,8 @@ class Prompts {
   void cancelDelay();
   void takeInput();
   std::deque<Entry> clear();
-  void removeFirst();
+  void showNextOrEnablePage();
+  void withdraw();
   void removeFrame();
   void enablePage();
   void reply(bool accepted, std::size_t choice);
@@ -101,11 +106,13 @@ class Prompts {
   static void onAccept(GtkWidget* button, Prompts* self);
   static void onDecline(GtkWidget* button, Prompts* self);
   static gboolean onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self);
+  static void onClick(GtkGestureMultiPress*, int presses, double x, double y, Prompts* self);
   static gboolean onDelayOver(gpointer self);
 
   GtkOverlay* overlay_;
   GtkWidget* page_;
-  GtkWidget* frame_ = nullptr;      // of the prompt that is shown
+  Owned<GtkGesture, g_object_unref> clicks_;
+  GtkWidget* frame_ = nullptr;      // of the prompt that is shown, or that was withdrawn less than the delay ago
   std::vector<GtkEntry*> entries_;  // of the prompt that is shown
   GtkWidget* choices_ = nullptr;    // of the prompt that is shown; nullptr: it has none
   GtkWidget* buttons_ = nullptr;    // of the prompt that is shown

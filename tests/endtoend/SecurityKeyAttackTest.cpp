@@ -2,6 +2,7 @@
 
 #include <signal.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,38 @@ TEST_F(SecurityKeyAttackTest, ASandboxedDocumentIsRefused) {
   clickPage();
   untilReported(R"({"id":"a","error":"NotAllowedError"})");
   EXPECT_FALSE(showsPrompt(picture()));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// The page ends the request while the user types the PIN. Where the machine is so slow that the rest of it arrives
+// after the delay, the page has it.
+TEST_F(SecurityKeyAttackTest, ThePageGetsNoRestOfAPin) {
+  site.serve("/abort", page(""));
+  site.hold("/abort");
+  keys.plug("a", R"("pin": "123456", "touched": true)");
+  startAsking(R"(
+    onkeydown = (event) => report('key ' + event.key);
+    onpress(async () => {
+      const ending = new AbortController();
+      const required = registration({ authenticatorSelection: { userVerification: 'required' } });
+      tell(navigator.credentials.create({ ...required, signal: ending.signal }));
+      await fetch('/abort');
+      ending.abort();
+    });)");
+  clickPage();
+  untilPromptTakesInput();
+  screen.type("123");
+  const auto typed = std::chrono::steady_clock::now();
+  site.release("/abort");
+  untilReported("AbortError");
+  screen.type("456");
+  const auto pause = std::chrono::steady_clock::now() - typed;
+  untilPromptIsClosed();
+  screen.press(XK_Tab);
+  untilReported("key Tab");
+  if (pause < std::chrono::milliseconds(700)) {
+    EXPECT_THAT(reports(), ElementsAre("loaded", "AbortError", "key Tab"));
+  }
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -245,7 +245,7 @@ TEST_F(SecurityKeyFlowTest, ALockedPinIsReported) {
 
 // Both documents listen for replies to the one before. A click is lost while the new page is not shown yet.
 TEST_F(SecurityKeyFlowTest, AReplyReachesNoOtherDocument) {
-  constexpr std::ptrdiff_t kTimes = 50;
+  constexpr std::ptrdiff_t kTimes = 25;
   site.serve("/asked", page(""));
   site.serve("/next", page("<script>addEventListener('svo-credentials-reply', () => fetch('/leak'));"
                            "onload = () => setTimeout(() => { location = '" +
