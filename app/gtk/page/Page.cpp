@@ -104,6 +104,7 @@ Page::Page(GtkOverlay* overlay, Strip& strip, SignInFlow& flow, bool sandboxed)
       cover_(view_, content_.get()),
       fit_(view_, content_.get(), [this](bool hidden) { strip_.showPartHidden(hidden); }),
       options_(cover_.area(), widget()),
+      commit_(view_),
       idleTimer_([this] { tracker_.timedOut(); }),
       tracker_(flow, idleTimer_),
       networkProcess_([this] {
@@ -209,6 +210,7 @@ bool Page::mayNavigate(const std::string& address) const {
 void Page::onLoadChanged(WebKitWebView* view, WebKitLoadEvent step, Page* self) {
   const LoadEvent event{kindOf(step), addressOf(view), 0, {}};
   if (event.kind == Kind::kStarted) self->credentials_.navigationStarted();
+  if (event.kind == Kind::kStarted || event.kind == Kind::kRedirected) self->commit_.requested();
   if (event.kind == Kind::kRedirected) self->mainFrame_.requested(event.address);
   if (event.kind == Kind::kCommitted) {
     self->mainFrame_.committed(event.address);
@@ -267,7 +269,7 @@ gboolean Page::onResponse(WebKitResponsePolicyDecision* response) {
   const bool isBlob = hasScheme(addressOf(webkit_response_policy_decision_get_request(response)), "blob");
   if (isBlob) webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(response));
   prompts_.pageResponded();
-  return isBlob ? TRUE : FALSE;
+  return isBlob || commit_.delays(WEBKIT_POLICY_DECISION(response)) ? TRUE : FALSE;
 }
 
 gboolean Page::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,

@@ -33,6 +33,7 @@
 #include "app/gtk/load/LoadEvent.h"
 #include "app/gtk/load/LoadTracker.h"
 #include "app/gtk/load/NetworkProcessWatch.h"
+#include "app/gtk/page/CommitDelay.h"
 #include "app/gtk/page/Cover.h"
 #include "app/gtk/page/Credentials.h"
 #include "app/gtk/page/FreshPress.h"
@@ -130,6 +131,7 @@ class Page {
   FreshPress listPress_;
   Site site_;  // of the page that is shown
   MainFrame mainFrame_;
+  CommitDelay commit_;
   RequestLimit opened_{3};
   RequestLimit longAddresses_{2};
   bool stopped_ = false;
