@@ -76,6 +76,16 @@ TEST_F(DialogTest, AReplyReturnsTheFocusToThePage) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+TEST_F(DialogTest, APageMayAskAtOnce) {
+  site.serve("/signin", pageWith("<script>alert('Terms of use');"
+                                 "onload = async () => { await frames(2); report('painted') }</script>"));
+  start();
+  screen.focus(window().id);
+  replyWith(XK_Return);
+  untilReported("painted");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(DialogTest, ThePageGetsNoClicksDuringAPrompt) {
   startOn(
       "<body style='height: 500px'><script>onclick = () => { onclick = null; report('clicked') };"
