@@ -69,6 +69,7 @@ TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
                                     "/usr/share/icons/hicolor/48x48/apps/svo-signin.png",
                                     "/usr/share/icons/hicolor/64x64/apps/svo-signin.png",
                                     "/usr/share/icons/hicolor/scalable/apps/svo-signin.svg",
+                                    "/usr/share/lintian/overrides/svo-signin",
                                     "/usr/share/man/man1/svo-signin-ask.1.gz",
                                     "/usr/share/man/man1/svo-signin.1.gz"};
   for (const std::string& language : languages())
@@ -78,7 +79,7 @@ TEST_F(StagedInstallTest, ContainsExactlyTheFilesOfThePackage) {
 
 TEST_F(OtherPrefixTest, InstallsEveryFileThere) {
   const std::vector<std::string> files = stagedFiles();
-  EXPECT_EQ(files.size(), 17u + languages().size());
+  EXPECT_EQ(files.size(), 19u + languages().size());
   EXPECT_THAT(files, testing::Each(StartsWith("/opt/sign in/")));
 }
 
