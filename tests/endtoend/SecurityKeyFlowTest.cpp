@@ -216,6 +216,36 @@ TEST_F(SecurityKeyFlowTest, AKilledPageEndsTheWaitOfTheKey) {
   EXPECT_TRUE(keys.waitFor("cancelled a"));
 }
 
+TEST_F(SecurityKeyFlowTest, AKilledProgramEndsTheRequest) {
+  keys.plug("a");
+  startWith("[['create'], ['create']]");
+  clickPage();
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  const auto program = descendantNamed(run->pid(), "svo-signin-keys");
+  ASSERT_TRUE(program);
+  kill(*program, SIGKILL);
+  EXPECT_EQ(outcome(), "NotAllowedError");
+  ASSERT_TRUE(keys.waitFor("closed a"));
+  keys.touch("a");
+  EXPECT_EQ(verification(step()), kAccepted);
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+// The page asks again without a click.
+TEST_F(SecurityKeyFlowTest, TheReturnOfAPinPermitsNoRequest) {
+  startAsking(R"(onpress(async () => {
+    const verified = { authenticatorSelection: { userVerification: 'required' } };
+    for (let i = 0; i < 2; ++i) await tell(navigator.credentials.create(registration(verified)));
+  }))");
+  clickPage();
+  const int end = untilPromptEndsBelow(0);
+  keys.plug("a", R"("pin": "1234", "touched": true)");
+  (void)enterPin("1234", end);
+  untilReported("NotAllowedError");
+  EXPECT_THAT(reports(), testing::ElementsAre("loaded", "granted", "NotAllowedError"));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(SecurityKeyFlowTest, AKeyMayBePulledOutAtItsPin) {
   startWith("[['create', () => ({ authenticatorSelection: { userVerification: 'required' } })]]");
   clickPage();
