@@ -116,6 +116,12 @@ Prompts::Id Prompts::show(Prompt prompt, std::function<void(const PromptReply&)>
   return lastId_;
 }
 
+Prompts::Id Prompts::showFirst(Prompt prompt, std::function<void(const PromptReply&)> onReply) {
+  queue_.push_front({++lastId_, std::move(prompt), std::move(onReply)});
+  build(queue_.front().prompt);
+  return lastId_;
+}
+
 bool Prompts::replace(Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply) {
   const auto found = find(id);
   if (found == queue_.end()) return false;
@@ -151,6 +157,7 @@ void Prompts::build(const Prompt& prompt) {
   if (!prompt.choices.empty()) addChoices(prompt.choices);
   addButtons(prompt);
 
+  gtk_widget_set_sensitive(buttons_, canOnlyBeDeclined() ? TRUE : FALSE);
   gtk_widget_set_sensitive(page_, FALSE);
   gtk_overlay_add_overlay(overlay_, frame_);
   gtk_widget_show_all(frame_);
@@ -158,6 +165,13 @@ void Prompts::build(const Prompt& prompt) {
   // The frame has the focus until the prompt takes input, and drops every key.
   gtk_widget_set_can_focus(frame_, TRUE);
   gtk_widget_grab_focus(frame_);
+}
+
+// Of the prompt that is shown.
+bool Prompts::canOnlyBeDeclined() const {
+  if (queue_.empty()) return false;
+  const Prompt& prompt = queue_.front().prompt;
+  return !prompt.canBeAccepted && prompt.choices.empty();
 }
 
 // Key presses and clicks that have already arrived are handled first: they have the default priority.
@@ -227,7 +241,6 @@ void Prompts::addButtons(const Prompt& prompt) {
   buttons_ = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
   gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons_), GTK_BUTTONBOX_END);
   gtk_box_set_spacing(GTK_BOX(buttons_), 8);
-  gtk_widget_set_sensitive(buttons_, FALSE);
   add(buttons_);
   if (prompt.canBeDeclined) addButton(_("Cancel"), false);
   if (prompt.canBeAccepted && prompt.choices.empty()) addButton(_("OK"), true);
@@ -336,6 +349,7 @@ void Prompts::onDecline(GtkWidget*, Prompts* self) {
 gboolean Prompts::onKeyPress(GtkWidget*, GdkEventKey* event, Prompts* self) {
   if (!self->takesInput_) {
     if (self->delay_ != 0) self->delayInput();
+    if (event->keyval == GDK_KEY_Escape && self->canOnlyBeDeclined()) self->reply(false, 0);
     return TRUE;
   }
   if (event->keyval != GDK_KEY_Escape) return FALSE;

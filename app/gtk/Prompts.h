@@ -7,6 +7,7 @@
 //   dropped: they were meant for the page, which decides when a prompt appears.
 // - A prompt that ends without the user's reply drops keys and clicks until 700 ms have passed without a key press: the
 //   keys were meant for the prompt, and may be the rest of a password.
+// - A prompt that can only be declined takes Escape and clicks on Cancel at once.
 // - Return accepts, or takes the choice that has the focus. Escape declines.
 // - Further prompts wait in a queue.
 // Main thread.
@@ -62,6 +63,9 @@ class Prompts {
   // Shows a prompt or queues it. Calls `onReply` once, unless the prompt is cancelled first.
   Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
+  // As `show`, but before those that wait, and in the place of the one that is shown, which then waits.
+  Id showFirst(Prompt prompt, std::function<void(const PromptReply&)> onReply);
+
   // Shows another prompt in the place of `id`, also in the queue. Returns false if that one already has a reply.
   bool replace(Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
@@ -91,6 +95,7 @@ class Prompts {
   void addButtons(const Prompt& prompt);
   void addButton(const char* label, bool accepts);
   GtkWidget* newButton(bool accepts, std::size_t choice);
+  bool canOnlyBeDeclined() const;
   void delayInput();
   void cancelDelay();
   void takeInput();

@@ -65,7 +65,6 @@ TEST_F(SecurityKeyAttackTest, ASandboxedDocumentIsRefused) {
 TEST_F(SecurityKeyAttackTest, ThePageGetsNoRestOfAPin) {
   site.serve("/abort", page(""));
   site.hold("/abort");
-  keys.plug("a", R"("pin": "123456", "touched": true)");
   startAsking(R"(
     onkeydown = (event) => report('key ' + event.key);
     onpress(async () => {
@@ -76,7 +75,9 @@ TEST_F(SecurityKeyAttackTest, ThePageGetsNoRestOfAPin) {
       ending.abort();
     });)");
   clickPage();
-  untilPromptTakesInput();
+  const int end = untilPromptEndsBelow(0);
+  keys.plug("a", R"("pin": "123456", "touched": true)");
+  (void)untilPromptEndsBelow(end);
   screen.type("123");
   const auto typed = std::chrono::steady_clock::now();
   site.release("/abort");
@@ -89,6 +90,31 @@ TEST_F(SecurityKeyAttackTest, ThePageGetsNoRestOfAPin) {
   if (pause < std::chrono::milliseconds(700)) {
     EXPECT_THAT(reports(), ElementsAre("loaded", "AbortError", "key Tab"));
   }
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyAttackTest, AnAlertDoesNotHideARequest) {
+  site.serve("/ask", page(""));
+  site.hold("/ask");
+  startAsking(R"(onpress(async () => {
+    tell(navigator.credentials.create(registration({ authenticatorSelection: { userVerification: 'required' } })));
+    await fetch('/ask');
+    alert('Touch the key to confirm the update.');
+  }))");
+  clickPage();
+  const int end = untilPromptEndsBelow(0);
+  keys.plug("a", R"("pin": "123456")");
+  (void)untilPromptEndsBelow(end);
+  site.release("/ask");
+  screen.type("123456");
+  screen.press(XK_Return);
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  screen.press(XK_Escape);
+  EXPECT_TRUE(keys.waitFor("cancelled a"));
+  until("the end of the alert", [this] {
+    if (promptTakesInput()) screen.press(XK_Return);
+    return reports().back() == "NotAllowedError";
+  });
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -254,9 +254,8 @@ void Credentials::askPin(std::optional<int> triesLeft, bool isWrong) {
   prompt.fields = {{_("PIN of your security key"), "", true}};
   show(std::move(prompt), [this, triesLeft](const PromptReply& reply) {
     const std::string& pin = reply.values.front();
-    if (pin.empty() || pin.size() > kMaxKeyPin) return askPin(triesLeft, !pin.empty());  // costs no try
+    if (!keys_.givePin(pin)) return askPin(triesLeft, !pin.empty());
     showStep(_("Checking the PIN\u2026"));
-    keys_.givePin(pin);
   });
 }
 
@@ -277,7 +276,7 @@ void Credentials::show(Prompt prompt, std::function<void(const PromptReply&)> on
     if (!reply.accepted) return fail(kNotAllowed);
     onAccepted(reply);
   };
-  if (!prompts_.replace(ceremony_->prompt, prompt, onReply)) ceremony_->prompt = prompts_.show(prompt, onReply);
+  if (!prompts_.replace(ceremony_->prompt, prompt, onReply)) ceremony_->prompt = prompts_.showFirst(prompt, onReply);
 }
 
 void Credentials::fail(const std::string& error) {

@@ -205,6 +205,11 @@ Prompts::Id PagePrompts::show(Prompt prompt, std::function<void(const PromptRepl
   return prompts_.show(std::move(prompt), reporting(std::move(onReply)));
 }
 
+Prompts::Id PagePrompts::showFirst(Prompt prompt, std::function<void(const PromptReply&)> onReply) {
+  onShown_(true);
+  return prompts_.showFirst(std::move(prompt), reporting(std::move(onReply)));
+}
+
 bool PagePrompts::replace(Prompts::Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply) {
   return prompts_.replace(id, std::move(prompt), reporting(std::move(onReply)));
 }

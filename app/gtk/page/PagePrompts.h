@@ -49,6 +49,9 @@ class PagePrompts {
   // Shows a prompt of the page or queues it. Calls `onReply` once, unless the prompt is cancelled first.
   Prompts::Id show(Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
+  // As `show`, but before those that wait, and in the place of the one that is shown, which then waits.
+  Prompts::Id showFirst(Prompt prompt, std::function<void(const PromptReply&)> onReply);
+
   // Shows another prompt in the place of `id`. Returns false if that one already has a reply.
   bool replace(Prompts::Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply);
 
