@@ -60,6 +60,7 @@ bool Answers::readAnswer(unsigned& question, Answer& to) {
   question = 0;
   while (readByte(each) && each >= '0' && each <= '9')
     question = question * 10 + static_cast<unsigned>(each - '0');
+  if (each == '\n') return true;
   while (readByte(each)) {
     if (each == '\n') return true;
     if (to.size_ < kMaxKeyPin) to.text_[to.size_++] = each;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kPollTime{200};
 constexpr int kTouchPollTime = 100;  // milliseconds
+constexpr std::size_t kMaxAccounts = 64;
 
 // Longer names are cut, as keys may do (W3C Web Authentication, Level 2, section 6.4.1).
 constexpr std::size_t kMaxName = 64;
@@ -207,7 +208,7 @@ Ceremony::Step Ceremony::finish(const Device& key, const fido_assert_t* assertio
 
 // A key names its accounts only if it has verified the user; without names the user cannot choose, and gets the newest.
 Ceremony::Step Ceremony::chooseAccount(const Device& key, const fido_assert_t* assertion, std::size_t& chosen) {
-  const std::size_t count = fido_assert_count(assertion);
+  const std::size_t count = std::min(fido_assert_count(assertion), kMaxAccounts);
   if (count < 2) return Step::kDone;
   GVariantBuilder accounts;
   g_variant_builder_init(&accounts, G_VARIANT_TYPE("a(ss)"));

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::size_t kMaxDevices = 16;
+constexpr std::string_view kReaders = "nfc:";  // listed even where no card is near
 constexpr std::size_t kMaxU2fId = 255;
 constexpr int kOpenTimeout = 3000;  // milliseconds; nothing then waits for the user
 
@@ -33,8 +34,11 @@ std::vector<std::string> Device::list() {
   std::size_t count = 0;
   if (!infos || fido_dev_info_manifest(infos.get(), kMaxDevices, &count) != FIDO_OK) return {};
   std::vector<std::string> paths;
-  for (std::size_t i = 0; i < count; ++i)
-    paths.emplace_back(fido_dev_info_path(fido_dev_info_ptr(infos.get(), i)));
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::string_view path = fido_dev_info_path(fido_dev_info_ptr(infos.get(), i));
+    const bool isReader = path.substr(0, kReaders.size()) == kReaders;
+    if (!isReader) paths.emplace_back(path);
+  }
   return paths;
 }
 

@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -9,6 +10,16 @@
 #include "app/gtk/keys/Protocol.h"
 
 namespace {
+
+constexpr glong kMinPinCharacters = 4;
+
+bool mayBePin(const char* text) {
+  return strlen(text) <= kMaxKeyPin && g_utf8_strlen(text, -1) >= kMinPinCharacters && strchr(text, '\n') == nullptr;
+}
+
+bool contains(const std::vector<Bytes>& all, const Bytes& one) {
+  return std::find(all.begin(), all.end(), one) != all.end();
+}
 
 GVariant* listOf(const std::vector<Bytes>& all) {
   GVariantBuilder list;
@@ -87,14 +98,14 @@ void SecurityKeys::run(GVariant* request, std::chrono::milliseconds timeout, Eve
 }
 
 // Normalized, as CTAP 2.1 (section 6.5.1) requires. GLib leaves copies of what it normalizes; ASCII needs none.
-void SecurityKeys::givePin(std::string pin) {
-  if (g_str_is_ascii(pin.c_str()) != FALSE) {
-    answer(pin.c_str());
-  } else {
-    const Owned<char, g_free> normalized(g_utf8_normalize(pin.c_str(), -1, G_NORMALIZE_NFC));
-    answer(orEmpty(normalized.get()));
-  }
+bool SecurityKeys::givePin(std::string pin) {
+  const bool isAscii = g_str_is_ascii(pin.c_str()) != FALSE;
+  const Owned<char, g_free> normalized(isAscii ? nullptr : g_utf8_normalize(pin.c_str(), -1, G_NORMALIZE_NFC));
+  const char* const text = isAscii ? pin.c_str() : normalized.get();
+  const bool isPin = text != nullptr && mayBePin(text);
+  if (isPin) answer(text);
   explicit_bzero(pin.data(), pin.size());
+  return isPin;
 }
 
 void SecurityKeys::chooseAccount(std::size_t index) {
@@ -182,8 +193,9 @@ void SecurityKeys::receive(const std::string& line) {
   if (is(kRegistered, kRegisteredType) && std::holds_alternative<Registration>(request_))
     return receiveRegistration(content);
   if (is(kAsserted, kAssertedType) && std::holds_alternative<Assertion>(request_)) return receiveAssertion(content);
-  const bool isError =
-      is(kFailed, "u") && g_variant_get_uint32(content) <= static_cast<guint32>(KeyError::kNotSupported);
+  // What a key says against an assertion has one name (W3C Web Authentication, Level 2, section 5.1.4.1).
+  const bool isError = is(kFailed, "u") && std::holds_alternative<Registration>(request_) &&
+                       g_variant_get_uint32(content) <= static_cast<guint32>(KeyError::kNotSupported);
   fail(isError ? static_cast<KeyError>(g_variant_get_uint32(content)) : KeyError::kNotAllowed);
 }
 
@@ -195,10 +207,11 @@ void SecurityKeys::receiveRegistration(GVariant* value) {
   g_variant_get_child(value, 3, "i", &algorithm);
   g_variant_get_child(value, 4, "b", &isResident);
   const std::optional<Bytes> publicKey = publicKeyDer(algorithm, bytesIn(value, 2));
-  if (!publicKey || !isFor(sha256(request.rpId), request.userVerification, data)) return fail(KeyError::kNotAllowed);
-
   RegistrationResult result;
   result.credentialId = bytesIn(value, 0);
+  const bool isMade = publicKey && !result.credentialId.empty();
+  if (!isMade || !isFor(sha256(request.rpId), request.userVerification, data)) return fail(KeyError::kNotAllowed);
+
   result.authenticatorData = withoutAaguid(data);
   result.attestationObject = attestationObject(result.authenticatorData);
   result.publicKeyDer = *publicKey;
@@ -224,7 +237,8 @@ void SecurityKeys::receiveAssertion(GVariant* value) {
   g_variant_get_child(value, 4, "b", &usedAppId);
   result.usedAppId = usedAppId != FALSE && request.appId;
   const std::string& relyingParty = result.usedAppId ? *request.appId : request.rpId;
-  if (!isFor(sha256(relyingParty), request.userVerification, result.authenticatorData))
+  const bool isAllowed = request.allowed.empty() || contains(request.allowed, result.credentialId);
+  if (!isAllowed || !isFor(sha256(relyingParty), request.userVerification, result.authenticatorData))
     return fail(KeyError::kNotAllowed);
   end().onAsserted(std::move(result));
 }

@@ -59,8 +59,11 @@ class SecurityKeys {
   void start(Registration registration, std::chrono::milliseconds timeout, Events events);
   void start(Assertion assertion, std::chrono::milliseconds timeout, Events events);
 
-  // Neither has an effect unless it was asked for.
-  void givePin(std::string pin);
+  // Returns false for a text that is no PIN of any key (CTAP 2.1, section 6.5.1). No try is lost, and the key still
+  // waits for one.
+  bool givePin(std::string pin);
+
+  // Neither function has an effect unless it was asked for.
   void chooseAccount(std::size_t index);
 
   void cancel();

@@ -7,6 +7,7 @@
 
 #include <fido.h>
 #include <glib.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -88,9 +89,19 @@ void print(const char* event, GVariant* value) {
   std::fflush(stdout);
 }
 
+// A key says how many credentials it has, and libfido2 takes memory for all of them.
+void limitMemory() {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  constexpr rlim_t kMaxMemory = 512 << 20;
+  const rlimit limit{kMaxMemory, kMaxMemory};
+  (void)setrlimit(RLIMIT_AS, &limit);
+#endif
+}
+
 }  // namespace
 
 int main() {
+  limitMemory();
   fido_init(FIDO_DISABLE_U2F_FALLBACK);  // a CTAP 2 key that fails is not one that can do less
   const std::string line = Answers::readRequest();
   const Variant whole(g_variant_parse(G_VARIANT_TYPE_VARIANT, line.c_str(), nullptr, nullptr, nullptr));

@@ -64,14 +64,23 @@ TEST_F(SecurityKeyPinTest, NormalizesThePin) {
   EXPECT_TRUE(registered);
 }
 
+TEST_F(SecurityKeyPinTest, NoTryIsLostForWhatIsNoPin) {
+  keys.plug("a", kWithPin);
+  start(registration());
+  ASSERT_TRUE(waitForEvent("pin 8"));
+  const std::string grows = "\u0958";  // three bytes, and six when it is normalized
+  for (const std::string& each : {std::string(), std::string("123"), std::string("1234\n"), std::string(64, '1'),
+                                  grows + grows + grows + grows + std::string(48, '1')})
+    EXPECT_FALSE(securityKeys.givePin(each)) << each;
+  EXPECT_TRUE(securityKeys.givePin("4321"));
+  EXPECT_TRUE(waitForEvent("wrong pin 7"));
+}
+
 TEST_F(SecurityKeyPinTest, AcceptsThePinAfterAWrongOne) {
   keys.plug("a", kWithPin);
   start(registration());
   ASSERT_TRUE(waitForEvent("pin 8"));
   securityKeys.givePin("4321");
-  ASSERT_TRUE(waitForEvent("wrong pin 7"));
-  events.clear();
-  securityKeys.givePin("");  // costs no try
   ASSERT_TRUE(waitForEvent("wrong pin 7"));
   securityKeys.givePin("1234");
   ASSERT_TRUE(waitForEnd());
