@@ -268,9 +268,11 @@ void Prompts::showNextOrEnablePage() {
   enablePage();
 }
 
-// The next prompt drops what is typed during its own delay.
+// The next prompt drops what is typed during its own delay. Nobody types into a prompt without a field that has waited
+// for a pause.
 void Prompts::withdraw() {
-  if (!queue_.empty()) return build(queue_.front().prompt);
+  const bool mayGetKeys = !takesInput_ || !entries_.empty();
+  if (!queue_.empty() || !mayGetKeys) return showNextOrEnablePage();
   takesInput_ = false;
   for (GtkEntry* const entry : entries_)
     gtk_entry_set_text(entry, "");

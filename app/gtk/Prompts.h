@@ -5,8 +5,8 @@
 // - The page gets no input while a prompt is shown.
 // - A prompt takes input only after it has been shown for 700 ms without a key press or click. Earlier ones are
 //   dropped: they were meant for the page, which decides when a prompt appears.
-// - A prompt that ends without the user's reply drops keys and clicks until 700 ms have passed without a key press: the
-//   keys were meant for the prompt, and may be the rest of a password.
+// - A prompt with a field that ends without the user's reply drops keys and clicks until 700 ms have passed without a
+//   key press: the keys were meant for the prompt, and may be the rest of a password.
 // - A prompt that can only be declined takes Escape and clicks on Cancel at once.
 // - Return accepts, or takes the choice that has the focus. Escape declines.
 // - Further prompts wait in a queue.
