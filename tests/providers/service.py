@@ -4,8 +4,11 @@ verifies what it gets with PyJWT and PySAML2."""
 import base64
 import hashlib
 import json
+import os
+import pathlib
 import secrets
 import subprocess
+import tempfile
 import threading
 import urllib.request
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
@@ -18,6 +21,7 @@ import saml2.config
 
 SERVICE = "https://app.example.test"
 REDIRECT = SERVICE + "/done"
+SOURCES = pathlib.Path(__file__).resolve().parents[2]
 
 
 def first_values(query):
@@ -129,6 +133,31 @@ class Ticket(Page):
     def finish(self, address):
         subprocess.run(["kdestroy"], check=True)
         return super().finish(address)
+
+
+class Key(Page):
+    """A page that uses a security key, and whose server tells what its verifier says. The user has a new key, in
+    software, during this sign-in only, which needs no touch."""
+
+    def __init__(self, address, pin):
+        super().__init__(address)
+        self.options = {"plug": "key", "pin": pin, "touched": True}
+
+    def start(self):
+        address = tempfile.mkdtemp() + "/keys"
+        self.keys = subprocess.Popen([SOURCES / "tests/tools/keys/software-keys", address], text=True,
+                                     stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        print(json.dumps(self.options), file=self.keys.stdin, flush=True)
+        while self.keys.stdout.readline() != "plugged key\n":
+            pass
+        os.environ["SVO_SOFTWARE_KEYS"] = address
+        os.environ["LD_PRELOAD"] = str(SOURCES / "build/tests/tools/libsoftware-key-devices.so")
+        return super().start()
+
+    def finish(self, address):
+        del os.environ["LD_PRELOAD"], os.environ["SVO_SOFTWARE_KEYS"]
+        self.keys.communicate()
+        return first_values(urlsplit(address).query)["verifier"]
 
 
 class Handler(BaseHTTPRequestHandler):

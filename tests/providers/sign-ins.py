@@ -11,7 +11,7 @@ import time
 
 import hand
 import service
-from service import OpenIdConnect, Page, Saml, Ticket
+from service import Key, OpenIdConnect, Page, Saml, Ticket
 
 PASSWORD = "Correct-Horse-7"
 NODE = "https://oidc.example.test"
@@ -19,6 +19,7 @@ SIMPLESAML = "https://saml.example.test/simplesamlphp/saml2/idp/metadata.php"
 GLEWLWYD = "https://glewlwyd.example.test/api/oidc"
 LEMON = "https://auth.example.test"
 APACHE = "https://www.example.test"
+KEYS = "https://keys.example.test/"
 
 
 def one_time_code():
@@ -32,6 +33,7 @@ AT_SIMPLESAML = [("Username", "ada"), ("Password", PASSWORD), "Login"]
 AT_GLEWLWYD = [("Login", "ada"), ("Password", PASSWORD), "OK"]
 AT_LEMON = [("Login", "dwho"), ("Password", "dwho"), "Connect"]
 IN_PROMPT = [("Name", "ada"), ("Password", PASSWORD), "OK"]
+WITH_KEY = [("PIN of your security key", "1234"), "OK"]
 
 # Provider, flow, sign-in, what the user does, what is found in the end.
 ROWS = [
@@ -63,6 +65,13 @@ ROWS = [
     ("Apache", "client certificate", Page("https://card.example.test/card/"),
      ["Ada", ("PIN of “Card”", "1234"), "OK"], "user Ada"),
     ("Apache", "Negotiate", Ticket("https://sso.example.test/negotiate/", PASSWORD), [], "user ada@EXAMPLE.TEST"),
+    ("SimpleWebAuthn", "registration of a security key", Key(KEYS, "1234"), ["Register"] + WITH_KEY + ["Continue"],
+     "register accepted"),
+    ("SimpleWebAuthn", "registration, sign-in", Key(KEYS, "1234"),
+     ["Register"] + WITH_KEY + ["Sign in"] + WITH_KEY + ["Continue"], "register accepted, sign-in accepted"),
+    ("SimpleWebAuthn", "registration, sign-in with another challenge", Key(KEYS, "1234"),
+     ["Register"] + WITH_KEY + ["Sign in with another challenge"] + WITH_KEY + ["Continue"],
+     "register accepted, sign-in refused: Unexpected authentication response challenge"),
 ]
 
 
