@@ -13,10 +13,16 @@ using AETransactionID = SInt32;
 using AEDataStorageType = struct OpaqueAEDataStorageType*;
 using AEDataStorage = AEDataStorageType*;
 
+#pragma pack(push, 2)
+
 struct AEDesc {
   DescType descriptorType;
   AEDataStorage dataHandle;
 };
+static_assert(sizeof(AEDesc) == 12);
+
+#pragma pack(pop)
+
 using AEAddressDesc = AEDesc;
 using AppleEvent = AEDesc;
 

@@ -5,6 +5,6 @@
 #include <CoreServices/MacTypes.h>
 
 extern "C" {
-const char* GetMacOSStatusErrorString(OSStatus err) SDK_DEPRECATED;
-const char* GetMacOSStatusCommentString(OSStatus err) SDK_DEPRECATED;
+const char* GetMacOSStatusErrorString(OSStatus err);
+const char* GetMacOSStatusCommentString(OSStatus err);
 }

@@ -18,10 +18,12 @@ enum { bIsCaseSensitive = 22 };
 struct FSRef {
   UInt8 hidden[80];
 };
+static_assert(sizeof(FSRef) == 80);
 
 struct FSSpec {
   UInt8 hidden[70];
 };
+static_assert(sizeof(FSSpec) == 70);
 using FSSpecPtr = FSSpec*;
 
 struct UTCDateTime {
@@ -29,6 +31,16 @@ struct UTCDateTime {
   UInt32 lowSeconds;
   UInt16 fraction;
 };
+
+struct FSPermissionInfo {
+  UInt32 userID;
+  UInt32 groupID;
+  UInt8 reserved1;
+  UInt8 userAccess;
+  UInt16 mode;
+  void* fileSec;
+};
+static_assert(sizeof(FSPermissionInfo) == 20);
 
 struct FSCatalogInfo {
   UInt16 nodeFlags;
@@ -44,7 +56,7 @@ struct FSCatalogInfo {
   UTCDateTime attributeModDate;
   UTCDateTime accessDate;
   UTCDateTime backupDate;
-  UInt32 permissions[4];
+  FSPermissionInfo permissions;
   UInt8 finderInfo[16];
   UInt8 extFinderInfo[16];
   UInt64 dataLogicalSize;
@@ -54,11 +66,13 @@ struct FSCatalogInfo {
   UInt32 valence;
   UInt32 textEncodingHint;
 };
+static_assert(sizeof(FSCatalogInfo) == 148);
 
 struct HFSUniStr255 {
   UInt16 length;
   UniChar unicode[255];
 };
+static_assert(sizeof(HFSUniStr255) == 512);
 
 struct GetVolParmsInfoBuffer {
   SInt16 vMVersion;
@@ -71,6 +85,7 @@ struct GetVolParmsInfoBuffer {
   void* vMDeviceID;
   UniCharCount vMMaxNameLength;
 };
+static_assert(sizeof(GetVolParmsInfoBuffer) == 44);
 
 #pragma pack(pop)
 

@@ -6,21 +6,21 @@
 #include <CoreServices/MacTypes.h>
 
 enum {
-  kOnSystemDisk = -32768,
-  kLocalDomain = -32765,
-  kUserDomain = -32763,
+  kOnSystemDisk SDK_DEPRECATED = -32768,
+  kLocalDomain SDK_DEPRECATED = -32765,
+  kUserDomain SDK_DEPRECATED = -32763,
 };
 
 enum {
-  kDontCreateFolder = false,
-  kCreateFolder = true,
+  kDontCreateFolder SDK_DEPRECATED = false,
+  kCreateFolder SDK_DEPRECATED = true,
 };
 
 enum : OSType {
-  kVolumeRootFolderType = 'root',
-  kApplicationSupportFolderType = 'asup',
-  kApplicationsFolderType = 'apps',
-  kUtilitiesFolderType = 'uti\xC4',
+  kVolumeRootFolderType SDK_DEPRECATED = 'root',
+  kApplicationSupportFolderType SDK_DEPRECATED = 'asup',
+  kApplicationsFolderType SDK_DEPRECATED = 'apps',
+  kUtilitiesFolderType SDK_DEPRECATED = 'uti\xC4',
 };
 
 extern "C" {

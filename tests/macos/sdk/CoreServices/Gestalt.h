@@ -5,9 +5,9 @@
 #include <CoreServices/MacTypes.h>
 
 enum : OSType {
-  gestaltSystemVersionMajor = 'sys1',
-  gestaltSystemVersionMinor = 'sys2',
-  gestaltSystemVersionBugFix = 'sys3',
+  gestaltSystemVersionMajor SDK_DEPRECATED = 'sys1',
+  gestaltSystemVersionMinor SDK_DEPRECATED = 'sys2',
+  gestaltSystemVersionBugFix SDK_DEPRECATED = 'sys3',
 };
 
 extern "C" {

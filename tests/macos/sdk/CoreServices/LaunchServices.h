@@ -14,7 +14,9 @@ enum : LSLaunchFlags {
   kLSLaunchNewInstance = 0x00080000,
 };
 
-struct LSApplicationParameters {
+#pragma pack(push, 2)
+
+struct SDK_DEPRECATED LSApplicationParameters {
   CFIndex version;
   LSLaunchFlags flags;
   const FSRef* application;
@@ -23,6 +25,8 @@ struct LSApplicationParameters {
   CFArrayRef argv;
   AppleEvent* initialEvent;
 };
+
+#pragma pack(pop)
 
 extern "C" {
 OSStatus LSOpenApplication(const LSApplicationParameters* appParams, ProcessSerialNumber* outPSN) SDK_DEPRECATED;

@@ -18,6 +18,7 @@
 - (void)ignore;
 @end
 
+SDK_DEPRECATED
 @protocol WebFrameLoadDelegate <NSObject>
 @optional
 - (void)webView:(WebView*)sender didStartProvisionalLoadForFrame:(WebFrame*)frame;
@@ -26,11 +27,13 @@
 - (void)webView:(WebView*)sender didFailLoadWithError:(NSError*)error forFrame:(WebFrame*)frame;
 @end
 
+SDK_DEPRECATED
 @protocol WebUIDelegate <NSObject>
 @optional
 - (WebView*)webView:(WebView*)sender createWebViewWithRequest:(NSURLRequest*)request;
 @end
 
+SDK_DEPRECATED
 @protocol WebPolicyDelegate <NSObject>
 @optional
 - (void)webView:(WebView*)webView
