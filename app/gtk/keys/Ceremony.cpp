@@ -37,6 +37,16 @@ bool isPluggedIn(const Device& key) {
   return std::find(paths.begin(), paths.end(), key.path()) != paths.end();
 }
 
+// Another program may use one, and one may be no key.
+std::vector<std::unique_ptr<Device>> opened(const std::vector<std::string>& paths) {
+  std::vector<std::unique_ptr<Device>> keys;
+  for (const std::string& each : paths) {
+    auto key = std::make_unique<Device>(each);
+    if (key->handle() != nullptr) keys.push_back(std::move(key));
+  }
+  return keys;
+}
+
 bool verifiesUser(const KeyInfo& info) {
   return info.hasPin || info.hasBuiltInVerification;
 }
@@ -82,11 +92,12 @@ void Ceremony::withKeys(const std::function<Step(const Device&)>& use) {
 std::unique_ptr<Device> Ceremony::chooseKey() {
   for (;; std::this_thread::sleep_for(kPollTime)) {
     const std::vector<std::string> paths = usableKeys();
+    std::vector<std::unique_ptr<Device>> keys = opened(paths);
     // While a key is blocked, the last report says so.
-    if (paths.empty() && unusable_.empty()) report_(kNeedsKey, g_variant_new_boolean(hasForbiddenKey()));
-    if (paths.empty()) continue;
-    std::unique_ptr<Device> key = paths.size() == 1 ? std::make_unique<Device>(paths.front()) : touchedOf(paths);
-    if (key && key->handle() != nullptr) return key;
+    if (keys.empty() && unusable_.empty()) report_(kNeedsKey, g_variant_new_boolean(hasForbiddenKey()));
+    if (keys.empty()) continue;
+    std::unique_ptr<Device> key = keys.size() == 1 ? std::move(keys.front()) : touchedOf(std::move(keys), paths);
+    if (key) return key;
   }
 }
 
@@ -106,12 +117,12 @@ std::vector<std::string> Ceremony::usableKeys() {
 }
 
 // Returns null when another key is plugged in or pulled out, or one does not wait any longer.
-std::unique_ptr<Device> Ceremony::touchedOf(const std::vector<std::string>& paths) {
-  std::vector<std::unique_ptr<Device>> keys;
-  for (const std::string& each : paths) {
-    auto key = std::make_unique<Device>(each);
-    if (key->handle() != nullptr && fido_dev_get_touch_begin(key->handle()) == FIDO_OK) keys.push_back(std::move(key));
-  }
+std::unique_ptr<Device> Ceremony::touchedOf(std::vector<std::unique_ptr<Device>> keys,
+                                            const std::vector<std::string>& paths) {
+  const auto doesNotWait = [](const std::unique_ptr<Device>& each) {
+    return fido_dev_get_touch_begin(each->handle()) != FIDO_OK;
+  };
+  keys.erase(std::remove_if(keys.begin(), keys.end(), doesNotWait), keys.end());
   if (keys.empty()) return nullptr;
   report_(kNeedsTouch, g_variant_new_boolean(TRUE));
   std::unique_ptr<Device> touched;

@@ -38,7 +38,7 @@ class Ceremony {
 
   void withKeys(const std::function<Step(const Device&)>& use);
   std::unique_ptr<Device> chooseKey();
-  std::unique_ptr<Device> touchedOf(const std::vector<std::string>& paths);
+  std::unique_ptr<Device> touchedOf(std::vector<std::unique_ptr<Device>> keys, const std::vector<std::string>& paths);
   std::vector<std::string> usableKeys();
 
   Step registerWith(const Device& key, const Registration& request);

@@ -65,6 +65,19 @@ TEST_F(SecurityKeyPlugTest, UsesTheKeyThatIsTouched) {
   EXPECT_TRUE(asserted);
 }
 
+TEST_F(SecurityKeyPlugTest, AKeyThatCannotBeOpenedDoesNotCount) {
+  keys.plug("a");
+  keys.plug("b", R"("busy": true)");
+  start(registration());
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  keys.touch("a");
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(registered);
+  keys.pull("a");
+  start(registration());
+  EXPECT_TRUE(waitForEvent("key"));
+}
+
 TEST_F(SecurityKeyPlugTest, AsksAllKeysAgainWhenOneGivesUp) {
   keys.plug("a");
   keys.plug("b");

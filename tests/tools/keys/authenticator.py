@@ -144,6 +144,7 @@ class Key:
         self.omits_id = options.get("omitsId", False)
         self.wrong_rp = options.get("wrongRp", False)
         self.ignores_verification = options.get("ignoresVerification", False)
+        self.busy = options.get("busy", False)
         self.tries = options.get("tries", self.tries)
         self.failed_in_a_row = 0
         self.token = os.urandom(32)
