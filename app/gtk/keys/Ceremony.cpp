@@ -150,9 +150,11 @@ Ceremony::Step Ceremony::registerWith(const Device& key, const Registration& req
   if (!canStore || !canVerify) return failAfterTouch(key, KeyError::kConstraint);
 
   const bool isStored = info.storesCredentials && request.residentKey != ResidentKey::kDiscouraged;
-  const std::vector<Bytes> excluded = shortened(key, request.rpId, request.excluded);
+  std::vector<Bytes> excluded = shortened(key, request.rpId, request.excluded);
   Credential credential;
   const int error = attemptVerified(key, request.userVerification, [&](const char* pin, fido_opt_t builtIn) {
+    const int searchError = findHidden(key, request.rpId, request.excluded, pin, excluded);
+    if (searchError != FIDO_OK) return searchError;
     credential = newCredential(request, *algorithm, isStored, excluded);
     if (!credential || fido_cred_set_uv(credential.get(), builtIn) != FIDO_OK) return FIDO_ERR_INTERNAL;
     return fido_dev_make_cred(key.handle(), credential.get(), pin);
@@ -186,11 +188,13 @@ Ceremony::Step Ceremony::assertWith(const Device& key, const Assertion& request)
   }
   const std::string& relyingParty = usedAppId ? *request.appId : request.rpId;
   allowed = shortened(key, relyingParty, allowed);
-  // Without a list a key offers every credential of the relying party.
-  if (allowed.empty() && !request.allowed.empty()) return failAfterTouch(key, KeyError::kNotAllowed);
 
   FidoAssertion assertion;
   const int error = attemptVerified(key, request.userVerification, [&](const char* pin, fido_opt_t builtIn) {
+    const int searchError = findHidden(key, relyingParty, request.allowed, pin, allowed);
+    if (searchError != FIDO_OK) return searchError;
+    // Without a list a key offers every credential of the relying party.
+    if (allowed.empty() && !request.allowed.empty()) return FIDO_ERR_NO_CREDENTIALS;
     assertion = newAssertion(relyingParty, request.clientDataHash, allowed);
     if (!assertion || fido_assert_set_uv(assertion.get(), builtIn) != FIDO_OK) return FIDO_ERR_INTERNAL;
     return fido_dev_get_assert(key.handle(), assertion.get(), pin);

@@ -21,3 +21,8 @@ std::optional<Bytes> find(const Device& key, const std::string& rpId, const std:
 // Returns what of `ids` must be sent with a request: those that the key could have or, if they are too many for one
 // message, the one that it has.
 std::vector<Bytes> shortened(const Device& key, const std::string& rpId, const std::vector<Bytes>& ids);
+
+// A key may show a credential only to a verified user. Looks for one of `ids` with the PIN, unless there is none or one
+// is `found` already. Returns an error of libfido2; that the key has none of them is no error.
+int findHidden(const Device& key, const std::string& rpId, const std::vector<Bytes>& ids, const char* pin,
+               std::vector<Bytes>& found);

@@ -218,6 +218,44 @@ TEST_F(CeremonyTest, AKeyMayOmitTheOnlyCredential) {
   EXPECT_EQ(asserted->credentialId, id);
 }
 
+TEST_F(CeremonyTest, RefusesACredentialThatIsNotAllowed) {
+  keys.plug("a", kTouched);
+  const Bytes id = registerAtOnce().credentialId;
+  keys.plug("a", R"("touched": true, "otherId": true)");
+  start(assertion({id, Bytes(32, 1)}));
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(failed, KeyError::kNotAllowed);
+}
+
+TEST_F(CeremonyTest, FindsAHiddenCredentialInALongList) {
+  keys.plug("a", R"("pin": "1234", "touched": true, "hides": true)");
+  start(registration());
+  ASSERT_TRUE(waitForEvent("pin 8"));
+  securityKeys.givePin("1234");
+  ASSERT_TRUE(waitForEnd());
+  ASSERT_TRUE(registered);
+  std::vector<Bytes> ids(20, Bytes(60, 7));
+  ids.push_back(registered->credentialId);
+
+  Assertion sought = assertion(ids);
+  sought.userVerification = UserVerification::kPreferred;
+  start(sought);
+  ASSERT_TRUE(waitForEvent("pin 8"));
+  securityKeys.givePin("4321");
+  ASSERT_TRUE(waitForEvent("wrong pin 7"));
+  securityKeys.givePin("1234");
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(asserted);
+
+  Registration again = registration();
+  again.excluded = ids;
+  start(again);
+  ASSERT_TRUE(waitForEvent("pin 8"));
+  securityKeys.givePin("1234");
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(failed, KeyError::kInvalidState);
+}
+
 TEST_F(CeremonyTest, LetsTheUserChooseAnAccount) {
   keys.plug("a", R"("pin": "1234", "touched": true)");
   Registration request = registration();
@@ -319,10 +357,12 @@ TEST_F(CeremonyTest, MapsTheErrorsOfAKey) {
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(failed, error) << status;
   }
-  keys.at("a", kGetAssertion, "127");
-  start(assertion({id}));
-  ASSERT_TRUE(waitForEnd());
-  EXPECT_EQ(failed, KeyError::kNotAllowed);
+  for (const auto& [status, error] : errors) {
+    keys.at("a", kGetAssertion, std::to_string(status));
+    start(assertion({id}));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(failed, KeyError::kNotAllowed) << status;
+  }
 }
 
 }  // namespace

@@ -144,6 +144,7 @@ class Key:
         self.omits_id = options.get("omitsId", False)
         self.wrong_rp = options.get("wrongRp", False)
         self.ignores_verification = options.get("ignoresVerification", False)
+        self.other_id = options.get("otherId", False)
         self.busy = options.get("busy", False)
         self.tries = options.get("tries", self.tries)
         self.failed_in_a_row = 0
@@ -297,6 +298,8 @@ class Key:
             answer[5] = len(found)
         if self.omits_id and len(allowed) == 1:
             del answer[1]
+        if self.other_id:
+            answer[1] = {"id": bytes(16), "type": "public-key"}
         return answer
 
     def next_assertion(self, *_):
