@@ -143,7 +143,8 @@ TEST_F(SecurityKeyAttackTest, AReplayedRequestIsRefused) {
 
 TEST_F(SecurityKeyAttackTest, MalformedRequestsAreIgnored) {
   startAsking(R"(onpress(() => {
-    addEventListener('svo-credentials-reply', (event) => report('reply ' + event.detail));
+    let replies = 0;
+    addEventListener('svo-credentials-reply', () => ++replies);
     const id = 'a', method = 'get', publicKey = { challenge: 'AAAA' };
     const details = [
       undefined, null, 1, {}, { toString() { return '{}' } }, '', '{', '[]', '1', 'null', '"a"', '[['.repeat(60000),
@@ -155,12 +156,11 @@ TEST_F(SecurityKeyAttackTest, MalformedRequestsAreIgnored) {
     ];
     for (const detail of details) dispatchEvent(new CustomEvent('svo-credentials', { detail }));
     dispatchEvent(new Event('svo-credentials'));
-    tell(navigator.credentials.get(signIn()));
+    navigator.credentials.get(signIn()).catch((error) => report(`${error.name} ${replies}`));
   }))");
   clickPage();
   replyWith(XK_Escape);
-  untilReported("NotAllowedError");
-  EXPECT_THAT(reports(), ElementsAre("loaded", testing::HasSubstr("reply "), "NotAllowedError"));
+  untilReported("NotAllowedError 1");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 

@@ -34,7 +34,7 @@ TEST_F(SecurityKeyTest, APageOfThisMachineHasTheInterface) {
 TEST_F(SecurityKeyTest, FramesHaveNoInterface) {
   site.serve("/frame", pageWith(kReportInterface));
   startOn("<iframe src='/frame'></iframe><iframe src='" + site.address("/frame") + "'></iframe>");
-  until("two reports", [&] { return reports().size() >= 4; });
+  until("two reports of each page, one of the top", [&] { return reports().size() == 5; });
   std::vector<std::string> all = reports();
   all.erase(std::remove(all.begin(), all.end(), "loaded"), all.end());
   EXPECT_THAT(all, ElementsAre("undefined undefined undefined", "undefined undefined undefined"));
