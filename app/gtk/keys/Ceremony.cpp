@@ -28,8 +28,14 @@ Bytes bytesOf(const unsigned char* data, std::size_t size) {
   return data == nullptr ? Bytes() : Bytes(data, data + size);
 }
 
-std::string textOf(const char* text) {
-  return validUtf8(orEmpty(text));
+// Empty for a name that shows nothing.
+std::string nameOf(const char* text) {
+  std::string name = validUtf8(orEmpty(text));
+  for (const char* at = name.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+    const gunichar character = g_utf8_get_char(at);
+    if (g_unichar_isgraph(character) && !g_unichar_ismark(character)) return name;
+  }
+  return {};
 }
 
 bool isPluggedIn(const Device& key) {
@@ -149,15 +155,22 @@ Ceremony::Step Ceremony::registerWith(const Device& key, const Registration& req
   const bool canVerify = verifiesUser(info) || request.userVerification != UserVerification::kRequired;
   if (!canStore || !canVerify) return failAfterTouch(key, KeyError::kConstraint);
 
-  const bool isStored = info.storesCredentials && request.residentKey != ResidentKey::kDiscouraged;
+  bool isStored = info.storesCredentials && request.residentKey != ResidentKey::kDiscouraged;
   std::vector<Bytes> excluded = shortened(key, request.rpId, request.excluded);
   Credential credential;
-  const int error = attemptVerified(key, request.userVerification, [&](const char* pin, fido_opt_t builtIn) {
-    const int searchError = findHidden(key, request.rpId, request.excluded, pin, excluded);
-    if (searchError != FIDO_OK) return searchError;
+  const auto make = [&](const char* pin, fido_opt_t builtIn) {
     credential = newCredential(request, *algorithm, isStored, excluded);
     if (!credential || fido_cred_set_uv(credential.get(), builtIn) != FIDO_OK) return FIDO_ERR_INTERNAL;
     return fido_dev_make_cred(key.handle(), credential.get(), pin);
+  };
+  const int error = attemptVerified(key, request.userVerification, [&](const char* pin, fido_opt_t builtIn) {
+    const int searchError = findHidden(key, request.rpId, request.excluded, pin, excluded);
+    if (searchError != FIDO_OK) return searchError;
+    const int firstError = make(pin, builtIn);
+    const bool isFull = isStored && firstError == FIDO_ERR_KEY_STORE_FULL;
+    if (!isFull || request.residentKey == ResidentKey::kRequired) return firstError;
+    isStored = false;
+    return make(pin, builtIn);
   });
   if (error != FIDO_OK) return outcomeOf(key, error);
 
@@ -229,8 +242,8 @@ Ceremony::Step Ceremony::chooseAccount(const Device& key, const fido_assert_t* a
   g_variant_builder_init(&accounts, G_VARIANT_TYPE("a(ss)"));
   bool areNamed = true;
   for (std::size_t i = 0; i < count; ++i) {
-    const std::string name = textOf(fido_assert_user_name(assertion, i));
-    const std::string displayName = textOf(fido_assert_user_display_name(assertion, i));
+    const std::string name = nameOf(fido_assert_user_name(assertion, i));
+    const std::string displayName = nameOf(fido_assert_user_display_name(assertion, i));
     areNamed = areNamed && !(name.empty() && displayName.empty());
     g_variant_builder_add(&accounts, "(ss)", name.c_str(), displayName.c_str());
   }

@@ -7,6 +7,7 @@
 
 #include <fido.h>
 #include <glib.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -89,19 +90,22 @@ void print(const char* event, GVariant* value) {
   std::fflush(stdout);
 }
 
-// A key says how many credentials it has, and libfido2 takes memory for all of them.
-void limitMemory() {
+// - A key says how many credentials it has, and libfido2 takes memory for all of them.
+// - A crash collector gets the PIN of a process that may be dumped, also where core files are limited to 0 bytes
+//   (core(5), "Piping core dumps to a program").
+void protectMemory() {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
   constexpr rlim_t kMaxMemory = 512 << 20;
   const rlimit limit{kMaxMemory, kMaxMemory};
   (void)setrlimit(RLIMIT_AS, &limit);
+  (void)prctl(PR_SET_DUMPABLE, 0);
 #endif
 }
 
 }  // namespace
 
 int main() {
-  limitMemory();
+  protectMemory();
   fido_init(FIDO_DISABLE_U2F_FALLBACK);  // a CTAP 2 key that fails is not one that can do less
   const std::string line = Answers::readRequest();
   const Variant whole(g_variant_parse(G_VARIANT_TYPE_VARIANT, line.c_str(), nullptr, nullptr, nullptr));

@@ -231,6 +231,7 @@ int tryPin(const char* url) {
 
 int main(int argc, char** argv) {
   (void)prctl(PR_SET_PDEATHSIG, SIGKILL);
+  (void)prctl(PR_SET_DUMPABLE, 0);  // a crash collector would get the PIN
   if (argc < 3 || argv[1] != std::to_string(getppid())) return static_cast<int>(Opening::kGone);
 
   // Modules may print.

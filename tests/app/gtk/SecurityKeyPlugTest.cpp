@@ -25,15 +25,17 @@ TEST_F(SecurityKeyPlugTest, AsksForAKeyThatIsPluggedInLate) {
 
 TEST_F(SecurityKeyPlugTest, GoesOnAfterAKeyIsPulledOut) {
   for (const int command : {kGetInfo, kMakeCredential}) {
-    keys.plug("a", kTouched);
-    keys.at("a", command, R"("pull")");
-    start(registration());
-    ASSERT_TRUE(keys.waitFor("pulled a"));
-    ASSERT_TRUE(waitForEvent("key"));
-    keys.plug("b", kTouched);
-    ASSERT_TRUE(waitForEnd());
-    EXPECT_TRUE(registered) << command;
-    keys.pull("b");
+    for (const char* const how : {R"("pull")", R"("break")"}) {
+      keys.plug("a", kTouched);
+      keys.at("a", command, how);
+      start(registration());
+      ASSERT_TRUE(keys.waitFor("pulled a"));
+      ASSERT_TRUE(waitForEvent("key"));
+      keys.plug("b", kTouched);
+      ASSERT_TRUE(waitForEnd());
+      EXPECT_TRUE(registered) << command << how;
+      keys.pull("b");
+    }
   }
 }
 
@@ -63,6 +65,42 @@ TEST_F(SecurityKeyPlugTest, UsesTheKeyThatIsTouched) {
   keys.touch("a");
   ASSERT_TRUE(waitForEnd());
   EXPECT_TRUE(asserted);
+}
+
+TEST_F(SecurityKeyPlugTest, OneOfTwoKeysMayBePulledOut) {
+  keys.plug("a");
+  keys.plug("b");
+  start(registration());
+  ASSERT_TRUE(keys.waitFor("waiting a"));
+  ASSERT_TRUE(keys.waitFor("waiting b"));
+  keys.pull("a");
+  ASSERT_TRUE(keys.waitFor("cancelled b"));
+  ASSERT_TRUE(keys.waitFor("waiting b"));
+  keys.touch("b");
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_TRUE(registered);
+}
+
+TEST_F(SecurityKeyPlugTest, AKeyMayBePulledOutAtItsAccounts) {
+  constexpr char kVerifying[] = R"("touched": true, "builtIn": [0])";
+  keys.plug("a", kVerifying);
+  Registration request = registration();
+  request.residentKey = ResidentKey::kRequired;
+  for (const Bytes& id : {Bytes{1}, Bytes{2}}) {
+    request.userId = id;
+    (void)registerAtOnce(request);
+  }
+  start(assertion());
+  ASSERT_TRUE(waitForEvent("accounts"));
+  keys.pull("a");
+  ASSERT_TRUE(waitForEvent("key"));
+  securityKeys.chooseAccount(0);
+  keys.plug("a", kVerifying);
+  ASSERT_TRUE(waitForEvent("accounts"));
+  securityKeys.chooseAccount(1);
+  ASSERT_TRUE(waitForEnd());
+  ASSERT_TRUE(asserted);
+  EXPECT_EQ(asserted->userHandle, Bytes{1});
 }
 
 TEST_F(SecurityKeyPlugTest, AKeyThatCannotBeOpenedDoesNotCount) {

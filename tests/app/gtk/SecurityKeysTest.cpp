@@ -264,6 +264,7 @@ TEST_F(CeremonyTest, LetsTheUserChooseAnAccount) {
   for (const std::string name : {"ada", "bob", "cy"}) {
     request.userId = Bytes(name.begin(), name.end());
     request.userName = name;
+    request.userDisplayName = name == "cy" ? "\u0301\n" : "Ada Lovelace";
     start(request);
     ASSERT_TRUE(waitForEvent("pin 8"));
     securityKeys.givePin("1234");
@@ -278,6 +279,7 @@ TEST_F(CeremonyTest, LetsTheUserChooseAnAccount) {
   ASSERT_TRUE(waitForEvent("accounts"));
   ASSERT_EQ(accounts.size(), 3u);
   EXPECT_EQ(accounts[0].name, "cy");
+  EXPECT_EQ(accounts[0].displayName, "");  // it shows nothing
   EXPECT_EQ(accounts[1].displayName, "Ada Lovelace");
   securityKeys.chooseAccount(1);
   ASSERT_TRUE(waitForEnd());
@@ -303,6 +305,18 @@ TEST_F(CeremonyTest, StoresACredentialAsThePageAsks) {
     }
     keys.pull("a");
   }
+}
+
+TEST_F(CeremonyTest, AFullKeyStoresNoPreferredCredential) {
+  keys.plug("a", R"("touched": true, "full": true)");
+  Registration request = registration();
+  request.credProps = true;
+  request.residentKey = ResidentKey::kPreferred;
+  EXPECT_EQ(registerAtOnce(request).residentKey, false);
+  request.residentKey = ResidentKey::kRequired;
+  start(request);
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(failed, KeyError::kConstraint);
 }
 
 TEST_F(CeremonyTest, ReportsWhatTheKeyCannotDo) {

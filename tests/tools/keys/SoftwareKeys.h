@@ -43,7 +43,7 @@ class SoftwareKeys {
   void touch(const std::string& name);
   void refuse(const std::string& name);
 
-  // When the key gets the CTAP 2 command next: "pull" and "hang" in quotes, or the number of a status.
+  // When the key gets the CTAP 2 command next: "pull", "break" and "hang" in quotes, or the number of a status.
   void at(const std::string& name, int command, const std::string& what);
 
   // Waits for an event that the script reports. Each call takes one event. Returns false after 30 seconds.

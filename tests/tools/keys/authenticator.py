@@ -146,6 +146,7 @@ class Key:
         self.ignores_verification = options.get("ignoresVerification", False)
         self.other_id = options.get("otherId", False)
         self.busy = options.get("busy", False)
+        self.full = options.get("full", False)
         self.tries = options.get("tries", self.tries)
         self.failed_in_a_row = 0
         self.token = os.urandom(32)
@@ -265,6 +266,8 @@ class Key:
         if self.pin is not None and not verified and not self.ignores_verification:
             raise Failure(PIN_REQUIRED)
         self._need(wait_for_user())
+        if self.full and options.get("rk"):
+            raise Failure(KEY_STORE_FULL)
         credential = Credential(rp_hash, algorithm, user, options.get("rk", False), self.hides)
         if credential.resident:
             same = lambda each: each.resident and each.rp_hash == rp_hash and each.user["id"] == user["id"]
