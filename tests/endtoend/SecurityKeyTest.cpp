@@ -68,6 +68,16 @@ TEST_F(SecurityKeyTest, ARequestNeedsAClick) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+TEST_F(SecurityKeyTest, NullIsAnEmptySelection) {
+  startAsking(
+      "onpress(() => tell(navigator.credentials.create(registration({ authenticatorSelection: null, extensions: null "
+      "}))))");
+  clickPage();
+  replyWith(XK_Escape);
+  untilReported("NotAllowedError");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(SecurityKeyTest, AClickPermitsOneRequest) {
   startAsking(
       "onpress(async () => { await tell(navigator.credentials.get(signIn()));"
@@ -134,6 +144,30 @@ TEST_F(SecurityKeyTest, ANavigationEndsTheRequest) {
   untilPromptIsClosed();  // before the server has responded
   site.release("/next");
   untilLogSays("Security key: the sign-in has ended: NotAllowedError");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyTest, AClickIsForOnePageOnly) {
+  site.serve("/next", pageWith(kTools + std::string("<script>tell(navigator.credentials.get(signIn()))</script>")));
+  startAsking("onpress(() => { location = '/next' })");
+  clickPage();
+  untilReported("NotAllowedError");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyTest, APageThatIsLeftMayNotAsk) {
+  site.serve("/next", pageWith(""));
+  site.hold("/next");
+  startAsking(R"(
+    onkeydown = () => {
+      navigator.credentials.get(signIn()).catch((error) => navigator.sendBeacon('/report?what=' + error.name));
+    };
+    onpress(() => { location = '/next' });
+  )");
+  clickPage();
+  untilRequested("/next");
+  screen.press(XK_Return);
+  untilReported("NotAllowedError");
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
@@ -214,6 +248,8 @@ INSTANTIATE_TEST_SUITE_P(
         Named{"EmptyRelyingParty_SecurityError", "tell(navigator.credentials.get(signIn({ rpId: '' })))"},
         Named{"AppIdOfOtherSite_SecurityError",
               "tell(navigator.credentials.get(signIn({ extensions: { appid: 'https://example.com/id' } })))"},
+        Named{"AppIdOfARegistration_NotSupportedError",
+              "tell(navigator.credentials.create(registration({ extensions: { appid: 'https://localhost/id' } })))"},
         Named{"AppIdThatIsNoAddress_SecurityError",
               "tell(navigator.credentials.get(signIn({ extensions: { appid: 'localhost' } })))"},
         Named{
@@ -233,6 +269,9 @@ INSTANTIATE_TEST_SUITE_P(
               "tell(navigator.credentials.get(signIn({ allowCredentials:"
               " Array(65).fill({ type: 'public-key', id: new Uint8Array(8) }) })))"},
         Named{"PasswordCreation_NotSupportedError", "tell(navigator.credentials.create({ password: {} }))"},
+        Named{"AbortedByAGetter_AbortError",
+              "const ending = new AbortController(); tell(navigator.credentials.get({ signal: ending.signal,"
+              " publicKey: { get challenge() { ending.abort(); return bytes(32) } } }))"},
         Named{"AbortedBefore_AbortError",
               "tell(navigator.credentials.get({ ...signIn(), signal: AbortSignal.abort() }))"}),
     nameOf);

@@ -5,6 +5,7 @@
 namespace {
 
 constexpr gint64 kMilliseconds = 30;
+constexpr guint kFirstMinorVersion = 52;
 
 }  // namespace
 
@@ -13,6 +14,7 @@ CommitDelay::~CommitDelay() {
 }
 
 bool CommitDelay::delays(WebKitPolicyDecision* response) {
+  if (webkit_get_major_version() == 2 && webkit_get_minor_version() < kFirstMinorVersion) return false;
   const gint64 passed = (g_get_monotonic_time() - requested_) / 1000;
   if (passed >= kMilliseconds) return false;
   if (timer_ != 0) g_source_remove(timer_);

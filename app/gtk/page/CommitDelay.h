@@ -1,7 +1,8 @@
-// Delays the commit of a page until 30 ms after the request of its address.
+// Delays the commit of a page until 30 ms after the request of its address, from WebKitGTK 2.52 on.
 //
-// WebKitGTK 2.54 starts a process for a page of another site. If the page is committed within the next milliseconds and
-// shows a dialog before it has painted, that process never paints again. 5 ms were enough; few servers respond so fast.
+// WebKit starts a process for a page of another site. In 2.54, if the page is committed before the next frame of the
+// page before it and shows a dialog before it has painted, that process never paints again. 2.50 has no such defect,
+// and few servers respond so fast. A delay of 8 ms was too short, one of 10 ms long enough.
 //
 // Main thread.
 

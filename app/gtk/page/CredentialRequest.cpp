@@ -139,8 +139,8 @@ void decodeCreation(const Json& options, CredentialRequest& request) {
   request.timeout = timeoutOf(options, registration.userVerification);
   if (registration.userId.empty() || registration.userId.size() > kMaxUserId) {
     request.error = "TypeError";
-  } else if (registration.algorithms.empty()) {
-    request.error = "NotSupportedError";
+  } else if (registration.algorithms.empty() || !options["extensions"]["appid"].isMissing()) {
+    request.error = "NotSupportedError";  // section 10.1: an AppID belongs to a sign-in
   } else if (selection["authenticatorAttachment"].text() == "platform" ||
              options["excludeCredentials"].list(kMaxCredentials + 1).size() > kMaxCredentials) {
     request.error = "NotAllowedError";

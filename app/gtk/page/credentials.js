@@ -56,7 +56,7 @@
     appid: text(value.appid),
     credProps: value.credProps === undefined ? undefined : Boolean(value.credProps),
   };
-  const selection = (value) => value === undefined ? undefined : {
+  const selection = (value) => value === undefined || value === null ? undefined : {
     authenticatorAttachment: text(value.authenticatorAttachment),
     residentKey: text(value.residentKey),
     requireResidentKey: Boolean(value.requireResidentKey),
@@ -212,6 +212,7 @@
       send(stringify({ id, method: 'cancel' }));
       reject(signal.reason);
     };
+    signal?.throwIfAborted();  // a getter of the options may have aborted
     addListener('svo-credentials-reply', onReply);
     signal?.addEventListener('abort', onAbort);
     send(message);
