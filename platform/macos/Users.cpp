@@ -85,11 +85,14 @@ FileRights currentFileRights() {
   return {::geteuid(), ::getegid(), {}};
 }
 
-// The system reduces the groups to the given one.
+// Deprecated without a replacement. The system reduces the groups to the given one.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 bool setFileRights(const FileRights& rights) {
   if (rights.user == 0) return ::pthread_setugid_np(KAUTH_UID_NONE, KAUTH_GID_NONE) == 0;
   return ::pthread_setugid_np(rights.user, rights.group) == 0;
 }
+#pragma GCC diagnostic pop
 
 std::optional<uid_t> consoleUser() {
   uid_t user = 0;

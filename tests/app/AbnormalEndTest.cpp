@@ -51,17 +51,25 @@ class AbnormalEnd : public testing::Test {
   void (*cleanUp)() = nullptr;
 };
 
-class SignalEnd : public AbnormalEnd, public testing::WithParamInterface<int> {};
+struct Signal {
+  int number;
+  const char* name;
+};
+
+class SignalEnd : public AbnormalEnd, public testing::WithParamInterface<Signal> {};
 
 TEST_P(SignalEnd, WritesOneMessage) {
-  EXPECT_NE(end([] { (void)::raise(GetParam()); }), 0);
+  EXPECT_NE(end([] { (void)::raise(GetParam().number); }), 0);
   EXPECT_EQ(received(), kMessage);
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, SignalEnd,
-                         testing::Values(SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGQUIT, SIGSEGV, SIGSYS, SIGTRAP, SIGXCPU,
-                                         SIGXFSZ),
-                         [](const auto& each) { return std::string("SIG") + ::sigabbrev_np(each.param); });
+                         testing::Values(Signal{SIGABRT, "SIGABRT"}, Signal{SIGBUS, "SIGBUS"}, Signal{SIGFPE, "SIGFPE"},
+                                         Signal{SIGILL, "SIGILL"}, Signal{SIGQUIT, "SIGQUIT"},
+                                         Signal{SIGSEGV, "SIGSEGV"}, Signal{SIGSYS, "SIGSYS"},
+                                         Signal{SIGTRAP, "SIGTRAP"}, Signal{SIGXCPU, "SIGXCPU"},
+                                         Signal{SIGXFSZ, "SIGXFSZ"}),
+                         [](const auto& each) { return std::string(each.param.name); });
 
 // Restores the action of the signal after a test that changes it.
 class FileSizeSignal : public AbnormalEnd {

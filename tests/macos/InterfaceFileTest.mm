@@ -1,7 +1,10 @@
-// The main interface file and the property list, read by GNUstep's loader.
+// The main interface file, the property lists and the icon. GNUstep reads them.
 
 #include "tests/macos/CocoaTest.h"
 
+#include <arpa/inet.h>
+
+#include <cstdint>
 #include <string>
 
 #include "tests/macos/doubles/DisabledLeakCheck.h"
@@ -61,6 +64,23 @@ TEST_F(InterfaceFileTest, PagesMayUsePlainHttp) {
   NSDictionary* const list = [NSDictionary dictionaryWithContentsOfFile:@SVO_PROPERTY_LIST];
   EXPECT_TRUE([[list objectForKey:@"NSAppTransportSecurity"]
       isEqual:[NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES] forKey:@"NSAllowsArbitraryLoads"]]);
+}
+
+TEST_F(InterfaceFileTest, TheIconIsAnIcon) {
+  NSDictionary* const list = [NSDictionary dictionaryWithContentsOfFile:@SVO_PROPERTY_LIST];
+  NSString* const name = [list objectForKey:@"CFBundleIconFile"];
+  NSData* const icon = [NSData dataWithContentsOfFile:[@SVO_COCOA_FOLDER stringByAppendingString:name]];
+  ASSERT_GT([icon length], 8u);
+  std::uint32_t size = 0;
+  [icon getBytes:&size range:NSMakeRange(4, sizeof size)];
+  EXPECT_EQ(std::string(static_cast<const char*>([icon bytes]), 4), "icns");
+  EXPECT_EQ(NSUInteger{ntohl(size)}, [icon length]);
+}
+
+TEST_F(InterfaceFileTest, TheHardenedRuntimeAllowsCompiledScriptsOnly) {
+  NSDictionary* const list = [NSDictionary dictionaryWithContentsOfFile:@SVO_COCOA_FOLDER "SVO.entitlements"];
+  EXPECT_TRUE([list isEqual:[NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES]
+                                                        forKey:@"com.apple.security.cs.allow-jit"]]);
 }
 
 TEST_F(InterfaceFileTest, NoMenuTakesAKeyFromThePage) {

@@ -2,8 +2,10 @@
 
 #pragma once
 
+#include <Deprecated.h>
+
 #include_next <unistd.h>
 
 extern "C" {
-int pthread_setugid_np(uid_t user, gid_t group);
+SDK_DEPRECATED int pthread_setugid_np(uid_t user, gid_t group);
 }
