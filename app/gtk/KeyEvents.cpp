@@ -121,8 +121,10 @@ bool copies(const GdkEventKey& event) {
 }
 
 bool isDeliberate(const GdkEvent* event) {
+  const GdkEventType type = gdk_event_get_event_type(event);
+  if (type == GDK_BUTTON_PRESS || type == GDK_TOUCH_END) return true;
   guint key = 0;
-  if (!gdk_event_get_keyval(event, &key)) return true;
+  (void)gdk_event_get_keyval(event, &key);
   return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
 }
 

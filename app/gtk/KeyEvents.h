@@ -26,9 +26,11 @@ std::optional<WindowCommand> windowCommandOf(const GdkEventKey& event);
 //   Ctrl+C, Ctrl+X, Ctrl+Insert, Shift+Delete  => true
 bool copies(const GdkEventKey& event);
 
-// Whether a press of a key, mouse button or finger acts on the page: a click, or a key that presses a button. Other
-// keys do not count: a page could wait for the user to type.
+// Whether a press of a key, mouse button or finger acts on the page: a click, the end of a touch, or a key that presses
+// a button (HTML, section 6.4.1, "activation triggering input event"). Other keys do not count: a page could wait for
+// the user to type.
 //   a click, Return, Space  => true
+//   a finger that moves     => false
 bool isDeliberate(const GdkEvent* event);
 
 // Whether the press may open the list of a select field.

@@ -147,6 +147,17 @@ TEST_F(KeyEventsTest, PressesOfButtonsAreDeliberate) {
   }
 }
 
+TEST_F(KeyEventsTest, ATouchCountsOnceAtItsEnd) {
+  GdkEvent touch{};
+  for (const GdkEventType type : {GDK_TOUCH_BEGIN, GDK_TOUCH_UPDATE, GDK_TOUCH_CANCEL}) {
+    touch.type = type;
+    EXPECT_FALSE(isDeliberate(&touch)) << type;
+    EXPECT_FALSE(opensList(&touch)) << type;
+  }
+  touch.type = GDK_TOUCH_END;
+  EXPECT_TRUE(isDeliberate(&touch));
+}
+
 TEST_F(KeyEventsTest, VerticalArrowsOnlyOpenLists) {
   for (const guint arrow : std::initializer_list<guint>{GDK_KEY_Up, GDK_KEY_KP_Up, GDK_KEY_Down, GDK_KEY_KP_Down}) {
     const GdkEvent event = keyPress(arrow);
