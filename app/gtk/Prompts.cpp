@@ -97,9 +97,11 @@ Prompts::~Prompts() {
   cancelDelay();
 }
 
+// The last reference to a request may be in an entry. Its end cancels the request, and that calls cancel(): entries are
+// destroyed outside the queue.
 void Prompts::close() {
+  const std::deque<Entry> closed = std::exchange(queue_, {});
   removeFrame();
-  queue_.clear();
 }
 
 void Prompts::declineAll() {
@@ -125,7 +127,7 @@ Prompts::Id Prompts::showFirst(Prompt prompt, std::function<void(const PromptRep
 bool Prompts::replace(Id id, Prompt prompt, std::function<void(const PromptReply&)> onReply) {
   const auto found = find(id);
   if (found == queue_.end()) return false;
-  *found = {id, std::move(prompt), std::move(onReply)};
+  const Entry replaced = std::exchange(*found, {id, std::move(prompt), std::move(onReply)});
   if (found == queue_.begin()) build(found->prompt);
   return true;
 }
@@ -134,6 +136,7 @@ bool Prompts::cancel(Id id) {
   const auto found = find(id);
   if (found == queue_.end()) return false;
   const bool isShown = found == queue_.begin();
+  const Entry cancelled = std::move(*found);
   queue_.erase(found);
   if (isShown) withdraw();
   return true;

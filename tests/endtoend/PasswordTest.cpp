@@ -260,6 +260,17 @@ TEST_F(PasswordTest, AnOpenPromptDoesNotBlockClosing) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+// Each request that has no reply is cancelled while the window closes.
+TEST_F(PasswordTest, PromptsThatWaitDoNotDisturbClosing) {
+  constexpr std::size_t kRequests = 4;
+  for (std::size_t i = 0; i < kRequests; ++i)
+    protect("/image" + std::to_string(i), "ada:pw");
+  startOn("<script>for (let i = 0; i < 4; ++i) fetch('/image' + i)</script>");
+  untilShown(kRequests);
+  untilPromptTakesInput();
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(PasswordTest, AnOpenPromptDoesNotBlockControlW) {
   startOnProtected("ada:pw");
   untilPromptTakesInput();
