@@ -46,10 +46,18 @@ std::string shortened(const std::string& text) {
   return std::string(valid.c_str(), end) + "\u2026";
 }
 
+// A hyphen that Pango inserts where it breaks a long host would seem to be part of the host.
+void refuseHyphens(GtkLabel* label) {
+  const Owned<PangoAttrList, pango_attr_list_unref> attributes(pango_attr_list_new());
+  pango_attr_list_insert(attributes.get(), pango_attr_insert_hyphens_new(FALSE));
+  gtk_label_set_attributes(label, attributes.get());
+}
+
 GtkWidget* newText(const std::string& text, const char* styleClass) {
   GtkWidget* const label = gtk_label_new(shortened(text).c_str());
   gtk_label_set_line_wrap(GTK_LABEL(label), TRUE);
   gtk_label_set_line_wrap_mode(GTK_LABEL(label), PANGO_WRAP_WORD_CHAR);
+  refuseHyphens(GTK_LABEL(label));
   gtk_label_set_lines(GTK_LABEL(label), kMaxLines);
   gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
   gtk_label_set_width_chars(GTK_LABEL(label), kMinWidthInCharacters);

@@ -2,6 +2,7 @@
 
 #include "tests/endtoend/PromptTest.h"
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <vector>
@@ -239,6 +240,23 @@ TEST_F(DialogTest, ThePromptNamesTheSite) {
   start();
   until("both reports of the second page", [this] { return reports().size() == 4; });
   EXPECT_FALSE(heading() == headingForTheNumber);
+}
+
+// Nothing in a line of this letter is as wide as a hyphen.
+TEST_F(DialogTest, ABrokenWordGetsNoHyphen) {
+  startOnDialog("alert('l'.repeat(400))");
+  untilPromptTakesInput();
+  const Picture all = picture();
+  const Frame prompt = promptIn(all);
+  int widest = 0;
+  for (int y = prompt.end - 100; y < prompt.end - 60; ++y) {
+    for (int x = prompt.left, width = 0; x < prompt.right; ++x) {
+      width = (all.colorAt(x, y) & 0xff) < 0xc0 ? width + 1 : 0;
+      widest = std::max(widest, width);
+    }
+  }
+  EXPECT_THAT(widest, testing::AllOf(Ge(1), testing::Le(2)));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
 class LongTextTest : public DialogTest, public testing::WithParamInterface<Named> {};
