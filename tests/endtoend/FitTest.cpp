@@ -93,6 +93,25 @@ TEST_F(FitTest, ATallPageIsShownWhole) {
   untilReported("end");
 }
 
+// A busy page makes a search last longer than the 100 ms after which the page is looked at again.
+TEST_F(FitTest, ChangesDuringASearchDoNotSpoilIt) {
+  show(pageOfHeight(900) + R"(<script>
+    let frames = 0, last = 0;
+    const count = () => {
+      for (const end = performance.now() + 50; performance.now() < end;);
+      document.body.dataset.changes = ++frames;
+      if (innerWidth !== last) frames = 0;
+      last = innerWidth;
+      if (last === 680 || frames < 10) return requestAnimationFrame(count);
+      const loads = sessionStorage.loads = Number(sessionStorage.loads ?? 0) + 1;
+      report('settled at ' + last).then(() => loads < 5 ? location.reload() : report('finished'));
+    };
+    count();
+  </script>)");
+  untilReported("finished");
+  EXPECT_EQ(reportsOf("settled at 1114"), 5);
+}
+
 TEST_F(FitTest, TextKeepsTheLargestSizeThatFits) {
   show("<p style='margin: 0'>" + words(700));
   until("the size", [&] { return widths().size() == 2; });

@@ -17,7 +17,8 @@ constexpr char kSignal[] = "script-message-received::changed";
 // at the present zoom, and settle(zoom, fits) for the end of a search. Reports changes of the page and of its area, but
 // not those of the zoom. An area that changes during a search is reported, too: some of the heights were those in the
 // area before. The largest height of all frames since the last report counts, and once at this zoom also if the page is
-// lower again: otherwise a page that changes all the time would not settle.
+// lower again: otherwise a page that changes all the time would not settle. The page is looked at during a search, too:
+// `known` and `seen` are heights at the shown zoom, never at one that is tried.
 //
 // A body of the area's height with margins, or with a header above it, is taller than its area at every zoom. So where
 // an element is as tall as the area, its contents count instead of its own height.
@@ -84,17 +85,19 @@ constexpr char kScript[] = R"((() => {
   const noteSize = () => { tallest = Math.max(measure(), tallest); schedule(); };
 
   window.heightAt = (present, shown) => {
-    known = Math.max(measure(), present === shown ? seen : 1);
-    seen = tallest = 1;
     zoom = present;
     noteArea();
     zoom = shown;
+    if (present !== shown) return measure();
+    known = Math.max(measure(), seen);
+    seen = tallest = 1;
     return known;
   };
   window.settle = (level, fits) => {
+    if (level !== zoom) seen = 1;
     zoom = level;
     tallest = 1;
-    if (fits) known = 1;
+    known = fits ? 1 : measure();
     noteArea();
   };
   for (const type of ['load', 'change', 'toggle', 'transitionend', 'animationend'])
