@@ -95,6 +95,46 @@ TEST_P(BubbleTest, StaysBelowTheStripWithManyLines) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+// A bubble could take the place of the prompt's text. It would also cover this part of the page, which no prompt does.
+class BubbleAndPromptTest : public OwnAreaTest, public testing::WithParamInterface<Named> {
+ protected:
+  bool showsBubble() {
+    const Picture all = picture();
+    for (int y = 400; y < all.height(); ++y) {
+      for (int x = 0; x < all.width(); ++x)
+        if (all.colorAt(x, y) != kPageColor) return true;
+    }
+    return false;
+  }
+};
+
+TEST_P(BubbleAndPromptTest, AreNotShownTogether) {
+  tools::Response locked;
+  locked.status = 401;
+  locked.headers["WWW-Authenticate"] = "Basic realm=\"x\"";
+  site.serve("/locked", locked);
+  site.serve("/shown", page(""));
+  site.hold("/shown");
+  startOn(std::string("<input style='position: fixed; top: 340px; left: 240px; width: 200px; height: 8px'><script>"
+                      "const field = document.querySelector('input'); field.setCustomValidity('Sign in to localhost');"
+                      "onkeydown = async () => { ") +
+          GetParam().script + "; await frames(30); report('gone') }</script>");
+  untilPainted();
+  screen.press(XK_g);
+  untilPromptTakesInput();
+  site.release("/shown");
+  untilReported("gone");
+  EXPECT_FALSE(showsBubble());
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    If, BubbleAndPromptTest,
+    testing::Values(Named{"TheBubbleIsFirst", "field.reportValidity(); await frames(30); fetch('/locked'); "
+                                              "await fetch('/shown')"},
+                    Named{"ThePromptIsFirst", "fetch('/locked'); await fetch('/shown'); field.reportValidity()"}),
+    nameOf);
+
 class ListTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
 
 TEST_P(ListTest, DoesNotOpenAboveThePage) {

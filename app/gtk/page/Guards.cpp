@@ -139,6 +139,10 @@ gboolean popDown(gpointer bubble) {
   return G_SOURCE_REMOVE;
 }
 
+void hideFromDisabledPage(GtkWidget* bubble, GtkStateFlags, GtkWidget* page) {
+  if (!gtk_widget_is_sensitive(page)) gtk_widget_hide(bubble);
+}
+
 bool showsDragImage(GtkWidget* widget) {
   return GTK_IS_WINDOW(widget) && gtk_window_get_type_hint(GTK_WINDOW(widget)) == GDK_WINDOW_TYPE_HINT_DND;
 }
@@ -156,7 +160,8 @@ void hideDragImage(GtkWidget* widget) {
 }
 
 // The bubble that WebKit shows at an invalid field could cover the strip: a page chooses the field's position. A bubble
-// that does not fit into the page's area is hidden.
+// that does not fit into the page's area is hidden, and every bubble of a page that is disabled, because a prompt
+// overlaps that area: the page's text could take the place of the prompt's.
 gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpointer page) {
   GObject* const widget = G_OBJECT(g_value_get_object(values));
   hideDragImage(GTK_WIDGET(widget));
@@ -168,7 +173,10 @@ gboolean onWidgetMapped(GSignalInvocationHint*, guint, const GValue* values, gpo
   shorten(GTK_WIDGET(widget), nullptr);
   GdkRectangle field;
   (void)gtk_popover_get_pointing_to(GTK_POPOVER(widget), &field);
-  if (placeInPage(GTK_POPOVER(widget), GTK_WIDGET(page), field)) return TRUE;
+  if (gtk_widget_is_sensitive(GTK_WIDGET(page)) && placeInPage(GTK_POPOVER(widget), GTK_WIDGET(page), field)) {
+    g_signal_connect_object(page, "state-flags-changed", G_CALLBACK(hideFromDisabledPage), widget, G_CONNECT_SWAPPED);
+    return TRUE;
+  }
 
   gtk_widget_set_opacity(GTK_WIDGET(widget), 0);
   g_idle_add_full(G_PRIORITY_HIGH, popDown, g_object_ref(widget), g_object_unref);

@@ -4,7 +4,7 @@
 //   choosers, full screen, and printing, whose dialog would outlive the run.
 // - The context menu has only editing commands.
 // - Nothing that WebKit draws for a page can cover the strip: no tooltips, no large cursors; bubbles stay below the
-//   strip.
+//   strip, and are hidden while the page is disabled for a prompt.
 // - Nothing can be dragged out of a page or dropped on it.
 // Main thread.
 
