@@ -237,8 +237,9 @@ void SecurityKeys::receiveAssertion(GVariant* value) {
   g_variant_get_child(value, 4, "b", &usedAppId);
   result.usedAppId = usedAppId != FALSE && request.appId;
   const std::string& relyingParty = result.usedAppId ? *request.appId : request.rpId;
+  const bool isWhole = !result.credentialId.empty() && !result.signature.empty();
   const bool isAllowed = request.allowed.empty() || contains(request.allowed, result.credentialId);
-  if (!isAllowed || !isFor(sha256(relyingParty), request.userVerification, result.authenticatorData))
+  if (!isWhole || !isAllowed || !isFor(sha256(relyingParty), request.userVerification, result.authenticatorData))
     return fail(KeyError::kNotAllowed);
   end().onAsserted(std::move(result));
 }

@@ -21,16 +21,22 @@ constexpr std::uint8_t kUserVerified = 0x04;
 
 constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
 
-// Names that cannot be an address: the URL Standard (section 3.5) reads a host as one if its last label is a number.
+// The URL Standard (section 3.5) reads a host as an address if its last label is a number: decimal, or hexadecimal.
+bool endsInANumber(const std::string& host) {
+  const std::string last = host.substr(host.rfind('.') + 1);  // all of it if there is no dot
+  const bool isHexadecimal = last.rfind("0x", 0) == 0;
+  return last.find_first_not_of("0123456789abcdef", isHexadecimal ? 2 : 0, isHexadecimal ? 16 : 10) ==
+         std::string::npos;
+}
+
+// Names that cannot be an address.
 bool isDomain(const std::string& host) {
   if (host.empty() || host.size() > kMaxHost || host.front() == '.' || host.back() == '.') return false;
   if (host.find("..") != std::string::npos) return false;
   const auto isPlain = [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
   };
-  if (!std::all_of(host.begin(), host.end(), isPlain)) return false;
-  const std::size_t last = host.rfind('.') + 1;  // 0 if there is no dot
-  return host[last] < '0' || host[last] > '9';
+  return std::all_of(host.begin(), host.end(), isPlain) && !endsInANumber(host);
 }
 
 const psl_ctx_t* publicSuffixes() {

@@ -227,6 +227,15 @@ TEST_F(CeremonyTest, RefusesACredentialThatIsNotAllowed) {
   EXPECT_EQ(failed, KeyError::kNotAllowed);
 }
 
+TEST_F(CeremonyTest, RefusesAnEmptySignature) {
+  keys.plug("a", kTouched);
+  const Bytes id = registerAtOnce().credentialId;
+  keys.plug("a", R"("touched": true, "signsNothing": true)");
+  start(assertion({id}));
+  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(failed, KeyError::kNotAllowed);
+}
+
 TEST_F(CeremonyTest, FindsAHiddenCredentialInALongList) {
   keys.plug("a", R"("pin": "1234", "touched": true, "hides": true)");
   start(registration());

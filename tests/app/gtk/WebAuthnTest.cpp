@@ -59,6 +59,10 @@ TEST(RelyingPartyTest, IsNoAddress) {
   for (const char* const address : {"127.0.0.1", "[::1]", "::1", "0x7f.1", "1.2.3.0x4", "2130706433"})
     EXPECT_FALSE(mayUse(address, address)) << address;
   EXPECT_FALSE(mayUse("10.0.0.1", "0.0.1"));
+  EXPECT_FALSE(mayUse("a.09", "a.09"));
+  EXPECT_FALSE(mayUse("a.0x", "a.0x"));
+  for (const char* const name : {"2fa", "3com", "1-sso", "0xyz", "0x7fg", "a.4x4"})
+    EXPECT_TRUE(mayUse(name, name)) << name;
 }
 
 TEST(RelyingPartyTest, HasTheFormOfAHost) {

@@ -145,6 +145,7 @@ class Key:
         self.wrong_rp = options.get("wrongRp", False)
         self.ignores_verification = options.get("ignoresVerification", False)
         self.other_id = options.get("otherId", False)
+        self.signs_nothing = options.get("signsNothing", False)
         self.busy = options.get("busy", False)
         self.full = options.get("full", False)
         self.tries = options.get("tries", self.tries)
@@ -303,6 +304,8 @@ class Key:
             del answer[1]
         if self.other_id:
             answer[1] = {"id": bytes(16), "type": "public-key"}
+        if self.signs_nothing:
+            answer[3] = b""
         return answer
 
     def next_assertion(self, *_):
