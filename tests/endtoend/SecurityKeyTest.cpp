@@ -31,6 +31,40 @@ TEST_F(SecurityKeyTest, APageOfThisMachineHasTheInterface) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+// As those of every interface of Web IDL: pages copy credentials with loops.
+TEST_F(SecurityKeyTest, MembersAreEnumerable) {
+  startAsking(R"(
+    const names = [];
+    for (const each in PublicKeyCredential.prototype) names.push(each);
+    report(names.sort().join());
+    report(Object.keys(PublicKeyCredential).sort().join());
+  )");
+  untilReported("authenticatorAttachment,getClientExtensionResults,id,rawId,response,toJSON,type");
+  untilReported(
+      "getClientCapabilities,isConditionalMediationAvailable,isUserVerifyingPlatformAuthenticatorAvailable,"
+      "parseCreationOptionsFromJSON,parseRequestOptionsFromJSON");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyTest, NullIsAnEmptyRequest) {
+  startAsking("tell(navigator.credentials.create(null)); navigator.credentials.get(null).then((each) => report(each))");
+  untilReported("NotSupportedError");
+  untilReported("null");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
+TEST_F(SecurityKeyTest, ABufferMayBeOfAnotherFrame) {
+  startAsking(R"(
+    const frame = document.documentElement.appendChild(document.createElement('iframe'));
+    frame.hidden = true;
+    onpress(() => tell(navigator.credentials.get(signIn({ challenge: new frame.contentWindow.ArrayBuffer(32) }))));
+  )");
+  clickPage();
+  replyWith(XK_Escape);
+  untilReported("NotAllowedError");
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 TEST_F(SecurityKeyTest, FramesHaveNoInterface) {
   site.serve("/frame", pageWith(kReportInterface));
   startOn("<iframe src='/frame'></iframe><iframe src='" + site.address("/frame") + "'></iframe>");

@@ -12,10 +12,14 @@
 
   const { ArrayBuffer, CustomEvent, DOMException, Promise, TypeError, Uint8Array } = window;
   const { atob, btoa, crypto } = window;
+  const { apply } = Reflect;
   const { parse, stringify } = JSON;
   const addListener = addEventListener.bind(window);
   const removeListener = removeEventListener.bind(window);
   const dispatch = dispatchEvent.bind(window);
+  // Throws a TypeError unless `buffer` is an ArrayBuffer, of any frame.
+  const { get } = Object.getOwnPropertyDescriptor(ArrayBuffer.prototype, 'byteLength');
+  const byteLength = (buffer) => apply(get, buffer, []);
   const kMaxRequest = 256 << 10;  // characters
 
   const messages = {
@@ -32,8 +36,7 @@
   const toText = (source) => {
     let bytes;
     if (ArrayBuffer.isView(source)) bytes = new Uint8Array(source.buffer, source.byteOffset, source.byteLength);
-    else if (source instanceof ArrayBuffer) bytes = new Uint8Array(source);
-    else throw new TypeError('A member is not an ArrayBuffer or a view of one.');
+    else bytes = new Uint8Array(source, 0, byteLength(source));
     if (bytes.length > kMaxRequest) throw new TypeError('A member is too long.');
     let characters = '';
     for (const each of bytes) characters += String.fromCharCode(each);
@@ -45,9 +48,9 @@
   };
 
   const required = (object, name) => {
-    if (object === null || typeof object !== 'object' || object[name] === undefined)
-      throw new TypeError(`The member ${name} is missing.`);
-    return object[name];
+    const value = object === null || typeof object !== 'object' ? undefined : object[name];
+    if (value === undefined) throw new TypeError(`The member ${name} is missing.`);
+    return value;
   };
   const text = (value) => value === undefined ? undefined : String(value);
   const list = (value, item) => value === undefined ? undefined : Array.from(value, item);
@@ -220,16 +223,18 @@
 
   class CredentialsContainer {
     constructor(given) { check(given); }
-    async create(options = {}) {
-      options.signal?.throwIfAborted();
-      if (options.publicKey === undefined) throw failure('NotSupportedError');
-      return await ask('create', creation(options.publicKey, toText), options.signal);
+    async create(options) {
+      const { publicKey, signal } = options ?? {};
+      signal?.throwIfAborted();
+      if (publicKey === undefined) throw failure('NotSupportedError');
+      return await ask('create', creation(publicKey, toText), signal);
     }
-    async get(options = {}) {
-      options.signal?.throwIfAborted();
-      if (options.mediation === 'conditional') throw failure('NotSupportedError');
-      if (options.publicKey === undefined || options.mediation === 'silent') return null;
-      return await ask('get', request(options.publicKey, toText), options.signal);
+    async get(options) {
+      const { mediation, publicKey, signal } = options ?? {};
+      signal?.throwIfAborted();
+      if (mediation === 'conditional') throw failure('NotSupportedError');
+      if (publicKey === undefined || mediation === 'silent') return null;
+      return await ask('get', request(publicKey, toText), signal);
     }
     async preventSilentAccess() {}
     async store() { throw failure('NotSupportedError'); }
@@ -237,7 +242,14 @@
 
   const interfaces = [Credential, CredentialsContainer, PublicKeyCredential, AuthenticatorResponse,
                       AuthenticatorAttestationResponse, AuthenticatorAssertionResponse];
+  // Many pages copy a credential with a loop over its properties (Web IDL, section 3.7).
+  const makeEnumerable = (object, except) => {
+    for (const name of Object.getOwnPropertyNames(object))
+      if (!except.includes(name)) Object.defineProperty(object, name, { enumerable: true });
+  };
   for (const each of interfaces) {
+    makeEnumerable(each.prototype, ['constructor']);
+    makeEnumerable(each, ['length', 'name', 'prototype']);
     Object.defineProperty(each.prototype, Symbol.toStringTag, { value: each.name, configurable: true });
     Object.defineProperty(window, each.name, { value: each, writable: true, configurable: true });
   }
