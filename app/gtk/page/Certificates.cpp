@@ -73,8 +73,7 @@ void authenticate(WebKitAuthenticationRequest* request, WebKitCredential* creden
 
 struct Certificates::Origin {
   explicit Origin(WebKitAuthenticationRequest* request)
-      : site(leftToRight(displayHost(bracketed(validUtf8(orEmpty(webkit_authentication_request_get_host(request))))))) {
-  }
+      : site(inPrompt(displayHost(bracketed(validUtf8(orEmpty(webkit_authentication_request_get_host(request))))))) {}
   ~Origin() { overwrite(pin); }
 
   Origin(const Origin&) = delete;

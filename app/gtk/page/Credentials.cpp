@@ -115,8 +115,8 @@ struct Credentials::Ceremony {
         reply(std::move(replyTo)),
         isRegistration(std::holds_alternative<Registration>(request.options)),
         hasAppId(request.appId),
-        host(leftToRight(site.host)),
-        rpId(leftToRight(displayHost(relyingParty))) {}
+        host(inPrompt(site.host)),
+        rpId(inPrompt(displayHost(relyingParty))) {}
 
   std::string id;
   Reply reply;

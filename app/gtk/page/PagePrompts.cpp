@@ -28,7 +28,7 @@ std::string textOf(const char* text) {
 }
 
 std::string headingFor(const Site& site) {
-  if (!site.host.empty()) return displayed(_("%1 says:"), {leftToRight(site.host)});
+  if (!site.host.empty()) return displayed(_("%1 says:"), {inPrompt(site.host)});
   return site.kind == Site::Kind::kFile ? _("A page on this computer says:")
                                         : _("A page that does not say whose it is says:");
 }
@@ -94,7 +94,7 @@ Prompt promptFor(WebKitAuthenticationRequest* request) {
   Prompt prompt;
   prompt.heading =
       displayed(isProxy ? _("The proxy %1 asks for your name and password") : _("%1 asks for your name and password"),
-                {leftToRight(displayHost(host))});
+                {inPrompt(displayHost(host))});
   if (!realm.empty()) prompt.message = displayed(_("It says: \u201C%1\u201D"), {realm});
   if (webkit_authentication_request_is_retry(request)) prompt.warning = _("That name or password was not right.");
   const std::string address =

@@ -17,6 +17,7 @@
 namespace {
 
 constexpr char kLeftToRightMark[] = "\u200E";
+constexpr glong kMaxCharactersInPrompt = 80;
 
 bool isAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char each) { return static_cast<unsigned char>(each) < 0x80; });
@@ -181,4 +182,10 @@ std::string leftToRight(const std::string& host) {
     first = false;
   });
   return result;
+}
+
+std::string inPrompt(const std::string& host) {
+  const glong excess = g_utf8_strlen(host.c_str(), -1) - kMaxCharactersInPrompt;
+  if (excess <= 0) return leftToRight(host);
+  return leftToRight(std::string("\u2026") + g_utf8_offset_to_pointer(host.c_str(), excess));
 }

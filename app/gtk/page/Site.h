@@ -48,3 +48,7 @@ std::string displayHost(const std::string& host);
 // Keeps the labels of a host in order from left to right, whatever their script's direction (Unicode Standard Annex #9,
 // section 4.3, HL4). A right-to-left label must not move the end of the name, which identifies the owner.
 std::string leftToRight(const std::string& host);
+
+// Returns a host as the text of a prompt contains it: as leftToRight(), and only the last 80 characters of a longer
+// one. Its end identifies the owner, and a prompt must have room for its other texts.
+std::string inPrompt(const std::string& host);

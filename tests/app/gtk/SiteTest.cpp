@@ -129,4 +129,11 @@ TEST(SiteTest, LabelsKeepTheirOrder) {
   EXPECT_EQ(leftToRight("localhost"), "\u200Elocalhost");
 }
 
+TEST(InPromptTest, KeepsTheEndOfALongHost) {
+  const std::string host = std::string(71, 'a') + ".b\u00E9.test";
+  EXPECT_EQ(inPrompt(host.substr(0, 71)), "\u200E" + host.substr(0, 71));
+  EXPECT_EQ(inPrompt(host.substr(1)), leftToRight(host.substr(1)));
+  EXPECT_EQ(inPrompt("login." + host), leftToRight("\u2026." + host));
+}
+
 }  // namespace
