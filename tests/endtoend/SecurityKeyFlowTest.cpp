@@ -275,7 +275,9 @@ TEST_F(SecurityKeyFlowTest, ALockedPinIsReported) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-// Both documents listen for replies to the one before. A click is lost while the new page is not shown yet.
+// Both documents listen for replies to the one before. A click is lost while the new page is not shown yet. No fetch is
+// under way when a document is left: in WebKitGTK 2.54 one such cancellation in some 400 corrupted the memory of the
+// network process, and the next load failed.
 TEST_F(SecurityKeyFlowTest, AReplyReachesNoOtherDocument) {
   constexpr std::ptrdiff_t kTimes = 25;
   site.serve("/asked", page(""));
@@ -289,10 +291,9 @@ TEST_F(SecurityKeyFlowTest, AReplyReachesNoOtherDocument) {
     onclick = () => {
       if (hasAsked) return;
       hasAsked = true;
-      fetch('/asked');
-      navigator.credentials.create(registration()).then(() => report('granted'), () => {});
-      setTimeout(() => { location = ')" +
-              site.address("/next") + R"(' }, Math.random() * 300);
+      navigator.credentials.create(registration()).catch(() => {});
+      fetch('/asked').then(() => setTimeout(() => { location = ')" +
+              site.address("/next") + R"(' }, Math.random() * 300));
     };)");
   const auto count = [&](const char* line) {
     const std::vector<std::string> all = site.requestLines();
