@@ -27,12 +27,13 @@ constexpr char kAddresses[] = " --zelURL=http://h/s --redirectURL=http://h/d --r
 
 // Parts of scripts. `first` and `second` are the two processes of svo-signin-ask.
 constexpr char kFindProcesses[] = "second=$PPID; first=$(cut -d' ' -f4 /proc/$second/stat)\n";
-// The folder of the pipe may be removed, or nothing may read it, when the window closes.
+// The pipe may be removed, or nothing may read it, when the window closes: it is opened before. Bash cannot run a trap
+// while it reads a line with a substitution: the descriptor without input, for kWaitForSignals, is opened before, too.
 constexpr char kCloseOnSigterm[] =
-    "trap 'echo >\"$here/closed\"; [ ! -p \"$pipe\" ] || echo -n \"<errorNo><error>1</error></errorNo>\" 1<>\"$pipe\"; "
-    "exit' TERM\n";
+    "exec 3<> <(:) 4<>\"$pipe\"\n"
+    "trap 'echo >\"$here/closed\"; echo -n \"<errorNo><error>1</error></errorNo>\" >&4; exit' TERM\n";
 // Without a child process, which would outlive a killed script.
-constexpr char kWaitForSignals[] = "exec 3<> <(:); while :; do read -rt 0.1 -u 3; done\n";
+constexpr char kWaitForSignals[] = "while :; do read -rt 0.1 -u 3; done\n";
 
 class AskTest : public testing::Test {
  protected:
