@@ -128,12 +128,13 @@ TEST_P(BubbleAndPromptTest, AreNotShownTogether) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    If, BubbleAndPromptTest,
-    testing::Values(Named{"TheBubbleIsFirst", "field.reportValidity(); await frames(30); fetch('/locked'); "
-                                              "await fetch('/shown')"},
-                    Named{"ThePromptIsFirst", "fetch('/locked'); await fetch('/shown'); field.reportValidity()"}),
-    nameOf);
+INSTANTIATE_TEST_SUITE_P(If, BubbleAndPromptTest,
+                         testing::Values(Named{"TheBubbleIsFirst",
+                                               "field.reportValidity(); await frames(30); fetch('/locked'); "
+                                               "await fetch('/shown')"},
+                                         Named{"ThePromptIsFirst",
+                                               "fetch('/locked'); await fetch('/shown'); field.reportValidity()"}),
+                         nameOf);
 
 class ListTest : public OwnAreaTest, public testing::WithParamInterface<Named> {};
 
