@@ -8,6 +8,7 @@
 namespace {
 
 constexpr char kBackTab[] = "\x19";  // the character of Shift+Tab on macOS
+constexpr guint32 kMaxAge = 600'000;     // milliseconds; an older time is that of another clock
 constexpr unsigned long kIgnoredModifiers = kKeyCapsLock | kKeyNumericPad | kKeyFunction;
 
 bool isAsciiLetter(guint key) {
@@ -126,6 +127,16 @@ bool isDeliberate(const GdkEvent* event) {
   guint key = 0;
   (void)gdk_event_get_keyval(event, &key);
   return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
+}
+
+// Events without a time come from programs, not from WebKit.
+bool KeyPresses::isFirst(const GdkEvent* event) {
+  if (gdk_event_get_event_type(event) != GDK_KEY_PRESS) return true;
+  const guint32 time = gdk_event_get_time(event);
+  const bool isKnown = time != GDK_CURRENT_TIME && last_ != GDK_CURRENT_TIME;
+  if (isKnown && last_ - time < kMaxAge) return false;  // a newer time is 2^32 ms minus a little before
+  last_ = time;
+  return true;
 }
 
 bool opensList(const GdkEvent* event) {

@@ -33,6 +33,17 @@ bool copies(const GdkEventKey& event);
 //   a finger that moves     => false
 bool isDeliberate(const GdkEvent* event);
 
+// Recognizes key presses that are delivered again: WebKit hands each one that the page has not used back to GTK, after
+// any time that the page wants.
+class KeyPresses {
+ public:
+  // Whether `event` is delivered for the first time. Events other than key presses always are. Call once for each.
+  bool isFirst(const GdkEvent* event);
+
+ private:
+  guint32 last_ = GDK_CURRENT_TIME;  // of the newest press
+};
+
 // Whether the press may open the list of a select field.
 //   a click, Return, Space, Up, Down  => true
 bool opensList(const GdkEvent* event);

@@ -233,6 +233,28 @@ TEST_F(SecurityKeyFlowTest, AKilledProgramEndsTheRequest) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+// WebKit hands a press that the page has not used back to GTK, after any time that the page wants.
+TEST_F(SecurityKeyFlowTest, AKeyPressPermitsOneRequest) {
+  site.serve("/busy", page(""));
+  site.hold("/busy");
+  keys.plug("a", R"("touched": true)");
+  startAsking(R"(onkeydown = () => {
+    onkeydown = null;
+    tell(navigator.credentials.create(registration()))
+        .then(() => tell(navigator.credentials.create(registration())));
+    const busy = new XMLHttpRequest();
+    busy.open('GET', '/busy', false);
+    busy.send();
+  })");
+  screen.press(XK_Return);
+  untilLogSays("Security key: the registration has ended: registered");
+  untilPromptIsClosed();
+  site.release("/busy");
+  until("the end of both requests", [this] { return reports().size() == 3; });
+  EXPECT_THAT(reports(), testing::ElementsAre("loaded", "granted", "NotAllowedError"));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 // The page asks again without a click.
 TEST_F(SecurityKeyFlowTest, TheReturnOfAPinPermitsNoRequest) {
   startAsking(R"(onpress(async () => {

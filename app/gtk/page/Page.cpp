@@ -361,6 +361,7 @@ gboolean Page::onOptionMenu(WebKitWebView*, WebKitOptionMenu* menu, GdkEvent*, G
 }
 
 gboolean Page::onUserInput(GtkWidget*, GdkEvent* event, Page* self) {
+  if (!self->keyPresses_.isFirst(event)) return FALSE;
   if (opensList(event)) self->listPress_.pressed(g_get_monotonic_time());
   if (gdk_event_get_event_type(event) == GDK_KEY_PRESS && copies(event->key)) permitCopy();
   if (isDeliberate(event)) {

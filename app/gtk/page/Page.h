@@ -26,6 +26,7 @@
 
 #include "app/SignInFlow.h"
 #include "app/WindowKeys.h"
+#include "app/gtk/KeyEvents.h"
 #include "app/gtk/Glib.h"
 #include "app/gtk/MemoryWatch.h"
 #include "app/gtk/Strip.h"
@@ -128,6 +129,7 @@ class Page {
   Cover cover_;
   PageFit fit_;
   OptionList options_;
+  KeyPresses keyPresses_;
   FreshPress listPress_;
   Site site_;  // of the page that is shown
   MainFrame mainFrame_;

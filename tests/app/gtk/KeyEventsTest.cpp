@@ -147,6 +147,29 @@ TEST_F(KeyEventsTest, PressesOfButtonsAreDeliberate) {
   }
 }
 
+TEST_F(KeyEventsTest, APressIsDeliveredFirstOnce) {
+  KeyPresses presses;
+  GdkEvent press = keyPress(GDK_KEY_Return);
+  const auto isFirstAt = [&](guint32 time) {
+    press.key.time = time;
+    return presses.isFirst(&press);
+  };
+  EXPECT_TRUE(isFirstAt(4'000'000'000));
+  EXPECT_FALSE(isFirstAt(4'000'000'000));
+  EXPECT_TRUE(isFirstAt(4'000'000'005));
+  EXPECT_FALSE(isFirstAt(4'000'000'000)) << "delivered again after a newer one";
+  EXPECT_TRUE(isFirstAt(5)) << "the time has overflowed";
+  EXPECT_FALSE(isFirstAt(4'294'967'290));
+  EXPECT_TRUE(isFirstAt(4'000'000'000)) << "of another clock";
+  EXPECT_TRUE(isFirstAt(GDK_CURRENT_TIME));
+  EXPECT_TRUE(isFirstAt(GDK_CURRENT_TIME));
+
+  GdkEvent click{};
+  click.type = GDK_BUTTON_PRESS;
+  EXPECT_TRUE(presses.isFirst(&click));
+  EXPECT_TRUE(presses.isFirst(&click));
+}
+
 TEST_F(KeyEventsTest, ATouchCountsOnceAtItsEnd) {
   GdkEvent touch{};
   for (const GdkEventType type : {GDK_TOUCH_BEGIN, GDK_TOUCH_UPDATE, GDK_TOUCH_CANCEL}) {
