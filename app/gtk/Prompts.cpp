@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kOverlap = 4;  // with the strip
 constexpr int kMargin = 12;  // min. distance from the window's other edges
+constexpr int kPadding = 20;  // with the border
 constexpr int kMinWidthInCharacters = 12;
 constexpr int kMaxWidthInCharacters = 48;
 constexpr int kMaxLines = 12;
@@ -53,7 +54,19 @@ void refuseHyphens(GtkLabel* label) {
   gtk_label_set_attributes(label, attributes.get());
 }
 
-GtkWidget* newText(const std::string& text, const char* styleClass) {
+// A scroller takes the height that its text has at its preferred width: in a large font that must not be wider than
+// `window`, which would wrap the text again.
+int maxWidthInCharacters(GtkWidget* window) {
+  PangoContext* const context = gtk_widget_get_pango_context(window);
+  const Owned<PangoFontMetrics, pango_font_metrics_unref> metrics(
+      pango_context_get_metrics(context, nullptr, nullptr));
+  const int character = std::max({pango_font_metrics_get_approximate_char_width(metrics.get()),
+                                  pango_font_metrics_get_approximate_digit_width(metrics.get()), 1});
+  const int width = gtk_widget_get_allocated_width(window) - 2 * (kMargin + kPadding);
+  return std::clamp(width * PANGO_SCALE / character, kMinWidthInCharacters, kMaxWidthInCharacters);
+}
+
+GtkWidget* newText(const std::string& text, const char* styleClass, GtkWidget* window) {
   GtkWidget* const label = gtk_label_new(shortened(text).c_str());
   gtk_label_set_line_wrap(GTK_LABEL(label), TRUE);
   gtk_label_set_line_wrap_mode(GTK_LABEL(label), PANGO_WRAP_WORD_CHAR);
@@ -61,7 +74,7 @@ GtkWidget* newText(const std::string& text, const char* styleClass) {
   gtk_label_set_lines(GTK_LABEL(label), kMaxLines);
   gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
   gtk_label_set_width_chars(GTK_LABEL(label), kMinWidthInCharacters);
-  gtk_label_set_max_width_chars(GTK_LABEL(label), kMaxWidthInCharacters);
+  gtk_label_set_max_width_chars(GTK_LABEL(label), maxWidthInCharacters(window));
   gtk_label_set_xalign(GTK_LABEL(label), 0);
   setStyleClass(label, styleClass);
   return label;
@@ -211,7 +224,7 @@ void Prompts::add(GtkWidget* part) {
 }
 
 GtkWidget* Prompts::addText(const std::string& text, const char* styleClass) {
-  GtkWidget* const label = newText(text, styleClass);
+  GtkWidget* const label = newText(text, styleClass, GTK_WIDGET(overlay_));
   gtk_widget_set_no_show_all(label, text.empty());
   add(label);
   return label;
@@ -219,7 +232,7 @@ GtkWidget* Prompts::addText(const std::string& text, const char* styleClass) {
 
 // The message scrolls: the heading and the buttons must be visible.
 GtkWidget* Prompts::addMessage(const std::string& message) {
-  GtkWidget* const label = newText(message, "message");
+  GtkWidget* const label = newText(message, "message", GTK_WIDGET(overlay_));
   GtkWidget* const scroller = newScroller(label, GTK_POLICY_EXTERNAL);
   gtk_widget_set_no_show_all(scroller, message.empty());
   add(scroller);
@@ -242,7 +255,7 @@ void Prompts::addChoices(const std::vector<std::string>& choices) {
   add(newScroller(choices_, GTK_POLICY_AUTOMATIC));
   for (std::size_t i = 0; i < choices.size(); ++i) {
     GtkWidget* const button = newButton(true, i);
-    gtk_container_add(GTK_CONTAINER(button), newText(choices[i], "choice"));
+    gtk_container_add(GTK_CONTAINER(button), newText(choices[i], "choice", GTK_WIDGET(overlay_)));
     gtk_container_add(GTK_CONTAINER(choices_), button);
     if (i == 0) accept_ = button;
   }

@@ -297,6 +297,16 @@ TEST_F(DialogTest, ALargePromptFitsIntoTheWindow) {
   EXPECT_EQ(messageAfterClosing(), kWindowClosed);
 }
 
+// The blocks are the end of the message.
+TEST_F(DialogTest, ALargePromptShowsItsWholeMessage) {
+  constexpr unsigned kTextColor = 0x2e3436;
+  options.environment["GDK_DPI_SCALE"] = "2";
+  startOnDialog("alert('word '.repeat(20) + '\\u2588'.repeat(16))");
+  untilPromptTakesInput();
+  EXPECT_TRUE(picture().find(kTextColor, 6000));
+  EXPECT_EQ(messageAfterClosing(), kWindowClosed);
+}
+
 // Each dialog has one line more than the one before.
 TEST_F(DialogTest, APageShowsFivePromptsPerUserInput) {
   startOn(
