@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr char kBackTab[] = "\x19";  // the character of Shift+Tab on macOS
-constexpr guint32 kMaxAge = 600'000;     // milliseconds; an older time is that of another clock
+constexpr char kBackTab[] = "\x19";   // the character of Shift+Tab on macOS
+constexpr guint32 kMaxAge = 600'000;  // milliseconds; an older time is that of another clock
 constexpr unsigned long kIgnoredModifiers = kKeyCapsLock | kKeyNumericPad | kKeyFunction;
 
 bool isAsciiLetter(guint key) {

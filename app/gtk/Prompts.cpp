@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr int kOverlap = 4;  // with the strip
-constexpr int kMargin = 12;  // min. distance from the window's other edges
+constexpr int kOverlap = 4;   // with the strip
+constexpr int kMargin = 12;   // min. distance from the window's other edges
 constexpr int kPadding = 20;  // with the border
 constexpr int kMinWidthInCharacters = 12;
 constexpr int kMaxWidthInCharacters = 48;
@@ -58,8 +58,7 @@ void refuseHyphens(GtkLabel* label) {
 // `window`, which would wrap the text again.
 int maxWidthInCharacters(GtkWidget* window) {
   PangoContext* const context = gtk_widget_get_pango_context(window);
-  const Owned<PangoFontMetrics, pango_font_metrics_unref> metrics(
-      pango_context_get_metrics(context, nullptr, nullptr));
+  const Owned<PangoFontMetrics, pango_font_metrics_unref> metrics(pango_context_get_metrics(context, nullptr, nullptr));
   const int character = std::max({pango_font_metrics_get_approximate_char_width(metrics.get()),
                                   pango_font_metrics_get_approximate_digit_width(metrics.get()), 1});
   const int width = gtk_widget_get_allocated_width(window) - 2 * (kMargin + kPadding);

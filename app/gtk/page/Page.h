@@ -26,8 +26,8 @@
 
 #include "app/SignInFlow.h"
 #include "app/WindowKeys.h"
-#include "app/gtk/KeyEvents.h"
 #include "app/gtk/Glib.h"
+#include "app/gtk/KeyEvents.h"
 #include "app/gtk/MemoryWatch.h"
 #include "app/gtk/Strip.h"
 #include "app/gtk/load/GlibIdleTimer.h"
