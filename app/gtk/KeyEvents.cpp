@@ -1,6 +1,7 @@
 #include "app/gtk/KeyEvents.h"
 
 #include <cstddef>
+#include <utility>
 
 #include "app/WindowKeys.h"
 #include "app/gtk/Glib.h"
@@ -129,14 +130,14 @@ bool isDeliberate(const GdkEvent* event) {
   return key == GDK_KEY_Return || key == GDK_KEY_KP_Enter || key == GDK_KEY_space;
 }
 
-// Events without a time come from programs, not from WebKit.
+// Presses of different keys may have the same time. Events without a time come from programs, not from WebKit.
 bool KeyPresses::isFirst(const GdkEvent* event) {
-  if (gdk_event_get_event_type(event) != GDK_KEY_PRESS) return true;
   const guint32 time = gdk_event_get_time(event);
-  const bool isKnown = time != GDK_CURRENT_TIME && last_ != GDK_CURRENT_TIME;
-  if (isKnown && last_ - time < kMaxAge) return false;  // a newer time is 2^32 ms minus a little before
-  last_ = time;
-  return true;
+  if (gdk_event_get_event_type(event) != GDK_KEY_PRESS || time == GDK_CURRENT_TIME) return true;
+  const guint32 age = newest_ - time;  // almost 2^32 ms if the time is a newer one
+  if (newest_ != GDK_CURRENT_TIME && age != 0 && age < kMaxAge) return false;
+  if (std::exchange(newest_, time) != time) keys_.clear();
+  return keys_.insert(event->key.hardware_keycode).second;
 }
 
 bool opensList(const GdkEvent* event) {

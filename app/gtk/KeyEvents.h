@@ -6,6 +6,7 @@
 #include <gdk/gdk.h>
 
 #include <optional>
+#include <set>
 #include <string>
 
 // Returns the characters of a key without its modifiers, UTF-8, as `decideKey` takes them; missing if it has none. On a
@@ -41,7 +42,8 @@ class KeyPresses {
   bool isFirst(const GdkEvent* event);
 
  private:
-  guint32 last_ = GDK_CURRENT_TIME;  // of the newest press
+  guint32 newest_ = GDK_CURRENT_TIME;  // the time of the newest presses
+  std::set<guint16> keys_;             // theirs
 };
 
 // Whether the press may open the list of a select field.

@@ -164,6 +164,13 @@ TEST_F(KeyEventsTest, APressIsDeliveredFirstOnce) {
   EXPECT_TRUE(isFirstAt(GDK_CURRENT_TIME));
   EXPECT_TRUE(isFirstAt(GDK_CURRENT_TIME));
 
+  EXPECT_TRUE(isFirstAt(7));
+  press.key.hardware_keycode = 54;
+  EXPECT_TRUE(isFirstAt(7)) << "another key at the same time";
+  EXPECT_FALSE(isFirstAt(7));
+  press.key.hardware_keycode = 0;
+  EXPECT_FALSE(isFirstAt(7));
+
   GdkEvent click{};
   click.type = GDK_BUTTON_PRESS;
   EXPECT_TRUE(presses.isFirst(&click));
