@@ -78,6 +78,7 @@ TEST_F(ClipboardTest, TheMenuCopies) {
       "<script>const it = document.querySelector('textarea'); it.select();"
       "it.oncopy = () => setTimeout(() => report('copied'));"
       "it.onpaste = (event) => report('pasted ' + event.clipboardData.getData('text'))</script>");
+  untilPainted();
   clickRightAt(30, 10);
   until("the menu", [&] { return screen.windows().size() > 1; });
   screen.press(XK_Down);

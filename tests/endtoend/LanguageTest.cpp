@@ -145,6 +145,7 @@ TEST_F(LanguageTest, EveryTextOfAKeyPromptIsMarked) {
   options.signIn = "http://localhost" + site.address("/signin").substr(site.address().rfind(':'));
   startOn(
       "<script>onclick = () => navigator.credentials.get({ publicKey: { challenge: new Uint8Array(32) } })</script>");
+  untilPainted();
   clickAt(300, 300);
   untilShows("[localhost asks for your security key]");
   EXPECT_TRUE(shows("[Sign in to localhost with a security key.]\n[Insert your security key.]"));

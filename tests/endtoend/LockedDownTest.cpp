@@ -20,6 +20,7 @@ class LockedDownTest : public PageTest {
     startOn(body +
             "<script>oncontextmenu = (event) => {"
             "  const name = event.target.localName; frames(5).then(() => report('menu of ' + name)) }</script>");
+    untilPainted();
   }
 };
 
@@ -69,6 +70,7 @@ TEST_F(LockedDownTest, EveryPermissionIsDenied) {
 
 TEST_F(LockedDownTest, AFileFieldOpensNoChooser) {
   startOn("<input type='file' style='position: fixed; inset: 0' oncancel='report(`files: ` + files.length)'>");
+  untilPainted();
   clickAt(20, 275);
   untilReported("files: 0");
   EXPECT_THAT(screen.windows(), SizeIs(1));
@@ -104,7 +106,7 @@ TEST_F(LockedDownTest, PlainTextHasNoContextMenu) {
 // The last command of the menu selects all.
 TEST_F(LockedDownTest, AFieldsMenuHasEditingCommandsOnly) {
   startOnWithMenus(
-      "<input value='words' style='position: fixed; inset: 0; width: 680px; height: 550px'>"
+      "<input value='words' style='position: fixed; inset: 0; width: 680px; height: 500px'>"
       "<script>document.onselectionchange = () => {"
       "  const it = document.activeElement;"
       "  report('selected ' + it.value?.slice(it.selectionStart, it.selectionEnd)) }</script>");
