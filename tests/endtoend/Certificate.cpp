@@ -43,9 +43,10 @@ Authority::Authority(const std::filesystem::path& file) : file_(file) {
 }
 
 Certificate Authority::sign(const std::string& host, const std::filesystem::path& file) const {
-  return {file,
-          {"-CA", file_, "-CAkey", keyOf(file_), "-subj", "/CN=x", "-addext", "basicConstraints=critical,CA:FALSE",
-           "-addext", "subjectAltName=" + std::string(g_hostname_is_ip_address(host.c_str()) ? "IP:" : "DNS:") + host}};
+  return {
+      file,
+      {"-CA", file_, "-CAkey", keyOf(file_), "-subj", "/CN=" + host, "-addext", "basicConstraints=critical,CA:FALSE",
+       "-addext", "subjectAltName=" + std::string(g_hostname_is_ip_address(host.c_str()) ? "IP:" : "DNS:") + host}};
 }
 
 Certificate Authority::signClient(const std::string& name, const std::filesystem::path& file) const {
